@@ -13,9 +13,20 @@ namespace {
 const double g_dfDegree = g_dfPi / 180.0;
 const float g_fLeastHalfWidth = 0.001f;  // Å⁻¹: a hundredth of the rows of the largest cells
 
-Vec3D row(const Matrix4& matrix, size_t nRow)
+Vec3D row(const QMatrix4x4& matrix, int nRow)
 {
-    return {matrix[nRow], matrix[4 + nRow], matrix[8 + nRow]};
+    return {matrix(nRow, 0), matrix(nRow, 1), matrix(nRow, 2)};
+}
+
+DoubleVector column(const QMatrix4x4& matrix, int nColumn)
+{
+    return {matrix(0, nColumn), matrix(1, nColumn), matrix(2, nColumn)};
+}
+
+DoubleVector normalised(const DoubleVector& v)
+{
+    const double dfLength = std::hypot(v[0], v[1], v[2]);
+    return {v[0] / dfLength, v[1] / dfLength, v[2] / dfLength};
 }
 
 }  // namespace
@@ -40,6 +51,23 @@ void squareViewport(int nWidth, int nHeight, bool bKeepAspect, int* pViewport)
     pViewport[3] = bKeepAspect ? nSide : nHeight;
 }
 
+QMatrix4x4 rotationMatrix(double dfAngle, const Vec3D& axis)
+{
+    const double dfLength = std::hypot(double(axis.x), double(axis.y), double(axis.z));
+    if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle)) {
+        return {};
+    }
+    const double dfRadians = dfAngle * g_dfDegree;
+    const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
+    const double s = std::sin(dfRadians), c = std::cos(dfRadians), t = 1.0 - c;
+    // clang-format off
+    return {float(x * x * t + c),     float(x * y * t - z * s), float(x * z * t + y * s), 0,
+            float(y * x * t + z * s), float(y * y * t + c),     float(y * z * t - x * s), 0,
+            float(z * x * t - y * s), float(z * y * t + x * s), float(z * z * t + c),     0,
+            0, 0, 0, 1};
+    // clang-format on
+}
+
 bool CCamera::operator==(const CCamera& other) const
 {
     return m_fZoom == other.m_fZoom && m_fPanX == other.m_fPanX && m_fPanY == other.m_fPanY &&
@@ -49,7 +77,7 @@ bool CCamera::operator==(const CCamera& other) const
 void CCamera::reset()
 {
     m_fZoom = m_fPanX = m_fPanY = 0.f;
-    m_fRotation = identityMatrix();
+    m_fRotation.setToIdentity();
 }
 
 void CCamera::changeZoom(float fChange)
@@ -82,25 +110,23 @@ void CCamera::turnTowards(const Vec3D& v)
         return;
     }
     // On the screen; the axis of the turn lies in its plane.
-    const auto along = [&](size_t nRow) {
-        return dot(widened(row(m_fRotation, nRow)), direction) / dfLength;
-    };
+    const auto along = [&](int nRow) { return dot(widened(row(m_fRotation, nRow)), direction) / dfLength; };
     const double dfX = along(0), dfY = along(1), dfZ = along(2);
     const double dfOff = std::hypot(dfX, dfY);
     const Vec3D axis = dfOff > 0.0 ? Vec3D{float(dfY / dfOff), float(-dfX / dfOff), 0.f}
                                    : Vec3D{0.f, 1.f, 0.f};
-    setRotation(multiplied(rotationMatrix(std::atan2(dfOff, dfZ) / g_dfDegree, axis), m_fRotation));
+    setRotation(rotationMatrix(std::atan2(dfOff, dfZ) / g_dfDegree, axis) * m_fRotation);
 }
 
 void CCamera::rotateAroundScreen(int nAxis, double dfAngle)
 {
-    setRotation(multiplied(m_fRotation, rotationMatrix(dfAngle, row(m_fRotation, size_t(nAxis)))));
+    setRotation(m_fRotation * rotationMatrix(dfAngle, row(m_fRotation, nAxis)));
 }
 
 void CCamera::rotateTrackball(const Vec3D& vecFrom, const Vec3D& vecTo)
 {
     const double dfAngle = double(length(vecTo - vecFrom)) * 60.0;
-    setRotation(multiplied(rotationMatrix(dfAngle, cross(vecFrom, vecTo)), m_fRotation));
+    setRotation(rotationMatrix(dfAngle, cross(vecFrom, vecTo)) * m_fRotation);
 }
 
 Vec3D CCamera::viewDirection() const
@@ -108,17 +134,31 @@ Vec3D CCamera::viewDirection() const
     return row(m_fRotation, 2);
 }
 
-Matrix4 CCamera::projection() const
+CCamera::Reach CCamera::reachX() const
 {
-    const float b = m_fViewBound, z = m_fZoom;
-    return orthoMatrix(-b - m_fPanX - z, b - m_fPanX + z, -b - m_fPanY - z, b - m_fPanY + z, -b, b);
+    return {-m_fViewBound - m_fPanX - m_fZoom, m_fViewBound - m_fPanX + m_fZoom};
+}
+
+CCamera::Reach CCamera::reachY() const
+{
+    return {-m_fViewBound - m_fPanY - m_fZoom, m_fViewBound - m_fPanY + m_fZoom};
+}
+
+QMatrix4x4 CCamera::projection() const
+{
+    const Reach x = reachX(), y = reachY();
+    QMatrix4x4 matrix;
+    matrix.ortho(x.fLow, x.fHigh, y.fLow, y.fHigh, -m_fViewBound, m_fViewBound);
+    return matrix;
 }
 
 bool CCamera::isFlat() const
 {
-    const Matrix4 matrix = projection();
-    return !std::isfinite(matrix[0]) || !std::isfinite(matrix[5]) || !std::isfinite(matrix[12]) ||
-           !std::isfinite(matrix[13]);
+    const auto isFlatAlong = [](const Reach& reach) {
+        const float fWidth = reach.fHigh - reach.fLow;
+        return !std::isfinite(2.f / fWidth) || !std::isfinite((reach.fHigh + reach.fLow) / fWidth);
+    };
+    return isFlatAlong(reachX()) || isFlatAlong(reachY());
 }
 
 float CCamera::sizeFactor() const
@@ -128,23 +168,21 @@ float CCamera::sizeFactor() const
 
 // Rounding adds up over thousands of turns by the mouse: the columns are made orthonormal again, by Gram and
 // Schmidt, which changes the last digits only.
-void CCamera::setRotation(const Matrix4& matrix)
+void CCamera::setRotation(const QMatrix4x4& matrix)
 {
-    const auto normalised = [](const DoubleVector& v) {
-        const double dfLength = std::hypot(v[0], v[1], v[2]);
-        return DoubleVector{v[0] / dfLength, v[1] / dfLength, v[2] / dfLength};
-    };
-    const auto a = normalised({matrix[0], matrix[1], matrix[2]});
-    const double dfDot = dot(a, {matrix[4], matrix[5], matrix[6]});
-    const auto b = normalised({matrix[4] - dfDot * a[0], matrix[5] - dfDot * a[1], matrix[6] - dfDot * a[2]});
+    const DoubleVector second = column(matrix, 1);
+    const DoubleVector a = normalised(column(matrix, 0));
+    const double dfDot = dot(a, second);
+    const DoubleVector b = normalised(
+        {second[0] - dfDot * a[0], second[1] - dfDot * a[1], second[2] - dfDot * a[2]});
     const std::array<DoubleVector, 3> aColumn = {a, b, cross(a, b)};
-    Matrix4 next = identityMatrix();
-    for (size_t c = 0; c < 3; ++c) {
-        for (size_t r = 0; r < 3; ++r) {
+    QMatrix4x4 next;
+    for (int c = 0; c < 3; ++c) {
+        for (int r = 0; r < 3; ++r) {
             if (!std::isfinite(aColumn[c][r])) {
                 return;
             }
-            next[4 * c + r] = float(aColumn[c][r]);
+            next(r, c) = float(aColumn[c][r]);
         }
     }
     m_fRotation = next;

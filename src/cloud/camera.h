@@ -1,8 +1,9 @@
 // CCamera: rotation, pan and zoom of the 3D view, and the matrices that follow from them.
 #pragma once
 
-#include "cloud/matrix4.h"
 #include "records/vec3d.h"
+
+#include <QMatrix4x4>
 
 namespace tessera {
 
@@ -14,15 +15,21 @@ Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight);
 /// Device pixels: left, bottom, width, height.
 void squareViewport(int nWidth, int nHeight, bool bKeepAspect, int* pViewport);
 
-/// Where the viewer stands.
+/// Rotation by dfAngle (degrees) about an axis of any length, as of glRotate. An axis of length 0 or that is
+/// no number gives the identity, whatever the angle. QMatrix4x4::rotate() takes no axis below 1e-6 for one,
+/// and the mouse turns about shorter ones.
+QMatrix4x4 rotationMatrix(double dfAngle, const Vec3D& axis);
+
+/// Where the viewer stands. Matrices in single precision, as OpenGL takes them.
 class CCamera {
 public:
     float m_fZoom = 0.f;  ///< added to the half width of the view volume, Å⁻¹
     float m_fPanX = 0.f;  ///< shift of the view volume, Å⁻¹
     float m_fPanY = 0.f;
     float m_fViewBound = 2.f;  ///< half width of the view volume at zoom 0, Å⁻¹
-    Matrix4 m_fRotation = identityMatrix();
+    QMatrix4x4 m_fRotation;    ///< of the scene, before pan and zoom; no rotation at the start
 
+    /// Whether all five members are equal, to the last bit.
     bool operator==(const CCamera& other) const;
     /// Zoom and pan 0, no rotation.
     void reset();
@@ -44,15 +51,22 @@ public:
     /// The direction of reciprocal space that points at the viewer: the third row of the rotation.
     Vec3D viewDirection() const;
 
-    /// The view volume as of glOrtho. Not usable where isFlat().
-    Matrix4 projection() const;
+    /// The view volume as of glOrtho. The identity, or not finite, where isFlat().
+    QMatrix4x4 projection() const;
     /// The zoom has made the view volume's width 0.
     bool isFlat() const;
     /// Factor on sizes that keeps them in step with the zoom.
     float sizeFactor() const;
 
 private:
-    void setRotation(const Matrix4& matrix);
+    /// What the view volume holds of one axis of the screen, Å⁻¹.
+    struct Reach {
+        float fLow, fHigh;
+    };
+
+    Reach reachX() const;
+    Reach reachY() const;
+    void setRotation(const QMatrix4x4& matrix);
 };
 
 }  // namespace tessera

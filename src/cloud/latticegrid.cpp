@@ -64,14 +64,14 @@ public:
         for (int i = 0; i < 3; ++i) {
             m_anReach[i] = m_anEnd[i] = std::max(pnRange[i], 0);
         }
-        const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
+        const QMatrix4x4 m = camera.projection() * camera.m_fRotation;
         const std::array<Vec3D, 3> aVector = basis.vectors();
-        for (size_t r = 0; r < 3; ++r) {
-            for (size_t i = 0; i < 3; ++i) {
+        for (int r = 0; r < 3; ++r) {
+            for (int i = 0; i < 3; ++i) {
                 const Vec3D v = scaled(aVector[i], fScale);
-                m_aadfStep[i][r] = double(m[r]) * v.x + double(m[4 + r]) * v.y + double(m[8 + r]) * v.z;
+                m_aadfStep[i][r] = double(m(r, 0)) * v.x + double(m(r, 1)) * v.y + double(m(r, 2)) * v.z;
             }
-            m_adfOrigin[r] = m[12 + r];
+            m_adfOrigin[r] = m(r, 3);
         }
         if (m_bClip) {
             boundByCorners();

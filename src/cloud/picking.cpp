@@ -9,15 +9,15 @@ namespace tessera {
 namespace {
 
 // Projection that blows the region up to the whole viewport: gluPickMatrix times the projection.
-Matrix4 pickProjection(const PickRegion& region, const Matrix4& projection)
+QMatrix4x4 pickProjection(const PickRegion& region, const QMatrix4x4& projection)
 {
-    Matrix4 pick = identityMatrix();
+    QMatrix4x4 pick;
     const int* pViewport = region.aViewport;
-    pick[0] = float(pViewport[2] / region.dfWidth);
-    pick[5] = float(pViewport[3] / region.dfHeight);
-    pick[12] = float((pViewport[2] - 2.0 * (region.dfX - pViewport[0])) / region.dfWidth);
-    pick[13] = float((pViewport[3] - 2.0 * (region.dfY - pViewport[1])) / region.dfHeight);
-    return multiplied(pick, projection);
+    pick(0, 0) = float(pViewport[2] / region.dfWidth);
+    pick(1, 1) = float(pViewport[3] / region.dfHeight);
+    pick(0, 3) = float((pViewport[2] - 2.0 * (region.dfX - pViewport[0])) / region.dfWidth);
+    pick(1, 3) = float((pViewport[3] - 2.0 * (region.dfY - pViewport[1])) / region.dfHeight);
+    return pick * projection;
 }
 
 }  // namespace
@@ -41,12 +41,12 @@ QList<int> pickPoints(const CloudVertices& vertices, const CCamera& camera, cons
     if (camera.isFlat() || !(region.dfWidth > 0.0) || !(region.dfHeight > 0.0)) {
         return listPicked;
     }
-    const Matrix4 m = multiplied(pickProjection(region, camera.projection()), camera.m_fRotation);
+    const QMatrix4x4 m = pickProjection(region, camera.projection()) * camera.m_fRotation;
     for (size_t i = 0; i < vertices.vecVertex.size(); ++i) {
         const CloudVertex& v = vertices.vecVertex[i];
         bool bInside = true;
-        for (size_t r = 0; r < 3 && bInside; ++r) {
-            bInside = std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) <= 1.f;
+        for (int r = 0; r < 3 && bInside; ++r) {
+            bInside = std::abs(m(r, 0) * v.x + m(r, 1) * v.y + m(r, 2) * v.z + m(r, 3)) <= 1.f;
         }
         if (bInside) {
             listPicked.append(vertices.m_pnPickName[i]);

@@ -172,7 +172,7 @@ Vec3D ED3DWidget::getViewDirection() const
 
 void ED3DWidget::getCamera(float* pfRotation, float& fPanX, float& fPanY, float& fZoom) const
 {
-    std::copy(m_camera.m_fRotation.begin(), m_camera.m_fRotation.end(), pfRotation);
+    std::copy(m_camera.m_fRotation.constData(), m_camera.m_fRotation.constData() + 16, pfRotation);
     fPanX = m_camera.m_fPanX;
     fPanY = m_camera.m_fPanY;
     fZoom = m_camera.m_fZoom;
@@ -180,7 +180,7 @@ void ED3DWidget::getCamera(float* pfRotation, float& fPanX, float& fPanY, float&
 
 void ED3DWidget::setCamera(const float* pfRotation, float fPanX, float fPanY, float fZoom)
 {
-    std::copy(pfRotation, pfRotation + 16, m_camera.m_fRotation.begin());
+    std::copy(pfRotation, pfRotation + 16, m_camera.m_fRotation.data());
     m_camera.m_fPanX = fPanX;
     m_camera.m_fPanY = fPanY;
     m_camera.setZoom(fZoom);

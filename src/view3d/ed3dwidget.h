@@ -275,7 +275,7 @@ private:
     void askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(const QColor&));
     void finishBand(bool bAdd);
     QList<int> pick();
-    QPointF placeOfPoint(int nPoint, const Matrix4& matrix) const;
+    QPointF placeOfPoint(int nPoint, const QMatrix4x4& matrix) const;
     const CloudVertices& cloudVertices();
     bool isPointDrawn(int nPoint) const;
     bool startMeasuring(const QPoint& pt);

@@ -68,7 +68,7 @@ int ED3DWidget::pointAt(const QPoint& pt)
         return -1;
     }
     const Vec3D towardsViewer = m_camera.viewDirection();
-    const Matrix4 matrix = multiplied(m_camera.projection(), m_camera.m_fRotation);
+    const QMatrix4x4 matrix = m_camera.projection() * m_camera.m_fRotation;
     int nBest = -1;
     double dfBest = g_dfReach;
     float fFront = 0;
@@ -87,17 +87,17 @@ int ED3DWidget::pointAt(const QPoint& pt)
 
 QPointF ED3DWidget::placeOfPoint(int nPoint) const
 {
-    return placeOfPoint(nPoint, multiplied(m_camera.projection(), m_camera.m_fRotation));
+    return placeOfPoint(nPoint, m_camera.projection() * m_camera.m_fRotation);
 }
 
 /// @param m  from the scene to the view volume
-QPointF ED3DWidget::placeOfPoint(int nPoint, const Matrix4& m) const
+QPointF ED3DWidget::placeOfPoint(int nPoint, const QMatrix4x4& m) const
 {
     int anViewport[4];
     squareViewport(width(), height(), m_bKeepAspect, anViewport);
     const Vec3D v = scaled(m_listPoint.at(nPoint).point(), m_fScale);
-    const double dfX = double(m[0] * v.x + m[4] * v.y + m[8] * v.z + m[12]);
-    const double dfY = double(m[1] * v.x + m[5] * v.y + m[9] * v.z + m[13]);
+    const double dfX = double(m(0, 0) * v.x + m(0, 1) * v.y + m(0, 2) * v.z + m(0, 3));
+    const double dfY = double(m(1, 0) * v.x + m(1, 1) * v.y + m(1, 2) * v.z + m(1, 3));
     // The viewport reaches as far over the widget's top as below its bottom.
     return {anViewport[0] + (dfX + 1) / 2 * anViewport[2], anViewport[1] + (1 - dfY) / 2 * anViewport[3]};
 }
@@ -107,16 +107,16 @@ void ED3DWidget::drawRing()
     if (m_nRinged < 0 || m_nRinged >= m_listPoint.size() || !isPointInSlab(m_nRinged)) {
         return;
     }
-    const Matrix4 projection = m_camera.projection();
-    const Matrix4& turn = m_camera.m_fRotation;
+    const QMatrix4x4 projection = m_camera.projection();
+    const QMatrix4x4& turn = m_camera.m_fRotation;
     const Vec3D v = scaled(m_listPoint.at(m_nRinged).point(), m_fScale);
-    const float fX = turn[0] * v.x + turn[4] * v.y + turn[8] * v.z;
-    const float fY = turn[1] * v.x + turn[5] * v.y + turn[9] * v.z;
+    const float fX = turn(0, 0) * v.x + turn(0, 1) * v.y + turn(0, 2) * v.z;
+    const float fY = turn(1, 0) * v.x + turn(1, 1) * v.y + turn(1, 2) * v.z;
     int anViewport[4];
     squareViewport(m_nViewWidth, m_nViewHeight, m_bKeepAspect, anViewport);
     const double dfRadius = g_dfRadius * m_dfViewRatio;
-    const double dfRadiusX = 2 * dfRadius / (std::max(anViewport[2], 1) * double(projection[0]));
-    const double dfRadiusY = 2 * dfRadius / (std::max(anViewport[3], 1) * double(projection[5]));
+    const double dfRadiusX = 2 * dfRadius / (std::max(anViewport[2], 1) * double(projection(0, 0)));
+    const double dfRadiusY = 2 * dfRadius / (std::max(anViewport[3], 1) * double(projection(1, 1)));
     glPushMatrix();
     glLoadIdentity();
     // Yellow on a dark ground, which is seen over white points as well.

@@ -30,14 +30,14 @@ void ED3DWidget::drawScene()
     }
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
-    glMultMatrixf(m_camera.m_fRotation.data());
+    glMultMatrixf(m_camera.m_fRotation.constData());
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     drawAxesCross();
     setDrawingState();  // the letters' painter leaves its own
     if (!m_camera.isFlat()) {
         glMatrixMode(GL_PROJECTION);
-        glLoadMatrixf(m_camera.projection().data());
+        glLoadMatrixf(m_camera.projection().constData());
         glMatrixMode(GL_MODELVIEW);
         // There is no depth: what is drawn later covers what was before, and nothing is to cover a peak.
         if (m_bShowLatticeLines) {
@@ -169,16 +169,16 @@ void ED3DWidget::drawRubberBand()
 {
     int anViewport[4];
     squareViewport(m_nViewWidth, m_nViewHeight, m_bKeepAspect, anViewport);
-    const Matrix4 projection = m_camera.projection();
+    const QMatrix4x4 projection = m_camera.projection();
     // The corners projected back from the window.
     const auto sceneX = [&](int nX) {
         const double dfVolume = 2.0 * (nX * m_dfViewRatio - anViewport[0]) / std::max(anViewport[2], 1) - 1.0;
-        return float((dfVolume - projection[12]) / projection[0]);
+        return float((dfVolume - projection(0, 3)) / projection(0, 0));
     };
     const auto sceneY = [&](int nY) {
         const double dfWindow = m_nViewHeight - nY * m_dfViewRatio;
         const double dfVolume = 2.0 * (dfWindow - anViewport[1]) / std::max(anViewport[3], 1) - 1.0;
-        return float((dfVolume - projection[13]) / projection[5]);
+        return float((dfVolume - projection(1, 3)) / projection(1, 1));
     };
     const float afX[2] = {sceneX(m_nBandStartX), sceneX(m_nBandEndX)};
     const float afY[2] = {sceneY(m_nBandStartY), sceneY(m_nBandEndY)};

@@ -1,11 +1,16 @@
 #include "window/newprojectdialog.h"
 
-#include "crystal/electronwavelength.h"
-#include "dataset/framefiles.h"
-#include "dataset/serieschoicefile.h"
-#include "dataset/textlines.h"
-#include "records/wholefile.h"
 #include "window/guards.h"
+#include "window/newproject/directionsbox.h"
+#include "window/newproject/electronsbox.h"
+#include "window/newproject/formrows.h"
+#include "window/newproject/framelistbox.h"
+#include "window/newproject/headerreading.h"
+#include "window/newproject/pixelsizebox.h"
+#include "window/newproject/previewbox.h"
+#include "window/newproject/projectfilerow.h"
+#include "window/newproject/projectwriting.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/pages/controltips.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/serieschoicebox.h"
@@ -15,128 +20,49 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
+#include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QSettings>
-#include <QSignalBlocker>
 #include <QSpinBox>
+#include <QUrl>
 #include <QVBoxLayout>
-
-#include <algorithm>
-#include <cmath>
 
 namespace tessera {
 
 namespace {
 
-const qint64 g_nMaxTiltFile = 1 << 20;  // bytes; a text edit takes seconds for more
-
-// A value that is shown but not given here.
-void showValue(QDoubleSpinBox* pSpin, double dfValue)
-{
-    const QSignalBlocker blocker(pSpin);
-    pSpin->setValue(dfValue);
-}
-
-// What was understood of a list of tilts, degrees.
-QString tiltText(const QList<double>& listTilt)
-{
-    if (listTilt.isEmpty()) {
-        return {};
-    }
-    QString strText = NewProjectDialog::tr("%L1 tilts, %2° to %3°")
-                          .arg(listTilt.size())
-                          .arg(listTilt.first())
-                          .arg(listTilt.last());
-    if (listTilt.size() > 1) {
-        double dfLeast = listTilt[1] - listTilt[0], dfGreatest = dfLeast;
-        for (int i = 1; i < listTilt.size(); ++i) {
-            dfLeast = std::min(dfLeast, listTilt[i] - listTilt[i - 1]);
-            dfGreatest = std::max(dfGreatest, listTilt[i] - listTilt[i - 1]);
-        }
-        strText += NewProjectDialog::tr("; steps %1° to %2°")
-                       .arg(QString::number(dfLeast, 'g', 4), QString::number(dfGreatest, 'g', 4));
-    }
-    return strText;
-}
-
-struct StoredSpin {
-    QString strKey;
-    QDoubleSpinBox* pSpin;
-};
-
-QList<StoredSpin> storedSpins(const NewProjectDialog& dialog)
-{
-    return {{QStringLiteral("Voltage"), dialog.m_pVoltageSpin},
-            {QStringLiteral("Wavelength"), dialog.m_pWavelengthSpin},
-            {QStringLiteral("PixelSize"), dialog.m_pPixelSizeSpin},
-            {QStringLiteral("CameraLength"), dialog.m_pCameraLengthSpin},
-            {QStringLiteral("DetectorPixel"), dialog.m_pDetectorPixelSpin},
-            {QStringLiteral("RotationAxis"), dialog.m_pRotationAxisSpin},
-            {QStringLiteral("PrecessionAngle"), dialog.m_pPrecessionSpin}};
-}
-
-QString solveKey()
-{
-    return QStringLiteral("SolveAtOnce");
-}
-
-struct StoredRadio {
-    QString strKey;
-    QRadioButton* pRadio;
-};
-
-QList<StoredRadio> storedRadios(const NewProjectDialog& dialog)
-{
-    return {{QStringLiteral("GivesAxis"), dialog.m_pAxisRadio},
-            {QStringLiteral("GivesWavelength"), dialog.m_pWavelengthRadio},
-            {QStringLiteral("GivesCameraLength"), dialog.m_pCameraRadio}};
-}
+const QString g_strGroup = QStringLiteral("NewProject");
+const QString g_strSolve = QStringLiteral("SolveAtOnce");
 
 }  // namespace
 
-NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
-    : QDialog(pParent), m_strFolder(strFolder)
+NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent) : QDialog(pParent)
 {
     setWindowTitle(tr("New Project"));
     setAcceptDrops(true);
+    m_pFrames = new FrameListBox(strFolder, this);
+    m_pPreviewBox = new PreviewBox(this);
     auto* pColumns = new QHBoxLayout;
-    pColumns->addWidget(makeFrames(), 1);
-    pColumns->addWidget(makePreview(), 3);
-    auto* pRight = new QVBoxLayout;
-    pRight->addWidget(makeTilts());
-    pRight->addWidget(makeWavelength());
-    pRight->addWidget(makePixelSize());
-    pRight->addWidget(makeDirections());
-    m_pLensDistortion = new LensDistortionBox(this);
-    pRight->addWidget(m_pLensDistortion);
-    pRight->addStretch(1);
-    pColumns->addLayout(pRight, 5);
+    pColumns->addWidget(m_pFrames, 1);
+    pColumns->addWidget(m_pPreviewBox, 3);
+    pColumns->addLayout(makeNumbers(), 5);
 
-    m_pProblemLabel = new QLabel(this);
-    m_pProblemLabel->setWordWrap(true);
-    m_pProblemLabel->setTextFormat(Qt::PlainText);
-    m_pButtons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    m_pButtons->button(QDialogButtonBox::Ok)->setText(tr("Create"));
-    for (QAbstractButton* pButton : m_pButtons->buttons()) {
-        static_cast<QPushButton*>(pButton)->setAutoDefault(false);
-    }
-    explain(m_pButtons->button(QDialogButtonBox::Ok), tr("Writes the project file and opens it."));
-    explain(m_pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; no file is written."));
+    m_pProblemLabel = makePlainLabel(this, LabelLines::Wrapped);
+    m_pButtons = makeButtons();
     resize(1240, 740);  // with room for a frame of the window system on 1280 x 800
+    m_pFile = new ProjectFileRow(this);
     auto* pLayout = new QVBoxLayout(this);
     pLayout->addLayout(pColumns, 1);
-    pLayout->addWidget(makeFile());
+    pLayout->addWidget(m_pFile);
     m_pSolveCheck = new QCheckBox(tr("Solve at once"), this);
     explain(m_pSolveCheck,
             tr("Begins \"Solve\" as soon as the project is made: from the frames to the cell and the "
@@ -148,152 +74,215 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent)
     pLayout->addLayout(pLast);
 
     connectControls();
-    connectFacts();
+    connectTouches();
     shareTips(this);
     framesChanged();
 }
+
+QVBoxLayout* NewProjectDialog::makeNumbers()
+{
+    m_pTilts = new TiltsBox(m_facts, this);
+    m_pElectrons = new ElectronsBox(m_facts, this);
+    m_pPixels = new PixelSizeBox(m_facts, this);
+    m_pDirections = new DirectionsBox(m_facts, this);
+    m_pLensDistortion = new LensDistortionBox(this);
+    auto* pLayout = new QVBoxLayout;
+    pLayout->addWidget(m_pTilts);
+    pLayout->addWidget(m_pElectrons);
+    pLayout->addWidget(m_pPixels);
+    pLayout->addWidget(m_pDirections);
+    pLayout->addWidget(m_pLensDistortion);
+    pLayout->addStretch(1);
+    return pLayout;
+}
+
+QDialogButtonBox* NewProjectDialog::makeButtons()
+{
+    auto* pButtons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    pButtons->button(QDialogButtonBox::Ok)->setText(tr("Create"));
+    for (QAbstractButton* pButton : pButtons->buttons()) {
+        static_cast<QPushButton*>(pButton)->setAutoDefault(false);
+    }
+    explain(pButtons->button(QDialogButtonBox::Ok), tr("Writes the project file and opens it."));
+    explain(pButtons->button(QDialogButtonBox::Cancel), tr("Closes the dialog; no file is written."));
+    return pButtons;
+}
+
+void NewProjectDialog::connectControls()
+{
+    for (auto* pSpin : findChildren<QDoubleSpinBox*>()) {
+        connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                &NewProjectDialog::refresh);
+    }
+    for (auto* pRadio : findChildren<QRadioButton*>()) {
+        connect(pRadio, &QRadioButton::toggled, this, &NewProjectDialog::refresh);
+    }
+    connect(m_pTilts->m_pBeamTiltSpin, QOverload<int>::of(&QSpinBox::valueChanged), this,
+            &NewProjectDialog::refresh);
+    connect(m_pDirections->m_pRotationCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &NewProjectDialog::refresh);
+    connect(m_pTilts->m_pTiltEdit, &QPlainTextEdit::textChanged, this, &NewProjectDialog::refresh);
+    connect(m_pFrames->m_pChoice, &SeriesChoiceBox::changed, this, &NewProjectDialog::refresh);
+    connect(m_pFile, &ProjectFileRow::changed, this, &NewProjectDialog::refresh);
+    connect(m_pFrames, &FrameListBox::framesChanged, this, &NewProjectDialog::framesChanged);
+    connect(m_pFrames->m_pHeaders, &HeaderReading::told, this, &NewProjectDialog::takeFacts);
+    connect(m_pPreviewBox, &PreviewBox::looked, this, &NewProjectDialog::showPreview);
+    connect(m_pTilts->m_pLoadTiltsButton, &QPushButton::clicked, this,
+            [this] { m_pTilts->askFile(m_pFrames->folder()); });
+    connect(m_pFile->m_pBrowseButton, &QPushButton::clicked, this,
+            [this] { m_pFile->ask(m_pFrames->folder()); });
+    connect(m_pButtons, &QDialogButtonBox::accepted, this, &NewProjectDialog::accept);
+    connect(m_pButtons, &QDialogButtonBox::rejected, this, [this] { QDialog::reject(); });
+}
+
+/// What the user changes himself is not filled in afterwards.
+void NewProjectDialog::connectTouches()
+{
+    for (auto* pSpin : findChildren<QDoubleSpinBox*>()) {
+        connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+                [this, pSpin] { touched(pSpin); });
+    }
+    for (auto* pRadio : findChildren<QRadioButton*>()) {
+        connect(pRadio, &QRadioButton::toggled, this, [this, pRadio] { touched(pRadio); });
+    }
+    connect(m_pTilts->m_pTiltEdit, &QPlainTextEdit::textChanged, this,
+            [this] { touched(m_pTilts->m_pTiltEdit); });
+    connect(m_pDirections->m_pRotationAxisSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            [this] {
+                if (!m_bFilling) {
+                    m_pDirections->m_pAxisRadio->setChecked(true);
+                }
+            });
+}
+
+void NewProjectDialog::touched(const QWidget* pControl)
+{
+    if (!m_bFilling) {
+        m_facts.touch(pControl);
+    }
+}
+
 void NewProjectDialog::readSettings(QSettings& settings)
 {
-    m_bFilling = true;  // what was given for another series gives way to what this one tells
-    settings.beginGroup(QStringLiteral("NewProject"));
-    const bool bAxisGiven = settings.contains(QStringLiteral("RotationAxis"));  // before there was a choice
-    if (settings.value(QStringLiteral("GivesAxis"), bAxisGiven).toBool()) {
-        m_pAxisRadio->setChecked(true);
+    {
+        // What was given for another series gives way to what this one tells.
+        const QScopedValueRollback<bool> filling(m_bFilling, true);
+        settings.beginGroup(g_strGroup);
+        m_pElectrons->readSettings(settings);
+        m_pPixels->readSettings(settings);
+        m_pDirections->readSettings(settings);
+        m_pSolveCheck->setChecked(settings.value(g_strSolve).toBool());
+        settings.endGroup();
     }
-    for (const StoredRadio& stored : storedRadios(*this)) {  // first: the boxes out of use show what follows
-        if (settings.value(stored.strKey).toBool()) {
-            stored.pRadio->setChecked(true);
-        }
-    }
-    m_pRotationCombo->setCurrentIndex(
-        std::max(0, m_pRotationCombo->findText(settings.value(QStringLiteral("Rotation")).toString())));
-    for (const StoredSpin& stored : storedSpins(*this)) {
-        bool bOk = false;
-        const double dfValue = settings.value(stored.strKey).toDouble(&bOk);
-        if (bOk && std::isfinite(dfValue)) {
-            stored.pSpin->setValue(dfValue);
-        }
-    }
-    m_pSolveCheck->setChecked(settings.value(solveKey()).toBool());
-    settings.endGroup();
-    m_bFilling = false;
     refresh();
 }
 
 void NewProjectDialog::writeSettings(QSettings& settings) const
 {
-    settings.beginGroup(QStringLiteral("NewProject"));
-    for (const StoredSpin& stored : storedSpins(*this)) {
-        settings.setValue(stored.strKey, stored.pSpin->value());
-    }
-    for (const StoredRadio& stored : storedRadios(*this)) {
-        settings.setValue(stored.strKey, stored.pRadio->isChecked());
-    }
-    settings.setValue(QStringLiteral("Rotation"), m_pRotationCombo->currentText());
-    settings.setValue(solveKey(), m_pSolveCheck->isChecked());
+    settings.beginGroup(g_strGroup);
+    m_pElectrons->writeSettings(settings);
+    m_pPixels->writeSettings(settings);
+    m_pDirections->writeSettings(settings);
+    settings.setValue(g_strSolve, m_pSolveCheck->isChecked());
     settings.endGroup();
 }
 
-void NewProjectDialog::askTilts()
+void NewProjectDialog::dragEnterEvent(QDragEnterEvent* pEvent)
 {
-    const QString strFile = QFileDialog::getOpenFileName(this, tr("Load Tilts"), m_strFolder,
-                                                         tr("Text Files (*.txt *.log *.csv *.tlt *.rawtlt);;"
-                                                            "All Files (*.*)"));
-    if (strFile.isEmpty()) {
-        return;
+    if (pEvent->mimeData()->hasUrls()) {
+        pEvent->setDropAction(Qt::CopyAction);
+        pEvent->accept();
     }
-    QByteArray bytesText;
-    QString strReason;
-    if (!readFileBytes(strFile, bytesText, g_nMaxTiltFile, &strReason)) {
-        QMessageBox::warning(this, windowTitle(), strReason);
-        return;
-    }
-    m_pTiltEdit->setPlainText(QString::fromUtf8(withoutByteOrderMark(bytesText)));
 }
 
-void NewProjectDialog::askProjectFile()
+void NewProjectDialog::dropEvent(QDropEvent* pEvent)
 {
-    // Whether a former file may go is asked once, when it is written.
-    QString strFile = QFileDialog::getSaveFileName(
-        this, tr("Save Project As"), projectFile().isEmpty() ? m_strFolder : projectFile(),
-        tr("ED3D Project(*.ed3d)"), nullptr, QFileDialog::DontConfirmOverwrite);
-    if (strFile.isEmpty()) {
-        return;
+    QStringList listPath;
+    for (const QUrl& url : pEvent->mimeData()->urls()) {
+        if (url.isLocalFile()) {
+            listPath.append(url.toLocalFile());
+        }
     }
-    m_pFileEdit->setText(QDir::toNativeSeparators(strFile));
-    m_bFileTyped = true;
+    // A source that believes in a move deletes its files.
+    pEvent->setDropAction(Qt::CopyAction);
+    pEvent->accept();
+    addFrames(listPath);
+}
+
+void NewProjectDialog::addFrames(const QStringList& listPath)
+{
+    m_pFrames->addFrames(listPath);
+}
+
+/// The first frame tells of the size of all; what the headers of all tell is read in the background.
+void NewProjectDialog::framesChanged()
+{
+    const QStringList listFrame = m_pFrames->frames();
+    const bool bOther = m_pFrames->readFirstFrame();
+    if (listFrame.isEmpty()) {
+        m_facts.forgetTouches();
+    }
+    if (m_pFrames->m_pHeaders->read(listFrame)) {
+        m_pPreviewBox->setFrames(listFrame);
+    }
+    if (bOther) {
+        m_pPreviewBox->look();
+    }
+    m_pFile->propose(listFrame);
     refresh();
 }
 
-RotationMode NewProjectDialog::rotation() const
+void NewProjectDialog::takeFacts()
 {
-    const RotationKind kind = RotationKind(m_pRotationCombo->currentData().toInt());
-    return {kind, kind == RotationKind::Precession ? m_pPrecessionSpin->value() : 0};
+    const SeriesFacts& facts = m_pFrames->m_pHeaders->facts();
+    m_pPreviewBox->setFacts(facts);
+    {
+        const QScopedValueRollback<bool> filling(m_bFilling, true);
+        m_pElectrons->fill(facts);
+        m_pPixels->fill(facts);
+        m_pTilts->fill(facts);
+        m_pDirections->fill(facts);
+    }
+    refresh();
 }
 
 NewProject NewProjectDialog::project() const
 {
     NewProject made;
-    made.listFrame = frames();
-    const int nFrames = made.listFrame.size();
-    if (!m_pListRadio->isChecked()) {
-        const double dfStart = m_pTiltStartSpin->value();
-        const double dfStep = m_pStepRadio->isChecked() ? m_pTiltStepSpin->value()
-                                                        : tiltStep(nFrames, dfStart, m_pTiltEndSpin->value());
-        made.tilts = evenTilts(nFrames, dfStart, dfStep, m_pBeamTiltSpin->value());
-    } else if (!readTilts(m_pTiltEdit->toPlainText().toUtf8(), made.tilts)) {
-        made.tilts = {};
-    }
-    made.dfWavelength = m_pVoltageRadio->isChecked() ? electronWavelength(m_pVoltageSpin->value())
-                                                     : m_pWavelengthSpin->value();
-    made.dfPixelSize = m_pPixelSizeRadio->isChecked()
-                           ? m_pPixelSizeSpin->value()
-                           : pixelSizeFromCameraLength(m_pCameraLengthSpin->value(),
-                                                       m_pDetectorPixelSpin->value(), made.dfWavelength);
-    made.dfRotationAxis = m_pRotationAxisSpin->value();
-    made.bAxisKnown = m_pAxisRadio->isChecked();
-    made.dfStretchAmplitude = m_pStretchAmplitudeSpin->value();
-    made.dfStretchAzimuth = m_pStretchAzimuthSpin->value();
+    made.listFrame = m_pFrames->frames();
+    made.tilts = m_pTilts->tilts(made.listFrame.size()).value_or(FrameTilts());
+    made.dfWavelength = m_pElectrons->wavelength();
+    made.dfPixelSize = m_pPixels->pixelSize(made.dfWavelength);
+    made.dfRotationAxis = m_pDirections->m_pRotationAxisSpin->value();
+    made.bAxisKnown = m_pDirections->m_pAxisRadio->isChecked();
+    made.dfStretchAmplitude = m_pDirections->m_pStretchAmplitudeSpin->value();
+    made.dfStretchAzimuth = m_pDirections->m_pStretchAzimuthSpin->value();
     made.distortion = m_pLensDistortion->distortion();
-    made.rotation = rotation();
+    made.rotation = m_pDirections->rotation();
     return made;
 }
 
 QString NewProjectDialog::projectFile() const
 {
-    const QString strFile = QDir::fromNativeSeparators(m_pFileEdit->text().trimmed());
-    if (strFile.isEmpty() || strFile.endsWith(QLatin1Char('/'))) {
-        return {};
-    }
-    const QString strPath = QDir(m_strFolder).absoluteFilePath(strFile);
-    return QFileInfo(strPath).suffix().toLower() == QLatin1String("ed3d") ? strPath
-                                                                          : strPath + QStringLiteral(".ed3d");
+    return m_pFile->file(m_pFrames->folder());
 }
 
 QString NewProjectDialog::problem() const
 {
-    if (m_pFrameList->count() > 0 && !m_strFirstFrameError.isEmpty()) {
-        return tr("The first frame cannot be read: %1").arg(m_strFirstFrameError);
+    const int nFrames = m_pFrames->count();
+    if (!m_pFrames->firstFrameError().isEmpty()) {
+        return tr("The first frame cannot be read: %1").arg(m_pFrames->firstFrameError());
     }
-    FrameTilts tilts;
     QString strReason;
-    if (m_pFrameList->count() > 0 && m_pListRadio->isChecked() &&
-        !readTilts(m_pTiltEdit->toPlainText().toUtf8(), tilts, &strReason)) {
+    if (nFrames > 0 && !m_pTilts->tilts(nFrames, &strReason)) {
         return strReason;
     }
     QByteArray bytesText;
     if (!makeProjectText(project(), projectFile(), bytesText, &strReason) ||
-        !m_pChoice->choice(m_pFrameList->count(), &strReason)) {
+        !m_pFrames->m_pChoice->choice(nFrames, &strReason)) {
         return strReason;
     }
-    const QFileInfo info(projectFile());
-    if (!info.absoluteDir().exists()) {
-        return tr("There is no folder %1.").arg(QDir::toNativeSeparators(info.absolutePath()));
-    }
-    if (info.isDir()) {
-        return tr("%1 is a folder.").arg(QDir::toNativeSeparators(projectFile()));
-    }
-    return {};
+    return problemOfPlace(projectFile());
 }
 
 void NewProjectDialog::refresh()
@@ -301,42 +290,25 @@ void NewProjectDialog::refresh()
     if (m_bFilling) {
         return;  // once, when all is filled in
     }
-    m_pTiltStepSpin->setEnabled(m_pStepRadio->isChecked());
-    m_pTiltEndSpin->setEnabled(m_pEndRadio->isChecked());
-    m_pVoltageSpin->setEnabled(m_pVoltageRadio->isChecked());
-    m_pWavelengthSpin->setEnabled(m_pWavelengthRadio->isChecked());
-    m_pPixelSizeSpin->setEnabled(m_pPixelSizeRadio->isChecked());
-    m_pCameraLengthSpin->setEnabled(m_pCameraRadio->isChecked());
-    m_pDetectorPixelSpin->setEnabled(m_pCameraRadio->isChecked());
-    m_pPrecessionSpin->setEnabled(rotation().kind == RotationKind::Precession);
-    // What follows from the rest is shown in the boxes that are not in use.
-    const NewProject made = project();
-    const int nFrames = made.listFrame.size();
-    if (m_pVoltageRadio->isChecked()) {
-        showValue(m_pWavelengthSpin, made.dfWavelength);
-    }
-    if (m_pCameraRadio->isChecked()) {
-        showValue(m_pPixelSizeSpin, made.dfPixelSize);
-    }
-    if (m_pStepRadio->isChecked()) {
-        showValue(m_pTiltEndSpin,
-                  m_pTiltStartSpin->value() + qMax(0, nFrames - 1) * m_pTiltStepSpin->value());
-    }
-    if (m_pEndRadio->isChecked()) {
-        showValue(m_pTiltStepSpin, tiltStep(nFrames, m_pTiltStartSpin->value(), m_pTiltEndSpin->value()));
-    }
-
-    if (m_pListRadio->isChecked()) {
-        m_pTiltLabel->setText(tiltText(made.tilts.listOverall));
-    }
-    const QString strOutcome = m_pChoice->outcomeText(nFrames);
-    m_pChoiceLabel->setText(strOutcome + QLatin1Char('.'));
-    m_pChoiceLabel->setVisible(!strOutcome.isEmpty());
-    showFacts();
+    const int nFrames = m_pFrames->count();
+    m_pTilts->showDerivedTilts(nFrames);
+    m_pElectrons->showDerivedWavelength();
+    m_pPixels->showDerivedSize(m_pElectrons->wavelength());
+    m_pDirections->enableBoxes();
+    m_pFrames->showChoice();
+    m_facts.show(m_pFrames->m_pHeaders->facts(), nFrames > 0);
     showPreview();
     const QString strProblem = problem();
     m_pProblemLabel->setText(strProblem);
     m_pButtons->button(QDialogButtonBox::Ok)->setEnabled(strProblem.isEmpty());
+}
+
+void NewProjectDialog::showPreview()
+{
+    const SeriesFacts& facts = m_pFrames->m_pHeaders->facts();
+    const bool bAxis = m_pDirections->m_pAxisRadio->isChecked() || facts.rotationAxis.isTold();
+    m_pPreviewBox->showAxis(
+        bAxis ? std::optional<double>(m_pDirections->m_pRotationAxisSpin->value()) : std::nullopt, facts);
 }
 
 bool NewProjectDialog::isAgreed(const QString& strQuestion)
@@ -347,7 +319,7 @@ bool NewProjectDialog::isAgreed(const QString& strQuestion)
 
 void NewProjectDialog::reject()
 {
-    if (m_pTiltEdit->toPlainText().trimmed().isEmpty() ||
+    if (!m_pTilts->hasList() ||
         isAgreed(tr("The list of tilts is lost when the dialog is closed. Close it?"))) {
         QDialog::reject();
     }
@@ -374,10 +346,11 @@ void NewProjectDialog::accept()
     if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason)) {
         return;
     }
+    const QStringList listFrame = m_pFrames->frames();
     bool bAlike = false;
     {
         const CWaitCursor wait;
-        bAlike = areFramesAlike(frames(), &strReason);
+        bAlike = areFramesAlike(listFrame, &strReason);
     }
     if (!bAlike && !isAgreed(tr("%1. Create the project all the same?").arg(strReason))) {
         return;
@@ -386,11 +359,8 @@ void NewProjectDialog::accept()
         !isAgreed(tr("%1 exists already. Replace it?").arg(QDir::toNativeSeparators(strFile)))) {
         return;
     }
-    // Before the project, so that nobody takes results of a former one of that name for those of this choice.
-    const QString strBase = QFileInfo(strFile).absolutePath() + QLatin1Char('/') +
-                            QFileInfo(strFile).completeBaseName();
-    const SeriesChoice choice = m_pChoice->choice(frames().size()).value_or(SeriesChoice());
-    if (!keepSeriesChoice(strBase, choice, &strReason) || !writeWholeFile(strFile, bytesText, &strReason)) {
+    const SeriesChoice choice = m_pFrames->m_pChoice->choice(listFrame.size()).value_or(SeriesChoice());
+    if (!writeProject(strFile, bytesText, choice, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);
         return;
     }

@@ -161,7 +161,7 @@ TEST(Camera, TurnsAsQuaternionsDo)
     const auto expectRotation = [&camera](const QQuaternion& quaternion, double dfTolerance) {
         const QMatrix3x3 matrix = quaternion.toRotationMatrix();
         for (int n = 0; n < 9; ++n) {
-            ASSERT_NEAR(camera.m_fRotation[n / 3 * 4 + n % 3], matrix(n % 3, n / 3), dfTolerance) << n;
+            ASSERT_NEAR(camera.m_fRotation(n % 3, n / 3), matrix(n % 3, n / 3), dfTolerance) << n;
         }
     };
     QQuaternion turned;
@@ -187,13 +187,13 @@ TEST(Camera, TurnsAsQuaternionsDo)
         EXPECT_LT(length(camera.viewDirection() - scaled(v, 1 / length(v))), 1e-6);
         expectRotation(QQuaternion::rotationTo({v.x, v.y, v.z}, {0, 0, 1}), 1e-5);
     }
-    const Matrix4 before = camera.m_fRotation;
+    const QMatrix4x4 before = camera.m_fRotation;
     camera.viewAlong({0, 0, 0});
     camera.viewAlong({float(g_dfNaN), 0, 1});
     camera.rotateAroundScreen(1, g_dfInf);
     EXPECT_EQ(camera.m_fRotation, before);
     camera.viewAlong({0, 0, -0.2f});  // no axis to turn about
-    EXPECT_EQ(camera.m_fRotation, identityMatrix());
+    EXPECT_EQ(camera.m_fRotation, QMatrix4x4());
 
     const struct {
         int nX, nY;
@@ -216,18 +216,18 @@ TEST(Camera, NoZoomTurnsThePictureRound)
         camera.m_fPanX = 0.5f;
         camera.changeZoom(-0.25f);
         EXPECT_EQ(camera.m_fZoom, -0.25f) << "a step is what the mouse makes it while there is room";
-        float fScale = camera.projection()[0];
+        float fScale = camera.projection()(0, 0);
         for (int n = 0; n < 60; ++n) {
             camera.changeZoom(-fStep);
-            ASSERT_GE(camera.projection()[0], fScale) << n;
-            fScale = camera.projection()[0];
+            ASSERT_GE(camera.projection()(0, 0), fScale) << n;
+            fScale = camera.projection()(0, 0);
             ASSERT_FALSE(camera.isFlat());
         }
         EXPECT_GT(camera.sizeFactor(), 500) << "as far in as is of use";
         camera.changeZoom(1);
         EXPECT_NEAR(camera.m_fViewBound + camera.m_fZoom, 1, 0.01);
         camera.setZoom(-3);
-        EXPECT_GT(camera.projection()[0], 0);
+        EXPECT_GT(camera.projection()(0, 0), 0);
     }
 }
 
@@ -247,7 +247,7 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
     camera.viewAlong({1, 2, 3});
     camera.m_fPanX = -1.1f;
     camera.m_fZoom = -1.2f;
-    const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
+    const QMatrix4x4 m = camera.projection() * camera.m_fRotation;
     std::set<std::vector<long>> setDrawn;
     const auto key = [](const Vec3D& v) {
         return std::vector<long>{std::lround(v.x * 1e4), std::lround(v.y * 1e4), std::lround(v.z * 1e4)};
@@ -260,8 +260,8 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
         const int h = n / 8181 - 60, k = n / 81 % 101 - 50, l = n % 81 - 40;
         const Vec3D v = scaled(a, h) + scaled(b, k) + scaled(c, l);
         bool bSeen = true;
-        for (size_t r = 0; r < 3; ++r) {
-            bSeen = bSeen && std::abs(m[r] * v.x + m[4 + r] * v.y + m[8 + r] * v.z + m[12 + r]) < 1.f;
+        for (int r = 0; r < 3; ++r) {
+            bSeen = bSeen && std::abs(m(r, 0) * v.x + m(r, 1) * v.y + m(r, 2) * v.z + m(r, 3)) < 1.f;
         }
         nSeen += bSeen;
         ASSERT_TRUE(!bSeen || setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;

@@ -24,10 +24,11 @@ const ReciprocalBasis g_box{{0.1f, 0, 0}, {0, 0.2f, 0}, {0, 0, 0.25f}};  // 10 Ã
 ReciprocalBasis randomBasis(std::mt19937& random)
 {
     std::uniform_real_distribution<float> side(0.03f, 0.2f), skew(-0.02f, 0.02f), angle(0, 360);
-    const Matrix4 m = rotationMatrix(double(angle(random)), {skew(random), skew(random), 0.01f});
+    const QMatrix4x4 m = rotationMatrix(double(angle(random)), {skew(random), skew(random), 0.01f});
     const auto turned = [&m](const Vec3D& v) {
-        return Vec3D{m[0] * v.x + m[4] * v.y + m[8] * v.z, m[1] * v.x + m[5] * v.y + m[9] * v.z,
-                     m[2] * v.x + m[6] * v.y + m[10] * v.z};
+        return Vec3D{m(0, 0) * v.x + m(0, 1) * v.y + m(0, 2) * v.z,
+                     m(1, 0) * v.x + m(1, 1) * v.y + m(1, 2) * v.z,
+                     m(2, 0) * v.x + m(2, 1) * v.y + m(2, 2) * v.z};
     };
     return {turned({side(random), skew(random), skew(random)}),
             turned({skew(random), side(random), skew(random)}),
@@ -239,10 +240,11 @@ TEST(Camera, FitsTheCloudAndTurnsOnTheShortestWay)
             double dfGreatest = 0;
             for (int nTurn = 0; nTurn < 36; ++nTurn) {
                 camera.rotateAroundScreen(2, 10);
-                const Matrix4 m = multiplied(camera.projection(), camera.m_fRotation);
+                const QMatrix4x4 m = camera.projection() * camera.m_fRotation;
                 for (const CloudVertex& v : vertices.vecVertex) {
-                    dfGreatest = std::max({dfGreatest, std::abs(m[0] * v.x + m[4] * v.y + m[12]) / dfReachX,
-                                           std::abs(m[1] * v.x + m[5] * v.y + m[13]) / dfReachY});
+                    dfGreatest = std::max({dfGreatest,
+                                           std::abs(m(0, 0) * v.x + m(0, 1) * v.y + m(0, 3)) / dfReachX,
+                                           std::abs(m(1, 0) * v.x + m(1, 1) * v.y + m(1, 3)) / dfReachY});
                 }
             }
             EXPECT_LT(dfGreatest, 1);
@@ -253,14 +255,14 @@ TEST(Camera, FitsTheCloudAndTurnsOnTheShortestWay)
     for (int i = 0; i < 50; ++i) {
         CCamera camera;
         camera.rotateAroundScreen(i % 3, 7.0 * i);
-        const Matrix4 before = camera.m_fRotation;
+        const QMatrix4x4 before = camera.m_fRotation;
         const Vec3D v = i == 0 ? Vec3D{0, 0, -1} : Vec3D{normal(random), normal(random), normal(random)};
         const double dfOff = degreesBetween(asQt(v), asQt(camera.viewDirection()));
         camera.turnTowards(v);
         EXPECT_LT(degreesBetween(asQt(v), asQt(camera.viewDirection())), 0.02);
         double dfTrace = 0;  // of the turn: 1 + 2Â·cos of its angle
-        for (size_t n = 0; n < 16; ++n) {
-            dfTrace += n % 4 < 3 && n < 12 ? double(before[n]) * double(camera.m_fRotation[n]) : 0;
+        for (int n = 0; n < 9; ++n) {
+            dfTrace += double(before(n % 3, n / 3)) * double(camera.m_fRotation(n % 3, n / 3));
         }
         EXPECT_NEAR(dfTrace, 1 + 2 * std::cos(dfOff * g_dfPi / 180), 1e-4);
         camera.turnTowards({});

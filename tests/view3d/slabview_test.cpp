@@ -202,7 +202,7 @@ TEST_F(View3D, DistancesAreMeasuredByTheMouse)
     m_view.setPoints(m_view.points());
     EXPECT_EQ(measured(), Pair({-1, -1}));
 
-    m_view.setCamera(identityMatrix().data(), 0.4f, 0.3f, -1.7f);
+    m_view.setCamera(QMatrix4x4().constData(), 0.4f, 0.3f, -1.7f);
     m_view.fitView();
     double dfFarthest = 0;
     for (int i = 0; i < 3; ++i) {

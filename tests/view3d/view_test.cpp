@@ -97,7 +97,7 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     m_view.setBackgroundColor(Qt::black);
     m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});  // one lies behind
     EXPECT_EQ(atScene(picture(), -1, 0), QColor(Qt::black));
-    m_view.setCamera(identityMatrix().data(), 0, 0, std::numeric_limits<float>::infinity());
+    m_view.setCamera(QMatrix4x4().constData(), 0, 0, std::numeric_limits<float>::infinity());
     EXPECT_EQ(atScene(picture(), 0, 0), QColor(Qt::black));
     m_view.resetView();
     m_view.setPointAlpha(0.5f);
@@ -379,7 +379,7 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
     }
     view.setLight(true);
     view.rotateAroundScreenX(30);
-    view.setCamera(identityMatrix().data(), 1e38f, -1e38f, fInf);
+    view.setCamera(QMatrix4x4().constData(), 1e38f, -1e38f, fInf);
     show();
     view.resetView();
     for (int nSide : {1, 300}) {

@@ -6,6 +6,14 @@
 #include "window/framepreview.h"
 #include "window/guidewindow.h"
 #include "window/knowncelldialog.h"
+#include "window/newproject/directionsbox.h"
+#include "window/newproject/electronsbox.h"
+#include "window/newproject/framelistbox.h"
+#include "window/newproject/headerreading.h"
+#include "window/newproject/pixelsizebox.h"
+#include "window/newproject/previewbox.h"
+#include "window/newproject/projectfilerow.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/suggestiondialog.h"
@@ -91,46 +99,47 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         QDropEvent drop({5, 5}, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, {});
         QApplication::sendEvent(&dialog, &drop);
         EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
-        ASSERT_EQ(dialog.m_pFrameList->count(), 12);
-        EXPECT_EQ(dialog.m_pFrameLabel->text(), QString("12 frames; the first: 64 × 64 pixels, MRC."));
+        ASSERT_EQ(dialog.m_pFrames->m_pFrameList->count(), 12);
+        EXPECT_EQ(dialog.m_pFrames->m_pFrameLabel->text(),
+                  QString("12 frames; the first: 64 × 64 pixels, MRC."));
         EXPECT_EQ(dialog.projectFile(), strFile);
 
-        dialog.m_pFrameList->setCurrentRow(3);
-        dialog.m_pDownButton->click();
-        EXPECT_EQ(dialog.m_pFrameList->item(4)->text(), "w_0004.mrc");
-        dialog.m_pRemoveButton->click();
-        EXPECT_EQ(dialog.m_pFrameList->count(), 11);
+        dialog.m_pFrames->m_pFrameList->setCurrentRow(3);
+        dialog.m_pFrames->m_pDownButton->click();
+        EXPECT_EQ(dialog.m_pFrames->m_pFrameList->item(4)->text(), "w_0004.mrc");
+        dialog.m_pFrames->m_pRemoveButton->click();
+        EXPECT_EQ(dialog.m_pFrames->m_pFrameList->count(), 11);
         dialog.addFrames({m_dir.path(), path("w_0003.mrc"), path("w_truth.json")});
         says("All frames have the same tilt");
 
-        dialog.m_pListRadio->setChecked(true);
-        dialog.m_pTiltEdit->setPlainText("1\n2\n3\n");
+        dialog.m_pTilts->m_pListRadio->setChecked(true);
+        dialog.m_pTilts->m_pTiltEdit->setPlainText("1\n2\n3\n");
         says("3 tilts for 12 frames");
-        dialog.m_pEndRadio->setChecked(true);
-        dialog.m_pTiltStartSpin->setValue(-3);
-        dialog.m_pTiltEndSpin->setValue(-3 + 11 * 0.35);
-        dialog.m_pBeamTiltSpin->setValue(4);
+        dialog.m_pTilts->m_pEndRadio->setChecked(true);
+        dialog.m_pTilts->m_pTiltStartSpin->setValue(-3);
+        dialog.m_pTilts->m_pTiltEndSpin->setValue(-3 + 11 * 0.35);
+        dialog.m_pTilts->m_pBeamTiltSpin->setValue(4);
         says("Give the pixel size");
-        EXPECT_NEAR(dialog.m_pWavelengthSpin->value(), 0.025079, 1e-9);  // 200 kV
-        dialog.m_pWavelengthRadio->setChecked(true);
-        dialog.m_pWavelengthSpin->setValue(0.0251);
-        dialog.m_pCameraRadio->setChecked(true);
-        dialog.m_pCameraLengthSpin->setValue(100);
-        dialog.m_pDetectorPixelSpin->setValue(50.2);
-        dialog.m_pRotationAxisSpin->setValue(-38.5);
+        EXPECT_NEAR(dialog.m_pElectrons->m_pWavelengthSpin->value(), 0.025079, 1e-9);  // 200 kV
+        dialog.m_pElectrons->m_pWavelengthRadio->setChecked(true);
+        dialog.m_pElectrons->m_pWavelengthSpin->setValue(0.0251);
+        dialog.m_pPixels->m_pCameraRadio->setChecked(true);
+        dialog.m_pPixels->m_pCameraLengthSpin->setValue(100);
+        dialog.m_pPixels->m_pDetectorPixelSpin->setValue(50.2);
+        dialog.m_pDirections->m_pRotationAxisSpin->setValue(-38.5);
         dialog.m_pLensDistortion->boxes()[2]->setValue(-1.5);
         says("");
-        EXPECT_FALSE(dialog.m_pPrecessionSpin->isEnabled());
-        dialog.m_pRotationCombo->setCurrentText("Precession");
+        EXPECT_FALSE(dialog.m_pDirections->m_pPrecessionSpin->isEnabled());
+        dialog.m_pDirections->m_pRotationCombo->setCurrentText("Precession");
         says("Give the angle of the precession");
-        dialog.m_pPrecessionSpin->setValue(1.2);
+        dialog.m_pDirections->m_pPrecessionSpin->setValue(1.2);
         says("");
-        QTest::keyClick(dialog.m_pRotationAxisSpin, Qt::Key_Return);
+        QTest::keyClick(dialog.m_pDirections->m_pRotationAxisSpin, Qt::Key_Return);
         EXPECT_TRUE(dialog.isVisible()) << "Return ends a number, not the dialog";
-        dialog.m_pFileEdit->setText(path("none/"));
-        QTest::keyClicks(dialog.m_pFileEdit, "w");
+        dialog.m_pFile->m_pFileEdit->setText(path("none/"));
+        QTest::keyClicks(dialog.m_pFile->m_pFileEdit, "w");
         says("There is no folder");
-        answered({strFile}, [&] { dialog.m_pBrowseButton->click(); });
+        answered({strFile}, [&] { dialog.m_pFile->m_pBrowseButton->click(); });
         pCreate->click();
     });
     ASSERT_TRUE(made.read(strFile)) << made.errorText().toStdString();
@@ -150,21 +159,21 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
 
     // Again: what was given is remembered, and the file is not replaced unasked.
     withDialog([&](NewProjectDialog& dialog, QPushButton* pCreate) {
-        EXPECT_EQ(dialog.m_pWavelengthSpin->value(), 0.0251);
-        EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 100);
-        EXPECT_EQ(dialog.m_pRotationAxisSpin->value(), -38.5);
-        EXPECT_EQ(dialog.m_pRotationCombo->currentText(), QString("Precession"));
-        EXPECT_EQ(dialog.m_pPrecessionSpin->value(), 1.2);
-        dialog.m_pRotationCombo->setCurrentText("Stepped");
-        EXPECT_FALSE(dialog.m_pPrecessionSpin->isEnabled());
+        EXPECT_EQ(dialog.m_pElectrons->m_pWavelengthSpin->value(), 0.0251);
+        EXPECT_EQ(dialog.m_pPixels->m_pCameraLengthSpin->value(), 100);
+        EXPECT_EQ(dialog.m_pDirections->m_pRotationAxisSpin->value(), -38.5);
+        EXPECT_EQ(dialog.m_pDirections->m_pRotationCombo->currentText(), QString("Precession"));
+        EXPECT_EQ(dialog.m_pDirections->m_pPrecessionSpin->value(), 1.2);
+        dialog.m_pDirections->m_pRotationCombo->setCurrentText("Stepped");
+        EXPECT_FALSE(dialog.m_pDirections->m_pPrecessionSpin->isEnabled());
         dialog.addFrames({m_dir.path()});
-        dialog.m_pTiltStepSpin->setValue(1);
+        dialog.m_pTilts->m_pTiltStepSpin->setValue(1);
         QStringList listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
         EXPECT_TRUE(listAsked.value(0).contains("exists already")) << listAsked.join(' ').toStdString();
         ASSERT_TRUE(QFile::resize(path("w_0007.mrc"), 700));
         listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
         EXPECT_TRUE(listAsked.value(0).contains("w_0007.mrc")) << listAsked.join(' ').toStdString();
-        dialog.m_pTiltEdit->setPlainText("1\n2\n");
+        dialog.m_pTilts->m_pTiltEdit->setPlainText("1\n2\n");
         listAsked = answered({QMessageBox::No}, [&] { QTest::keyClick(&dialog, Qt::Key_Escape); });
         EXPECT_TRUE(listAsked.value(0).contains("lost")) << listAsked.join(' ').toStdString();
         EXPECT_TRUE(dialog.isVisible());
@@ -192,39 +201,42 @@ TEST_F(FirstRun, FieldsAreFilledFromWhatTheFramesTell)
     write("scan_log.txt", "Rotation axis: -30 deg\nCamera length: 500 mm\n");
 
     NewProjectDialog dialog(m_dir.path());
-    const auto fact = [&dialog](QDoubleSpinBox* pSpin) { return dialog.m_mapFact.value(pSpin)->fact(); };
-    dialog.m_pStretchAmplitudeSpin->setValue(1);  // the user's own group
+    const auto fact = [&dialog](QDoubleSpinBox* pSpin) { return dialog.m_facts.label(pSpin)->fact(); };
+    dialog.m_pDirections->m_pStretchAmplitudeSpin->setValue(1);  // the user's own group
     dialog.addFrames({m_dir.path()});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.m_pStopFactsButton->isHidden(); }, 20000));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !dialog.m_pPreview->look().image.isNull(); }, 20000));
-    EXPECT_EQ(dialog.m_pTiltStartSpin->value(), -10.25);
-    EXPECT_EQ(dialog.m_pTiltStepSpin->value(), -0.5);
-    EXPECT_EQ(fact(dialog.m_pTiltStartSpin), QString("OSC_START + OSC_RANGE / 2"));
-    EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 400) << "the header counts before the log";
-    EXPECT_EQ(dialog.m_pDetectorPixelSpin->value(), 50);
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return dialog.m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden(); }, 20000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return !dialog.m_pPreviewBox->m_pPreview->look().image.isNull(); }, 20000));
+    EXPECT_EQ(dialog.m_pTilts->m_pTiltStartSpin->value(), -10.25);
+    EXPECT_EQ(dialog.m_pTilts->m_pTiltStepSpin->value(), -0.5);
+    EXPECT_EQ(fact(dialog.m_pTilts->m_pTiltStartSpin), QString("OSC_START + OSC_RANGE / 2"));
+    EXPECT_EQ(dialog.m_pPixels->m_pCameraLengthSpin->value(), 400) << "the header counts before the log";
+    EXPECT_EQ(dialog.m_pPixels->m_pDetectorPixelSpin->value(), 50);
     EXPECT_NEAR(dialog.project().dfWavelength, 0.02508, 1e-5);
     EXPECT_NEAR(dialog.project().dfPixelSize, 0.05 / (0.02508 * 400), 1e-6);
     EXPECT_EQ(dialog.m_pProblemLabel->text(), QString());
     EXPECT_FALSE(dialog.project().bAxisKnown) << "the sense of a told axis is not certain";
-    EXPECT_TRUE(fact(dialog.m_pRotationAxisSpin).contains("sense not certain"))
-        << fact(dialog.m_pRotationAxisSpin).toStdString();
-    ASSERT_TRUE(dialog.m_pPreview->look().ptBeam);
-    EXPECT_NEAR(dialog.m_pPreview->look().ptBeam->x(), 20, 0.5);
-    EXPECT_NEAR(dialog.m_pPreview->look().ptBeam->y(), 30, 0.5);
+    EXPECT_TRUE(fact(dialog.m_pDirections->m_pRotationAxisSpin).contains("sense not certain"))
+        << fact(dialog.m_pDirections->m_pRotationAxisSpin).toStdString();
+    ASSERT_TRUE(dialog.m_pPreviewBox->m_pPreview->look().ptBeam);
+    EXPECT_NEAR(dialog.m_pPreviewBox->m_pPreview->look().ptBeam->x(), 20, 0.5);
+    EXPECT_NEAR(dialog.m_pPreviewBox->m_pPreview->look().ptBeam->y(), 30, 0.5);
 
     // What the user gives stays, and is set against what was read.
-    dialog.m_pRotationAxisSpin->setValue(45);
+    dialog.m_pDirections->m_pRotationAxisSpin->setValue(45);
     EXPECT_TRUE(dialog.project().bAxisKnown);
-    EXPECT_EQ(dialog.m_pPreview->axis(), 45);
-    dialog.m_pCameraLengthSpin->setValue(444);
+    EXPECT_EQ(dialog.m_pPreviewBox->m_pPreview->axis(), 45);
+    dialog.m_pPixels->m_pCameraLengthSpin->setValue(444);
     write("c_13.img", smvBytes(smvLines(-16, -0.5, 0.05, 400), 64, 48, bytesPixel));
     dialog.addFrames({m_dir.path()});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.m_pStopFactsButton->isHidden(); }, 20000));
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return dialog.m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden(); }, 20000));
     EXPECT_EQ(dialog.project().listFrame.size(), 13);
-    EXPECT_EQ(dialog.m_pCameraLengthSpin->value(), 444);
-    EXPECT_TRUE(fact(dialog.m_pCameraLengthSpin).contains("DISTANCE: 400"))
-        << fact(dialog.m_pCameraLengthSpin).toStdString();
-    EXPECT_EQ(dialog.m_pRotationAxisSpin->value(), 45);
+    EXPECT_EQ(dialog.m_pPixels->m_pCameraLengthSpin->value(), 444);
+    EXPECT_TRUE(fact(dialog.m_pPixels->m_pCameraLengthSpin).contains("DISTANCE: 400"))
+        << fact(dialog.m_pPixels->m_pCameraLengthSpin).toStdString();
+    EXPECT_EQ(dialog.m_pDirections->m_pRotationAxisSpin->value(), 45);
 }
 
 TEST_F(FirstRun, GuideOpensAtThePageInFront)

@@ -1,6 +1,9 @@
 // Frames of a series that are chosen, summed and binned, in "New Project" and for the project that is open.
 #include "dataset/serieschoicefile.h"
 #include "tests/window/windowtest.h"
+#include "window/newproject/framelistbox.h"
+#include "window/newproject/pixelsizebox.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/newprojectdialog.h"
 #include "window/serieschoicebox.h"
 #include "window/serieschoicedialog.h"
@@ -54,25 +57,25 @@ TEST_F(ChosenFrames, AreThoseOfTheProjectFromItsMakingOn)
     withDialog<NewProjectDialog>(m_pActions->m_pNewProject, [&](NewProjectDialog& dialog) {
         QPushButton* pCreate = dialog.m_pButtons->button(QDialogButtonBox::Ok);
         dialog.addFrames({m_dir.path()});
-        ASSERT_EQ(dialog.m_pFrameList->count(), 9);
-        dialog.m_pStepRadio->setChecked(true);
-        dialog.m_pTiltStartSpin->setValue(-4);
-        dialog.m_pTiltStepSpin->setValue(1);
-        dialog.m_pPixelSizeRadio->setChecked(true);
-        dialog.m_pPixelSizeSpin->setValue(0.004);
+        ASSERT_EQ(dialog.m_pFrames->m_pFrameList->count(), 9);
+        dialog.m_pTilts->m_pStepRadio->setChecked(true);
+        dialog.m_pTilts->m_pTiltStartSpin->setValue(-4);
+        dialog.m_pTilts->m_pTiltStepSpin->setValue(1);
+        dialog.m_pPixels->m_pPixelSizeRadio->setChecked(true);
+        dialog.m_pPixels->m_pPixelSizeSpin->setValue(0.004);
         EXPECT_TRUE(pCreate->isEnabled()) << dialog.m_pProblemLabel->text().toStdString();
-        EXPECT_TRUE(dialog.m_pChoiceLabel->isHidden());
+        EXPECT_TRUE(dialog.m_pFrames->m_pChoiceLabel->isHidden());
         for (const char* pszBad : {"5-3", "8-10", "x"}) {
-            dialog.m_pChoice->m_pFramesEdit->setText(pszBad);
+            dialog.m_pFrames->m_pChoice->m_pFramesEdit->setText(pszBad);
             EXPECT_FALSE(pCreate->isEnabled()) << pszBad;
             EXPECT_TRUE(dialog.m_pProblemLabel->text().startsWith("Frames to take: "));
         }
-        dialog.m_pChoice->m_pFramesEdit->setText("2-");
-        dialog.m_pChoice->m_pSkipEdit->setText("6");
-        dialog.m_pChoice->m_pSumSpin->setValue(2);
-        dialog.m_pChoice->m_pBinSpin->setValue(2);
-        EXPECT_TRUE(dialog.m_pChoiceLabel->text().startsWith("3 frames of 9"))
-            << dialog.m_pChoiceLabel->text().toStdString();
+        dialog.m_pFrames->m_pChoice->m_pFramesEdit->setText("2-");
+        dialog.m_pFrames->m_pChoice->m_pSkipEdit->setText("6");
+        dialog.m_pFrames->m_pChoice->m_pSumSpin->setValue(2);
+        dialog.m_pFrames->m_pChoice->m_pBinSpin->setValue(2);
+        EXPECT_TRUE(dialog.m_pFrames->m_pChoiceLabel->text().startsWith("3 frames of 9"))
+            << dialog.m_pFrames->m_pChoiceLabel->text().toStdString();
         ASSERT_TRUE(pCreate->isEnabled()) << dialog.m_pProblemLabel->text().toStdString();
         pCreate->click();
     });
@@ -126,7 +129,7 @@ TEST_F(ChosenFrames, OfAFolderWithTwoSizesAreOfTheOneThatIsWanted)
             pAsk->accept();
         });
         dialog.addFrames({path("two")});
-        EXPECT_EQ(dialog.m_pFrameList->count(), 3);
+        EXPECT_EQ(dialog.m_pFrames->m_pFrameList->count(), 3);
     });
 }
 

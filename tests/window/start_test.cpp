@@ -2,6 +2,10 @@
 #include "dataset/unitcellfile.h"
 #include "geometry/reciprocalbasis.h"
 #include "tests/window/windowtest.h"
+#include "window/newproject/framelistbox.h"
+#include "window/newproject/pixelsizebox.h"
+#include "window/newproject/projectfilerow.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/newprojectdialog.h"
 #include "window/start/recentseries.h"
 #include "window/start/startcontroller.h"
@@ -246,10 +250,10 @@ TEST_F(Start, ANewProjectIsSolvedAtOnceWhereThatIsWished)
             EXPECT_EQ(pDialog->m_pSolveCheck->isChecked(), bWishedBefore);
             pDialog->m_pSolveCheck->setChecked(bWish);
             pDialog->addFrames({path("f0.png"), path("f1.png"), path("f2.png")});
-            pDialog->m_pTiltStepSpin->setValue(1);
-            pDialog->m_pPixelSizeSpin->setValue(0.004);
-            pDialog->m_pFileEdit->setText(path(bWish ? "solved.ed3d" : "plain.ed3d"));
-            emit pDialog->m_pFileEdit->textEdited(pDialog->m_pFileEdit->text());
+            pDialog->m_pTilts->m_pTiltStepSpin->setValue(1);
+            pDialog->m_pPixels->m_pPixelSizeSpin->setValue(0.004);
+            pDialog->m_pFile->m_pFileEdit->setText(path(bWish ? "solved.ed3d" : "plain.ed3d"));
+            emit pDialog->m_pFile->m_pFileEdit->textEdited(pDialog->m_pFile->m_pFileEdit->text());
             ASSERT_EQ(pDialog->m_pProblemLabel->text(), "");
             pDialog->m_pButtons->button(QDialogButtonBox::Ok)->click();
         });

@@ -6,6 +6,10 @@
 #include "tools/screenshots/solvepictures.h"
 #include "window/knowncelldialog.h"
 #include "window/mainwindow.h"
+#include "window/newproject/directionsbox.h"
+#include "window/newproject/pixelsizebox.h"
+#include "window/newproject/projectfilerow.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/framespage.h"
 
@@ -93,11 +97,11 @@ int main(int argc, char** argv)
     // The dialog as it stands when the series of the demo is given, with the demo's own numbers.
     NewProjectDialog dialog(QFileInfo(listArgument[1]).absolutePath());
     dialog.addFrames({QFileInfo(listArgument[1]).absolutePath()});
-    dialog.m_pTiltStartSpin->setValue(-51);
-    dialog.m_pTiltStepSpin->setValue(0.85);
-    dialog.m_pPixelSizeSpin->setValue(0.004);
-    dialog.m_pRotationAxisSpin->setValue(-38.5);
-    dialog.m_pFileEdit->setText(QStringLiteral("/data/demo/demo.ed3d"));
+    dialog.m_pTilts->m_pTiltStartSpin->setValue(-51);
+    dialog.m_pTilts->m_pTiltStepSpin->setValue(0.85);
+    dialog.m_pPixels->m_pPixelSizeSpin->setValue(0.004);
+    dialog.m_pDirections->m_pRotationAxisSpin->setValue(-38.5);
+    dialog.m_pFile->m_pFileEdit->setText(QStringLiteral("/data/demo/demo.ed3d"));
     dialog.show();
     QTest::qWait(g_nSettleTime);
     camera.keep(QStringLiteral("newproject"), dialog.grab());
