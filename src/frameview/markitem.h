@@ -15,6 +15,7 @@ class CMarkZoom;
 /// it (see the derived marks), so a view that shows marks repaints as a whole, as BaseImgView does.
 class MarkItem : public QGraphicsItem {
 public:
+    /// A mark of size 0.
     explicit MarkItem(QGraphicsItem* pParent = nullptr);
 
     /// Pixels; what it measures is the derived mark's. Schedules a repaint, as do the two below.

@@ -8,10 +8,12 @@ namespace tessera {
 /// Lines that are as thin at each zoom, and no longer than at 100 %, so that what they mark stays in sight.
 class CMarkZoom {
 public:
+    /// The zoom that a painter of a view has.
     explicit CMarkZoom(const QPainter& painter);
     explicit CMarkZoom(double dfZoom);  ///< screen pixels per frame pixel, above 0
 
     bool isActualSize() const { return m_dfZoom == 1.0; }  ///< 100 %
+    /// Screen pixels per frame pixel.
     double zoom() const { return m_dfZoom; }
 
     /// Width of a line, frame pixels, that is 1 pixel wide on the screen; 1.5 from 400 % on.

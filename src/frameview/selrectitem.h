@@ -15,6 +15,7 @@ class SelRectItem : public QObject, public QGraphicsRectItem {
     Q_OBJECT
 
 public:
+    /// Of size 0, without a bound.
     explicit SelRectItem(QGraphicsItem* pParent = nullptr);
 
     /// Sets the size in pixels around the present position and moves the item into the bound.

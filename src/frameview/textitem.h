@@ -10,10 +10,12 @@ namespace tessera {
 /// unless setScreenSized() says otherwise.
 class TextItem : public QGraphicsSimpleTextItem {
 public:
+    /// An empty text.
     explicit TextItem(QGraphicsItem* pParent = nullptr);
 
     void setBackground(const QColor& color);  ///< colour behind the text
     void setBrushColor(const QColor& color);  ///< colour of the text
+    /// Size of the letters, points.
     /// @param dfPointSize  above 0; another value changes nothing
     void setFontSize(double dfPointSize);
 

@@ -8,6 +8,7 @@ namespace tessera {
 /// Updates are off while it lives, and come on again on every way out.
 class QuietView {
 public:
+    /// Switches the updates off.
     explicit QuietView(QWidget& widget) : m_widget(widget) { m_widget.setUpdatesEnabled(false); }
     ~QuietView() { m_widget.setUpdatesEnabled(true); }  ///< on again
     QuietView(const QuietView&) = delete;

@@ -17,7 +17,9 @@ public:
         : m_dataSet(dataSet), m_shown(shown), m_run(run)
     {}
 
+    /// The copy that the run works on.
     DataSet& dataSet() { return m_dataSet; }
+    /// The report of the run, for calls from its thread.
     CRunReport& report() { return m_run; }
     /// Puts the data set and the images that the run has loaded into the window's, has fn done by the thread
     /// of the window, and goes on with what that has left.

@@ -19,13 +19,18 @@ public:
     using Stop = std::atomic<bool>;
     /// Runs in the thread of the job, and may call it to have something done in the thread of the window.
     using FnShow = std::function<void(const std::function<void()>&)>;
+    /// What a job does.
     using FnWork = std::function<void(const Stop& bStop, const FnShow& fnShow)>;
 
+    /// No job is under way.
     explicit BackgroundJob(QObject* pParent = nullptr) : QObject(pParent) {}
+    /// Stops all jobs and waits until they have noticed.
     ~BackgroundJob() override;
 
+    /// Begins a job; the one before is stopped.
     /// @param fnWork  must not throw; what it hands to fnShow is done later, and not once the job is stopped
     void start(const FnWork& fnWork);
+    /// Tells the job under way to stop; nothing of it is shown any more.
     void stop();
 
 private:

@@ -10,9 +10,12 @@ class FactLabel : public QLabel {
     Q_OBJECT
 
 public:
+    /// Shows nothing yet.
     explicit FactLabel(QWidget* pParent = nullptr);
 
+    /// The text to show; empty: none.
     void setFact(const QString& strText);
+    /// The whole text, also where a part of it is cut.
     const QString& fact() const { return m_strText; }
 
     QSize minimumSizeHint() const override;

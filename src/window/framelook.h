@@ -11,6 +11,7 @@
 
 namespace tessera {
 
+/// What a look at one frame gives.
 struct FrameLook {
     QImage image;                   ///< grey, no larger than it is of use
     QSize size;                     ///< of the frame, pixels

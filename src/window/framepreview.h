@@ -13,15 +13,18 @@ class FramePreview : public QWidget {
     Q_OBJECT
 
 public:
+    /// Shows no frame yet.
     explicit FramePreview(QWidget* pParent = nullptr);
 
     /// What is shown from now on; without an image its problem, or nothing.
     void setLook(const FrameLook& look);
+    /// What is shown.
     const FrameLook& look() const { return m_look; }
     /// Where a header has the beam, frame pixels.
     void setToldBeam(const std::optional<QPointF>& ptBeam);
     /// Degrees counter-clockwise from 3 o'clock; none: no line.
     void setAxis(const std::optional<double>& dfAxis);
+    /// Angle of the line, degrees; none: no line.
     std::optional<double> axis() const { return m_dfAxis; }
 
     QSize sizeHint() const override { return {340, 340}; }

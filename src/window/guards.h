@@ -10,7 +10,9 @@ namespace tessera {
 /// Shows the cursor that waits.
 class CWaitCursor {
 public:
+    /// Shows it from now on.
     CWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    /// The cursor is the one before again.
     ~CWaitCursor() { QApplication::restoreOverrideCursor(); }
     CWaitCursor(const CWaitCursor&) = delete;
     CWaitCursor& operator=(const CWaitCursor&) = delete;
@@ -20,7 +22,9 @@ public:
 /// events that follow.
 class CDeferredPaint {
 public:
+    /// Holds the painting of a widget back, which outlives this.
     explicit CDeferredPaint(QWidget* pWidget) : m_pWidget(pWidget) { pWidget->setUpdatesEnabled(false); }
+    /// Lets it paint again.
     ~CDeferredPaint() { m_pWidget->setUpdatesEnabled(true); }
     CDeferredPaint(const CDeferredPaint&) = delete;
     CDeferredPaint& operator=(const CDeferredPaint&) = delete;
@@ -32,7 +36,9 @@ private:
 /// Keeps a widget, such as the button of a run, from being used.
 class CDisabledWidget {
 public:
+    /// Disables the widget, which may go before this.
     explicit CDisabledWidget(QWidget* pWidget) : m_pWidget(pWidget) { pWidget->setEnabled(false); }
+    /// Enables it, if it is still there.
     ~CDisabledWidget()
     {
         if (m_pWidget) {

@@ -17,6 +17,7 @@ class GuideBrowser : public QTextBrowser {
     Q_OBJECT
 
 public:
+    /// Shows no text yet.
     explicit GuideBrowser(QWidget* pParent = nullptr);
 
     /// Pictures come in the size that the window has room for.

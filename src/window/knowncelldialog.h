@@ -30,6 +30,7 @@ public:
 
     /// What the six boxes say.
     CellParameters cell() const;
+    /// Puts a cell into the six boxes: Å and degrees.
     void setCell(const CellParameters& cell);
     /// The result of the last search with the numbers as they are now.
     const KnownCellSearchResult& result() const { return m_result; }

@@ -21,6 +21,7 @@ class MessageEdit : public QTextBrowser {
     Q_OBJECT
 
 public:
+    /// An empty log.
     explicit MessageEdit(QWidget* pParent = nullptr);
 
     /// Appends a paragraph in that colour and moves the cursor to the end.

@@ -21,6 +21,7 @@ class PlotPanel : public QwtPlot {
     Q_OBJECT
 
 public:
+    /// A plot without series and titles.
     explicit PlotPanel(QWidget* pParent = nullptr);
 
     /// @param strTitle  above the plot; may be empty
@@ -38,6 +39,7 @@ public:
     /// @param size  what is seen at least, in the units of the axes; empty: axes by the data again
     void setPictureAxes(const QSizeF& size);
 
+    /// The series that were added.
     const QVector<PlotSeries>& series() const { return m_vecSeries; }
     QString csv() const;  ///< csvOfSeries() of what is shown
 
@@ -46,12 +48,17 @@ public:
     /// Writes the picture, whole or not at all.
     /// @param pstrReason  may be null
     bool saveSvg(const QString& strFile, QString* pstrReason = nullptr);
+    /// Writes csv(), whole or not at all.
     bool saveCsv(const QString& strFile, QString* pstrReason = nullptr) const;
 
 public slots:
+    /// Puts the plot on the clipboard as a picture.
     void copyPicture();
+    /// Puts csv() on the clipboard.
     void copyNumbers() const;
+    /// Asks for a file and writes the plot as SVG.
     void askAndSavePicture();
+    /// Asks for a file and writes csv().
     void askAndSaveNumbers();
 
 signals:

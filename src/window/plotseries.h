@@ -10,6 +10,7 @@ namespace tessera {
 
 /// Points that are drawn alike.
 struct PlotSeries {
+    /// How the points of a series are drawn.
     enum class Kind {
         Line,           ///< from point to point
         Points,         ///< dots alone

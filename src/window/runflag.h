@@ -7,7 +7,9 @@ namespace tessera {
 /// cleared, which that run takes for the wish to stop, and the new object holds nothing.
 class CRunFlag {
 public:
+    /// Sets the flag, or clears the one of another run.
     explicit CRunFlag(bool& bFlag) : m_bFlag(bFlag), m_bHeld(!bFlag) { m_bFlag = m_bHeld; }
+    /// Clears the flag that it has set.
     ~CRunFlag() { release(); }
     CRunFlag(const CRunFlag&) = delete;
     CRunFlag& operator=(const CRunFlag&) = delete;

@@ -17,8 +17,10 @@ class SeriesChoiceBox : public QWidget {
     Q_OBJECT
 
 public:
+    /// All frames as they are.
     explicit SeriesChoiceBox(QWidget* pParent = nullptr);
 
+    /// Puts a choice into the controls.
     void setChoice(const SeriesChoice& choice);
     /// What the controls say.
     /// @param nFrames     of the series
@@ -34,6 +36,7 @@ public:
     QSpinBox* m_pBinSpin;      ///< pixels along the side of a block that becomes one
 
 signals:
+    /// One of the controls was changed.
     void changed();
 };
 

@@ -10,6 +10,7 @@ class TabWidget : public QTabWidget {
     Q_OBJECT
 
 public:
+    /// No tab yet.
     explicit TabWidget(QWidget* pParent = nullptr);
 };
 

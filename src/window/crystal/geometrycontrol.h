@@ -21,8 +21,10 @@ class GeometryControl : public QObject {
     Q_OBJECT
 
 public:
+    /// Makes the dialog, hidden. The window outlives this.
     explicit GeometryControl(MainWindow& window);
 
+    /// The dialog that is controlled.
     GeometryDialog& dialog() { return *m_pDialog; }
     /// The refinement that is shown, as long as geometry, beam and cell are those that it began with; else
     /// null.
@@ -40,6 +42,7 @@ public:
     void forget();
 
 public slots:
+    /// Opens the dialog, or brings it to the front.
     void showDialog();
     /// Fits the geometry. A run by the main window's flag of runs on known peaks; another call stops it.
     void refine();
@@ -49,8 +52,11 @@ public slots:
     /// Puts back what was before the last apply() or loadCalibration(), to the bit; where the peaks are
     /// others by now the geometry alone, and what follows is made anew.
     void undo();
+    /// Asks for a file and writes a project with the geometry in force.
     void saveProject();
+    /// Asks for a file and writes the geometry in force as a calibration.
     void saveCalibration();
+    /// Asks for a calibration and puts it into the data set; undo() takes it back.
     void loadCalibration();
 
 private:

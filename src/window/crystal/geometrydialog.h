@@ -32,6 +32,7 @@ class GeometryDialog : public QDialog {
     Q_OBJECT
 
 public:
+    /// Shows no refinement yet.
     explicit GeometryDialog(QWidget* pParent = nullptr);
 
     /// Shows a refinement; none: empty columns and plots. Which numbers are to be free stays as it is.

@@ -29,6 +29,7 @@ class LatticesDialog : public QDialog {
     Q_OBJECT
 
 public:
+    /// Shows no look yet.
     explicit LatticesDialog(QWidget* pParent = nullptr);
 
     /// Fills tables and lists and selects the type that is proposed; of nothing looked at: empties them.

@@ -23,6 +23,7 @@ class ResidualPlots : public QTabWidget {
     Q_OBJECT
 
 public:
+    /// Empty plots.
     explicit ResidualPlots(QWidget* pParent = nullptr);
 
     /// Draws residuals in the place of the former ones; none: empty plots.
@@ -36,6 +37,7 @@ public:
     PlotPanel* m_pPlotTilt;
 
 signals:
+    /// A file was asked for and could not be written.
     void notSaved(const QString& strReason);
 
 private:

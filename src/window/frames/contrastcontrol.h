@@ -35,6 +35,7 @@ class ContrastControl : public QObject {
     Q_OBJECT
 
 public:
+    /// Connects the controls of the page, which outlives this.
     ContrastControl(FramesPage& page, ContrastHost host, QObject* pParent = nullptr);
     ~ContrastControl() override;  ///< keeps
 

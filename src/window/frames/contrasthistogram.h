@@ -17,9 +17,12 @@ class ContrastHistogram : public QWidget {
     Q_OBJECT
 
 public:
+    /// No histogram and no limits yet.
     explicit ContrastHistogram(QWidget* pParent = nullptr);
 
+    /// The histogram to draw.
     void setHistogram(const ViewHistogram& histogram);
+    /// The histogram that is drawn.
     const ViewHistogram& histogram() const { return m_histogram; }
     void setLimits(double dfLow, double dfHigh);  ///< without a signal
     /// Where a handle stands, pixels of the widget from the left.
@@ -30,6 +33,7 @@ public:
 
 signals:
     void limitsChanged(double dfLow, double dfHigh);  ///< by the user; low is below high
+    /// The user asked for the automatic limits.
     void automaticWanted();
 
 protected:

@@ -33,6 +33,7 @@ public:
 
     /// The kinds that are checked, in their order.
     QList<ExportKind> kinds() const;
+    /// Where the files are written, as typed.
     QString folder() const;
     /// Stops the exports as well.
     void reject() override;

@@ -9,6 +9,7 @@ class QSettings;
 
 namespace tessera {
 
+/// The contrast of one series.
 struct KeptContrast {
     double dfLow = 0, dfHigh = 0;  ///< pixel values shown black and white
     bool bLogarithmic = false;
@@ -20,6 +21,7 @@ constexpr int g_nKeptContrasts = 50;
 /// What was kept of a series; none where nothing was, or what the settings hold of it is damaged.
 /// @param strSeries  its project, full path
 std::optional<KeptContrast> keptContrast(const QSettings& settings, const QString& strSeries);
+/// Keeps it, and gives up the oldest ones beyond g_nKeptContrasts.
 void keepContrast(QSettings& settings, const QString& strSeries, const KeptContrast& contrast);
 
 }  // namespace tessera

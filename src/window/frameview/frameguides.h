@@ -40,6 +40,7 @@ class FrameGuides : public QObject {
     Q_OBJECT
 
 public:
+    /// Listens to view and scene of the host, which outlive this.
     explicit FrameGuides(const FrameGuidesHost& host, QObject* pParent = nullptr);
 
     /// Shows and hides the rings.

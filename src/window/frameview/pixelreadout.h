@@ -21,6 +21,7 @@ class TextDataWidget;
 /// that the scene shows. A place without a value takes status text and label away.
 class CPixelReadout {
 public:
+    /// Shows nothing yet.
     CPixelReadout(OriginalImgScene& scene, BaseImgView& view, TextDataWidget& textData,
                   QStatusBar& statusBar);  ///< none of them is owned
 

@@ -16,6 +16,7 @@ class StepsList : public QWidget {
     Q_OBJECT
 
 public:
+    /// Follows a history, which outlives this.
     explicit StepsList(WorkHistory& history, QWidget* pParent = nullptr);
 
     QListWidget* m_pList;

@@ -14,6 +14,7 @@ class UndoKeys : public QObject {
     Q_OBJECT
 
 public:
+    /// Begins to listen.
     explicit UndoKeys(QObject* pParent = nullptr);
 
 protected:

@@ -69,7 +69,9 @@ public:
     };
 
 public slots:
+    /// Goes to the step before; nothing where canUndo() is false.
     void undo();
+    /// Goes to the step that was taken back last; nothing where canRedo() is false.
     void redo();
     /// Puts the state of a step into the window.
     /// @param nStep  from 0, of steps(); one that is in force already changes nothing

@@ -65,6 +65,7 @@ class IntegrationController : public QObject {
     Q_OBJECT
 
 public:
+    /// Connects the page; there is no result yet.
     explicit IntegrationController(const IntegrationHost& host, QObject* pParent = nullptr);
 
     /// Runs with the choices of the page. A run that fails or is stopped leaves the former result.
@@ -80,6 +81,7 @@ public:
     /// the cell in force.
     void putBack(const std::shared_ptr<const IntegrationResult>& pResult);
 
+    /// The result that is shown; null: none.
     const IntegrationResult* result() const { return m_pResult.get(); }
     /// The same, to be kept.
     const std::shared_ptr<const IntegrationResult>& sharedResult() const { return m_pResult; }

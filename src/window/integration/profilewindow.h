@@ -17,6 +17,7 @@ class ProfileWindow : public QDialog {
     Q_OBJECT
 
 public:
+    /// Hidden, without a profile.
     explicit ProfileWindow(QWidget* pParent = nullptr);
 
     /// @param strFileStem  what the names of saved files begin with, with the folder
@@ -25,8 +26,11 @@ public:
     /// Forgets what it shows, and hides.
     void clear();
 
+    /// The rocking curve.
     PlotPanel* plot() const { return m_pPlot; }
+    /// The pixels on the frames.
     QLabel* picture() const { return m_pPicture; }
+    /// What was learned of the curve.
     QLabel* text() const { return m_pText; }
 
 private:

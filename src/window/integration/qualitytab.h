@@ -26,6 +26,7 @@ class QualityTab : public QWidget {
     Q_OBJECT
 
 public:
+    /// Without a result.
     explicit QualityTab(QWidget* pParent = nullptr);
 
     /// Fills plots and tables.
@@ -35,6 +36,7 @@ public:
     void setMerged(const IntegrationResult& result, const QString& strFileStem);
     /// Takes all away; a line says how to come to a result.
     void clear();
+    /// Whether there is no result.
     bool isEmpty() const;
 
     QVector<PlotPanel*> plots() const;    ///< of all pages

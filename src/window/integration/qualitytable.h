@@ -18,8 +18,11 @@ struct QualityCell {
     int nDecimals = -1;  ///< −1: a text
     bool bBar = false;   ///< a bar of that length, 1 being the whole width
 
+    /// A cell of text.
     static QualityCell text(const QString& strText) { return {strText}; }
+    /// A number that is read.
     static QualityCell number(double df, int nDecimals) { return {{}, df, nDecimals, false}; }
+    /// A number that is also drawn as a bar, 1 being the whole width.
     static QualityCell bar(double df, int nDecimals) { return {{}, df, nDecimals, true}; }
 
     /// What is read: numbers in the locale, a dash for one that is not known.
@@ -28,11 +31,13 @@ struct QualityCell {
     double barShare() const;
 };
 
+/// The title of a column.
 struct QualityColumn {
     QString strTitle;
     QString strTip;  ///< what its numbers mean
 };
 
+/// A table as it is shown and saved.
 struct QualityTable {
     QString strName;  ///< of its files: "laue_operations"
     QString strTitle;

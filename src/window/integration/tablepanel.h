@@ -13,10 +13,14 @@ class TablePanel : public QTableWidget {
     Q_OBJECT
 
 public:
+    /// Shows no table yet.
     explicit TablePanel(QWidget* pParent = nullptr);
 
+    /// The table to show.
     void setTable(const QualityTable& table);
+    /// The table that is shown.
     const QualityTable& table() const { return m_table; }
+    /// Its csvOf().
     QString csv() const { return csvOf(m_table); }
 
     /// What the save dialog begins with: folder and name without a suffix.
@@ -24,12 +28,16 @@ public:
     /// Writes the table as a picture, whole or not at all.
     /// @param pstrReason  may be null
     bool saveSvg(const QString& strFile, QString* pstrReason = nullptr) const;
+    /// Writes csv(), whole or not at all.
     bool saveCsv(const QString& strFile, QString* pstrReason = nullptr) const;
 
 public slots:
+    /// Puts the table on the clipboard as a picture.
     void copyPicture();
     void copyNumbers() const;  ///< with tabulators, as other programs take them
+    /// Asks for a file and writes the table as SVG.
     void askAndSavePicture();
+    /// Asks for a file and writes csv().
     void askAndSaveNumbers();
 
 signals:

@@ -22,6 +22,7 @@ class CellPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the parameters.
     explicit CellPage(QWidget* pParent = nullptr);
 
     /// Swaps the range and the search button for the groups of the manual assignment, or back.

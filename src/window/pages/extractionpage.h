@@ -19,6 +19,7 @@ class ExtractionPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the parameters.
     explicit ExtractionPage(QWidget* pParent = nullptr);
 
     /// Shows the window beside its parent, where the screen has room for it; a second time where it was left.

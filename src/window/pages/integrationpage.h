@@ -24,6 +24,7 @@ class IntegrationPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the options.
     explicit IntegrationPage(QWidget* pParent = nullptr);
 
     /// What the controls say.

@@ -16,6 +16,7 @@ class LensDistortionBox : public QWidget {
     Q_OBJECT
 
 public:
+    /// Folded up, without a distortion.
     explicit LensDistortionBox(QWidget* pParent = nullptr);
 
     /// What the boxes hold.

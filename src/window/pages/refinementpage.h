@@ -16,6 +16,7 @@ class RefinementPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls with the start values of the parameters.
     explicit RefinementPage(QWidget* pParent = nullptr);
 
     QDoubleSpinBox* m_pSpinRefineIntensityLow;

@@ -24,6 +24,7 @@ public:
         QString strWhy;
     };
 
+    /// All rows that differ are checked.
     SuggestionDialog(const QString& strTitle, const QList<Row>& listRow, QWidget* pParent = nullptr);
 
     QList<int> chosen() const;  ///< places in the list of rows, from 0

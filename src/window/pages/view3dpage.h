@@ -23,6 +23,7 @@ class View3DPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Builds the controls; no view is shown.
     explicit View3DPage(QWidget* pParent = nullptr);
 
     QDoubleSpinBox* m_pSpinPointSize;

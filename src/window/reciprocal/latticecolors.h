@@ -15,6 +15,7 @@ class ED3DWidget;
 /// Points are not touched. Groups that are made meanwhile stay when the former ones come back, behind them.
 class CLatticeColors {
 public:
+    /// Whether the view has groups of lattices.
     bool isShown() const { return m_bShown; }
     /// Puts a group for each lattice in the place of the groups of the view; where they are shown already,
     /// in the place of those of the lattices.

@@ -44,10 +44,12 @@ public:
 
     /// A view without rows has no columns; these two bring them back as they were.
     void keepLayout();
+    /// Puts order and widths back as keepLayout() noted them.
     void restoreLayout();
 
     /// Order and choice of the columns; entries that name no column are passed over.
     void read(const QSettings& settings);
+    /// Keeps order and choice of the columns.
     void write(QSettings& settings) const;
 
 private:

@@ -16,13 +16,17 @@ class PeakFilterBar : public QWidget {
     Q_OBJECT
 
 public:
+    /// An empty line.
     explicit PeakFilterBar(QWidget* pParent = nullptr);
 
+    /// The line as it is typed.
     QString text() const;
     /// Shows a line without asking for it to be applied; what is typed so, spaces and all, stays.
     void setText(const QString& strLine);
+    /// Says what is wrong with the line.
     /// @param strReason  empty: nothing is wrong
     void setError(const QString& strReason);
+    /// How many rows are shown, of how many.
     void setCounts(int nShown, int nAll);
     /// Gives the keyboard to the line and selects what it holds.
     void takeKeyboard();

@@ -51,6 +51,7 @@ public:
     void checkIntegratedColumns(bool bCheck) { m_pColumns->checkIntegrated(bCheck); }
     /// Order and choice of the columns.
     void readColumns(const QSettings& settings) { m_pColumns->read(settings); }
+    /// Keeps order and choice of the columns.
     void writeColumns(QSettings& settings) const { m_pColumns->write(settings); }
 
     /// Shows the rows that a line (CPeakFilter) lets through; the current row stays chosen if it is one.

@@ -21,16 +21,21 @@ class RoadDock : public QWidget {
     Q_OBJECT
 
 public:
+    /// No rows yet.
     explicit RoadDock(QWidget* pParent = nullptr);
 
+    /// The rows to show, in this order.
     void setRows(const std::vector<RoadRow>& listRow);
+    /// The rows that are shown.
     const std::vector<RoadRow>& rows() const { return m_listRow; }
     /// Whether a road is under way: no step can be begun then, and the bar of progress is shown.
     void setRunning(bool bRunning);
     /// How far the step under way has come.
     /// @param strFormat  as QProgressBar has it
     void startProgress(const QString& strFormat, int nMinimum, int nMaximum);
+    /// From the minimum to the maximum of startProgress().
     void setProgress(int nValue);
+    /// The step is over.
     void endProgress();
     /// A line under all rows, as the end of the road has it.
     void setClosingText(const QString& strText);

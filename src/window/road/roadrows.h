@@ -16,6 +16,7 @@ namespace tessera {
 /// lattice are judged by themselves.
 enum class RoadRowKind { Drift, Peaks, Axis, Merging, Cell, Lattice, Indexing, Geometry, Integration };
 
+/// How far a row has come.
 enum class RoadRowState {
     Waiting,  ///< not begun
     Running,
@@ -25,6 +26,7 @@ enum class RoadRowState {
     Ended,    ///< its stage did not finish
 };
 
+/// One part of the road as the user sees it.
 struct RoadRow {
     RoadRowKind kind = RoadRowKind::Drift;
     RoadRowState state = RoadRowState::Waiting;
@@ -40,6 +42,7 @@ RoadStage stageOfRow(RoadRowKind kind);
 /// All rows in their order, and what becomes of them.
 class CRoadRows {
 public:
+    /// All rows, waiting.
     CRoadRows();
 
     /// A road begins at that stage: the rows of it and behind it wait, those before keep what they show.
@@ -54,6 +57,7 @@ public:
     /// @param strText  what there is; empty: nothing, and the row waits again
     void setFound(RoadRowKind kind, const QString& strText);
 
+    /// The rows in their order.
     const std::vector<RoadRow>& rows() const { return m_listRow; }
 
 private:

@@ -14,6 +14,7 @@ namespace tessera {
 /// state, so that nobody reads what another one writes.
 class CRoadWork {
 public:
+    /// Opens nothing yet.
     explicit CRoadWork(const RoadOptions& options);
     CRoadWork(const CRoadWork&) = delete;
     CRoadWork& operator=(const CRoadWork&) = delete;
@@ -25,6 +26,7 @@ public:
     ///                 here at its end
     void walk(CRunReport& report, const std::function<void(const RoadStep&, const RoadState&)>& fnStep);
 
+    /// The data set and the results of the road; only while walk() is not at work on them.
     const RoadState& state() const { return m_state; }
 
 private:

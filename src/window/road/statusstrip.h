@@ -21,18 +21,21 @@ class StatusStrip : public QWidget {
     Q_OBJECT
 
 public:
+    /// Shows no states yet.
     explicit StatusStrip(QWidget* pParent = nullptr);
 
     /// @param strSteps  what the button would run; empty: nothing, and there is no button
     void setStatus(const std::vector<StageStatus>& listStatus, const QString& strSteps);
     /// Whether the button's run is under way: it asks for its end then.
     void setRunning(bool bRunning);
+    /// The states that are shown.
     const std::vector<StageStatus>& status() const { return m_listStatus; }
 
     QPushButton* m_pUpdateButton = nullptr;
     std::vector<QToolButton*> m_listChip;  ///< by stage
 
 signals:
+    /// The user asked for the page of a stage.
     void showWanted(WorkStage stage);
 
 protected:

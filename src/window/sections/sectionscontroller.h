@@ -43,6 +43,7 @@ class SectionsController : public QObject {
     Q_OBJECT
 
 public:
+    /// No window yet: it is made when it is first shown.
     explicit SectionsController(const SectionsHost& host, QObject* pParent = nullptr);
 
     /// Opens the window, with what was chosen last.
@@ -58,6 +59,7 @@ public:
     void close();
 
     SectionWindow* window() const { return m_pWindow; }  ///< null before it was first opened
+    /// The section that is shown; null: none.
     const ReciprocalSection* section() const { return m_section ? &*m_section : nullptr; }
 
 private:

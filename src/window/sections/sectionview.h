@@ -17,6 +17,7 @@ class SectionView : public QWidget {
     Q_OBJECT
 
 public:
+    /// Shows no section yet.
     explicit SectionView(QWidget* pParent = nullptr);
 
     /// Draws a section anew.
@@ -26,6 +27,7 @@ public:
     /// Rings a place of the section, or none.
     void ring(const std::optional<QPointF>& ptSection);
 
+    /// Where the section lies in the picture.
     const SectionLayout& placing() const { return m_layout; }
     QSize sizeHint() const override;
 

@@ -25,6 +25,7 @@ class SectionWindow : public QDialog {
     Q_OBJECT
 
 public:
+    /// With the numbers of a first start.
     explicit SectionWindow(QWidget* pParent = nullptr);
 
     /// The plane that the boxes name.
@@ -34,7 +35,9 @@ public:
     /// How it is drawn in the window; files are drawn at the zoom that fills a page.
     SectionLook look() const;
 
+    /// Keeps the numbers of the window for the next start.
     void keep(QSettings& settings) const;
+    /// Takes the numbers that were kept.
     void restore(const QSettings& settings);
 
     QComboBox* m_pPlane;  ///< hkn, hnl, nkl

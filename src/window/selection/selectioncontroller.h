@@ -54,8 +54,10 @@ class SelectionController : public QObject {
     Q_OBJECT
 
 public:
+    /// Listens to the views of the host, which outlive this.
     explicit SelectionController(const SelectionHost& host, QObject* pParent = nullptr);
 
+    /// What is chosen.
     SelectionModel& model() { return m_model; }
     /// Next and previous of frame, reflection and unindexed, and no choice.
     const QList<QAction*>& actions() const { return m_listAction; }

@@ -13,6 +13,7 @@ struct CurrentSpot {
     int nPeak = -1;        ///< number of the frame peak; −1: none is known
     int nFrame = -1;       ///< from 0
 
+    /// Whether both are the same spot.
     bool operator==(const CurrentSpot& other) const
     {
         return nReflection == other.nReflection && nPeak == other.nPeak && nFrame == other.nFrame;

@@ -28,12 +28,14 @@ class DemoSeries : public QObject {
     Q_OBJECT
 
 public:
+    /// Makes nothing yet.
     explicit DemoSeries(const DemoOptions& options, QObject* pParent = nullptr);
     /// Stops the making, of which nothing stays.
     ~DemoSeries() override;
 
     /// The project file, wherever it is there by now.
     QString projectFile() const;
+    /// Whether the series is being made.
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
     /// Emits made() at once when the series is there from before, and else when it is.
     void start();
@@ -41,8 +43,11 @@ public:
     void stop();
 
 signals:
+    /// So many frames of all are written.
     void progress(int nFrames, int nAll);
+    /// The series is there; the project file with its path.
     void made(const QString& strProject);
+    /// The user had it stopped.
     void stopped();
     /// No series came out of it, for the reason.
     void failed(const QString& strReason);

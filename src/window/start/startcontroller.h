@@ -36,6 +36,7 @@ public:
     void setDataSetOpen(bool bOpen);
     /// Reads the list anew.
     void updateRecent();
+    /// The page that is controlled.
     StartPage& page() const { return *m_pPage; }
 
 private:

@@ -24,6 +24,7 @@ class StartPage : public QScrollArea {
     Q_OBJECT
 
 public:
+    /// Lies over a view, which owns it; no series is listed yet.
     explicit StartPage(QWidget* pView);
     ~StartPage() override;
 
@@ -32,6 +33,7 @@ public:
     void setRecent(const QList<RecentSeries>& listRecent);
     /// Shows how far the making of the demo is, or takes that away.
     void showDemo(bool bRunning);
+    /// So many frames of the demo are written.
     void setDemoProgress(int nFrames, int nAll);
 
     QCommandLinkButton* m_pOpenButton;

@@ -37,6 +37,7 @@ class View3DControl : public QObject {
     Q_OBJECT
 
 public:
+    /// Connects page and views of the host, which outlive this.
     explicit View3DControl(const View3DHost& host, QObject* pParent = nullptr);
 
     /// The menu "3D View" of all that the views can be asked for.
