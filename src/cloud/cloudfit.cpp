@@ -21,7 +21,7 @@ std::optional<float> zoomToFit(const CloudVertices& vertices, const CCamera& cam
     if (!(dfSquare > 0) || nWidth < 1 || nHeight < 1) {
         return std::nullopt;
     }
-    // The view volume is as wide as the longer side.
+    // The view volume is a square on the longer side of the widget.
     const double dfLonger = bKeepAspect ? double(std::max(nWidth, nHeight)) / std::min(nWidth, nHeight) : 1.0;
     const float fZoom = float(std::sqrt(dfSquare) * g_dfMargin * dfLonger - double(camera.m_fViewBound));
     return std::isfinite(fZoom) ? std::optional<float>(fZoom) : std::nullopt;

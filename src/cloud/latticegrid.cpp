@@ -15,13 +15,13 @@ struct Interval {
     bool isEmpty() const { return nFirst > nLast; }
 };
 
-// How many points or lines stand in each shell, the indices whose greatest is n, -n or both.
+// How many points or lines are in each shell n: those whose greatest index is n or -n.
 class CShellCount {
 public:
     explicit CShellCount(int nGreatest) : m_vecCount(size_t(nGreatest) + 2), m_vecChange(m_vecCount.size()) {}
 
     void add(int nShell, qint64 nCount) { m_vecCount[nShell] += nCount; }
-    // One in each of the shells.
+    // Adds one to each of these shells.
     void addEach(int nFirst, int nLast)
     {
         if (nFirst > nLast) {
@@ -30,8 +30,8 @@ public:
         ++m_vecChange[nFirst];
         m_vecChange[size_t(nLast) + 1]--;
     }
-    // Shells from the origin on that hold at most nMost together, and what then is left of nMost. Each
-    // admits() call takes one.
+    // Admits the shells from the origin on whose sum is at most nMost, and of the next shell as many as are
+    // then left. Each admits() call takes one.
     void limit(qint64 nMost)
     {
         qint64 nEach = 0;
@@ -45,13 +45,13 @@ public:
             m_nSpare -= nShell;
         }
     }
-    // No shell beyond it is admitted.
+    // The last shell of which anything is admitted.
     int lastShell() const { return m_nWhole; }
     bool admits(int nShell) { return nShell < m_nWhole || (nShell == m_nWhole && m_nSpare-- > 0); }
 
 private:
     std::vector<qint64> m_vecCount;   // per shell
-    std::vector<qint64> m_vecChange;  // of what each shell holds beside, against the shell before
+    std::vector<qint64> m_vecChange;  // by addEach(): how much more a shell has than the one before
     int m_nWhole = 0;
     qint64 m_nSpare = 0;
 };

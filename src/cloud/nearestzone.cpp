@@ -60,7 +60,7 @@ NearestZone nearestZone(const CCellFrame& cell, const Vec3D& direction)
     const DoubleVector view = normalised(widened(direction));
     NearestZone nearest;
     nearest.dfOff = std::numeric_limits<double>::infinity();
-    // Whether it comes nearer than the best so far.
+    // Whether the zone is nearer than the best so far.
     const auto take = [&](const DoubleVector& v) {
         const DoubleVector unit = normalised(v);
         const double dfOff = angleDegrees(view, unit);

@@ -376,7 +376,7 @@ void ED3DWidget::changeCanvasGridColor()
     askForColor(m_colorCanvasGrid, &ED3DWidget::setCanvasGridColor);
 }
 
-// Without an event loop of its own, in which a run that pumps events would stand still.
+// open() and not exec(), whose event loop would hold up a run that handles events.
 void ED3DWidget::askForColor(const QColor& colorNow, void (ED3DWidget::*pSetter)(const QColor&))
 {
     auto* pDialog = new QColorDialog(colorNow, this);

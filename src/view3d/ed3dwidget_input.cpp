@@ -138,7 +138,7 @@ void ED3DWidget::keyPressEvent(QKeyEvent* pEvent)
     QWidget::keyPressEvent(pEvent);
 }
 
-// Whoever lets go of Control first means the same.
+// Control may be let go of before the letter.
 void ED3DWidget::keyReleaseEvent(QKeyEvent* pEvent)
 {
     if (pEvent->key() != Qt::Key_A) {

@@ -43,8 +43,8 @@ const LatticeGrid& ED3DWidget::latticeGrid(const ReciprocalBasis& basis)
     return m_latticeGrid->grid;
 }
 
-/// Of a slab its own layer: the others would lie over it.
-/// @param nEach  places that stand or fall together: 2 for the ends of lines
+/// The places within the slab: other layers of the lattice would cover it.
+/// @param nEach  places that are kept or left out together: 2 for the ends of lines
 std::vector<Vec3D> ED3DWidget::latticeInSlab(const std::vector<Vec3D>& vecPlace, size_t nEach) const
 {
     return placesInSlab(vecPlace, nEach, *m_cellFrame, *m_slab);

@@ -110,8 +110,8 @@ QStringList ED3DWidget::overlayLines()
     return listLine;
 }
 
-/// By a painter, whose texts and lines are as sharp as the screen; nothing is done where there is nothing to
-/// tell.
+/// Draws with a painter, whose texts and lines are as sharp as the screen allows; without a text
+/// or a line nothing.
 void ED3DWidget::drawOverlay()
 {
     const QStringList listLine = overlayLines();

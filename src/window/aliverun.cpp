@@ -12,7 +12,8 @@ const std::chrono::milliseconds g_patience(15);  // an answer to a click comes w
 
 }  // namespace
 
-/// A table of thousands of lines would take the log longer than a click may wait: it comes in pieces.
+/// Long texts come to the log in pieces, because a table of thousands of lines would block the window for
+/// longer than a click may wait.
 void CAliveRun::addMessage(const QString& strText, Severity severity)
 {
     const int nMostLines = 50;
@@ -145,8 +146,8 @@ void CAliveRun::run(CRunReport& report, const std::function<void()>& fnWork)
             ++m_nDone;
             m_changed.notify_all();
         }
-        // Hundreds of lines may wait: events are let through between them, but not
-        // after each. A question has waited for the lines before it.
+        // Hundreds of lines may wait, so events are let through between them, but not after each. A question
+        // comes after the lines that were said before it.
         const auto now = std::chrono::steady_clock::now();
         if (!action || now - last > g_patience) {
             last = now;

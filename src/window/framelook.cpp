@@ -18,7 +18,7 @@ namespace tessera {
 namespace {
 
 constexpr int g_nShownSide = 512;  // pixels: more than the dialog has room for
-// Pixels by which a fit may leave the place where the beam was found, before it is one of something else.
+// Pixels from the place where the beam was found within which a fit is still one of the beam.
 constexpr double g_dfGreatestMove = 30;
 
 class CStopReport : public CRunReport {
@@ -37,7 +37,7 @@ private:
     const std::atomic<bool>& m_bStop;
 };
 
-/// As the window shows a frame first; all of its range where it has no such limits.
+/// The contrast limits with which the window first shows a frame; the whole range where there are none.
 DisplayLimits contrastOf(const CImgObj<float>& image)
 {
     if (const auto limits = displayLimits(image, brightestDisc(image))) {
@@ -48,7 +48,7 @@ DisplayLimits contrastOf(const CImgObj<float>& image)
     return limits;
 }
 
-/// Bright where any pixel of what becomes one is: spots are small.
+/// Reduces an image; each pixel takes the greatest of those that become one, so that small spots stay.
 QImage shownImage(const CImgObj<float>& image)
 {
     const int nWidth = image.Width(), nHeight = image.Height();

@@ -100,8 +100,8 @@ QImage GuideBrowser::fitted(const QImage& image) const
 
 void GuideBrowser::fitPictures()
 {
-    // What stands at the top of the window stays there, whatever the pictures above have grown to. A heading
-    // that was asked for before the window had its size is brought there once more.
+    // The text at the top of the window stays there, however much the pictures above it have grown. A
+    // heading that was asked for before the window had its size is brought to the top once more.
     const bool bUntouched = m_nHeading >= 0 && verticalScrollBar()->value() == m_nHeadingValue;
     const int nPlace = bUntouched ? m_nHeading : cursorForPosition(QPoint(g_nMargin, 1)).position();
     for (auto it = m_hashPicture.cbegin(); it != m_hashPicture.cend(); ++it) {

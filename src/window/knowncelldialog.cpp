@@ -70,7 +70,7 @@ QGroupBox* KnownCellDialog::makeCell()
                                 QStringLiteral("α"), QStringLiteral("β"), QStringLiteral("γ")};
     for (int n = 0; n < 6; ++n) {
         const bool bLength = n < 3;
-        // 0 stands for an edge that is not given yet.
+        // 0 means that the edge is not given yet.
         m_apSpin[n] = bLength ? makeDoubleSpin(pGroup, 0, 2000, 4, 0.1, 0, QStringLiteral(" Å"))
                               : makeDoubleSpin(pGroup, 1, 179, 3, 0.1, 90, QStringLiteral("°"));
         explain(m_apSpin[n], bLength ? tr("Edge %1 of the known cell, Å.").arg(astrName[n])

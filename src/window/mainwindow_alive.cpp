@@ -1,5 +1,4 @@
-// MainWindow: what runs compute in a thread, on a copy of the data set, while
-// the window goes on.
+// MainWindow: what runs compute in a thread, on a copy of the data set, while the window goes on.
 #include "window/alivedata.h"
 #include "window/mainwindow.h"
 
@@ -9,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-/// The series of one for the other, and the images that a run has loaded.
+/// Hands the series of one data set to another one, with the images that a run has loaded.
 void handOver(DataSet& from, DataSet& to)
 {
     to.takeSeries(from);

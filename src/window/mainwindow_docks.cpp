@@ -46,7 +46,7 @@ void MainWindow::createControlDock()
     m_pView3DPage = new View3DPage(m_pToolBox);
     auto* pIntegrationPage = new IntegrationPage(m_pToolBox);
 
-    // Entry 5 of the names is a group that stands on no page but in a window of its own.
+    // Entry 5 of the names is a group that is in a window of its own instead of on a page.
     m_pExtractionPage = new ExtractionPage(this);
     m_pExtractionPage->setWindowTitle(m_mapPageName[5]);
     m_pLatticesDialog = new LatticesDialog(this);

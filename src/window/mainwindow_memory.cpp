@@ -40,7 +40,7 @@ void keepInSettings(QSettings& settings, const QString& strProject, const QByteA
     settings.setValue(QLatin1String(g_szKept), QStringList(listEntry.mid(0, g_nMostKept)));
 }
 
-/// What was kept after that time.
+/// The numbers of a project, if they were kept after that time; else nothing.
 QByteArray keptInSettings(const QSettings& settings, const QString& strProject, const QDateTime& after)
 {
     for (const QString& strEntry : settings.value(QLatin1String(g_szKept)).toStringList()) {
@@ -136,9 +136,10 @@ WindowMemory MainWindow::takeWindowMemory(CRunReport& report)
     return memory;
 }
 
-/// Merging takes less time than reading its chains from a file would, and needs no file that could be out of
-/// date. The peak list has tenths of a pixel, by which a chain here and there may come out otherwise: two in
-/// a hundred reflections more or less are taken for the same, others are no result.
+/// Merges anew, which takes less time than reading the chains from a file would and needs no file that could
+/// be out of date. The peak list is rounded to tenths of a pixel, so a few chains may differ from those of
+/// the last time: a number of reflections within two in a hundred of the former one counts as the same
+/// result, any other as none.
 void MainWindow::mergeAsBefore(const WindowMemory& memory, CRunReport& report)
 {
     if (!memory.merged || !m_dataSet.m_peakMapping) {

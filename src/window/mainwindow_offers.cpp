@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-/// The value in the middle of those of both halves.
+/// The median; of an even number the mean of the two in the middle.
 double middleOf(std::vector<double> vecValue)
 {
     std::sort(vecValue.begin(), vecValue.end());
@@ -54,8 +54,8 @@ void MainWindow::offerToTake(const QString& strFound, const std::function<void()
     });
 }
 
-/// The test tells a line, so that of both directions the nearer one to the page is meant: the sense of the
-/// rotation stays.
+/// The test finds a line without a direction: of both the one nearer to the azimuth of the page is offered,
+/// which keeps the sense of the rotation.
 void MainWindow::offerAxis(double dfAzimuth)
 {
     QDoubleSpinBox* pSpin = m_pFramesPage->m_pRotationAxisSpin;
@@ -70,7 +70,7 @@ void MainWindow::offerAxis(double dfAzimuth)
                 });
 }
 
-/// Frames whose beam is hidden or saturated give fits that are far off: the median stands for all.
+/// Offers the median over the frames, because a hidden or saturated beam gives a fit that is far off.
 void MainWindow::offerBeam(const std::vector<DirectBeamOnFrame>& listBeam)
 {
     std::vector<double> vecX, vecY;

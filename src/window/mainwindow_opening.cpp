@@ -114,7 +114,7 @@ void MainWindow::openRecentFile()
 
 namespace {
 
-// Whatever key is held: the files are only read, and a source that believes in a move deletes them.
+// A copy, whatever key is held: a source that is told of a move deletes its files.
 void acceptAsCopy(QDropEvent& event)
 {
     event.setDropAction(Qt::CopyAction);
@@ -341,7 +341,7 @@ void MainWindow::showFirstFrame()
     // A frame that could not be read has no contrast: the first one that can gives the limits.
     m_bAutoContrastOnLoad = m_dataSet.m_vecFrameImage.empty();
     if (m_dataSet.m_vecFrameImage.empty()) {
-        // No frame, or none that could be read: the picture of the former series must not stand in for it.
+        // No frame, or none that could be read: the picture of the former series is taken away.
         CImgObj<unsigned char> imgDot;
         imgDot.Create(1, 1);
         *imgDot.Data() = 0;
@@ -360,7 +360,7 @@ void MainWindow::enterRecentSeries(const QStringList& listFile)
     recentListChanged();
 }
 
-/// All windows show the same list.
+/// Brings the lists of recent series of all windows into line.
 void MainWindow::recentListChanged()
 {
     for (QWidget* pWidget : QApplication::topLevelWidgets()) {

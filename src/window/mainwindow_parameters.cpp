@@ -54,7 +54,7 @@ void MainWindow::syncParametersWithControls(bool bFromPanel)
         m_bindings.takeFromControls();
         return;
     }
-    // An axis that was refined has more decimals than one that somebody told.
+    // A refined axis has more decimals than one that was typed.
     m_pFramesPage->setAxisDecimals(m_dataSet.m_nAxisDecimals);
     m_bindings.showOnControls(isRunning() ? KeepControls::WhereMemberStays : KeepControls::None);
 }
@@ -66,7 +66,7 @@ ParameterRecords MainWindow::parameterRecords()
             &m_extraction, &m_refinement,  &m_dataSet.m_distortion};
 }
 
-/// The boxes know by the table of parameters what they stand for; the other controls are told here.
+/// A box knows its parameter by the table of parameters; the other controls are bound here one by one.
 void MainWindow::bindParameters()
 {
     m_bindings.bindBoxes(this, parameterRecords());

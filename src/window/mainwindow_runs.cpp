@@ -26,7 +26,7 @@ void MainWindow::runWithButton(bool& bFlag, QPushButton* pButton,
     if (!flag.isHeld() || refuseDuringRun(QStringLiteral("Another run"))) {
         return;
     }
-    // The statistics of an indexing have left another one.
+    // The statistics of an indexing leave another space group in the data set.
     m_dataSet.m_spaceGroup.setSpaceGroup(m_indexing.m_nSpaceGroup);
     {
         CRunScope scope(*this, FrameAfterRun::Reload);
@@ -130,7 +130,7 @@ void MainWindow::catchUpAfterRun(FrameAfterRun frame)
     keepWindowMemory();
 }
 
-/// What was changed before a run is a step of its own.
+/// Notes what was changed before a run as a step of its own.
 MainWindow& MainWindow::CRunScope::looked(MainWindow& window)
 {
     window.m_pHistory->look();

@@ -24,7 +24,7 @@ namespace tessera {
 
 namespace {
 
-// The number of a setting; one that is none, from a damaged file, gives the default.
+// The number of a setting; the default where a damaged file has no number.
 double storedNumber(const QSettings& settings, const QString& strKey, double dfDefault)
 {
     bool bOk = false;
@@ -34,7 +34,7 @@ double storedNumber(const QSettings& settings, const QString& strKey, double dfD
 
 const char g_szGridAlpha[] = "3DView/CanvasGridAlpha";
 
-// "h,k,l; h,k,l ...", however the numbers are parted. False for what is no list of whole triples.
+// "h,k,l; h,k,l ...", with any separators. False for a text that is no list of whole triples.
 bool readReflections(const QString& strText, QList<HKLRef>& listReflection)
 {
     QList<int> listIndex;
@@ -91,7 +91,7 @@ const char g_szAutoRadii[] = "PeakSearch/AutoRadii";
 
 const char g_szChecksum[] = "windowChecksum";
 
-// Qt takes what it saved on trust, and a changed byte may end the process.
+// Qt does not check what it has saved: a changed byte may end the process.
 QByteArray windowChecksum(const QByteArray& bytesGeometry, const QByteArray& bytesState)
 {
     return QCryptographicHash::hash(bytesGeometry + bytesState, QCryptographicHash::Sha1).toHex();

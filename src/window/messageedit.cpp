@@ -30,7 +30,7 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     setFont(fontLog);
     m_strFontFamily = fontLog.family();
 
-    // The lines are black, blue and red: a dark desktop must not darken what they stand on.
+    // The lines are black, blue and red, so the ground stays light on a dark desktop, too.
     QPalette paletteLog = palette();
     paletteLog.setColor(QPalette::Base, QColor(248, 248, 248));
     paletteLog.setColor(QPalette::Text, Qt::black);
@@ -38,8 +38,8 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     paletteLog.setColor(QPalette::LinkVisited, Qt::darkMagenta);
     setPalette(paletteLog);
 
-    // Who reads the last line goes on seeing it when a narrower log breaks more lines; the layout, and
-    // with it the range, follows a change of size step by step.
+    // The last line stays in view when a narrower log breaks more lines. The layout, and with it the range
+    // of the scroll bar, follows a change of size step by step.
     QScrollBar* pBar = verticalScrollBar();
     connect(pBar, &QScrollBar::valueChanged, this,
             [this, pBar](int nValue) { m_bAtEnd = nValue == pBar->maximum(); });
@@ -64,7 +64,7 @@ void MessageEdit::addMessage(const QString& strText, const QColor& color)
     moveCursor(QTextCursor::End);
 }
 
-/// As plain text, where append() would take what looks like a tag for one and close up the blanks.
+/// Inserts plain text. append() would take "<...>" for a tag and close up the blanks.
 QTextCursor MessageEdit::newParagraph()
 {
     QTextCursor cursor(document());

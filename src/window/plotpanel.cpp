@@ -256,8 +256,8 @@ void PlotPanel::setPictureAxes(const QSizeF& size)
 
 /// The picture in the middle of the canvas, as large as it fits.
 ///
-/// Other numbers beside an axis make the canvas another one, and that other numbers again: a few steps come
-/// close enough, and what the canvas does meanwhile begins nothing of its own.
+/// The width of the numbers beside an axis changes the size of the canvas, and that the numbers again: a few
+/// steps come close enough. Changes of the canvas meanwhile begin no further fit.
 void PlotPanel::fitPicture()
 {
     if (m_sizePicture.isEmpty() || m_bFitting) {
@@ -299,7 +299,7 @@ QString PlotPanel::csv() const
 
 bool PlotPanel::saveSvg(const QString& strFile, QString* pstrReason)
 {
-    // Qwt writes files alone: what it writes goes on whole.
+    // Qwt can only write files: it writes a temporary one, whose bytes are then written whole.
     const auto failed = [&] {
         if (pstrReason) {
             *pstrReason = tr("%1: the picture could not be made.").arg(strFile);

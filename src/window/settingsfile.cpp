@@ -34,7 +34,8 @@ QString reasonNotToRead(const QString& strFile)
 
 QString settingsFile()
 {
-    // Qt reads a settings file at once; that of another program, which is not there, tells the folder.
+    // Qt reads a settings file as soon as it is named, so the folder is taken from the file of a program that
+    // does not exist.
     const QSettings settings(QStringLiteral("Lumenarc"), QStringLiteral("Tessera-none"));
     return QFileInfo(settings.fileName()).path() + QStringLiteral("/Tessera.conf");
 }
@@ -54,7 +55,7 @@ QString putBadSettingsAside(const QString& strFile)
         return QStringLiteral("The settings cannot be read and begin anew. %1. The file is now %2.")
             .arg(strReason, strAside);
     }
-    // Below what is no folder nothing is found, and nothing can be written.
+    // A path below a file: no settings are found there, and none can be written.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, strFile);
     return QStringLiteral("The settings cannot be read, begin anew and will not be kept. %1.").arg(strReason);
 }

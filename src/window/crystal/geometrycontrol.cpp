@@ -125,7 +125,7 @@ void GeometryControl::forget()
     updateButtons();
 }
 
-/// In the log and in the dialog, which may cover it.
+/// Says it in the log and in the dialog, which may cover the log.
 void GeometryControl::tellFailure(const QString& strReason)
 {
     WindowReport(m_window).addMessage(strReason, Severity::Error);

@@ -369,7 +369,7 @@ void GeometryDialog::setReady(bool bApply, bool bUndo)
 
 bool GeometryDialog::event(QEvent* pEvent)
 {
-    // Such events end at a window, and this is one.
+    // A status tip goes no further up than to a window, such as this dialog, so it is handed on.
     if (pEvent->type() == QEvent::StatusTip && parentWidget()) {
         return QCoreApplication::sendEvent(parentWidget(), pEvent);
     }

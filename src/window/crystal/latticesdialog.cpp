@@ -150,7 +150,7 @@ LatticesDialog::LatticesDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
     setLook(LatticeLook());
 }
 
-/// What is known, and behind it what is said where it does not hold any more.
+/// A page with the result, and behind it one that says that the result does not hold any more.
 QStackedWidget* LatticesDialog::besideNote(QWidget* pContent)
 {
     auto* pStack = new QStackedWidget(pContent->parentWidget());
@@ -332,7 +332,7 @@ int LatticesDialog::selectedLattice() const
 
 QColor LatticesDialog::colorOf(int nLattice)
 {
-    // Apart from white, of no lattice, and red, of what is selected.
+    // None is white, the colour of points of no lattice, or red, that of selected points.
     const std::array<QColor, 6> aColor = {QColor(90, 200, 255),  QColor(255, 170, 50), QColor(120, 235, 120),
                                           QColor(235, 120, 235), QColor(250, 235, 90), QColor(150, 140, 255)};
     return aColor[size_t(std::max(nLattice, 0)) % aColor.size()];
@@ -354,7 +354,7 @@ void LatticesDialog::copyText() const
 
 bool LatticesDialog::event(QEvent* pEvent)
 {
-    // Such events end at a window, and this is one.
+    // A status tip goes no further up than to a window, such as this dialog, so it is handed on.
     if (pEvent->type() == QEvent::StatusTip && parentWidget()) {
         return QCoreApplication::sendEvent(parentWidget(), pEvent);
     }

@@ -114,7 +114,7 @@ void MainWindow::showReflectionList(const QList<Peak3D>& listPeak)
 {
     m_dataSet.m_listPeakMerged = listPeak;
     m_dataSet.m_listPeakMergedShown = listPeak;
-    // Chains go by the numbers of the reflections that have just left, and must not stand in for these.
+    // The chains belong to the former reflections, whose numbers the new ones have now.
     m_dataSet.m_listPeakChain.clear();
     showInMergedView(listPeak, {});
     updatePeakTable(listPeak);

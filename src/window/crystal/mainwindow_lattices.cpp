@@ -254,7 +254,7 @@ void MainWindow::hideLatticeColors()
     m_colorsMerged.hide(*m_pView3DMerged);
 }
 
-/// For what changes points or groups of the views: the former groups are there meanwhile.
+/// Calls `fn`, which changes points or groups of the views, with the former groups put back meanwhile.
 void MainWindow::withoutLatticeColors(const std::function<void()>& fn)
 {
     const bool bShown = m_colorsRaw.isShown() || m_colorsMerged.isShown();
@@ -267,7 +267,7 @@ void MainWindow::withoutLatticeColors(const std::function<void()>& fn)
     }
 }
 
-/// For what the groups of the page are edited by: they are not the user's while lattices are shown.
+/// For the editing of groups, which are not the user's own while lattices are shown: true, with a red line.
 bool MainWindow::refuseUnderLatticeColors(const ED3DWidget* pView)
 {
     if (!(pView == m_pView3DRaw ? m_colorsRaw : m_colorsMerged).isShown()) {
@@ -279,7 +279,7 @@ bool MainWindow::refuseUnderLatticeColors(const ED3DWidget* pView)
     return true;
 }
 
-/// The peaks are to be others, or lattices others: the former groups come back, and nothing is known.
+/// Before peaks or lattices are replaced: the former groups come back, and the look is given up.
 void MainWindow::forgetLattices()
 {
     hideLatticeColors();

@@ -48,7 +48,7 @@ void MainWindow::refineDirectBeamPosition()
     runWithButton(m_bRunning, nullptr, [this](CRunReport& report) {
         const PeakPairLimits limits{m_refinement.m_dfRefineDStarLow, m_refinement.m_dfRefineDStarHigh,
                                     m_dataSet.m_dfPixelSize};
-        // copies: the data set may change under the run through waiting events
+        // Copies, because waiting events may change the data set during the run.
         const QVector<QList<Peak3D>> vecPeak = withoutDistortionBeside(m_dataSet.m_vecPeakIndexedOnFrame,
                                                                        m_dataSet);
         const CSpaceGroup spaceGroup = m_dataSet.m_spaceGroup;

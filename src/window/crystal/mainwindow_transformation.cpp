@@ -56,7 +56,7 @@ void MainWindow::transformUnitCellClicked()
 
 void MainWindow::testUnitCellToggled(bool bChecked)
 {
-    // the other space was chosen, and the run goes on with the cell under test
+    // The user chose the other space while a run works on: the cell under test stays until it ends.
     if (isPumping() && !bChecked) {
         m_gate.wishes().bEndCellTest = true;
         return;

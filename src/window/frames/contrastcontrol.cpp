@@ -20,7 +20,7 @@ namespace {
 
 constexpr int g_nBins = 256;
 constexpr int g_nKeepAfter = 1000;  // ms: a drag writes once, and a crash costs no more
-// Sums of long series go beyond the boxes as they are.
+// Sums of long series go beyond the range that the boxes have for frames.
 constexpr double g_dfBoxRange = 1e12;
 
 }  // namespace

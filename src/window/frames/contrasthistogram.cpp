@@ -82,7 +82,7 @@ void ContrastHistogram::paintHandle(QPainter& painter, bool bHigh) const
     const QColor color = palette().color(QPalette::Highlight);
     painter.setPen(QPen(color, hasFocus() && bHigh == m_bHigh ? 2.5 : 1.5));
     painter.drawLine(QPointF(dfX, plot().top()), QPointF(dfX, dfY));
-    // Filled with what the value is shown as.
+    // Filled with the grey that the value is shown in.
     painter.setBrush(bHigh ? Qt::white : Qt::black);
     painter.drawPolygon(
         QPolygonF({{dfX, dfY}, {dfX - g_dfHead, dfY + g_dfHead + 2}, {dfX + g_dfHead, dfY + g_dfHead + 2}}));
@@ -145,7 +145,7 @@ void ContrastHistogram::mousePressEvent(QMouseEvent* pEvent)
     }
     const double dfX = pEvent->localPos().x();
     const double dfToLow = std::abs(dfX - handleX(false)), dfToHigh = std::abs(dfX - handleX(true));
-    // Of two in one place that on whose side the pointer is.
+    // Of two handles in one place the one on whose side the pointer is.
     m_bHigh = dfToHigh < dfToLow || (dfToHigh == dfToLow && dfX >= handleX(true));
     m_dfGrip = handleX(m_bHigh) - dfX;
     m_bDragging = true;

@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-/// Those of the areas that the mask does not have.
+/// The areas that are not in the mask yet.
 QList<QPolygonF> newAreas(const MaskData& found, const MaskData& mask)
 {
     QList<QPolygonF> listNew;

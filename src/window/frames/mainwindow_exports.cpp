@@ -154,7 +154,7 @@ void MainWindow::exportBinnedFrames()
     }
 }
 
-/// The button promises a refinement from a list; what stands behind it is the export of the summed frames.
+/// The text of the button speaks of a refinement from a list; it exports the summed frames.
 void MainWindow::runUnitCellRefinementFromLoadingData()
 {
     if (stopsRun() || refuseDuringRun(tr("Exporting summed frames"))) {

@@ -51,7 +51,7 @@ void MainWindow::createFrameLook()
     explain(pFullScreen, tr("Gives the window the whole screen. F11 again or Escape leaves it."));
     m_pViewMenu->addSeparator();
     m_pViewMenu->addAction(pFullScreen);
-    // Only then, as Escape means other things elsewhere.
+    // Escape is taken in full screen only, because it means other things elsewhere.
     auto* pEscape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     pEscape->setEnabled(false);
     connect(pEscape, &QShortcut::activated, pFullScreen, [pFullScreen] { pFullScreen->setChecked(false); });

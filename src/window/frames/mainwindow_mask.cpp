@@ -35,7 +35,7 @@ void MainWindow::loadPeakHuntingMask()
         report.addMessage(strReason, Severity::Error);
         return;
     }
-    // Masks are of the camera's pixels.
+    // Mask files are in pixels of the camera, without binning.
     m_dataSet.m_maskPeakHunting = maskInBins(m_dataSet.m_maskPeakHunting, m_dataSet.m_reading.choice.nBin);
     m_strMaskFile = QFileInfo(strFile).absoluteFilePath();
     showNewMask();

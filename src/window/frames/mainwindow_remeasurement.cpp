@@ -40,7 +40,8 @@ bool MainWindow::holdsPeaks(const QVector<QList<Peak3D>>& vecPeak)
 
 bool MainWindow::canMeasure(const QVector<QList<Peak3D>>& vecPeak)
 {
-    // Another number of frames is for the run to tell; a run on no peak at all would only put others away.
+    // The run reports a wrong number of frames itself. An empty list of peaks is refused here, because the
+    // run would replace existing results by nothing.
     return vecPeak.size() != m_dataSet.m_listFrameFile.size() || holdsPeaks(vecPeak);
 }
 

@@ -72,7 +72,7 @@ void MainWindow::runShiftEvaluation()
         const QRectF rectRegion = m_pFrameScene->selectionRect();
         m_pActions->m_listSelection.first()->setChecked(true);
         listPlace = m_pFrameScene->selectionRects();
-        // What lies on the frame means nothing on the regions that are shown instead.
+        // Marks belong to the frame, not to the regions that the run shows in its place.
         clearFrameMarks();
         showPeakHuntingMask(false);
         {
@@ -101,7 +101,7 @@ void MainWindow::runShiftEvaluation()
     if (!bBegun) {
         return;
     }
-    // A region that was chosen meanwhile stands where the presets stood before.
+    // A region that was chosen meanwhile is where the presets were before the run.
     m_pFrameScene->setSelectionIndex(0);
     m_pFrameScene->setSelectionRects(listPlace);
     selSizeChanged2();

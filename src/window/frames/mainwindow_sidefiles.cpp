@@ -93,7 +93,7 @@ bool MainWindow::loadShiftFile(const QString& strFileName, QString* pstrReason)
         return false;
     }
     {
-        // Whoever hears of the one box reads the pages, and with them the former number of the other.
+        // A slot of the one box reads the pages, and would take the former number of the other.
         const QSignalBlocker blockX(m_pShiftPage->m_pCenterXSpin);
         const QSignalBlocker blockY(m_pShiftPage->m_pCenterYSpin);
         m_pShiftPage->m_pCenterXSpin->setValue(m_dataSet.m_dfCenterX);

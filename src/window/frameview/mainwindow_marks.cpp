@@ -46,7 +46,7 @@ void MainWindow::showPeakText()
     const QVector<QList<Peak3D>>& vecPeak = m_dataSet.m_vecPeakIndexedOnFrame;
     const int nFrame = m_pFrameSpin->value() - 1;
     QList<Peak3D> listLabelled;
-    // A frame that could not be read leaves the picture of another one standing.
+    // Where the frame could not be read, the picture in view is that of another one.
     if (m_pActions->m_pShowPeakLabels->isChecked() && !m_dataSet.m_vecFrameImage.empty() &&
         !m_pSeriesTitle->isBegun() && vecPeak.size() == m_dataSet.m_listFrameFile.size() && nFrame >= 0 &&
         nFrame < vecPeak.size()) {
@@ -76,7 +76,7 @@ void MainWindow::enableShowPeaks(bool /*bShow*/)
 
 void MainWindow::mouseMoving(QPointF posF)
 {
-    // Under a run the images in memory are the run's, and need not be what is in view.
+    // During a run the images in memory are those of the run, which may not be in view.
     if (isPumping() || m_pTabWidget->currentWidget() != m_pFrameView) {
         return;
     }

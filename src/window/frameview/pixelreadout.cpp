@@ -25,7 +25,7 @@ std::optional<float> pixelValue(const ImageList& vecImage, int nImage, int x, in
     return img.Data()[qint64(y) * img.Width() + x];
 }
 
-// The shortest form has six digits: from where it would take to powers of ten, the whole number.
+// The shortest form has six digits and goes over to powers of ten beyond them: the whole number instead.
 QString pixelText(float fValue)
 {
     if (std::isnan(fValue)) {

@@ -38,7 +38,7 @@ namespace tessera {
 
 namespace {
 
-/// The first group takes the points of no other: those that the view has given it follow from the others.
+/// The first group of a view has all points that are in no other group, so its points are not kept.
 QList<PointGroup> withoutPointsOfFirst(QList<PointGroup> listGroup)
 {
     if (!listGroup.isEmpty()) {
@@ -88,7 +88,7 @@ void MainWindow::createHistory()
     new UndoKeys(m_pHistory);
 }
 
-/// From now on: what is there is what a user begins with.
+/// Begins the history with the window as it is now.
 void MainWindow::startHistory()
 {
     WorkHistoryHost host;
@@ -262,7 +262,7 @@ void MainWindow::showPointsOfState(const WorkState& state, const WorkState& form
         }
     }
     if (!bSameReflections || !state.listTablePeak.isSharedWith(former.listTablePeak)) {
-        // By the space group of the state and not that of the page, which may have been chosen since.
+        // With the space group of the state: that of the page may have been changed since.
         showInPeakTable(state.listTablePeak);
     }
     if (!dataSet.m_listPeakChain.isSharedWith(former.series.m_listPeakChain)) {

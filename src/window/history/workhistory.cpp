@@ -14,8 +14,8 @@ namespace {
 
 const int g_nPause = 1500;  // ms; who turns a number on after a longer look at the result makes another step
 
-/// A quarter of what can be had now leaves room for runs, which need about as much as the data themselves.
-/// More than 4 GB are hundreds of runs on the longest series, which nobody goes back through.
+/// A quarter of the free memory, which leaves room for runs: they need about as much as the data themselves.
+/// At most 4 GB, enough for hundreds of runs on the longest series.
 std::uint64_t boundOfMemory()
 {
     const std::uint64_t nMost = std::uint64_t(4) << 30;
@@ -67,7 +67,7 @@ void WorkHistory::look()
     if (!isReady()) {
         return;
     }
-    // It is called by the event loop itself, which nothing may be thrown through.
+    // No exception may pass through the event loop, which calls this.
     try {
         compare();
     } catch (const std::exception&) {

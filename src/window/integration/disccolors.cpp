@@ -20,7 +20,7 @@ QString tr(const char* pszText)
 
 const std::vector<DiscClass>& discClasses()
 {
-    // Apart from the yellow of masks and the cyan of the expected positions.
+    // Different from the yellow of masks and the cyan of the expected positions.
     static const std::vector<DiscClass> listClass = {
         {FlagOutlier, QColor(255, 40, 40), tr("outlier")},
         {FlagSaturated, QColor(255, 130, 200), tr("saturated")},

@@ -70,7 +70,7 @@ CellPage::CellPage(QWidget* pParent) : QWidget(pParent)
 
     colorAxes();
 
-    // What these do is the page's own business; whatever else a toggle means is connected by MainWindow.
+    // What a toggle changes on the page is connected here; what else it does, by MainWindow.
     connect(m_pRadioCellManual, &QRadioButton::toggled, this, &CellPage::showManual);
     connect(m_pCheckAutoRange, &QCheckBox::toggled, this, &CellPage::showAutoRange);
     connect(m_pRadioSpaceReal, &QRadioButton::toggled, this, &CellPage::updateCellTransformMatrixLabels);
@@ -185,7 +185,7 @@ QGroupBox* CellPage::makeDirections(QWidget* pParent)
         aRow[i].pSpin = makeDoubleSpin(m_pGroupAssignViewingDirection, 0, 99.99, 5, 0.0001, 0.1,
                                        QStringLiteral(" Å⁻¹"));
         aRow[i].pSpin->setGroupSeparatorShown(true);
-        // The "0" that a length begins with when it is typed would cost the vector its direction.
+        // A length that begins with "0" while it is typed would make the vector 0, without a direction.
         aRow[i].pSpin->setKeyboardTracking(false);
         explain(aRow[i].pButton, tr("Gives %1 the direction that the 3D view looks along, and the length "
                                     "beside it.")

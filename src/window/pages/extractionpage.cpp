@@ -69,7 +69,7 @@ ExtractionPage::ExtractionPage(QWidget* pParent) : QWidget(pParent, Qt::Tool)
 
 bool ExtractionPage::event(QEvent* pEvent)
 {
-    // Such events end at a window, and this is one.
+    // A status tip goes no further up than to a window, such as this page, so it is handed on.
     if (pEvent->type() == QEvent::StatusTip && parentWidget()) {
         return QCoreApplication::sendEvent(parentWidget(), pEvent);
     }

@@ -60,7 +60,7 @@ QGroupBox* FramesPage::makeFiles()
     return pFiles;
 }
 
-// The contrast stands between the axis and the tilt relaxation.
+// The numbers of the geometry, with the contrast between the axis and the tilt relaxation.
 QLayout* FramesPage::makeGeometry()
 {
     m_pWavelengthSpin = makeSpin(this, &DataSet::m_dfWavelength);

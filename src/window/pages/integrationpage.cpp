@@ -27,7 +27,7 @@ QString autoText()
     return IntegrationPage::tr("Auto");
 }
 
-/// A box whose lowest value, 0, stands for a number from the data.
+/// A box whose lowest value, 0, means that the number comes from the data.
 QDoubleSpinBox* makeAutoSpin(QWidget* pParent, double dfMost, int nDecimals, double dfStep,
                              const QString& strSuffix)
 {

@@ -126,7 +126,7 @@ QTableWidget* makeGroupTable(QWidget* pParent)
 
 void setLowRows(QTableView* pTable)
 {
-    // The style's least height can be more, and Qt would quietly take that.
+    // Qt takes the least height of the style where that is greater.
     QHeaderView* pHeader = pTable->verticalHeader();
     pHeader->setMinimumSectionSize(qMin(pHeader->minimumSectionSize(), g_nRowHeight));
     pHeader->setDefaultSectionSize(g_nRowHeight);

@@ -84,7 +84,7 @@ void MainWindow::runUnitCellHunting()
     searchCellWithButton(listSelection);
 }
 
-/// A search by difference vectors is over soon: its button waits. One on the peaks can be stopped by it.
+/// A search by difference vectors is over soon, so its button is disabled; one on the peaks is stopped by it.
 void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
 {
     QPushButton* pButton = m_pCellPage->m_pButtonSearchCell;
@@ -229,7 +229,7 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 {
     const QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
     if (!bTrue) {
-        // The boxes round to their decimals, and their slots take the rounded lengths.
+        // The boxes round the lengths, and their slots would take the rounded ones.
         const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
         for (int i = 0; i < 3 && basisFromList(listCell) && !isPumping(); ++i) {
             if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength) {

@@ -26,7 +26,7 @@ void MainWindow::showEstimatedPeakPosition()
     const int nFrames = m_dataSet.m_listFrameFile.size();
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
     QList<QPointF> listPosition;
-    // A frame that could not be read leaves the picture of another one standing.
+    // Where the frame could not be read, the picture in view is that of another one.
     if (m_pExtractionPage->m_pCheckShowEstimated->isChecked() && !vecImage.empty() && nFrame >= 0 &&
         nFrame < nFrames) {
         guarded([&] {

@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-// Beyond this many rows some that are spread evenly tell the width.
+// In tables of more rows only so many, spread evenly, are measured for the width.
 const int g_nMeasuredRows = 100000;
 
 const char g_szOrder[] = "PeakTable/columnOrder", g_szHidden[] = "PeakTable/columnsHidden",
@@ -160,7 +160,7 @@ CPeakColumns::CPeakColumns(QTableView& view, const QVector<QString>& vecTitle)
 
 void CPeakColumns::takeOwnWidth(int nColumn, int nWidth)
 {
-    // Hiding a column says that it has no width.
+    // A column that is hidden reports a width of 0.
     if (m_bResizing || nWidth == 0 || nColumn >= m_vecOwn.size()) {
         return;
     }

@@ -99,7 +99,7 @@ void PeakTableView::resetRows()
 {
     const std::shared_ptr<const CPeakTable> pTable = m_pTable;
     m_pSorted->setPassingRows(m_filter.isEmpty() ? std::vector<char>() : m_filter.rowsThatPass(*pTable));
-    // Without rows the columns go, and with them what the user has made of them.
+    // Without rows a view has no columns, and would lose their widths and order.
     const bool bHadColumns = horizontalHeader()->count() > 0;
     m_pColumns->keepLayout();
     m_pPeakTableModel->setCells(pTable->rowCount(), g_nPeakTableColumns,
@@ -279,7 +279,7 @@ QString PeakTableView::selectedText() const
     QModelIndexList listIndex = selectionModel()->selectedIndexes();
     const auto isHidden = [this](const QModelIndex& index) { return isColumnHidden(index.column()); };
     listIndex.erase(std::remove_if(listIndex.begin(), listIndex.end(), isHidden), listIndex.end());
-    // By row, then as the columns stand.
+    // By row, then from the left to the right.
     const QHeaderView* pHeader = horizontalHeader();
     const auto isBefore = [pHeader](const QModelIndex& left, const QModelIndex& right) {
         return left.row() != right.row()

@@ -116,7 +116,7 @@ QString MainWindow::projectFile() const
                                                : fileOfProject(m_dataSet, QStringLiteral(".ed3d"));
 }
 
-/// Frames without a project have no tilts and no geometry to solve anything with.
+/// Asks for a project: frames alone have no tilts and no geometry.
 bool MainWindow::askForProject()
 {
     NewProjectDialog dialog(m_strWorkingDir, this);

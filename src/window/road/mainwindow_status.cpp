@@ -32,7 +32,7 @@ namespace {
 const int g_nSettle =
     150;  // ms from a change to its show: less is not seen, and dragging a number makes many
 
-/// Where the road has one row for two stages, both go there.
+/// The row of the road that shows a stage; two stages may share one.
 RoadRowKind rowOf(WorkStage stage)
 {
     switch (stage) {
@@ -94,7 +94,7 @@ void MainWindow::createStatusStrip()
     m_timerStatus.setInterval(g_nSettle);
     connect(&m_timerStatus, &QTimer::timeout, this, &MainWindow::showWorkStatus);
 
-    // Whatever changes data or numbers shows in one of these.
+    // One of these signals comes with each change of data or numbers.
     const auto later = [this] { m_timerStatus.start(); };
     for (QDoubleSpinBox* pSpin : m_pToolBox->findChildren<QDoubleSpinBox*>()) {
         connect(pSpin, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, later);

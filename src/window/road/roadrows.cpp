@@ -73,7 +73,7 @@ void CRoadRows::take(const RoadStep& step, const RoadResults& results)
 {
     for (RoadRow& row : m_listRow) {
         const bool bOwn = roadStageName(stageOfRow(row.kind)) == step.strPart;
-        // A stage before the first one that was asked for may be made anew, as nothing keeps its results.
+        // Stages before the first one that was asked for are run, too, where their results were not kept.
         if (bOwn && !step.bEnded) {
             row = {row.kind, RoadRowState::Running, {}, {}};
         } else if (bOwn && step.end.finished()) {

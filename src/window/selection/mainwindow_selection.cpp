@@ -86,7 +86,7 @@ void MainWindow::createSelection()
     }
 }
 
-/// The tab in front stays: where it is another one than the frame's, the frame comes with that.
+/// The tab in front stays: if it is not that of the frames, the frame is shown when that tab is chosen.
 void MainWindow::showChosenFrame(int nFrame)
 {
     if (nFrame < 0 || nFrame >= m_dataSet.m_listFrameFile.size()) {

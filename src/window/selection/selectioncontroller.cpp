@@ -315,7 +315,7 @@ void SelectionController::show(const QObject* pSource)
         m_host.fnShowFrame(current.nFrame);
     }
     ringSpots();
-    // What a band has told stays, unless there is more to tell.
+    // The text of a rubber band stays in the status bar, unless there is another one.
     const bool bBand = pSource == m_host.pRaw || pSource == m_host.pMerged;
     if (!m_model.isEmpty() && (!bBand || !listHidden.isEmpty())) {
         m_host.fnSay(describe() + (listHidden.isEmpty()

@@ -117,7 +117,7 @@ void SelectionController::stepUnindexed(int nStep)
                               : tr("The merged reflections are not indexed yet."));
         return;
     }
-    // From a reflection that is indexed to the next one that is not.
+    // Goes from an indexed reflection to the next one that is not indexed.
     const int nNow = m_model.current().nReflection;
     const auto itAfter = std::upper_bound(vecOthers.begin(), vecOthers.end(), nNow);
     const auto itNow = std::lower_bound(vecOthers.begin(), vecOthers.end(), nNow);

@@ -35,7 +35,7 @@ void MainWindow::closeDataSet()
     {
         const CQuietPages quiet(*this);
         SeriesData none;
-        // What belongs to the instrument stays, as it does for frames that are opened without a project.
+        // The numbers of the instrument stay, as they do when frames are opened without a project.
         none.m_dfWavelength = m_dataSet.m_dfWavelength;
         none.m_dfPixelSize = m_dataSet.m_dfPixelSize / m_dataSet.m_reading.choice.nBin;
         none.m_dfRotationAxis = m_dataSet.m_dfRotationAxis;

@@ -48,7 +48,7 @@ void StartController::updateRecent()
     m_pPage->setRecent(recentSeries(*m_host.fnSettings()));
 }
 
-/// Whoever has opened something else meanwhile keeps it.
+/// Opens the demo, unless something else has been opened meanwhile.
 void StartController::demoMade(const QString& strProject)
 {
     m_pPage->showDemo(false);

@@ -129,8 +129,8 @@ void MainWindow::update3DViewControls()
     buildGroupTable(page.m_pTablePeakGroups, m_pView3DCurrent, true);
     const int nSelected = m_pView3DCurrent->selectedPoints().size();
     page.m_pEditSelectedCount->setText(QStringLiteral("%L1").arg(nSelected));
-    // A button that goes off hands the keyboard to the next control and scrolls the page there. What is
-    // selected next is selected in the view.
+    // A button that is disabled gives the keyboard to the next control and scrolls the page there. The view
+    // takes it instead, where the next selection is made.
     if (nSelected == 0 && page.window()->focusWidget() == page.m_pButtonAddGroup) {
         m_pView3DCurrent->setFocus();
     }

@@ -248,7 +248,7 @@ void View3DControl::showSlab(const ED3DWidget& view)
     showLevels(view);
 }
 
-/// The slider reaches over the layers of the points and stands at that of the box, if it is among them.
+/// The slider goes over the layers of the points; it is at that of the box, if it is among them.
 void View3DControl::showLevels(const ED3DWidget& view)
 {
     if (!view.slab()) {
