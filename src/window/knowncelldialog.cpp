@@ -15,6 +15,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QVBoxLayout>
 
 namespace tessera {
@@ -193,13 +194,17 @@ void KnownCellDialog::search()
     KnownCellOptions options;
     options.dfLengthTolerance = m_pSpinTolerance->value() / 100;
     numbersChanged();  // what was found before goes
-    enableNumbers(false);
-    m_pButtonSearch->setText(tr("Stop"));
-    m_pLabelSays->setText(tr("Searching..."));
-    m_result = m_fnSearch(known, options, m_bSearching);
-    flag.release();
-    enableNumbers(true);
-    m_pButtonSearch->setText(tr("Search"));
+    {
+        enableNumbers(false);
+        m_pButtonSearch->setText(tr("Stop"));
+        const auto ready = qScopeGuard([this] {
+            enableNumbers(true);
+            m_pButtonSearch->setText(tr("Search"));
+        });
+        m_pLabelSays->setText(tr("Searching..."));
+        m_result = m_fnSearch(known, options, m_bSearching);
+        flag.release();
+    }
     showResult();
 }
 

@@ -147,10 +147,10 @@ QwtPlotIntervalCurve* errorBarsOf(const PlotSeries& series)
 }
 
 /// A text in the font of the widget: Qwt's own is bold and larger.
-QwtText textInFont(const QString& strText, QFont font, bool bBold)
+QwtText textInFont(const QString& strText, QFont font, QFont::Weight weight)
 {
     QwtText text(strText, QwtText::PlainText);
-    font.setBold(bBold);
+    font.setWeight(weight);
     text.setFont(font);
     return text;
 }
@@ -178,9 +178,9 @@ PlotPanel::PlotPanel(QWidget* pParent) : QwtPlot(pParent)
 
 void PlotPanel::setTitles(const QString& strTitle, const QString& strX, const QString& strY)
 {
-    setTitle(textInFont(strTitle, font(), true));
-    setAxisTitle(QwtPlot::xBottom, textInFont(strX, font(), false));
-    setAxisTitle(QwtPlot::yLeft, textInFont(strY, font(), false));
+    setTitle(textInFont(strTitle, font(), QFont::Bold));
+    setAxisTitle(QwtPlot::xBottom, textInFont(strX, font(), QFont::Normal));
+    setAxisTitle(QwtPlot::yLeft, textInFont(strY, font(), QFont::Normal));
 }
 
 void PlotPanel::clearSeries()

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -158,6 +159,10 @@ void ExchangeDialog::run()
     if (!flag.isHeld()) {  // the wish to stop
         return;
     }
+    const auto ready = qScopeGuard([this] {
+        m_pButtonExport->setText(tr("Export"));
+        enableChoices(true);
+    });
     enableChoices(false);
     m_pButtonExport->setText(tr("Stop"));
     m_pLabelSays->setText(tr("Exporting..."));
@@ -172,8 +177,6 @@ void ExchangeDialog::run()
             tr("%1: %2").arg(offerOf(kind).strName, strFault.isEmpty() ? tr("written.") : strFault));
     }
     flag.release();
-    m_pButtonExport->setText(tr("Export"));
-    enableChoices(true);
     m_pLabelSays->setText(listSays.join(QLatin1Char('\n')));
 }
 

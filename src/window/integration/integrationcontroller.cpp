@@ -63,12 +63,12 @@ IntegrationController::IntegrationController(const IntegrationHost& host, QObjec
     connect(m_host.pTab, &QualityTab::notSaved, this,
             [this](const QString& strReason) { m_host.fnComplain(strReason); });
     connect(m_host.pTable, &QTableView::clicked, this,
-            [this](const QModelIndex& index) { showChosen(index, true); });
+            [this](const QModelIndex& index) { showChosen(index, ClosedWindow::Opens); });
     // The keyboard goes on with the window that a click has opened.
     connect(m_host.pTable->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& index) {
                 if (QApplication::mouseButtons() == Qt::NoButton && !m_host.pTable->isBeingSet()) {
-                    showChosen(index, false);
+                    showChosen(index, ClosedWindow::Stays);
                 }
             });
     m_host.pFrameView->viewport()->installEventFilter(this);
@@ -242,11 +242,11 @@ std::optional<std::array<int, 3>> IntegrationController::indicesOfDiscAt(const Q
     return m_pResult->integrated.listObservation[nObservation].anIndex;
 }
 
-/// @param bOpen  whether the window is opened for it
-void IntegrationController::showChosen(const QModelIndex& index, bool bOpen)
+/// Shows the profile of a row of the peak table.
+void IntegrationController::showChosen(const QModelIndex& index, ClosedWindow window)
 {
     const IntegratedPeak* pPeak = m_pResult ? m_host.pTable->integratedPeak(index) : nullptr;
-    if (pPeak && (bOpen || (m_pProfile && m_pProfile->isVisible()))) {
+    if (pPeak && (window == ClosedWindow::Opens || (m_pProfile && m_pProfile->isVisible()))) {
         showProfile(pPeak->nObservation);
     }
 }

@@ -108,7 +108,9 @@ protected:
     bool eventFilter(QObject* pObject, QEvent* pEvent) override;
 
 private:
-    void showChosen(const QModelIndex& index, bool bOpen);
+    /// What becomes of the window of the profiles where it is closed.
+    enum class ClosedWindow { Opens, Stays };
+    void showChosen(const QModelIndex& index, ClosedWindow window);
     QString fileStem() const;
     QList<Vec3D> cellOf(const std::shared_ptr<const IntegrationResult>& pResult);
 

@@ -43,15 +43,15 @@ QualityTab::QualityTab(QWidget* pParent) : QWidget(pParent), m_pStack(new QStack
 
 void QualityTab::setResult(const IntegrationResult& result, const QString& strFileStem)
 {
-    fill(result, strFileStem, true);
+    fill(result, strFileStem, Source::OneSeries);
 }
 
 void QualityTab::setMerged(const IntegrationResult& result, const QString& strFileStem)
 {
-    fill(result, strFileStem, false);
+    fill(result, strFileStem, Source::ManyCrystals);
 }
 
-void QualityTab::fill(const IntegrationResult& result, const QString& strFileStem, bool bOneSeries)
+void QualityTab::fill(const IntegrationResult& result, const QString& strFileStem, Source source)
 {
     const int nPage = m_pPages->currentIndex();
     clear();
@@ -59,7 +59,7 @@ void QualityTab::fill(const IntegrationResult& result, const QString& strFileSte
     m_pLabelSummary->setText(summaryOf(result).join(QLatin1Char('\n')));
     addPlots(tr("Resolution"), shellPlots(result), 2);
     addTables(tr("Shells"), {shellTable(result)});
-    if (bOneSeries) {
+    if (source == Source::OneSeries) {
         addPlots(tr("Frames"), framePlots(result), 2);
         addPlots(tr("Wilson and Tilt"), seriesPlots(result), 2);
     }

@@ -47,7 +47,8 @@ signals:
     void notSaved(const QString& strReason);
 
 private:
-    void fill(const IntegrationResult& result, const QString& strFileStem, bool bOneSeries);
+    enum class Source { OneSeries, ManyCrystals };
+    void fill(const IntegrationResult& result, const QString& strFileStem, Source source);
     void addPlots(const QString& strPage, const std::vector<QualityPlot>& listPlot, int nColumns);
     void addTables(const QString& strPage, const std::vector<QualityTable>& listTable);
     QGridLayout* addPage(const QString& strPage);

@@ -47,18 +47,22 @@ std::vector<int> columnWidths(const QualityTable& table, const QLocale& locale)
     return listWidth;
 }
 
-/// A text with its lower left or, of numbers, lower right corner.
-QString svgText(int nX, int nRow, const QString& strText, bool bRight, bool bBold)
+enum class SvgSide { Left, Right };
+enum class SvgWeight { Normal, Bold };
+
+/// A text that begins or, on the right side, ends at nX.
+QString svgText(int nX, int nRow, const QString& strText, SvgSide side, SvgWeight weight)
 {
     return QStringLiteral("<text x=\"%1\" y=\"%2\"%3%4>%5</text>\n")
         .arg(nX)
         .arg((nRow + 1) * g_nRowHeight - 6)
-        .arg(bRight ? QStringLiteral(" text-anchor=\"end\"") : QString(),
-             bBold ? QStringLiteral(" font-weight=\"bold\"") : QString(), strText.toHtmlEscaped());
+        .arg(side == SvgSide::Right ? QStringLiteral(" text-anchor=\"end\"") : QString(),
+             weight == SvgWeight::Bold ? QStringLiteral(" font-weight=\"bold\"") : QString(),
+             strText.toHtmlEscaped());
 }
 
-QString svgRow(const std::vector<QualityCell>& row, const std::vector<int>& listWidth, int nRow, bool bBold,
-               const QLocale& locale)
+QString svgRow(const std::vector<QualityCell>& row, const std::vector<int>& listWidth, int nRow,
+               SvgWeight weight, const QLocale& locale)
 {
     QString strRow;
     int nLeft = 0;
@@ -72,9 +76,9 @@ QString svgRow(const std::vector<QualityCell>& row, const std::vector<int>& list
                           .arg(cell.barShare() * listWidth[n], 0, 'f', 1)
                           .arg(g_nRowHeight - 4);
         }
-        const bool bRight = cell.nDecimals >= 0;
-        strRow += svgText(bRight ? nLeft + listWidth[n] - g_nPadding / 2 : nLeft + g_nPadding / 2, nRow,
-                          cell.shown(locale), bRight, bBold);
+        const bool bNumber = cell.nDecimals >= 0;
+        strRow += svgText(bNumber ? nLeft + listWidth[n] - g_nPadding / 2 : nLeft + g_nPadding / 2, nRow,
+                          cell.shown(locale), bNumber ? SvgSide::Right : SvgSide::Left, weight);
         nLeft += listWidth[n];
     }
     return strRow;
@@ -117,15 +121,17 @@ QByteArray svgOf(const QualityTable& table, const QLocale& locale)
     const std::vector<int> listWidth = columnWidths(table, locale);
     int nWidth = table.strTitle.size() * g_nCharWidth + g_nPadding;
     int nLeft = 0;
-    QString strBody = svgText(g_nPadding / 2, 0, table.strTitle, false, true);
+    QString strBody = svgText(g_nPadding / 2, 0, table.strTitle, SvgSide::Left, SvgWeight::Bold);
     for (size_t n = 0; n < listWidth.size(); ++n) {
-        strBody += svgText(nLeft + g_nPadding / 2, 1, table.listColumn[n].strTitle, false, true);
+        strBody += svgText(nLeft + g_nPadding / 2, 1, table.listColumn[n].strTitle, SvgSide::Left,
+                           SvgWeight::Bold);
         nLeft += listWidth[n];
     }
     nWidth = std::max(nWidth, nLeft);
     const auto nRows = int(table.listRow.size());
     for (int nRow = 0; nRow < nRows; ++nRow) {
-        strBody += svgRow(table.listRow[nRow], listWidth, nRow + 2, nRow == table.nBold, locale);
+        strBody += svgRow(table.listRow[nRow], listWidth, nRow + 2,
+                          nRow == table.nBold ? SvgWeight::Bold : SvgWeight::Normal, locale);
     }
     const int nHeight = (nRows + 2) * g_nRowHeight + g_nPadding / 2;
     return QStringLiteral(

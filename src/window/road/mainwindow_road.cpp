@@ -35,6 +35,7 @@
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QToolBox>
 
@@ -230,6 +231,10 @@ void MainWindow::solveFrom(RoadStage stageFrom)
         m_pRoad->setRows(m_roadRows.rows());
         m_pRoad->setRunning(true);
         m_pStatus->m_pUpdateButton->setEnabled(false);
+        const auto ready = qScopeGuard([this] {
+            m_pRoad->setRunning(false);
+            m_pStatus->m_pUpdateButton->setEnabled(true);
+        });
         m_pRoad->setClosingText({});
         m_pRoadWork.reset();
         const auto pWork = std::make_shared<CRoadWork>(roadOptions(stageFrom));
@@ -251,8 +256,6 @@ void MainWindow::solveFrom(RoadStage stageFrom)
         m_leftOut = {m_strMaskFile.isEmpty() ? m_dataSet.m_maskPeakHunting.listPolygon : QList<QPolygonF>(),
                      m_dataSet.m_listHotPixel};
         m_numbersLeft = pageNumbers();
-        m_pRoad->setRunning(false);
-        m_pStatus->m_pUpdateButton->setEnabled(true);
         m_pRoad->setRows(m_roadRows.rows());
         m_pRoad->setClosingText(closingLines(pWork->state().results).join(QLatin1Char('\n')));
     });

@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QTableWidget>
 #include <QToolBar>
 #include <QToolBox>
@@ -197,6 +198,7 @@ void MainWindow::bringUpToDate()
     CRunScope scope(*this);
     WindowReport report(*this, &m_bUpdating);
     m_pStatus->setRunning(true);
+    const auto ready = qScopeGuard([this] { m_pStatus->setRunning(false); });
     std::vector<WorkStage> listRun;
     while (flag.isSet()) {
         const std::vector<WorkStage> listStage = stagesToRun(workStatusByPages());
@@ -220,7 +222,6 @@ void MainWindow::bringUpToDate()
     if (!flag.isSet()) {
         report.addMessage(tr("Bringing the results up to date was stopped; what was made stays."));
     }
-    m_pStatus->setRunning(false);
 }
 
 }  // namespace tessera
