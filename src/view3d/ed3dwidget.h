@@ -254,7 +254,8 @@ protected:
     void glDraw() override;
 
 private:
-    enum { ModeNone, ModePan, ModeRotate, ModeZoom, ModeBand, ModeMeasure };
+    /// What a drag of the mouse does.
+    enum class MouseMode { None, Pan, Rotate, Zoom, Band, Measure };
 
     /// What of the lattice a camera sees.
     struct GridOfCamera {
@@ -338,7 +339,7 @@ private:
     QColor m_colorLatticePoint = Qt::green;
     std::optional<GridOfCamera> m_latticeGrid;  ///< none: to be made for lattice and range
 
-    int m_nMouseMode = ModeNone;
+    MouseMode m_nMouseMode = MouseMode::None;
     int m_nLastMouseX = 0;
     int m_nLastMouseY = 0;
     QPoint m_ptMousePress;

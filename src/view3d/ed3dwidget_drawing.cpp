@@ -51,7 +51,7 @@ void ED3DWidget::drawScene()
             drawCanvasGrid();
         }
         drawRing();
-        if (m_nMouseMode == ModeBand) {
+        if (m_nMouseMode == MouseMode::Band) {
             drawRubberBand();
         }
     }

@@ -32,44 +32,45 @@ void ED3DWidget::mousePressEvent(QMouseEvent* pEvent)
     m_ptMousePress = pEvent->pos();
     m_bMouseDragged = false;
     if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ControlModifier) {
-        m_nMouseMode = ModeBand;
+        m_nMouseMode = MouseMode::Band;
         m_nBandStartX = m_nBandEndX = pEvent->x();
         m_nBandStartY = m_nBandEndY = pEvent->y();
     } else if (pEvent->button() == Qt::LeftButton && pEvent->modifiers() & Qt::ShiftModifier) {
-        m_nMouseMode = ModePan;
+        m_nMouseMode = MouseMode::Pan;
         setCursor(Qt::SizeAllCursor);
     } else if (pEvent->button() == Qt::MiddleButton ||
                (pEvent->button() == Qt::LeftButton && m_bMeasuring && pointAt(pEvent->pos()) >= 0)) {
-        m_nMouseMode = startMeasuring(pEvent->pos()) ? ModeMeasure : ModeNone;
+        m_nMouseMode = startMeasuring(pEvent->pos()) ? MouseMode::Measure : MouseMode::None;
     } else if (pEvent->button() == Qt::LeftButton) {
-        m_nMouseMode = ModeRotate;
+        m_nMouseMode = MouseMode::Rotate;
         store(trackballVector(pEvent->x(), pEvent->y(), width(), height()), m_fTrackball);
         setCursor(Qt::CrossCursor);
     } else if (pEvent->button() == Qt::RightButton) {
-        m_nMouseMode = ModeZoom;
+        m_nMouseMode = MouseMode::Zoom;
         setCursor(Qt::SizeVerCursor);
     }
 }
 
 void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
 {
-    const int nMode = m_nMouseMode;
-    m_nMouseMode = ModeNone;
+    const MouseMode mode = m_nMouseMode;
+    m_nMouseMode = MouseMode::None;
     setCursor(Qt::ArrowCursor);
-    if (nMode == ModeBand) {
+    if (mode == MouseMode::Band) {
         finishBand(pEvent->modifiers() & Qt::ShiftModifier);
         update();
     }
-    if (nMode == ModeMeasure) {
+    if (mode == MouseMode::Measure) {
         measureTo(pEvent->pos());
     }
     // The menu waits for the release, as a press with the right button may become a zoom.
-    if (nMode == ModeZoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged) {
+    if (mode == MouseMode::Zoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged) {
         showMenu(pEvent->globalPos());
     }
     // A band without an area is none: with Control, too, this was a click.
-    const bool bClick = nMode == ModeBand ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
-                                          : nMode == ModeRotate || nMode == ModePan || nMode == ModeMeasure;
+    const bool bClick = mode == MouseMode::Band ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
+                                                : mode == MouseMode::Rotate || mode == MouseMode::Pan ||
+                                                      mode == MouseMode::Measure;
     if (bClick && pEvent->button() == Qt::LeftButton && !m_bMouseDragged) {
         emit pointClicked(this, pointAt(pEvent->pos()), pEvent->modifiers());
     }
@@ -87,7 +88,7 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
 {
     if ((pEvent->pos() - m_ptMousePress).manhattanLength() >= QApplication::startDragDistance()) {
         m_bMouseDragged = true;
-    } else if (m_nMouseMode == ModeZoom && !m_bMouseDragged) {
+    } else if (m_nMouseMode == MouseMode::Zoom && !m_bMouseDragged) {
         return;
     }
     const float fX = float(pEvent->x() - m_nLastMouseX), fY = float(pEvent->y() - m_nLastMouseY);
@@ -95,11 +96,11 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
     m_nLastMouseX = pEvent->x();
     m_nLastMouseY = pEvent->y();
     switch (m_nMouseMode) {
-        case ModePan:
+        case MouseMode::Pan:
             m_camera.m_fPanX += 3.f * fX / fWidth;
             m_camera.m_fPanY -= 3.f * fY / fHeight;
             break;
-        case ModeRotate: {
+        case MouseMode::Rotate: {
             const Vec3D v = trackballVector(pEvent->x(), pEvent->y(), width(), height());
             const Vec3D last{m_fTrackball[0], m_fTrackball[1], m_fTrackball[2]};
             m_camera.rotateTrackball(last, v);
@@ -107,17 +108,17 @@ void ED3DWidget::mouseMoveEvent(QMouseEvent* pEvent)
             store(v, m_fTrackball);
             break;
         }
-        case ModeZoom:
+        case MouseMode::Zoom:
             m_camera.changeZoom(3.f * fY / fHeight);
             break;
-        case ModeBand:
+        case MouseMode::Band:
             m_nBandEndX = pEvent->x();
             m_nBandEndY = pEvent->y();
             break;
-        case ModeMeasure:
+        case MouseMode::Measure:
             measureTo(pEvent->pos());
             break;
-        default:
+        case MouseMode::None:
             return;
     }
     update();

@@ -79,7 +79,7 @@ void ED3DWidget::measureTo(const QPoint& pt)
         return;
     }
     // From the point to the pointer while the drag goes on; a line that has come to no point goes.
-    m_anMeasured = {m_nMouseMode == ModeMeasure ? nFrom : -1, -1};
+    m_anMeasured = {m_nMouseMode == MouseMode::Measure ? nFrom : -1, -1};
     m_ptMeasureEnd = pt;
     update();
 }
@@ -116,7 +116,7 @@ void ED3DWidget::drawOverlay()
 {
     const QStringList listLine = overlayLines();
     const bool bLine = isPointDrawn(m_anMeasured[0]) &&
-                       (m_nMouseMode == ModeMeasure || m_anMeasured[1] >= 0) &&
+                       (m_nMouseMode == MouseMode::Measure || m_anMeasured[1] >= 0) &&
                        (m_anMeasured[1] < 0 || isPointDrawn(m_anMeasured[1]));
     if (listLine.isEmpty() && !bLine) {
         return;
