@@ -13,9 +13,9 @@
 #include "window/pages/refinementpage.h"
 #include "window/pages/shiftpage.h"
 #include "window/pages/view3dpage.h"
-#include "window/windowactions.h"
 
 #include <QAbstractSpinBox>
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
