@@ -1,4 +1,4 @@
-// Fits under a Bravais type, and the models with their errors that fits become.
+// Fits under the constraints of a Bravais type, and the model with standard errors that is made of a fit.
 #pragma once
 
 #include "refinement/geometryrefinement.h"
@@ -8,12 +8,15 @@
 
 namespace tessera {
 
-/// A fit with its geometry, cell and standard errors.
+/// Computes geometry, cell and standard errors of a fit.
+/// @param bEllipse  whether the fit has the ellipse in place of the stretching
 GeometryModel geometryModel(const GeometryWork& work, const GeometryFit& fit, bool bEllipse);
 
-/// The first of the Bravais types, in their order, under which the rms in the plane grows by no more than 2 %
-/// against that of the free cell. The terms are those of the free fit; of stretching and ellipse, of which a
-/// type determines both components, the better one is taken.
+/// Tries the Bravais types in their order and returns the model of the first one under which the rms in the
+/// plane of the frames grows by no more than 2 % over that of the free cell; none if no type does.
+///
+/// The free terms are those of the free fit. Stretching and ellipse are both tried, since a constrained cell
+/// determines both components of either, and the better one is kept.
 std::optional<GeometryModel> bravaisModel(const GeometryWork& work, const GeometryRefinementOptions& options,
                                           const GeometryModel& free, CRunReport& report);
 

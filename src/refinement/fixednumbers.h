@@ -1,4 +1,4 @@
-// What is said of the numbers that stay fixed.
+// Log lines and reasons for the numbers of the geometry that were not refined.
 #pragma once
 
 #include "refinement/geometryrefinement.h"
@@ -7,11 +7,11 @@
 
 namespace tessera {
 
-/// A line for each, with the reason.
+/// Writes a line of the log for each fixed number, with the reason.
 void tellFixed(const std::vector<FixedNumber>& listFixed, CRunReport& report);
 
-/// Says what became of stretching and ellipse, one of which stands in the place of the other, and of the
-/// offset.
+/// Adds to the fixed numbers of a result those that are fixed by construction: stretching or ellipse,
+/// whichever the other one replaces, and the offset of the tilts.
 void noteOthers(GeometryRefinement& result);
 
 }  // namespace tessera

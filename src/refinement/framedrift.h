@@ -1,4 +1,5 @@
-// Drift: what the direct beam of each frame is off by, from the distances of its peaks.
+// Frame drift: the residual displacement of each frame, estimated from the distances of its peaks to their
+// expected places.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -8,33 +9,34 @@
 
 namespace tessera {
 
-/// How far a peak lies from where its reflection is expected, pixels of the frame (y down).
+/// The distance of a peak from the place where its reflection is expected, pixels of the frame (y down).
 struct FrameDistance {
     int nFrame = 0;  ///< from 0
-    int nChain = 0;
-    FramePlace off;
+    int nChain = 0;  ///< the run of frames on which the reflection was seen
+    FramePlace off;  ///< measured less expected
 };
 
+/// The residual drift of a series.
 struct FrameDrift {
-    std::vector<FramePlace> listOffset;  ///< pixels, of each frame; empty where none is left over
-    int nIntervals = 0;                  ///< of the smooth part; 0 where there is none
-    double dfScatter = 0;                ///< pixels, of the frames about the smooth part, along one direction
-    int nJumps = 0;                      ///< frames that stand apart from the others
+    std::vector<FramePlace> listOffset;  ///< pixels, one per frame; empty if no drift was found
+    int nIntervals = 0;                  ///< spline intervals of the smooth part; 0 without a smooth part
+    double dfScatter = 0;                ///< pixels, rms of the frames about the smooth part in one direction
+    int nJumps = 0;  ///< number of frames that deviate significantly from their neighbours
 };
 
-/// The drift that the peaks of a series have in common frame by frame.
+/// Estimates the drift that the peaks of each frame have in common.
 ///
-/// A frame's offset is that of the middle of its peaks, robust against false ones. Its smooth part is a
-/// natural cubic spline over the frame number; the number of its intervals is the one that fits those frames
-/// best which it has not seen (every second one, in turn). What a frame lies beside it is believed as far as
-/// it exceeds its error: by τ²/(τ² + σ²) with the scatter τ of the frames, where half of the chains tells
-/// that of the other half better for it; and of a frame that stands apart from the others by 1 − λ²/r²,
-/// which leaves a wide jump nearly whole, where λ is the length that some frame of one series in twenty
-/// exceeds by chance. An offset of its own needs six peaks on the frame: each half of them is three then,
-/// whose middle one false peak does not move far.
+/// The offset of a frame is a robust centre of the distances of its peaks. The smooth part of the drift is a
+/// natural cubic spline over the frame number; its number of intervals is chosen by cross-validation (every
+/// second frame is predicted from the others, in turn). The deviation of a single frame from the smooth part
+/// is shrunk according to its error: by the factor τ²/(τ² + σ²) with the scatter τ of all frames, provided
+/// that one half of the chains then predicts the other half better; for a frame that deviates significantly,
+/// by 1 − λ²/r², which keeps a wide jump nearly whole. λ is the length that some frame exceeds by chance in
+/// one series out of twenty. A frame needs six peaks for an offset of its own, so that each half has three
+/// and a single false peak does not move its median far.
 ///
-/// The mean over the peaks is 0, as it belongs to the centre.
-/// @param nFrames  how many offsets there will be
+/// The mean of the drift over the peaks is 0, since a common offset belongs to the centre.
+/// @param nFrames  number of offsets in the result
 /// Sources: the scatter by James & Stein (1961), Proc. 4th Berkeley Symp. 1, 361–379; the jumps by Donoho &
 /// Johnstone (1994), Biometrika 81, 425–455, and Gao (1998), J. Comput. Graph. Stat. 7, 469–488.
 FrameDrift frameDrift(const std::vector<FrameDistance>& listDistance, int nFrames, CRunReport& report);

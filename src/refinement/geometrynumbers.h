@@ -12,8 +12,8 @@ namespace tessera {
 
 /// The places of the numbers in the row.
 enum GeometryNumber {
-    CellFirst = 0,  ///< nine numbers: see CellForm
-    CellLast = 8,
+    CellFirst = 0,      ///< the first of the nine numbers of the cell, see CellForm
+    CellLast = 8,       ///< the last of them
     Axis,               ///< degrees
     CentreX,            ///< pixels
     CentreY,            ///< pixels
@@ -31,22 +31,24 @@ enum GeometryNumber {
     GeometryNumbersEnd  ///< how many there are
 };
 
+/// The values of all numbers, in the order of GeometryNumber.
 using GeometryNumbers = std::array<double, GeometryNumbersEnd>;
 
+/// Whether a number describes the cell.
 inline bool isOfCell(int nNumber)
 {
     return nNumber <= CellLast;
 }
 
-/// What a summary calls a number: "axis", "centreX"; those of the cell are "cell1" to "cell9".
+/// The name of a number in summaries: "axis", "centreX"; the numbers of the cell are "cell1" to "cell9".
 QString geometryNumberName(int nNumber);
 
-/// How many numbers move a place in the plane: from Axis to before TiltScale.
+/// How many numbers act in the plane of the frames: those from Axis to ParabolicSin.
 constexpr int g_nPlaneNumbers = TiltScale - Axis;
 
-/// The terms of the plane and of the turn from their numbers (those from Axis to ParabolicSin and those from
-/// TiltScale on), in a scalar that may carry derivatives.
-/// @param dfCos, dfSin  cos 2φ₀ and sin 2φ₀
+/// The terms in the plane of the frames, from the numbers Axis to ParabolicSin.
+/// @tparam T  a real number, or a scalar that carries derivatives
+/// @param dfCos, dfSin  cos 2φ₀ and sin 2φ₀ of the azimuth from which the ellipse is counted
 template <class T>
 PlaneTerms<T> planeTermsOf(const std::array<T, g_nPlaneNumbers>& number, double dfCos, double dfSin)
 {
@@ -66,6 +68,8 @@ PlaneTerms<T> planeTermsOf(const std::array<T, g_nPlaneNumbers>& number, double 
     return terms;
 }
 
+/// The terms of the rotation of the crystal, from the numbers TiltScale, TiltOffset and AxisOutOfPlane.
+/// @tparam T  as for planeTermsOf()
 template <class T>
 TurnTerms<T> turnTermsOf(const std::array<T, 3>& number)
 {
@@ -76,9 +80,10 @@ TurnTerms<T> turnTermsOf(const std::array<T, 3>& number)
     return terms;
 }
 
-/// The numbers but for those of the cell, which stay 0.
+/// The numbers of a geometry; those of the cell are left 0.
+/// @param dfAzimuthZero  degrees, azimuth from which the ellipse is counted
 GeometryNumbers numbersOf(const DiffractionGeometry& geometry, double dfAzimuthZero);
-/// Puts the numbers but for those of the cell into a geometry.
+/// Puts all numbers except those of the cell into a geometry.
 void setNumbers(DiffractionGeometry& geometry, const GeometryNumbers& numbers, double dfAzimuthZero);
 
 }  // namespace tessera

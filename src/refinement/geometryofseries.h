@@ -1,4 +1,4 @@
-// The geometry of a data set and its indexed peaks, as the refinement takes them.
+// Input of the geometry refinement: the indexed peaks and the geometry of a data set.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -10,12 +10,12 @@
 
 namespace tessera {
 
-/// The indexed peaks of the frames (m_vecPeakIndexedOnFrame), each relative to its frame's direct beam, with
-/// the tilt that the mapping turns it by. Frames without shift or tilt are left out.
+/// The indexed peaks of the frames (m_vecPeakIndexedOnFrame), relative to the direct beam of their frame,
+/// with the tilt that the mapping uses for the frame. Peaks of frames without a shift or a tilt are left out.
 std::vector<GeometrySpot> geometrySpots(const DataSet& dataSet);
 
-/// What the mapping works with, its distortions included, and the cell in force.
-/// @return none without a cell
+/// The geometry with which the peaks are mapped, distortions included, together with the cell in force.
+/// @return none if the data set has no cell
 std::optional<DiffractionGeometry> geometryOfSeries(const DataSet& dataSet, const MappingParameters& mapping);
 
 }  // namespace tessera

@@ -1,53 +1,53 @@
-// Solver: the least squares of the geometry, and what its normal equations say of the numbers.
+// Solver: least-squares fit of the geometry, and the covariances and correlations of its numbers.
 #pragma once
 
 #include "refinement/geometryresiduals.h"
 
 namespace tessera {
 
-/// A set of free numbers with the values of all.
+/// The values of all numbers, and which of them are free.
 struct GeometryFit {
-    CellForm form;
-    GeometryNumbers numbers = {};
-    std::vector<int> listFree;  ///< ascending
+    CellForm form;                 ///< how the numbers of the cell are to be read
+    GeometryNumbers numbers = {};  ///< values of all numbers
+    std::vector<int> listFree;     ///< GeometryNumber: the free ones, ascending
 };
 
-/// Fits the free numbers by the Levenberg-Marquardt method with the loss 2·(√(1 + s) − 1), where s is the
-/// squared distance of a spot in the frame's plane, or of a chain along the beam, in pixels: far ones count
-/// by their distance alone. Always the same result, for any number of the
-/// residuals' threads.
+/// Fits the free numbers by the Levenberg–Marquardt method with the loss 2·(√(1 + s) − 1), where s is the
+/// squared distance, in pixels², of a spot in the plane of the frame or of a chain along the beam. Large
+/// distances so enter linearly instead of squared. The result does not depend on the number of threads.
 ///
-/// @return false, with the fit as it was, where no step lowered the loss to a finite number
+/// @return false, with the fit unchanged, if no step lowered the loss to a finite number
 /// Source: the loss by Charbonnier, Blanc-Féraud, Aubert & Barlaud (1997), IEEE Trans. Image Process. 6,
 /// 298–311.
 bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nSteps = 30);
 
-/// Mean square of the distances in the frame's plane along one direction, its root in pixels.
+/// Root mean square distance in the plane of the frames in one direction, pixels.
 double rmsInPlane(const CGeometryResiduals& residuals, const GeometryFit& fit);
 
-/// Second derivatives of the loss by the free numbers, and its gradients chain by chain (a row for each).
+/// Derivatives of the loss by the free numbers.
 ///
-/// Spots of a chain have much the same error, as the same reflection falls on the same pixels of frame after
-/// frame: they count as one draw.
+/// The spots of a chain share much of their error, since one reflection falls on the same pixels of
+/// successive frames. The gradients are therefore summed chain by chain, and each chain counts as one sample.
 struct GeometryNormal {
-    Eigen::MatrixXd matHessian;
-    Eigen::MatrixXd matScore;
+    Eigen::MatrixXd matHessian;  ///< second derivatives
+    Eigen::MatrixXd matScore;    ///< gradients, one row per chain
 };
+/// Computes the derivatives of the loss at a fit.
 GeometryNormal geometryNormal(const CGeometryResiduals& residuals, const GeometryFit& fit);
 
-/// Covariance of the free numbers from the residuals themselves: H⁻¹·(Σ g·gᵀ)·H⁻¹ · C/(C − p) with the
-/// gradients g of C chains and p numbers.
+/// Covariance of the free numbers, estimated from the residuals (cluster-robust "sandwich" estimator):
+/// H⁻¹·(Σ g·gᵀ)·H⁻¹ · C/(C − p) with the gradients g of C chains and p free numbers.
 /// Source: White (1980), Econometrica 48, 817–838; by groups Liang & Zeger (1986), Biometrika 73, 13–22.
 Eigen::MatrixXd geometryCovariance(const GeometryNormal& normal);
 
-/// Numbers that the peaks cannot tell from the others, to be fixed, and whether the cell stays determined.
+/// Numbers that the peaks do not determine, and that are to be fixed.
 struct Undetermined {
-    std::vector<int> listNumber;  ///< in the order in which they were found
-    bool bCell = false;           ///< the cell itself is not determined
+    std::vector<int> listNumber;  ///< GeometryNumber, in the order in which they were found
+    bool bCell = false;           ///< whether the cell itself is undetermined
 };
 
-/// Looks for numbers beside those of the cell whose estimates correlate by more than 0.98 with one another,
-/// or that all others together imitate. Of those that go together the less usual is named.
+/// Looks for numbers, apart from those of the cell, whose estimates correlate by more than 0.98 with one
+/// another or are a linear combination of all others. Of two correlated numbers the less usual one is listed.
 Undetermined undeterminedNumbers(const GeometryNormal& normal, const std::vector<int>& listFree);
 
 }  // namespace tessera

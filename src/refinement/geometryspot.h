@@ -9,20 +9,21 @@
 
 namespace tessera {
 
+/// A peak on a frame with its indices.
 struct GeometrySpot {
     int nFrame = 0;                       ///< from 0
     double dfTilt = 0;                    ///< degrees, of the frame, with its share of the relaxation
-    FramePlace place;                     ///< relative to the frame's direct beam, pixels, as measured
-    std::optional<FramePlace> finePlace;  ///< likewise, to fractions of a pixel, where that was measured
-    std::array<int, 3> anIndex = {};      ///< h, k, l along the axes of the cell in force
-    bool bIndexed = true;  ///< false: has no indices yet, and gets some where the geometry tells them
-    double dfWeight = 1;   ///< intensity, above 0: its share in the place along the beam
-    int nChain = 0;        ///< the run of frames that one reflection was seen on, from 0
+    FramePlace place;                     ///< measured place relative to the direct beam of its frame, pixels
+    std::optional<FramePlace> finePlace;  ///< the same to fractions of a pixel, if that was measured
+    std::array<int, 3> anIndex = {};      ///< h, k, l in the cell in force
+    bool bIndexed = true;  ///< false: the peak has no indices yet, and gets them if the geometry predicts it
+    double dfWeight = 1;   ///< intensity, above 0: weight of the spot in the distance of its chain
+    int nChain = 0;        ///< number of its chain, from 0: successive frames that show the same reflection
 };
 
-/// Numbers the chains: peaks of the same indices whose frames lie no more than `nGap` apart from one to the
-/// next.
-/// @return how many there are
+/// Numbers the chains. A chain consists of peaks with the same indices whose frames follow one another by no
+/// more than `nGap` frames.
+/// @return the number of chains
 int numberChains(std::vector<GeometrySpot>& listSpot, int nGap = 3);
 
 /// The indices of a spot as real numbers.

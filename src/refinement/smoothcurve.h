@@ -9,21 +9,23 @@
 
 namespace tessera {
 
-/// A curve over the frame number: the natural cubic spline whose values at equally spaced knots fit points
-/// best. Beyond the first and the last knot it keeps the value that it has there.
-/// Source: natural splines by de Boor (2001), A Practical Guide to Splines, revised edition, chapter IV.
+/// A curve over the frame number: the natural cubic spline on equally spaced knots that fits given points
+/// best. Beyond the first and the last knot it is constant. Source: natural splines by de Boor (2001), A
+/// Practical Guide to Splines, revised edition, chapter IV.
 class CSmoothCurve {
 public:
-    /// A straight line for one interval, a constant for none.
+    /// @param dfFirst, dfLast  first and last knot
+    /// @param nIntervals       intervals between knots; 1 makes a straight line, 0 a constant
     CSmoothCurve(double dfFirst, double dfLast, int nIntervals);
 
-    /// Least squares of points at some frames with their weights, both coordinates in common.
+    /// Fits the curve to points at given frames, each with a weight for both coordinates.
     void fit(const std::vector<double>& listAt, const std::vector<FramePlace>& listPoint,
              const std::vector<double>& listWeight);
+    /// The value of the curve.
     FramePlace at(double dfFrame) const;
 
 private:
-    /// What each knot's value is worth at a frame.
+    /// The weights with which the values at the knots enter the value at a frame.
     Eigen::RowVectorXd rowAt(double dfFrame) const;
 
     double m_dfFirst;

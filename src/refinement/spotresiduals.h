@@ -1,4 +1,4 @@
-// Residuals of the spots: how far each peak lies from where a geometry has its reflection.
+// Spot residuals: the distance of each peak from the place that a geometry predicts for its reflection.
 #pragma once
 
 #include "refinement/geometryrefinement.h"
@@ -7,7 +7,7 @@
 
 namespace tessera {
 
-/// A peak against its reflection, as measured less as expected.
+/// The distance of a peak from its expected place, measured less expected.
 struct SpotResidual {
     int nFrame = 0;                   ///< from 0
     double dfTilt = 0;                ///< degrees, as the series has it
@@ -26,11 +26,11 @@ struct SpotResidual {
 std::vector<SpotResidual> spotResiduals(const std::vector<GeometrySpot>& listSpot,
                                         const DiffractionGeometry& geometry);
 
-/// The spots that a model fits: those of a refinement that lie within its last limits, with the indices that
-/// it gives them.
+/// The spots that a model fits: those within the final limits of the refinement, with the indices that the
+/// model gives them.
 ///
-/// @param listSpot  as the refinement got them, or with a drift taken off that the model tells
-/// @param start     the geometry that the refinement began with
+/// @param listSpot  the spots that were given to the refinement, or the same corrected for the model's drift
+/// @param start     the geometry from which the refinement started
 std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
                                        const GeometryModel& model);
 

@@ -1,4 +1,4 @@
-// KeptWork: a work state in a file, with what a user has to know of it before it is read.
+// KeptWork: a work state saved for recovery after a crash, in a file whose head describes it to the user.
 #pragma once
 
 #include "workstate/workstate.h"
@@ -11,39 +11,43 @@
 
 namespace tessera {
 
-/// The head of such a file.
+/// The head of the file.
 struct KeptWork {
-    QString strFile;             ///< where it is kept; not in the file
-    QString strName;             ///< of the project or the frames, "garnet.ed3d"
-    QString strProject;          ///< full path; empty: frames without a project
-    QByteArray bytesProjectSum;  ///< MD5 of the project file as the state was kept; empty: it was not there
-    QDateTime when;              ///< UTC, of the step
-    QString strStep;             ///< that the state was kept after
+    QString strFile;     ///< path of the file; not part of its contents
+    QString strName;     ///< name of the project or of the frames, "garnet.ed3d"
+    QString strProject;  ///< full path of the project; empty for frames without a project
+    QByteArray
+        bytesProjectSum;  ///< MD5 of the project file at the time of saving; empty if there was no file
+    QDateTime when;       ///< UTC, time of the last step
+    QString strStep;      ///< the last step before the state was saved
 };
 
-/// What is to be kept of a state, and of its project file as it is now; strFile is empty.
+/// The head for a state, with the check sum of its project file as it is now; strFile is left empty.
 KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateTime& when);
 
-/// The whole file: head with its own check sum, then the state as workStateBytes() has it.
-/// @return empty where the state is too large for a file
+/// The contents of the file: the head with a check sum of its own, then the workStateBytes() of the state.
+/// @return empty if the state is too large for a file
 QByteArray keptWorkBytes(const KeptWork& work, const WorkState& state);
 
-/// What the head of a file says of it. `work` is replaced or stays as it was.
+/// The condition of a kept work, judged by the head of its file.
 enum class KeptWorkHead {
-    Good,
-    Unreadable,  ///< the file cannot be opened, or is of a later program: it may be good
-    Damaged,     ///< it is no kept work, or not whole
+    Good,        ///< the head was read
+    Unreadable,  ///< the file cannot be opened or was written by a later version: it may be intact
+    Damaged,     ///< the file is not a kept work, or is incomplete
 };
+/// Reads the head of a kept work.
+/// @param work  replaced if the head is good, else left as it was
 KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrReason = nullptr);
-/// The state of a kept work; false with the reason, and `state` as it was.
+/// Reads the state of a kept work.
+/// @return false with the reason, and `state` as it was, if the file cannot be read
 bool readKeptState(const KeptWork& work, WorkState& state, QString* pstrReason = nullptr);
 
-/// The work on garnet.ed3d of 12:31 was interrupted after "Solve".
-/// @param today  of the user; the time of another day has its date with it
+/// A sentence for the user: 'The work on garnet.ed3d of 12:31 was interrupted after "Solve".'
+/// @param today  the user's date; a time on another day is given with its date
 QString interruptedText(const KeptWork& work, const QDate& today, const QLocale& locale);
 
-/// What has changed since the work was kept: frames that are missing, a project that is missing or another
-/// one. A line each.
+/// What has changed since the work was saved, one line each: frames that are missing, a project that is
+/// missing or was modified.
 QStringList changesSince(const KeptWork& work, const WorkState& state);
 
 }  // namespace tessera

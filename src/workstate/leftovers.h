@@ -1,4 +1,4 @@
-// Leftovers: kept works whose windows have not come to their end.
+// Leftovers: kept works of windows that did not end normally.
 #pragma once
 
 #include "workstate/keptwork.h"
@@ -9,26 +9,27 @@
 
 namespace tessera {
 
-/// A window keeps its work in a folder, as STEM.work, and holds STEM.lock as long as it lives.
+/// The file in which a window saves its work: STEM.work in the folder.
 QString keptFile(const QString& strFolder, const QString& strStem);
+/// The file that a window keeps locked while it runs: STEM.lock in the folder.
 QString lockFile(const QString& strFolder, const QString& strStem);
 
-/// A kept work that no living window holds. Whoever has this holds it from now on, so that two windows that
-/// start together do not offer the same.
+/// A kept work whose window no longer runs. The owner of this object holds the lock, so that two windows that
+/// start at the same time do not offer the same work.
 struct Leftover {
     KeptWork work;
     std::unique_ptr<CWorkLock> pLock;
 
-    /// Removes its files.
-    /// @return false where the work cannot be removed
+    /// Removes the files of the work.
+    /// @return false if the work cannot be removed
     [[nodiscard]] bool remove();
 };
 
-/// Takes all works of a folder that nobody holds, the newest first, however old.
+/// Takes all works of a folder that are not locked by a window, the newest first, however old they are.
 ///
-/// What a killed window has left of a file that it was writing goes, and a lock without a work. A file that
-/// is damaged gets another name, STEM.damaged, and is not offered again.
-/// @param listReason  a line for each file that is not offered though nobody holds it
+/// Removes incomplete files that a killed window left behind, and locks without a work. A damaged file is
+/// renamed to STEM.damaged and not offered again.
+/// @param listReason  gets a line for each unlocked file that is not offered
 std::vector<Leftover> takeLeftovers(const QString& strFolder, QStringList& listReason);
 
 }  // namespace tessera

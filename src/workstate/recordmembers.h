@@ -1,4 +1,4 @@
-// Members: the members of each record of a work state, in the order in which its file has them.
+// Members: the members of each record of a work state, in the order in which they are stored in its file.
 #pragma once
 
 #include "workstate/workstate.h"
@@ -7,9 +7,10 @@
 
 namespace tessera {
 
-/// Tells the members of a record to writer and reader, which thereby cannot differ. of() gives references to
-/// all of them. The names are a structured binding, so that a record that has got one more member does not
-/// compile until the member stands here. Then g_nWorkStateVersion grows by one.
+/// Lists the members of a record for both the writer and the reader, so that the two cannot differ. of()
+/// returns references to all of them. The list is used as a structured binding: if a record gets another
+/// member, the code does not compile until the member is added here. g_nWorkStateVersion must then be raised
+/// by one.
 template <class T>
 struct Members {
     static constexpr bool bKnown = false;
@@ -125,8 +126,10 @@ TESSERA_MEMBERS(WorkState, series, hunting, mapping, merging, cellHunting, index
 
 #undef TESSERA_MEMBERS
 
-// A value that is none of these would be a surprise for all that goes by them. The compiler warns of an
-// enumerator that a switch leaves out.
+// Enumerators read from a file are checked, since no code is prepared for other values. The compiler warns if
+// one of these switches lacks an enumerator.
+
+/// Whether a value read from a file is an enumerator.
 constexpr bool isKnown(RotationKind kind)
 {
     switch (kind) {
@@ -137,6 +140,7 @@ constexpr bool isKnown(RotationKind kind)
     }
     return false;
 }
+/// Whether a value read from a file is an enumerator.
 constexpr bool isKnown(CellSearchMethod method)
 {
     switch (method) {
@@ -147,6 +151,7 @@ constexpr bool isKnown(CellSearchMethod method)
     }
     return false;
 }
+/// Whether a value read from a file is an enumerator.
 constexpr bool isKnown(LatticeSystem system)
 {
     switch (system) {

@@ -1,4 +1,4 @@
-// Stages to run: what is to be done so that nothing is stale any more.
+// Stages to run: the stages that must be run so that no result is stale any more.
 #pragma once
 
 #include "workstate/workstatus.h"
@@ -9,12 +9,12 @@
 
 namespace tessera {
 
-/// The stages to run anew, or for the first time, so that everything up to the indexing is there and nothing
-/// is stale; those that nothing asks for, a refinement of the geometry and an integration, where they are
-/// stale. None where drift or peaks are missing, as that is the whole road.
+/// The stages to run so that all results up to the indexing exist and none is stale. The refinement of the
+/// geometry and the integration are optional: they are included only if their results are stale. Empty if
+/// drift or peaks are missing, since the whole road has to be run then.
 std::vector<WorkStage> stagesToRun(const std::vector<StageStatus>& listStatus);
 
-/// These stages as a user would say it: "Map, merge and index anew".
+/// The stages as a phrase for the user: "Map, merge and index anew".
 QString stagesText(const std::vector<WorkStage>& listStage, const std::vector<StageStatus>& listStatus);
 
 }  // namespace tessera

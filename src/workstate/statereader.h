@@ -1,4 +1,4 @@
-// CStateReader: values from bytes that may hold anything.
+// CStateReader: reads values from bytes that may be damaged or hostile.
 #pragma once
 
 #include "workstate/recordmembers.h"
@@ -13,20 +13,22 @@
 
 namespace tessera {
 
-/// Reads what CStateWriter wrote. Each count is held against the bytes that are left before memory is asked
-/// for, so that no bytes make it ask for more than a few times their own number. After the first value that
-/// is not there or none of its kind nothing more is read.
+/// Reads what CStateWriter wrote. Each count is checked against the number of bytes that remain before memory
+/// is allocated, so that memory stays within a few times the size of the input, whatever the input says.
+/// After the first value that is missing or invalid, nothing more is read.
 class CStateReader {
 public:
     /// @param bytes  must outlive the reader
     explicit CStateReader(const QByteArray& bytes) : m_pNext(bytes.constData()), m_nLeft(size_t(bytes.size()))
     {}
 
-    /// All values were there.
+    /// Whether all values so far were present and valid.
     bool isGood() const { return m_bGood; }
-    /// And nothing is left.
+    /// Whether, moreover, no bytes remain.
     bool isWhole() const { return m_bGood && m_nLeft == 0; }
 
+    /// Reads a value: a number, an enumerator, a record with Members, or a list or optional of such.
+    /// @param value  has an unspecified value if the reader is not good afterwards
     template <class T>
     void take(T& value)
     {
@@ -54,7 +56,7 @@ private:
     {
         return (leastBytes<T>() + ... + 0);
     }
-    /// The least number of bytes that a value takes.
+    /// The smallest number of bytes that a value can occupy.
     template <class T>
     static constexpr size_t leastBytes()
     {
@@ -229,7 +231,7 @@ private:
             std::memcpy(&number, &nBits, sizeof number);
         }
     }
-    /// Of values that take at least so many bytes each.
+    /// Reads the count of a list; 0 if so many values, of at least nLeast bytes each, cannot remain.
     size_t takeCount(size_t nLeast)
     {
         quint32 nCount = 0;
@@ -237,7 +239,7 @@ private:
         m_bGood = m_bGood && nCount <= m_nLeft / nLeast;
         return m_bGood ? nCount : 0;
     }
-    /// The next bytes; null where there are less.
+    /// The next nBytes bytes; null if fewer remain.
     const char* taken(size_t nBytes)
     {
         m_bGood = m_bGood && nBytes <= m_nLeft;

@@ -14,13 +14,15 @@
 
 namespace tessera {
 
-/// Appends values of a work state to bytes: numbers with the lowest byte first, a truth value as one byte, an
-/// enumerator as a number of four bytes, lists behind their count, what may be absent behind a truth value.
+/// Serializes the values of a work state: numbers in little-endian order, a bool as one byte, an enumerator
+/// as a number of four bytes, a list after its count, an optional value after a bool that tells whether it is
+/// present.
 class CStateWriter {
 public:
-    /// What was written. Empty where it came to more than a QByteArray holds (2 GB).
+    /// The bytes written so far; empty if they exceed the limit of a QByteArray (2 GB).
     QByteArray bytes() const { return m_bFits ? m_bytes.left(m_nUsed) : QByteArray(); }
 
+    /// Appends a value: a number, an enumerator, a record with Members, or a list or optional of such.
     template <class T>
     void put(const T& value)
     {
@@ -141,7 +143,7 @@ private:
         }
     }
 
-    /// Where the next bytes go; null where they no longer fit.
+    /// Makes room for the next bytes; null if they do not fit.
     char* place(int nBytes)
     {
         const qint64 nMost = std::numeric_limits<int>::max() - 1024;  // Qt has a head before the bytes
@@ -163,7 +165,7 @@ private:
     bool m_bFits = true;
 };
 
-/// A colour keeps the model that it was made in, and its five numbers of 16 bits.
+/// Stores the colour model and its five components of 16 bits.
 inline void CStateWriter::putValue(const QColor& color)
 {
     QByteArray bytes;

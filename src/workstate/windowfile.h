@@ -1,4 +1,4 @@
-// Window file ("NAME.window.json"): what the window keeps of a project beside the files of the runs.
+// Window file ("NAME.window.json"): settings of the window for a project, saved beside the result files.
 #pragma once
 
 #include "records/runparameters.h"
@@ -10,36 +10,38 @@
 
 namespace tessera {
 
-/// The numbers that peaks were hunted with.
+/// The parameters with which the peaks were found.
 struct HuntedMemory {
     PeakHuntingParameters hunting;
-    quint64 nPeaks = 0;  ///< print of the peaks that they gave
+    quint64 nPeaks = 0;  ///< fingerprint of the peaks that were found with them
 };
 
-/// What was merged.
+/// Which peaks were merged.
 struct MergedMemory {
-    int nGroup = -1;      ///< of the peaks; −1: all of them
-    quint64 nPeaks = 0;   ///< print of the peaks
-    quint64 nMerged = 0;  ///< number of the reflections that came out
+    int nGroup = -1;      ///< group of the peaks; −1: all peaks
+    quint64 nPeaks = 0;   ///< fingerprint of the peaks
+    quint64 nMerged = 0;  ///< number of merged reflections
 };
 
-/// The numbers of the pages of a project, and what its lists were made with.
+/// The parameters on the pages of the window, and those with which the lists of the project were made.
 struct WindowMemory {
     PeakHuntingParameters hunting;
-    MappingParameters mapping;  ///< the limits alone
+    MappingParameters mapping;  ///< only its limits are stored
     PeakMergingParameters merging;
     CellHuntingParameters cell;
-    IndexingParameters indexing;  ///< threshold and space group alone
+    IndexingParameters indexing;  ///< only threshold and space group are stored
 
     std::optional<HuntedMemory> hunted;
     std::optional<MergedMemory> merged;
 };
 
+/// The contents of a window file, as JSON.
 QByteArray windowFileText(const WindowMemory& memory);
 
-/// The same back. A number that is missing keeps its value in `memory`.
-/// @return false with the reason, and `memory` as it was, for a text that is none of these, is damaged, or
-///         has a number that its page cannot hold
+/// Reads the contents of a window file.
+/// @param memory  gets the numbers of the file; those that are missing in the file keep their values
+/// @return false with the reason, and `memory` as it was, if the text is not a window file, is damaged, or
+///         contains a number outside the range of its box on the page
 [[nodiscard]] bool readWindowFileText(const QByteArray& bytes, WindowMemory& memory,
                                       QString* pstrReason = nullptr);
 

@@ -1,4 +1,4 @@
-// WorkBlocks: the memory that work states hold, each list counted once however many states share it.
+// WorkBlocks: the memory used by work states, in which a list shared by several states counts once.
 #pragma once
 
 #include "workstate/workstate.h"
@@ -9,21 +9,21 @@
 
 namespace tessera {
 
-/// A piece of memory that states share by pointing at it.
+/// A block of memory that states may share.
 struct WorkBlock {
     const void* pPlace = nullptr;
     std::uint64_t nBytes = 0;
 };
 
-/// The lists and results of a state that grow with the data, by their places in memory.
+/// The memory blocks of those lists and results of a state whose size grows with the data.
 std::vector<WorkBlock> blocksOf(const WorkState& state);
 
 /// The memory of several states.
 class CWorkBlocks {
 public:
-    void add(const WorkState& state);
-    void remove(const WorkState& state);  ///< one that was added, as it was then
-    /// Bytes of all that the states hold beside what `current`, one of them, holds as well.
+    void add(const WorkState& state);     ///< counts the blocks of a state
+    void remove(const WorkState& state);  ///< takes back add(); the state must not have changed since
+    /// Bytes used by the states, without the blocks that `current`, which is one of them, uses.
     std::uint64_t bytesBeside(const WorkState& current) const;
 
 private:

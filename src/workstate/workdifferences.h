@@ -1,4 +1,4 @@
-// WorkDifferences: what a user has changed from one state of the work to the next, in plain words.
+// WorkDifferences: the user's change from one work state to the next, described for the undo menu.
 #pragma once
 
 #include "workstate/workstate.h"
@@ -7,26 +7,28 @@
 
 namespace tessera {
 
-/// What is a step between two states. What follows from other things alone, as the masks of groups, the peaks
-/// within the limits and the decimals of a box do, is none.
+/// The step from one state to another. Changes of derived data alone (masks of groups, peaks within the
+/// limits, decimals of a box) are not a step.
 struct WorkDifferences {
     QString strName;  ///< what was changed, such as "Rotation axis 39.8° to 40.1°"; empty: nothing
-    /// Of a change that is made bit by bit, as a number is typed or turned: changes of the same key belong
-    /// together where they follow each other closely. Empty: a change by itself.
+    /// Identifies a change that is made in many small ones, such as typing a number: changes with the same
+    /// key that follow each other closely are merged into one step. Empty: the change is a step of its own.
     QString strKey;
-    bool bOtherSeries = false;  ///< the frames or the project are others: nothing leads back
+    bool bOtherSeries = false;  ///< frames or project differ: the change cannot be undone
 
+    /// Whether there is a step to undo.
     bool isStep() const { return !strName.isEmpty(); }
 };
 
-/// Named by what lies furthest up the road of the data: peaks before what was merged of them, and so on.
+/// Compares two states. If several things differ, the step is named after the one that comes first in the
+/// order of processing: peaks before merged reflections, and so on.
 ///
-/// Lists that share their data cost nothing; others are looked into, so that the next state should share its
-/// lists with the last one where they are the same.
+/// Lists that share their data are not compared element by element; the later state should therefore share
+/// unchanged lists with the earlier one.
 WorkDifferences differences(const WorkState& before, const WorkState& after);
 
-/// The name of a number of the pages in plain words, such as "Rotation axis".
-/// @param nRow  of parameterTable()
+/// The name of a parameter for the user, such as "Rotation axis".
+/// @param nRow  row of parameterTable()
 QString nameOfNumber(int nRow);
 
 }  // namespace tessera

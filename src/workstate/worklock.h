@@ -1,30 +1,31 @@
-// CWorkLock: tells whether a living window holds a file.
+// CWorkLock: a file lock that tells whether the window that took it is still running.
 #pragma once
 
 #include <QString>
 
 namespace tessera {
 
-/// A lock that the system takes back when the process ends, however it ends: no lock outlives a crash or a
-/// power cut, and none is taken for held because another process has got the number of a former one. It works
-/// between two windows of one process as well, and on network file systems that know locks. Where the file
-/// system knows none, nothing counts as held.
+/// A lock that the operating system releases when the process ends in any way: it does not outlive a crash or
+/// a power cut, and does not depend on process numbers, which are reused. It also works between two windows
+/// of one process, and on network file systems that support locks. On a file system without locks, no lock
+/// counts as held.
 class CWorkLock {
 public:
-    CWorkLock() = default;
-    ~CWorkLock() { release(); }
-    CWorkLock(const CWorkLock&) = delete;
-    CWorkLock& operator=(const CWorkLock&) = delete;
+    CWorkLock() = default;                            ///< holds no lock
+    ~CWorkLock() { release(); }                       ///< releases the lock
+    CWorkLock(const CWorkLock&) = delete;             ///< a lock has one owner
+    CWorkLock& operator=(const CWorkLock&) = delete;  ///< a lock has one owner
 
-    /// Makes the lock's file where there is none and takes the lock, without waiting.
-    /// @param pstrReason  may be null; on failure why
-    /// @return false where another one holds it, or where no file can be made
+    /// Takes the lock without waiting; creates its file if necessary.
+    /// @param pstrReason  may be null; gets the reason of a failure
+    /// @return false if somebody else holds the lock, or the file cannot be created
     bool take(const QString& strFile, QString* pstrReason = nullptr);
-    /// Gives the lock back; its file stays.
+    /// Releases the lock and leaves its file.
     void release();
-    /// Gives the lock back and removes its file.
+    /// Releases the lock and removes its file.
     void remove();
 
+    /// Whether this object holds the lock.
     bool isTaken() const { return m_nFile >= 0; }
 
 private:

@@ -1,4 +1,4 @@
-// WorkState: all that a user has made of a series, as one value.
+// WorkState: the complete state of the user's work on a series, as one value.
 #pragma once
 
 #include "cloud/pointgroups.h"
@@ -15,8 +15,8 @@
 
 namespace tessera {
 
-/// What undo puts back and what is restored after a crash: data set, numbers of the pages, groups of the 3D
-/// views, results of runs. A copy costs little, as it shares its lists with whoever else holds them.
+/// What undo restores, and what is recovered after a crash: the data set, the parameters on the pages, the
+/// groups of the 3D views and the results of the runs. A copy is cheap, since it shares its lists.
 struct WorkState {
     SeriesData series;
     PeakHuntingParameters hunting;
@@ -26,18 +26,17 @@ struct WorkState {
     IndexingParameters indexing;
     ExtractionParameters extraction;
     RefinementParameters refinement;
-    bool bConstantBackground = false;                   ///< of the fits of peak positions
-    std::optional<CellParameters> knownCell;            ///< as it was given last
-    CMatrix3 matTransformation = CMatrix3::identity();  ///< of the cell, as the page has it
-    QList<PointGroup> listRawGroup;                     ///< of the raw view; empty: it shows no peaks
-    QList<PointGroup> listMergedGroup;                  ///< of the merged view
-    /// Points of the merged view with the indices that the last indexing gave each of them; empty: those of
-    /// the series, with the indices of its indexed reflections.
+    bool bConstantBackground = false;                   ///< peak positions are fitted beside a constant level
+    std::optional<CellParameters> knownCell;            ///< the known cell that was entered last
+    CMatrix3 matTransformation = CMatrix3::identity();  ///< transformation of the cell on its page
+    QList<PointGroup> listRawGroup;                     ///< groups of the raw view; empty: it shows no peaks
+    QList<PointGroup> listMergedGroup;                  ///< groups of the merged view
+    /// Points of the merged view with the indices of the last indexing; empty: the merged peaks of the series
+    /// with the indices of its indexed reflections.
     QList<Peak3D> listMergedPoint;
-    QList<Peak3D>
-        listTablePeak;  ///< what the peak table shows; empty: nothing, in a row that keeps its layout
-    std::shared_ptr<const GeometryRefinement>
-        pGeometry;  ///< the last refinement of the geometry; may be null
+    QList<Peak3D> listTablePeak;  ///< peaks in the peak table; may be empty
+    /// The last refinement of the geometry; may be null.
+    std::shared_ptr<const GeometryRefinement> pGeometry;
     std::shared_ptr<const IntegrationResult> pIntegration;  ///< the last integration; may be null
 };
 

@@ -1,4 +1,4 @@
-// The file of a work state, which outlives a crash of the program.
+// Serialization of a work state, for recovery after a crash.
 #pragma once
 
 #include "workstate/workstate.h"
@@ -8,17 +8,17 @@
 
 namespace tessera {
 
-/// Of the layout of the bytes. It grows by one with every change of a record that a state holds.
+/// Version of the layout of the bytes. It must be raised with every change of a record that a state contains.
 constexpr quint32 g_nWorkStateVersion = 2;
 
-/// The state as bytes, exact to the last bit of each number, with a version and a check sum.
-/// @return empty where they would come to more than 2 GB
+/// The state as bytes with a version and a check sum; all numbers are kept to the last bit.
+/// @return empty if they would exceed 2 GB
 QByteArray workStateBytes(const WorkState& state);
-/// The same back; false with the reason, and `state` as it was, for bytes that are not whole or of a version
-/// that is not known. Memory: a few times that of the bytes, whatever they hold.
+/// Reads a state. Memory stays within a few times the size of the bytes, whatever they contain.
+/// @return false with the reason, and `state` as it was, if the bytes are damaged or of an unknown version
 bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstrReason = nullptr);
 
-/// The head that workStateBytes() puts before the values: mark, version, check sum (MD5) of the values.
+/// The head that workStateBytes() writes before the values: magic bytes, version, MD5 of the values.
 QByteArray workStateHead(const QByteArray& bytesValues);
 
 }  // namespace tessera

@@ -10,21 +10,24 @@
 
 namespace tessera {
 
+/// The stages from frames to intensities, in the order of processing.
 enum class WorkStage { Drift, Peaks, Axis, Mapping, Merging, Cell, Indexing, Geometry, Integration };
 
+/// Whether a stage has a result that is up to date.
 enum class StageState {
     Missing,  ///< there is no result
-    Done,     ///< there is one, and it goes with what it stands on
-    Stale     ///< there is one, but what it stands on has changed since
+    Done,     ///< there is a result, and its inputs are unchanged
+    Stale     ///< there is a result, but its inputs have changed since
 };
 
+/// A stage with its state.
 struct StageStatus {
     WorkStage stage = WorkStage::Drift;
     StageState state = StageState::Missing;
-    QString strReason;  ///< a part of a sentence: what there is, what has changed, or what is missing
+    QString strReason;  ///< a phrase: what the result is, which input has changed, or what is missing
 };
 
-/// The numbers that the next runs would take from the pages.
+/// The parameters on the pages, which the next runs would use.
 struct WorkNumbers {
     PeakHuntingParameters hunting;
     MappingParameters mapping;
@@ -32,12 +35,13 @@ struct WorkNumbers {
     IndexingParameters indexing;
 };
 
-/// All stages in their order, by what the lists were made with (MadeWith). A list that came from a file, so
-/// that nobody knows its numbers, counts as done. What stands on a stale stage is stale.
+/// The status of all stages, in their order. A stage is stale if its inputs differ from those recorded with
+/// its result (MadeWith), or if an earlier stage is stale. A list that was read from a file, and whose
+/// parameters are therefore unknown, counts as done.
 std::vector<StageStatus> workStatus(const DataSet& dataSet, const WorkNumbers& numbers);
 
-/// What moves the points of reciprocal space from one mapping to another, such as "the rotation axis was
-/// turned by 0.3°"; empty where nothing does.
+/// What has changed in the mapping so that the points in reciprocal space move, as a phrase such as "the
+/// rotation axis was turned by 0.3°"; empty if nothing has.
 QString mappingChange(const PeakMapping& then, const PeakMapping& now);
 
 }  // namespace tessera

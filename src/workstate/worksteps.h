@@ -1,4 +1,4 @@
-// CWorkSteps: the states of a user's work, in their order, and which of them is in force.
+// CWorkSteps: the history of the user's work for undo and redo.
 #pragma once
 
 #include "workstate/workblocks.h"
@@ -11,45 +11,45 @@
 
 namespace tessera {
 
-/// A row of states with the step that led to each. The first one is where it all began, or the oldest that is
-/// still kept.
+/// A list of states, each with the step that led to it, one of which is the current one. The first is the
+/// initial state, or the oldest that is still kept.
 ///
-/// Memory is bounded: where the states hold more than the bound beside the one in force, whose lists are the
-/// user's own, the oldest go first. The one in force and those next to it stay in any case, so that the last
-/// step can always be taken back.
+/// Memory is limited: if the states other than the current one, whose lists the window uses anyway, take more
+/// than the limit, the oldest are dropped. The current state and its neighbours are always kept, so that the
+/// last step can be undone.
 class CWorkSteps {
 public:
-    /// @param nMostBytes  the bound
+    /// @param nMostBytes  limit of the memory
     explicit CWorkSteps(std::uint64_t nMostBytes);
 
-    /// Forgets all, and begins with this state.
+    /// Discards all states and starts with this one.
     void begin(const WorkState& state, const QString& strName);
-    /// Another bound, for the states to come.
+    /// Changes the limit; it takes effect with the next state that is added.
     void setMostBytes(std::uint64_t nMostBytes) { m_nMostBytes = nMostBytes; }
-    std::uint64_t mostBytes() const { return m_nMostBytes; }
-    /// A step has led from the state in force to this one. States that were taken back are given up.
+    std::uint64_t mostBytes() const { return m_nMostBytes; }  ///< limit of the memory
+    /// Adds a state after the current one and makes it current. States that were undone are discarded.
     void note(const WorkState& state, const QString& strName);
-    /// The step that led to the state in force, the last one, has gone on to this one.
+    /// Replaces the current state, which is the last one, when its step was continued (typing a number, say).
     void goOn(const WorkState& state, const QString& strName);
-    /// The last step, to the state in force, has come to nothing: the one before is in force, and this is how
-    /// the window has it.
+    /// Discards the last state, which is the current one, because its step changed nothing in the end. The
+    /// state before becomes current and is replaced by the given one, the present state of the window.
     void dropLast(const WorkState& state);
-    /// The state in force as the window has it, which is no step: lists that it shares with the next state
-    /// are not compared.
+    /// Replaces the current state by an equal one. The state of the window shares its lists with it from then
+    /// on, which makes the next comparison quick.
     void refresh(const WorkState& state);
 
-    int count() const { return int(m_listStep.size()); }  ///< of states
-    int current() const { return m_nCurrent; }  ///< place of the state in force; −1 without states
-    bool isLast() const { return m_nCurrent == count() - 1; }  ///< nothing is taken back
-    const QString& name(int nStep) const { return m_listStep[nStep]->strName; }
-    const WorkState& state(int nStep) const { return m_listStep[nStep]->state; }
-    const WorkState& state() const { return state(m_nCurrent); }  ///< in force
-    /// Puts another one in force; false for a place that is none.
+    int count() const { return int(m_listStep.size()); }  ///< number of states
+    int current() const { return m_nCurrent; }            ///< index of the current state; −1 without states
+    bool isLast() const { return m_nCurrent == count() - 1; }                    ///< there is nothing to redo
+    const QString& name(int nStep) const { return m_listStep[nStep]->strName; }  ///< name of a step
+    const WorkState& state(int nStep) const { return m_listStep[nStep]->state; }  ///< state after a step
+    const WorkState& state() const { return state(m_nCurrent); }                  ///< the current state
+    /// Makes another state current.
+    /// @return false if there is no such state
     bool goTo(int nStep);
 
-    int dropped() const { return m_nDropped; }  ///< states that had to go since begin()
-    /// What is kept beside the state in force.
-    std::uint64_t bytes() const;
+    int dropped() const { return m_nDropped; }  ///< states dropped for memory since begin()
+    /// Memory of the states, without the lists of the current one.
 
 private:
     struct Step {

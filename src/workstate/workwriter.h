@@ -1,4 +1,4 @@
-// CWorkWriter: keeps the work of one window in a file, in a thread of its own.
+// CWorkWriter: saves the work of one window to a file for recovery, in a thread of its own.
 #pragma once
 
 #include "workstate/leftovers.h"
@@ -10,34 +10,35 @@
 
 namespace tessera {
 
-/// Writes each state beside the file of the one before and puts it in its place when it has reached the disk.
-/// Where several states come while one is being written, the newest is next and the others are left out.
-/// Folder, file and lock are made with the first state; others than the user cannot read them.
+/// Writes each state to a temporary file, which replaces the file of the previous state once it has reached
+/// the disk. If several states arrive while one is being written, only the newest of them is written. Folder,
+/// file and lock are created with the first state; only the user can read them.
 class CWorkWriter {
 public:
-    /// Called in the writer's thread after each try, with the reason where it failed.
+    /// Called in the writer's thread after each attempt; strReason is empty if the state was written.
     using FnTold = std::function<void(const QString& strStep, const QString& strReason)>;
 
+    /// Starts the thread.
     CWorkWriter(const QString& strFolder, const FnTold& fnTold);
-    /// As end().
+    /// Calls end().
     ~CWorkWriter();
-    CWorkWriter(const CWorkWriter&) = delete;
-    CWorkWriter& operator=(const CWorkWriter&) = delete;
+    CWorkWriter(const CWorkWriter&) = delete;             ///< owns a thread
+    CWorkWriter& operator=(const CWorkWriter&) = delete;  ///< owns a thread
 
-    /// Returns at once.
+    /// Requests that a state be written, and returns at once.
     void write(const WorkState& state, const QString& strStep);
-    /// The same for a work that was restored: what it comes from goes when the state is on the disk.
+    /// The same for a recovered work, whose old file is removed once the state is on the disk.
     void writeInPlaceOf(const WorkState& state, const QString& strStep, Leftover leftover);
-    /// Nothing is to be restored any more: the file goes, and states that wait.
+    /// Removes the file, and discards states that have not been written yet: nothing is to be recovered.
     void remove();
-    /// Until all that was asked for is done.
+    /// Waits until all requests are done.
     void wait();
-    /// A clean end: file and lock go, and nothing is written any more.
+    /// Ends the writer normally: removes file and lock, and ignores later requests.
     void end();
 
 private:
     struct Wish {
-        std::optional<WorkState> state;  ///< none: the file is to go
+        std::optional<WorkState> state;  ///< none: the file is to be removed
         QString strStep;
         QDateTime when;
     };
@@ -51,12 +52,12 @@ private:
     const QString m_strFolder;
     const QString m_strStem;
     const FnTold m_fnTold;
-    CWorkLock m_lock;  ///< of the writer's thread
+    CWorkLock m_lock;  ///< used by the writer's thread only
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::optional<Wish> m_wish;          ///< the newest
-    std::vector<Leftover> m_listFormer;  ///< to go with the next state that is on the disk
+    std::optional<Wish> m_wish;          ///< the newest request
+    std::vector<Leftover> m_listFormer;  ///< to be removed once the next state is on the disk
     bool m_bBusy = false;
     bool m_bEnd = false;
     std::thread m_thread;
