@@ -1,27 +1,29 @@
-// Absence likelihood: what a mean intensity says of a class of reflections that may be forbidden.
+// Absence likelihood: how probable a mean intensity is for forbidden and for allowed reflections.
 #pragma once
 
 namespace tessera {
 
-/// A class of reflections of a zone against those that nothing forbids.
+/// The mean intensity of reflections that a condition may forbid, relative to reference reflections that are
+/// certainly allowed.
 struct AbsenceRatio {
-    int nReflections = 0;
-    int nReference = 0;       ///< reflections of the reference; 0: the mean of their resolution
-    double dfRatio = 0;       ///< of the mean E²
-    double dfRatioError = 0;  ///< of the measurement alone
+    int nReflections = 0;     ///< reflections that may be forbidden
+    int nReference = 0;       ///< reference reflections; 0: the mean at their resolution is the reference
+    double dfRatio = 0;       ///< mean E² over the mean E² of the reference
+    double dfRatioError = 0;  ///< standard error due to the measurement alone
 };
 
-/// The density of such a ratio where the class is forbidden: an exponential with a mean of 0.06.
+/// The probability density of the ratio for forbidden reflections: an exponential with a mean of 0.06.
 ///
 /// Multiple scattering fills absences: on a garnet (Ia-3d) 0kl to 0.045 and hhl to 0.17 of the allowed mean,
-/// while a kinematical crystal has 0. The exponential spans both; one part in twenty is one with a mean of
-/// 0.5, so that no single class decides alone.
+/// while kinematical intensities are 0. The exponential covers both. A twentieth of the density is an
+/// exponential with a mean of 0.5, so that no single condition decides alone.
 double densityOfForbidden(const AbsenceRatio& ratio);
 
-/// The density where it is allowed: a gamma distribution with mean 1 and the variance that Wilson's
-/// statistics of centric zones give for so many reflections, 2/n + 2/n(reference), but 1/6 at least, as
-/// structures make classes weak or strong for reasons of their own; one part in twenty is spread evenly up
-/// to 2. Source: Wilson (1949), Acta Cryst. 2, 318–321.
+/// The probability density of the ratio for allowed reflections: a gamma distribution with mean 1. Its
+/// variance is that of Wilson's statistics of centric zones for the numbers of reflections, 2/n +
+/// 2/n(reference), but at least 1/6, since a structure may make such reflections weak or strong without a
+/// symmetry operation. A twentieth of the density is uniform from 0 to 2. Source: Wilson (1949), Acta Cryst.
+/// 2, 318–321.
 double densityOfAllowed(const AbsenceRatio& ratio);
 
 }  // namespace tessera

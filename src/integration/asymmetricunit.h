@@ -1,4 +1,4 @@
-// CAsymmetricUnit: one reflection that stands for all its equivalents.
+// CAsymmetricUnit: chooses one representative of symmetry-equivalent reflections.
 #pragma once
 
 #include <gemmi/symmetry.hpp>
@@ -8,29 +8,32 @@
 
 namespace tessera {
 
-/// The asymmetric unit of reciprocal space of a Laue class in a given setting: gemmi's where its table has
-/// the setting, else the equivalent that is last in the order of h, k, l.
+/// The asymmetric unit of reciprocal space for a Laue class in a given setting: that of gemmi if its table
+/// has the setting, else the equivalents that are last in the order of h, k, l.
 class CAsymmetricUnit {
 public:
-    /// @param ops  of a Laue class, centring included; empty ones are taken as those of -1
+    /// @param ops  operations of a Laue class, centring included; without operations, those of -1 are used
     explicit CAsymmetricUnit(const gemmi::GroupOps& ops);
 
+    /// A reflection in the asymmetric unit.
     struct Image {
         std::array<int, 3> anIndex = {};
-        bool bMate = false;  ///< reached by operations of the second kind alone: Friedel's mate
+        bool bMate = false;  ///< reached only by operations of the second kind: a Friedel mate
     };
+    /// The representative of a reflection.
     Image representative(const std::array<int, 3>& anIndex) const;
 
-    /// Not a point of the lattice, as the centring has it.
+    /// Whether the centring forbids the reflection.
     bool isAbsent(const std::array<int, 3>& anIndex) const;
 
-    /// How many of the proper rotations leave the reflection where it is: its mean intensity is so much
-    /// larger.
+    /// The number of proper rotations that leave the reflection in place, by which its mean intensity is
+    /// enhanced.
     int epsilon(const std::array<int, 3>& anIndex) const;
 
-    /// All equivalents, Friedel's mates among them; the same one may come more than once.
+    /// All equivalents, Friedel mates included; one reflection may occur several times.
     std::vector<std::array<int, 3>> equivalents(const std::array<int, 3>& anIndex) const;
 
+    /// Whether a reflection is its own representative.
     bool contains(const std::array<int, 3>& anIndex) const;
 
 private:
@@ -38,10 +41,10 @@ private:
 
     gemmi::GroupOps m_ops;
     const gemmi::SpaceGroup* m_pGroup = nullptr;
-    std::vector<gemmi::Op::Rot> m_listRotation;  ///< proper ones, in whole numbers
+    std::vector<gemmi::Op::Rot> m_listRotation;  ///< proper rotations as whole numbers
 };
 
-/// The rotation part of an operation in whole numbers, where gemmi counts in 24ths.
+/// The rotation part of an operation as whole numbers; gemmi stores it in units of 1/24.
 gemmi::Op::Rot wholeRotation(const gemmi::Op::Rot& rot);
 
 }  // namespace tessera

@@ -85,7 +85,7 @@ private:
             addTo(formula, one.element, one.dfCount * dfTimes);
         }
         // Each number may be one that there is, and their product none.
-        if (m_strReason.isEmpty() && formula.atomCount(true) > g_dfMostAtoms) {
+        if (m_strReason.isEmpty() && formula.atomCount(CountedAtoms::All) > g_dfMostAtoms) {
             m_strReason = QStringLiteral("it has too many atoms");
         }
     }
@@ -194,11 +194,11 @@ private:
 
 }  // namespace
 
-double ChemicalFormula::atomCount(bool bHydrogen) const
+double ChemicalFormula::atomCount(CountedAtoms counted) const
 {
     double dfCount = 0;
     for (const ElementCount& one : listElement) {
-        if (bHydrogen || !gemmi::is_hydrogen(one.element)) {
+        if (counted == CountedAtoms::All || !gemmi::is_hydrogen(one.element)) {
             dfCount += one.dfCount;
         }
     }
@@ -258,16 +258,16 @@ double volumeOfAtom(const ChemicalFormula& formula)
 
 int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::GroupOps& ops)
 {
-    const double dfAtoms = std::max(1.0, formula.atomCount(false));
+    const double dfAtoms = std::max(1.0, formula.atomCount(CountedAtoms::AllButHydrogen));
     const double dfWanted = dfVolume / (dfAtoms * volumeOfAtom(formula));
     if (!(dfWanted > 0) || !std::isfinite(dfWanted)) {
         return 1;
     }
     const CSiteSums sums(multiplicities(ops));
-    // Beyond twice the volume that the atoms take, or half of it, the formula is wrong and not the number.
+    // If the volume per atom is off by more than a factor of two, the formula must be wrong, not the number.
     const int nMost = int(std::ceil(std::min(2 * dfWanted, 10000.0)));
     const int nNearest = std::max(1, int(std::lround(std::min(dfWanted, 10000.0))));
-    // Numbers that are neither a part nor a multiple of the general position are rare.
+    // Numbers that neither divide the multiplicity of the general position nor are a multiple of it are rare.
     const auto distance = [&](int nUnits) {
         const bool bUsual = ops.order() % nUnits == 0 || nUnits % ops.order() == 0;
         return std::abs(std::log(nUnits / dfWanted)) + (bUsual ? 0 : std::log(1.5));

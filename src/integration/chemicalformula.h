@@ -1,4 +1,4 @@
-// ChemicalFormula: what a crystal is made of, as a user writes it, and how often it stands in a cell.
+// ChemicalFormula: the composition of a crystal, and the number of formula units in a cell.
 #pragma once
 
 #include <gemmi/elem.hpp>
@@ -11,35 +11,43 @@
 
 namespace tessera {
 
+/// An element of a formula.
 struct ElementCount {
     gemmi::El element = gemmi::El::X;
-    double dfCount = 0;  ///< atoms of the formula, above 0
+    double dfCount = 0;  ///< atoms per formula unit, above 0
 };
 
-/// The elements of a formula, each once, in the order in which they first stand there.
+/// Which atoms are counted.
+enum class CountedAtoms { All, AllButHydrogen };
+
+/// The elements of a formula, each once, in the order in which they first occur.
 struct ChemicalFormula {
     std::vector<ElementCount> listElement;
 
-    bool isEmpty() const { return listElement.empty(); }
-    double atomCount(bool bHydrogen) const;
+    bool isEmpty() const { return listElement.empty(); }  ///< no formula was given
+    /// Atoms per formula unit.
+    double atomCount(CountedAtoms counted) const;
 };
 
-/// Reads "Mg3 Al2 Si3 O12", "Ca(OH)2" or "Fe0.25Mg1.75SiO4"; blanks may stand between the parts.
-/// @return none, with the reason, where it is no formula or holds an element without scattering factors
+/// Parses "Mg3 Al2 Si3 O12", "Ca(OH)2" or "Fe0.25Mg1.75SiO4"; the parts may be separated by blanks.
+/// @return none, with the reason, if the text is not a formula or has an element without scattering factors
 std::optional<ChemicalFormula> chemicalFormula(const QString& strText, QString* pstrReason = nullptr);
 
-/// Hill's order: carbon, hydrogen, then the others by their symbols, with blanks between: "C2 H6 O".
+/// The formula in Hill order (carbon, hydrogen, then the others by symbol), separated by blanks: "C2 H6 O".
 QString hillFormula(const ChemicalFormula& formula);
 
-/// What one atom other than hydrogen takes, Å³: 18 in organic crystals (Kempster & Lipson (1972), Acta
-/// Cryst. B28, 3674), and in crystals of a single element about as much; 12 in oxides, silicates and salts,
-/// which have 9 to 15.
+/// The typical volume of an atom other than hydrogen, Å³: 18 in organic crystals (Kempster & Lipson (1972),
+/// Acta Cryst. B28, 3674) and, roughly, in crystals of a single element; 12 in oxides, silicates and salts,
+/// which range from 9 to 15.
 double volumeOfAtom(const ChemicalFormula& formula);
 
-/// How many formulae a cell holds: the whole number nearest, by its ratio, to the volume that the atoms
-/// take, of those whose atoms the sites of the group can hold; a part or a multiple of its general position
-/// comes before others that are not half as far again. Where no number is such, the nearest of all.
-/// @param dfVolume  Å³, of the cell
+/// Estimates the number of formula units in a cell from its volume.
+///
+/// Only numbers whose atoms fit on the sites of the space group are considered. Of these, the one is chosen
+/// whose volume is nearest to that of the cell by ratio, where a number that neither divides the multiplicity
+/// of the general position nor is a multiple of it counts as farther off by a factor of 1.5. If the atoms fit
+/// for no number, the nearest one of all is chosen.
+/// @param dfVolume  volume of the cell, Å³
 int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::GroupOps& ops);
 
 }  // namespace tessera

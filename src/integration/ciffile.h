@@ -1,4 +1,4 @@
-// The CIF file: cell, symmetry, experiment and merged intensities.
+// CIF file with cell, symmetry, experiment and merged intensities.
 #pragma once
 
 #include "integration/structuredata.h"
@@ -7,12 +7,11 @@
 
 namespace tessera {
 
-/// A block of items of the core dictionary, sealed (sealedfile.h): cell with standard errors, space group and
-/// its operations, the experiment with electrons as its probe, what the observations and their agreement are,
-/// scattering factors of the elements, and the merged intensities as |F|². Numbers that are not known are
-/// left out.
+/// One data block with items of the core dictionary, sealed (sealedfile.h): cell with standard errors, space
+/// group and its operations, electron diffraction experiment, number and agreement of the observations,
+/// scattering factors of the elements, and the merged intensities as |F|². Unknown quantities are left out.
 ///
-/// @param dfScale  that the intensities are multiplied by, as in the list of HKLF 4
+/// @param dfScale  factor of the intensities, the same as in the HKLF 4 file
 /// Source: the CIF core dictionary 2.4.5 of the International Union of Crystallography.
 QByteArray cifText(const StructureData& data, double dfScale);
 

@@ -1,4 +1,4 @@
-// CompletenessForecast: how complete the data become when the crystal is turned further.
+// CompletenessForecast: the completeness that a longer rotation of the crystal would give.
 #pragma once
 
 #include "integration/mergingquality.h"
@@ -12,26 +12,29 @@
 
 namespace tessera {
 
+/// The result of forecastCompleteness().
 struct CompletenessForecast {
-    double dfNow = 0;          ///< 0 to 1, completeness of what was measured
-    double dfGoal = 0;         ///< 0 to 1, that was asked for
-    double dfMoreAtEnd = 0;    ///< degrees beyond the last frame for the goal; not finite: no turn reaches it
-    double dfMoreAtStart = 0;  ///< degrees before the first frame, likewise
-    double dfBest = 0;         ///< 0 to 1, of all further turns about this axis
-    /// Degrees; completeness when turned on by so much beyond the last frame, and before the first one.
+    double dfNow = 0;        ///< present completeness, 0 to 1
+    double dfGoal = 0;       ///< completeness that is aimed at, 0 to 1
+    double dfMoreAtEnd = 0;  ///< degrees to add after the last frame; not finite if the goal is out of reach
+    double dfMoreAtStart = 0;  ///< degrees to add before the first frame, likewise
+    double dfBest = 0;         ///< greatest completeness that rotation about this axis can give, 0 to 1
+    /// {degrees, completeness with so many degrees added after the last frame, the same before the first}.
     std::vector<std::array<double, 3>> listCurve;
     QString strText;  ///< "12 more degrees after the last frame give 90%."
 };
 
-/// What further turning about the same axis would add: the unique reflections that have not been measured, by
-/// the turn at which the first of their equivalents crosses the Ewald sphere, in closed form.
+/// Computes the completeness that further rotation about the same axis would give. For each unique reflection
+/// that has not been measured, the rotation at which the first of its equivalents crosses the Ewald sphere is
+/// found in closed form.
 ///
-/// A reflection that crosses more slowly than the slowest of the measured ones is taken as one that will not
-/// be measured. Turns reach up to 180 degrees on either side.
-/// @param listMerged  what has been measured, in the setting of the symmetry
-/// @param cell        of that setting
-/// @param dfDMin      Å
-/// @param dfLeastSpeed  Å⁻¹ per degree
+/// Crossings at less than a minimum speed do not count as measured. Rotations of up to 180 degrees on either
+/// side are considered.
+/// @param listMerged    measured reflections, in the setting of the symmetry
+/// @param cell          cell in that setting
+/// @param dfDMin        resolution limit, Å
+/// @param dfLeastSpeed  speed of the slowest measured crossing, Å⁻¹ per degree
+/// @param dfGoal        completeness that is aimed at, 0 to 1
 CompletenessForecast forecastCompleteness(const std::vector<MergedReflection>& listMerged,
                                           const SeriesGeometry& series, const ObservationSymmetry& symmetry,
                                           const CellParameters& cell, double dfDMin, double dfLeastSpeed = 0,

@@ -56,7 +56,7 @@ bool isUsable(const Observation& observation, unsigned nExcluding)
 }
 
 EquivalentGroups groupEquivalents(const std::vector<Observation>& listObservation,
-                                  const ObservationSymmetry& symmetry, bool bFriedelApart,
+                                  const ObservationSymmetry& symmetry, FriedelMates mates,
                                   unsigned nExcluding)
 {
     const CAsymmetricUnit unit(symmetry.ops);
@@ -70,7 +70,7 @@ EquivalentGroups groupEquivalents(const std::vector<Observation>& listObservatio
             continue;
         }
         const CAsymmetricUnit::Image image = unit.representative(*anIndex);
-        listKey.push_back({image.anIndex, bFriedelApart && image.bMate, int(n)});
+        listKey.push_back({image.anIndex, mates == FriedelMates::Apart && image.bMate, int(n)});
     }
     std::sort(listKey.begin(), listKey.end(), [](const Key& one, const Key& other) {
         return std::tie(one.anIndex, one.bMate, one.nObservation) <

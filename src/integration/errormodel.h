@@ -1,4 +1,4 @@
-// Error model: standard deviations that match the deviations of equivalents.
+// Error model: standard deviations adjusted to the scatter of equivalent observations.
 #pragma once
 
 #include "integration/equivalents.h"
@@ -7,12 +7,13 @@
 
 namespace tessera {
 
-/// sigma'² = A² (sigma² + (B·I)²), where I is the mean of the reflection's group and not the observation, as
-/// sigmas that follow their own observation would pull the mean down.
+/// sigma'² = A² (sigma² + (B·I)²). I is the mean of the group of equivalents rather than the observation
+/// itself, since sigmas that depend on their own observation bias the weighted mean towards low values.
 struct ErrorModel {
     double dfA = 1;
     double dfB = 0;
 
+    /// sigma'² of an observation with the sigma dfSigma in a group with the mean dfMean.
     double variance(double dfSigma, double dfMean) const
     {
         const double dfPart = dfB * (dfMean > 0 ? dfMean : 0);
@@ -20,29 +21,28 @@ struct ErrorModel {
     }
 };
 
-/// The mean of each group over its members that are no outliers, weighted by the model; 0 where there is
-/// none.
+/// The mean of each group without outliers, weighted by the error model; 0 for a group without members.
 std::vector<double> groupMeans(const std::vector<Observation>& listObservation,
                                const EquivalentGroups& groups, const ErrorModel& errors);
 
-/// What the width of deviations is taken from.
+/// How the width of the distribution of deviations is measured.
 enum class DeviationWidth {
-    All,  ///< their variance, those beyond four robust sigmas of their bin taken as four
-    Core  ///< the median of their amount: what most of them have, however many stray
+    All,  ///< by their variance; deviations beyond four robust sigmas of their bin count as four
+    Core  ///< by the median of their absolute values, which tails do not affect
 };
 
-/// A and B such that the normalized deviations (I - mean) / sqrt(sigma'² - var(mean)), in bins of equal count
-/// by intensity, have a variance of 1 all over; subtracting the variance of the mean is what corrects for the
+/// Finds A and B such that the normalized deviations (I - mean) / sqrt(sigma'² - var(mean)), in bins of equal
+/// count by intensity, have unit variance; subtracting the variance of the mean corrects for the
 /// multiplicity. Outliers are left out.
 ///
-/// Below 90 deviations B is 0, and A alone is fitted; below 20, and where all agree exactly, the model stays
-/// (1, 0). A lies between 0.1 and 100, B between 0 and 2.
-/// Sources: Evans (2006), Acta Cryst. D62, 72–82; Evans (2011), Acta Cryst. D67, 282–292.
+/// With fewer than 90 deviations B is 0 and only A is fitted; with fewer than 20, and if all observations
+/// agree exactly, the model stays (1, 0). A is limited to 0.1 to 100, B to 0 to 2. Sources: Evans (2006),
+/// Acta Cryst. D62, 72–82; Evans (2011), Acta Cryst. D67, 282–292.
 ErrorModel fitErrorModel(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                          DeviationWidth width = DeviationWidth::All);
 
-/// Puts the factor of the sigma into all measured observations: for those of a group by the group's mean, for
-/// others by their own intensity.
+/// Sets the sigma factor of all measured observations, by the mean of their group or, for observations
+/// without a group, by their own intensity.
 void applyErrorModel(const EquivalentGroups& groups, const ErrorModel& errors,
                      std::vector<Observation>& listObservation);
 

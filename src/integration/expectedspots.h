@@ -1,4 +1,4 @@
-// CExpectedSpots: the predicted spots frame by frame.
+// CExpectedSpots: the predicted spots of each frame.
 #pragma once
 
 #include "integration/observation.h"
@@ -11,17 +11,17 @@
 
 namespace tessera {
 
-/// Which observations show on a frame, where, and with which part. Only read once it is made: threads may
-/// share one.
+/// Which observations are visible on a frame, where, and which fraction of each the frame records. The object
+/// is immutable, so threads may share it.
 class CExpectedSpots {
 public:
-    /// @param listObservation  outlives this
+    /// @param passages, listObservation  must outlive this object
     CExpectedSpots(const CPassageGeometry& passages, const std::vector<Observation>& listObservation,
                    const RockingCurve& curve, const CSpotOffsets& correction);
 
-    /// Those of a frame, in the order of the observations.
+    /// The spots of a frame, in the order of the observations.
     std::vector<ExpectedSpot> onFrame(int nFrame) const;
-    /// Of all frames together.
+    /// The number of spots on all frames together.
     long long spotCount() const;
 
 private:

@@ -1,15 +1,15 @@
-// Faded frames: those that show next to nothing of the crystal.
+// Faded frames: frames on which the crystal hardly diffracts.
 #pragma once
 
 #include <vector>
 
 namespace tessera {
 
-/// Whether a frame's scale is above five times the median one: the crystal has left the beam or is spoiled,
-/// and the scale would make noise as large as intensities.
+/// Marks frames whose scale is more than five times the median scale: the crystal has left the beam or is
+/// damaged, and the scale would amplify noise to the size of intensities.
 ///
-/// @param listScale  what intensities are multiplied by, one for each frame
-/// @param listUsed   whether the frame holds reflections; the others have no part in the median
+/// @param listScale  factor of the intensities, one per frame
+/// @param listUsed   whether the frame has reflections; frames without any do not enter the median
 std::vector<char> fadedFrames(const std::vector<double>& listScale, const std::vector<char>& listUsed);
 
 }  // namespace tessera

@@ -79,7 +79,7 @@ PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const 
     }
     const double dfTelling = 15;  // sigmas, from which on a reflection tells where its curve lies
     if (curve.rotation.kind != RotationKind::Continuous && result.dfSum > dfTelling * result.dfSumSigma) {
-        const auto fit = fitRocking(listUsed, curve, observation.dfDStar, noise.dfGain, false);
+        const auto fit = fitRocking(listUsed, curve, observation.dfDStar, noise.dfGain, RockingWidth::Fixed);
         if (fit) {
             result.dfSumSigma *= fit->dfTotal / result.dfSum;
             result.dfSum = fit->dfTotal;

@@ -1,4 +1,4 @@
-// FrameCombination: what the frames of a passage say together.
+// FrameCombination: the intensity of an observation from all frames on which it was recorded.
 #pragma once
 
 #include "integration/noisemodel.h"
@@ -10,28 +10,31 @@
 
 namespace tessera {
 
-/// The two ways to measure an observation, both counts of the whole spot and the whole rocking curve.
+/// The intensity of an observation by two methods, both extrapolated to the whole spot and the whole rocking
+/// curve, counts. A sigma of 0 means that the method gave no result.
 struct PassageMeasure {
-    double dfSum = 0;  ///< from the discs, for the part that they recorded
-    double dfSumSigma = 0;
-    double dfFit = 0;  ///< from profile and rocking curve
-    double dfFitSigma = 0;
+    double dfSum = 0;       ///< by summation over the discs
+    double dfSumSigma = 0;  ///< standard deviation of dfSum
+    double dfFit = 0;       ///< by profile fitting
+    double dfFitSigma = 0;  ///< standard deviation of dfFit
 };
 
-/// Sums and fits, and puts flags, background and recorded part into the observation.
+/// Computes both intensities, and sets flags, background and recorded fraction of the observation.
 ///
-/// Sum: Σ discs / Σ parts, its variance that of the background and its plane and of the counts themselves.
-/// A series that stands still while it exposes: the rocking curve is fitted, with its place where the
-/// reflection is strong enough to tell it. Fit: each frame's fit of the profile, weighted by what the
-/// background leaves it (Kabsch 1988, J. Appl. Cryst. 21, 916; Pflugrath 1999, Acta Cryst. D55, 1718), so
-/// that weights do not depend on the counts and the result is without bias.
-/// @return sigmas of 0 where less than a tenth was recorded
+/// Summation: the sum over the discs divided by the fraction of the rocking curve that the frames recorded;
+/// its variance includes the background, the fitted plane and the counts. If the crystal stands still during
+/// the exposures, the rocking curve is fitted instead, including its centre if the reflection is strong
+/// enough. Profile fitting: the average of the fits on the single frames, weighted by the background alone
+/// (Kabsch 1988, J. Appl. Cryst. 21, 916; Pflugrath 1999, Acta Cryst. D55, 1718), so that the weights do not
+/// depend on the counts and the result is unbiased.
+/// @return sigmas of 0 if less than a tenth of the reflection was recorded
 PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const std::vector<char>& listBlank,
                              const NoiseModel& noise, const RockingCurve& curve, Observation& observation);
 
-/// Chooses for all observations: the fit, at the scale of the sums, where its sigma is the smaller one with
-/// what fits and sums of strong reflections differ by beyond their noise; flags those whose fit and sum
-/// disagree far beyond the others.
+/// Chooses one of the two intensities for each observation: the fit, brought to the scale of the sums, if its
+/// sigma is smaller, where the sigma includes the disagreement of fits and sums of strong reflections beyond
+/// noise. Observations whose fit and sum disagree far more than usual are flagged.
+/// @param bProfileFit  false: sums are used throughout
 void chooseMeasures(const std::vector<PassageMeasure>& listMeasure, bool bProfileFit,
                     std::vector<Observation>& listObservation);
 

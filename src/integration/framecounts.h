@@ -1,4 +1,5 @@
-// FrameCounts: what the pixels of the frames count as a whole: blank frames, saturation, the beam's glow.
+// FrameCounts: statistics of the pixels of whole frames, to find blank frames, saturation and the beam's
+// glow.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -8,33 +9,39 @@
 
 namespace tessera {
 
+/// Statistics of a frame.
 struct FrameCounts {
-    bool bRead = false;
-    double dfMean = 0;    ///< counts per pixel
-    double dfMedian = 0;  ///< of a sixteenth of the pixels
-    float fGreatest = 0;
-    long long nAtGreatest = 0;  ///< pixels that count as much
-    long long nJustBelow = 0;   ///< and those above nine tenths of it
-    std::vector<float>
-        listAround;  ///< median of rings about the beam, one pixel wide, from its place outwards
+    bool bRead = false;         ///< the frame could be read
+    double dfMean = 0;          ///< counts per pixel
+    double dfMedian = 0;        ///< counts, over every sixteenth pixel
+    float fGreatest = 0;        ///< greatest count of a pixel
+    long long nAtGreatest = 0;  ///< number of pixels with this count
+    long long nJustBelow = 0;   ///< number of pixels below it but above nine tenths of it
+    /// Medians of rings about the direct beam, each one pixel wide, from the beam outwards.
+    std::vector<float> listAround;
 };
 
-/// @param nRings  how many rings are looked at; 0: none
+/// Computes the statistics of a frame.
+/// @param beam    direct beam, raw pixels
+/// @param nRings  number of rings about the beam; 0: none
 FrameCounts countFrame(const CImgObj<float>& img, const FramePlace& beam, int nRings);
 
-/// 1 for each frame that was not read, or that shows next to no diffraction: neither its mean nor what the
-/// mean lies above the median by comes to a quarter of what the seven frames on either side have.
+/// Marks frames (1) that could not be read or hardly show diffraction: both their mean and the difference of
+/// mean and median are less than a quarter of the usual values of the seven frames on either side.
 std::vector<char> blankFrames(const std::vector<FrameCounts>& listFrame);
 
-/// From how many counts on a pixel is full; 0 where none is. Full pixels share the greatest number of the
-/// series, and are more than those just below it: the flank of a peak has more pixels the lower it gets.
+/// The count from which pixels are saturated; 0 if no pixel is. The greatest count of the series is taken as
+/// saturation if more pixels have it than lie just below it; on the flank of an unsaturated peak there are
+/// fewer pixels the higher the count.
 double saturationOf(const std::vector<FrameCounts>& listFrame);
 
-/// The lower one of what is told and what the counts show; either may be 0, for none.
+/// The lower of two saturation levels, of which either may be 0 for none.
+/// @param dfTold  from the headers of the frames
+/// @param dfSeen  from the counts, see saturationOf()
 double fullFrom(double dfTold, double dfSeen);
 
-/// Radius about the direct beam, pixels, within which its flank bends the background more than the noise
-/// hides: the mean curvature over a disc of `dfRadius` pixels changes its sum by more than a standard
+/// The radius about the direct beam, pixels, within which its flank bends the background noticeably: the mean
+/// curvature over a disc of radius `dfRadius` (pixels) changes the sum over the disc by more than a standard
 /// deviation.
 double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, double dfGain);
 

@@ -1,4 +1,4 @@
-// Frame means: scales by what frames show on average, before anything is known of the symmetry.
+// Frame means: scales derived from the mean intensity of each frame, without knowledge of the symmetry.
 #pragma once
 
 #include "integration/observation.h"
@@ -7,23 +7,23 @@
 
 namespace tessera {
 
-/// One scale for each frame: one over the mean of E² there, to a geometric mean of 1. All are 1 where there
-/// are fewer than 100 observations, and where the mean changes no more than by chance.
+/// The scale of each frame: the inverse of the mean E² on it, normalized to a geometric mean of 1. All scales
+/// are 1 with fewer than 100 observations, or if the mean varies no more than by chance.
 ///
-/// The mean over n reflections is known to about 1 / sqrt(n) and no better, as E² is spread as widely as its
-/// mean: a curve through each frame would bring that into intensities that are right. The curve is one of
-/// smooth walks, as free as is likeliest by the data, and taken only if it is twenty times as likely as a
-/// straight line.
+/// The mean of E² over n reflections has a relative error of about 1 / sqrt(n), since E² scatters as widely
+/// as its mean; scales taken frame by frame would carry this error into the intensities. The curve over the
+/// frames is therefore a smooth random walk, whose step is the most likely one by the data, and it is used
+/// only if it is twenty times as likely as a straight line.
 ///
-/// Scales from equivalents need more than Friedel's mates, which cross the sphere within a frame of one
-/// another and so tell nothing of frames far apart. Means ask for no symmetry.
+/// Scales from equivalents need more symmetry than Friedel mates, which cross the Ewald sphere within a frame
+/// of one another and so do not relate distant frames. Means need no symmetry.
 std::vector<double> frameMeanScales(const std::vector<Observation>& listObservation, int nFrames);
 
-/// Puts scales of frames into the observations, straight between frames.
+/// Sets the scales of the observations, interpolated linearly between frames.
 void putFrameScales(const std::vector<double>& listScale, std::vector<Observation>& listObservation);
 
-/// Lorentz factor, the scales of the means, and the error model by Friedel's mates: what will do to look for
-/// symmetry. The flag of outliers is taken off, but for those on frames that have faded (fadedframes.h).
+/// Preliminary scaling for the search of the symmetry: Lorentz factor, scales from frame means, and the error
+/// model by Friedel mates. Outlier flags are cleared except on faded frames (fadedframes.h).
 void scaleByFrameMeans(std::vector<Observation>& listObservation, int nFrames);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// seriesGeometry: what the prediction needs, out of a data set and its refined geometry.
+// seriesGeometry: gathers the input of the prediction from a data set and its refined geometry.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -10,11 +10,11 @@
 
 namespace tessera {
 
-/// Tilts with their share of the relaxation, and the direct beam of each frame from shifts and centre; basis,
-/// plane and turn from the refined model where there is one, else the cell in force and what the mapping
-/// works with. The size of the frames is read from the first one that can be.
+/// Tilts include their share of the relaxation; the direct beam of each frame is that of shifts and centre.
+/// Cell and distortions are those of the refined model if there is one, else the cell in force and the
+/// geometry of the mapping. The size of the frames is that of the first frame that can be read.
 /// @param refined  may be null
-/// @return none without a cell, frames, or tilts and shifts for all of them
+/// @return none if there is no cell, no frame, or a frame without tilt or shift
 std::optional<SeriesGeometry> seriesGeometry(const DataSet& dataSet, const MappingParameters& mapping,
                                              const GeometryRefinement* refined);
 

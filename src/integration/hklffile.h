@@ -1,4 +1,4 @@
-// HKLF 4: the list of intensities that SHELX and its relatives read.
+// HKLF 4 file: the list of intensities that SHELX and related programs read.
 #pragma once
 
 #include "integration/structuredata.h"
@@ -7,16 +7,17 @@
 
 namespace tessera {
 
-/// A power of ten that brings the greatest of all intensities and sigmas to between 1000 and 9999.99: so the
-/// columns of eight keep a blank between them. Where the sigmas of a tenth would be below 0.05, rounding to
-/// hundredths would tell in them, and the factor is ten times as large; the columns may touch then.
-/// @return 1 of an empty list
+/// The scale factor of the file: the power of ten that brings the greatest intensity or sigma to between 1000
+/// and 9999.99, so that the columns of eight characters stay separated by a blank. If a tenth of the sigmas
+/// would be below 0.05, where rounding to hundredths is noticeable, the factor is ten times as large, and the
+/// columns may touch.
+/// @return 1 for an empty list
 double hklfScale(const std::vector<ScaledIntensity>& listIntensity);
 
-/// Lines of h, k, l (four columns each), intensity and sigma (F8.2), with a line of zeros as their end. No
-/// sigma is written as less than 0.01, as 0 would be taken for no measurement.
+/// The contents of the file: lines of h, k, l (four columns each), intensity and sigma (F8.2), ended by a
+/// line of zeros. Sigmas are at least 0.01, since 0 would mean that the reflection was not measured.
 ///
-/// @param dfScale  that intensities and sigmas are multiplied by
+/// @param dfScale  factor of intensities and sigmas
 /// Source: G. M. Sheldrick, SHELX-97 manual, "HKLF".
 QByteArray hklfText(const std::vector<ScaledIntensity>& listIntensity, double dfScale);
 

@@ -124,7 +124,9 @@ QByteArray contentLines(const StructureData& data)
                 .arg(nUnits)
                 .arg(hillFormula(formula))
                 .arg(QLatin1String(data.bUnitsTold ? "as told" : "estimated from the volume"))
-                .arg(data.dfVolume / (nUnits * std::max(1.0, formula.atomCount(false))), 0, 'f', 1));
+                .arg(
+                    data.dfVolume / (nUnits * std::max(1.0, formula.atomCount(CountedAtoms::AllButHydrogen))),
+                    0, 'f', 1));
     }
     QStringList listUnit = {QStringLiteral("UNIT")};
     for (const ElementCount& one : formula.listElement) {

@@ -1,4 +1,4 @@
-// The files of an integration: which there are, what they are called, and all of them in one go.
+// The result files of an integration: their names, and writing all of them together.
 #pragma once
 
 #include "integration/integrationresult.h"
@@ -9,23 +9,25 @@
 
 namespace tessera {
 
-/// What became of the files.
+/// The files that were written.
 struct IntegrationFiles {
-    QStringList listFile;  ///< written, with their paths
-    QStringList listNote;  ///< where a file got another name than its own, or was left out, and why
+    QStringList listFile;  ///< paths of the files
+    QStringList
+        listNote;  ///< one line for each file that got an unusual name or was left out, with the reason
 };
 
-/// Writes the lists of intensities and of rejected observations, and the files for structure solution, all of
-/// them or none. The two lists of HKLF 4, the CIF and the MTZ share one scale.
+/// Writes the intensities, the rejected observations and the files for structure solution, either all of them
+/// or none. The two HKLF 4 files, the CIF and the MTZ have the same scale.
 ///
-/// The .ins, .cif and .mtz have names that a file of the user's own may have, so that only files are replaced
-/// that were written here and are unchanged (sealedfile.h); else the new one gets another name. The .ins is
-/// written a second time beside the list of intensities that it belongs to, as SHELX goes by equal names, and
-/// the usual .hkl is another list.
+/// The user may have .ins, .cif and .mtz files of the same names. Such a file is replaced only if it was
+/// written by this program and has not been changed since (sealedfile.h); otherwise the new file gets another
+/// name. The .ins is written a second time under the name of its intensity file, because SHELX expects equal
+/// names and NAME.hkl contains another list.
 ///
-/// @param strBase    path of the files without the suffixes
+/// @param strBase    path of the files without suffix
 /// @param listTaken  files that must not be replaced, such as a CIF that the run has read
-/// @return false, with nothing written or replaced and the reason, where one cannot be written
+/// @param files      gets what was written
+/// @return false with the reason, and nothing written or replaced, if a file cannot be written
 [[nodiscard]] bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data,
                                          const QString& strBase, const QStringList& listTaken,
                                          IntegrationFiles& files, QString* pstrReason = nullptr);

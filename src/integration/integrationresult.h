@@ -1,4 +1,4 @@
-// IntegrationResult: all that the integration of a series gives.
+// IntegrationResult: the complete result of integrating a series.
 #pragma once
 
 #include "integration/completenessforecast.h"
@@ -12,19 +12,20 @@
 
 namespace tessera {
 
+/// Observations, symmetry and merged intensities of a series.
 struct IntegrationResult {
-    SeriesGeometry series;        ///< that it was predicted with
-    IntegratedSeries integrated;  ///< with scales, flags and sigmas as the scaling left them
+    SeriesGeometry series;        ///< geometry with which the reflections were predicted
+    IntegratedSeries integrated;  ///< observations with scales, flags and sigmas after scaling
     LaueProposal laue;
-    LaueCandidate chosen;  ///< the Laue class that scaling and merging use
+    LaueCandidate chosen;  ///< the Laue class used for scaling and merging
     ScalingResult scaling;
-    MergingQuality unscaled;  ///< the agreement before scaling
-    MergingQuality scaled;    ///< after scaling, before rejection
-    MergingQuality quality;   ///< after rejection
+    MergingQuality unscaled;  ///< agreement before scaling
+    MergingQuality scaled;    ///< agreement after scaling, before rejection
+    MergingQuality quality;   ///< agreement after rejection
     SpaceGroupRanking spaceGroups;
-    std::optional<SpaceGroupCandidate> spaceGroup;  ///< the first of the ranking, or that which was asked for
+    std::optional<SpaceGroupCandidate> spaceGroup;  ///< the first of the ranking, or the requested one
     CompletenessForecast forecast;
-    CellParameters cell;        ///< of the conventional setting
+    CellParameters cell;        ///< cell in the conventional setting
     CellParameters cellErrors;  ///< standard errors; 0: not known
 };
 

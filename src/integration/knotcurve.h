@@ -1,4 +1,4 @@
-// CKnotCurve: a cubic spline on even knots, linear in its coefficients.
+// CKnotCurve: a cubic spline on equally spaced knots, linear in its coefficients.
 #pragma once
 
 #include <array>
@@ -9,27 +9,29 @@ namespace tessera {
 /// A uniform cubic B-spline over a range. Source: de Boor (1978), A Practical Guide to Splines.
 class CKnotCurve {
 public:
-    /// @param nIntervals  1 or more
+    /// @param dfFirst, dfLast  ends of the range
+    /// @param nIntervals       intervals between knots, at least 1
     CKnotCurve(double dfFirst, double dfLast, int nIntervals);
 
-    /// The four coefficients that a place depends on, and with what weights; places outside the range count
-    /// as its ends.
+    /// The four successive coefficients on which the value at a place depends, and their weights.
     struct Basis {
-        int nFirst = 0;
+        int nFirst = 0;  ///< index of the first of the four coefficients
         std::array<double, 4> aWeight = {};
     };
+    /// The basis functions at a place. Places outside the range are moved to its nearest end.
     Basis basis(double dfAt) const;
 
+    /// The value of the curve at a place.
     double value(double dfAt) const;
-    int coefficientCount() const { return int(m_listCoefficient.size()); }
-    std::vector<double>& coefficients() { return m_listCoefficient; }
-    const std::vector<double>& coefficients() const { return m_listCoefficient; }
+    int coefficientCount() const { return int(m_listCoefficient.size()); }  ///< intervals and three more
+    std::vector<double>& coefficients() { return m_listCoefficient; }       ///< all coefficients, to be set
+    const std::vector<double>& coefficients() const { return m_listCoefficient; }  ///< all coefficients
 
 private:
     double m_dfFirst;
     double m_dfStep;
     int m_nIntervals;
-    std::vector<double> m_listCoefficient;  ///< one for each interval and three more, 0 at first
+    std::vector<double> m_listCoefficient;  ///< initially 0
 };
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Laue operations: what the symmetry of a diffraction pattern does to indices.
+// Laue operations: the symmetry operations of Laue classes on indices.
 #pragma once
 
 #include <QString>
@@ -8,13 +8,13 @@
 
 namespace tessera {
 
-/// A matrix on a column of indices, row by row.
+/// A matrix that acts on a column of indices, stored row by row.
 using IndexOperation = std::array<int, 9>;
 
-/// All operations of a Laue class in its standard setting (unique axis b for 2/m, c for the tetragonal,
-/// trigonal and hexagonal ones), those that reverse all indices included; the identity first.
+/// All operations of a Laue class in its standard setting (unique axis b for 2/m, c for tetragonal, trigonal
+/// and hexagonal classes), including those with the inversion; the identity first.
 /// @param strClass  "-1" to "m-3m", "-3m1" and "-31m"
-/// @return empty for any other text
+/// @return empty for an unknown class
 std::vector<IndexOperation> laueOperations(const QString& strClass);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Laue settings: every Laue class that a lattice can carry, in each way that its axes can lie.
+// Laue settings: all Laue classes that are compatible with a lattice, in all orientations of their axes.
 #pragma once
 
 #include "integration/scaling.h"
@@ -14,27 +14,29 @@ namespace tessera {
 
 /// A Laue class in its conventional setting.
 struct LaueSetting {
-    QString strClass;  ///< "-1" to "m-3m"; "-3m1" and "-31m" of a hexagonal lattice, "-3m" of R
+    QString
+        strClass;  ///< "-1" to "m-3m"; "-3m1" and "-31m" in a hexagonal lattice, "-3m" in a rhombohedral one
     ObservationSymmetry symmetry;
-    CellParameters cell;  ///< with the symmetry of the lattice
+    CellParameters cell;  ///< has the symmetry of the lattice
     LatticeSystem system = LatticeSystem::Triclinic;
     char chCentring = 'P';
-    /// The proper rotations, the identity first: on columns of indices of the primitive cell, and, of the
-    /// same order, as gemmi has them in the conventional setting.
+    /// The proper rotations, the identity first, as matrices on columns of indices of the primitive cell.
     std::vector<Eigen::Matrix3i> listRotation;
+    /// The same rotations in the same order, as operations in the conventional setting.
     std::vector<gemmi::Op> listConventional;
 };
 
-/// All settings of a lattice, and the primitive cell that their rotations are for.
+/// All settings of a lattice.
 struct LaueSettings {
-    /// The more rotations the earlier; the last is -1, always there.
+    /// The settings with most rotations first; the last is always -1.
     std::vector<LaueSetting> listSetting;
-    ObservationSymmetry
-        primitive;  ///< from indices of the cell in force to those of the primitive cell, in -1
+    /// Transforms indices of the cell in force to those of the primitive cell; its class is -1.
+    ObservationSymmetry primitive;
 };
 
-/// @param listType     of the cell in force, the highest symmetry first: nothing higher is taken; empty: what
-///                     the cell alone fits, taken as a primitive one
+/// Finds the settings.
+/// @param listType     Bravais types of the cell in force, the highest symmetry first, which limits the
+///                     settings; empty: the types that fit the cell alone, taken as primitive
 /// @param cellInForce  refined
 LaueSettings laueSettings(const std::vector<LatticeType>& listType, const CellParameters& cellInForce);
 

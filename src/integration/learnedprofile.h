@@ -1,4 +1,4 @@
-// CLearnedProfile: the shape of the spots, learned from strong ones, by region of the frame.
+// CLearnedProfile: spot profiles learned from strong reflections, by region of the frame.
 #pragma once
 
 #include <QSize>
@@ -7,30 +7,31 @@
 
 namespace tessera {
 
-/// Density of a spot per pixel², of which the whole is 1, on a grid of thirds of a pixel around its centre.
-/// A region is one of nine of the frame; where it has few spots it leans on the mean of all.
-/// Source: profiles by region as by Kabsch (1988), J. Appl. Cryst. 21, 916.
+/// The normalized density of a spot per pixel², on a grid of thirds of a pixel around its centre. The frame
+/// is divided into nine regions; the profile of a region with few spots is complemented by the mean profile.
+/// Source: profiles by region after Kabsch (1988), J. Appl. Cryst. 21, 916.
 class CLearnedProfile {
 public:
-    /// @param nHalf  whole pixels on either side of the centre
+    /// @param nHalf  pixels of the window on either side of the centre
     CLearnedProfile(const QSize& sizeFrame, int nHalf);
 
-    /// One strong spot: a window of (2·nHalf + 1)² pixels without its background.
-    /// @param dfX, dfY          its centre, raw pixels
-    /// @param nLeft, nTop       the window's first pixel
+    /// Adds a strong spot: a window of (2·nHalf + 1)² pixels with the background subtracted.
+    /// @param dfX, dfY          centre of the spot, raw pixels
+    /// @param nLeft, nTop       first pixel of the window
     void add(double dfX, double dfY, int nLeft, int nTop, const std::vector<float>& listWindow);
 
-    /// Turns sums into densities; add() no more after it.
-    /// @param dfSigma  pixels, of the Gaussian that stands in where nothing was learned
+    /// Turns the sums into densities; add() must not be called afterwards.
+    /// @param dfSigma  pixels, sigma of the Gaussian that is used where nothing was learned
     void finish(double dfSigma);
 
-    /// Density at an offset from the centre of a spot, 0 outside the grid.
+    /// The density at an offset from the centre of a spot, 0 outside the grid.
     double at(int nRegion, double dfX, double dfY) const;
+    /// The region of a place on the frame, raw pixels; 0 to 8.
     int regionOf(double dfX, double dfY) const;
-    /// Of the mean of all, the part within a radius, pixels.
+    /// The fraction of the mean profile within a radius, pixels.
     double within(double dfRadius) const;
-    int half() const { return m_nHalf; }
-    int spotCount() const { return m_nSpots; }
+    int half() const { return m_nHalf; }        ///< pixels of the window on either side of the centre
+    int spotCount() const { return m_nSpots; }  ///< spots that were added
 
 private:
     struct Grid {

@@ -1,4 +1,4 @@
-// MergedGroup: the mean of equivalent observations and the sums that their agreement is told from.
+// MergedGroup: the mean of equivalent observations, and statistics of their agreement.
 #pragma once
 
 #include "integration/equivalents.h"
@@ -8,48 +8,51 @@
 
 namespace tessera {
 
-/// One unique reflection with how its observations lie about its mean.
+/// A unique reflection.
 struct MergedGroup {
     double dfIntensity = 0;  ///< mean, weighted by 1 / sigma²
-    double dfSigma = 0;      ///< 1 / sqrt(sum of the weights); of three observations and more that of their
-                             ///< scatter where it is greater
+    /// 1 / sqrt(sum of the weights); with three observations or more, the standard error from their scatter
+    /// if that is greater.
+    double dfSigma = 0;
     int nObserved = 0;
     double dfDeviations = 0;   ///< sum |I - mean|
     double dfIntensities = 0;  ///< sum I
-    double dfScatter = 0;      ///< variance of the mean by the scatter of its observations; 0 of a single one
+    double dfScatter = 0;  ///< variance of the mean from the scatter of the observations; 0 for a single one
 };
 
-/// One for each group, with its corrected intensities and sigmas.
+/// Merges the corrected intensities of each group.
 std::vector<MergedGroup> mergeGroups(const std::vector<Observation>& listObservation,
                                      const EquivalentGroups& groups);
 
-/// What the agreement of many groups is told from.
+/// Accumulates groups and computes the statistics of their agreement.
 ///
-/// Rint (Rmerge) = Σ Σ |I - mean| / Σ Σ I, Rmeas with sqrt(n / (n - 1)) and Rpim with sqrt(1 / (n - 1))
-/// before the deviations of each group, all over groups of two and more, the mean being weighted by 1 /
-/// sigma² as in SHELXL. Sources: Diederichs & Karplus (1997), Nat. Struct. Biol. 4, 269–275; Weiss (2001), J.
-/// Appl. Cryst. 34, 130–135.
+/// Rint (Rmerge) = Σ Σ |I - mean| / Σ Σ I; Rmeas has the factor sqrt(n / (n - 1)), and Rpim the factor
+/// sqrt(1 / (n - 1)), before the deviations of each group of n observations. All are over groups of at least
+/// two observations, with means weighted by 1 / sigma² as in SHELXL.
+/// Sources: Diederichs & Karplus (1997), Nat. Struct. Biol. 4, 269–275; Weiss (2001), J. Appl. Cryst. 34,
+/// 130–135.
 ///
-/// CC1/2 by the sigma-tau method, which is what halves made at random come to in the mean:
+/// CC1/2 is computed by the sigma-tau method, which gives the average over random half data sets:
 /// (s² - e/2) / (s² + e/2), with the variance s² of the mean intensities and the mean e of the variances of
-/// the mean of half a group, means and scatter being weighted by 1 / sigma² as what is merged: frames that
-/// show little count little. Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49, 1021–1028.
+/// the mean of half a group. Means and scatter are weighted by 1 / sigma² like the merged intensities, so
+/// that weak frames have little influence. Source: Assmann, Brehm & Diederichs (2016), J. Appl. Cryst. 49,
+/// 1021–1028.
 class CAgreement {
 public:
-    void add(const MergedGroup& group);
+    void add(const MergedGroup& group);  ///< adds a unique reflection
 
-    int observedCount() const { return m_nObserved; }
-    int uniqueCount() const { return m_nUnique; }
-    double rInt() const { return ratio(m_dfDeviations, m_dfIntensities); }
-    double rMeas() const { return ratio(m_dfMeas, m_dfIntensities); }
-    double rPim() const { return ratio(m_dfPim, m_dfIntensities); }
-    /// Not finite below three groups of two and more.
+    int observedCount() const { return m_nObserved; }                       ///< observations
+    int uniqueCount() const { return m_nUnique; }                           ///< unique reflections
+    double rInt() const { return ratio(m_dfDeviations, m_dfIntensities); }  ///< not finite without pairs
+    double rMeas() const { return ratio(m_dfMeas, m_dfIntensities); }       ///< not finite without pairs
+    double rPim() const { return ratio(m_dfPim, m_dfIntensities); }         ///< not finite without pairs
+    /// Not finite with fewer than three groups of at least two observations.
     double ccHalf() const;
-    double meanIOverSigma() const { return ratio(m_dfIOverSigma, m_nUnique); }
-    double multiplicity() const { return ratio(m_nObserved, m_nUnique); }
+    double meanIOverSigma() const { return ratio(m_dfIOverSigma, m_nUnique); }  ///< over unique reflections
+    double multiplicity() const { return ratio(m_nObserved, m_nUnique); }  ///< observations per reflection
 
 private:
-    /// Not finite where there is nothing to divide by, or less than nothing.
+    /// Not finite unless the denominator is positive.
     static double ratio(double dfAbove, double dfBelow)
     {
         return dfBelow > 0 ? dfAbove / dfBelow : std::numeric_limits<double>::quiet_NaN();
@@ -57,14 +60,14 @@ private:
 
     int m_nObserved = 0;
     int m_nUnique = 0;
-    int m_nSeveral = 0;  ///< groups of two and more
+    int m_nSeveral = 0;  ///< groups of at least two observations
     double m_dfDeviations = 0;
     double m_dfMeas = 0;
     double m_dfPim = 0;
     double m_dfIntensities = 0;
     double m_dfIOverSigma = 0;
-    double m_dfMean = 0;     ///< of the means, running (Welford)
-    double m_dfSquares = 0;  ///< of the deviations from it
+    double m_dfMean = 0;     ///< running mean of the mean intensities (Welford's method)
+    double m_dfSquares = 0;  ///< sum of the squared deviations from it
     double m_dfHalfVariance = 0;
 };
 

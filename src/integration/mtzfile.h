@@ -1,4 +1,4 @@
-// The MTZ file: merged intensities for the programs of macromolecular crystallography.
+// MTZ file: merged intensities for programs of macromolecular crystallography.
 #pragma once
 
 #include "integration/structuredata.h"
@@ -7,11 +7,11 @@
 
 namespace tessera {
 
-/// Columns H, K, L, IMEAN, SIGIMEAN, one line for each merged reflection, its indices in CCP4's asymmetric
-/// unit of the space group, ordered by them. Sealed (sealedfile.h) in the title.
+/// The contents of the file: columns H, K, L, IMEAN, SIGIMEAN, one row per merged reflection, with indices in
+/// CCP4's asymmetric unit of the space group and sorted by them. The title is sealed (sealedfile.h).
 ///
-/// @param dfScale  that the intensities are multiplied by, as in the list of HKLF 4
-/// @return empty without merged reflections, as the format holds no list without any
+/// @param dfScale  factor of the intensities, the same as in the HKLF 4 file
+/// @return empty without merged reflections, since the format cannot hold an empty list
 /// Source: gemmi, which writes it.
 QByteArray mtzBytes(const StructureData& data, double dfScale);
 

@@ -1,4 +1,4 @@
-// NoiseModel: how much the pixels of a detector scatter at a level of counts.
+// NoiseModel: the variance of detector pixels as a function of their counts.
 #pragma once
 
 #include <algorithm>
@@ -6,29 +6,30 @@
 
 namespace tessera {
 
-/// Variance as a straight line of the counts: gain from the statistics of electrons, and an offset, which is
-/// the square of the read noise less gain times what the detector counts in the dark.
+/// The variance is a linear function of the counts: the slope is the gain, due to electron counting
+/// statistics, and the offset is the square of the read noise minus gain times dark level.
 struct NoiseModel {
     double dfGain = 1;    ///< counts per electron
     double dfOffset = 0;  ///< counts², may be negative
 
-    /// Of one pixel, counts². Where next to nothing is counted, one electron on some 250 pixels is not seen.
+    /// The variance of one pixel, counts². It is at least that of one electron on 250 pixels, since fewer
+    /// would not be noticed in the background.
     double variance(double dfCounts) const
     {
         return std::max(dfGain * dfCounts + dfOffset, dfGain * dfGain / 250);
     }
-    /// Counts; 0 where the dark level hides it.
+    /// The read noise, counts; 0 if the offset is negative because of the dark level.
     double readNoise() const;
 };
 
-/// A patch of background: mean of its pixels and their variance.
+/// Mean and variance of the pixels in a patch of background.
 struct BackgroundPatch {
     double dfMean = 0;
-    double dfVariance = 0;  ///< without what bends or slopes
+    double dfVariance = 0;  ///< counts², without the contribution of slopes and curvature
 };
 
-/// The line through the patches: medians of groups by mean, weighted by their variance. Where the variance
-/// hardly grows with the mean it runs through the origin.
+/// Fits the line to patches: through the medians of groups by mean, weighted by their variance. If the
+/// variance hardly increases with the mean, the line goes through the origin.
 NoiseModel noiseOfBackgrounds(std::vector<BackgroundPatch> listPatch);
 
 }  // namespace tessera

@@ -7,32 +7,34 @@
 
 namespace tessera {
 
+/// A passage of a reflection with its prediction, its measurement and its corrections.
 struct Observation {
-    // predicted
-    std::array<int, 3> anIndex = {};  ///< h, k, l of the cell in force
-    double dfFrame = 0;               ///< where it crosses the sphere, in frame numbers from 0
-    double dfTilt = 0;                ///< degrees, there
-    FramePlace place;                 ///< raw pixels, there
+    // prediction
+    std::array<int, 3> anIndex = {};  ///< h, k, l in the cell in force
+    double dfFrame = 0;               ///< frame number, from 0, at which it crosses the Ewald sphere
+    double dfTilt = 0;                ///< tilt at the crossing, degrees
+    FramePlace place;                 ///< place at the crossing, raw pixels
     double dfDStar = 0;               ///< Å⁻¹
-    double dfSpeed = 0;   ///< Å⁻¹ per degree, by which the excitation error changes there, above 0
-    int nFirstFrame = 0;  ///< the frames that are summed, from 0, the last one included
-    int nLastFrame = -1;
+    double dfSpeed = 0;  ///< rate of change of the excitation error at the crossing, Å⁻¹ per degree, above 0
+    int nFirstFrame = 0;  ///< first frame that is summed, from 0
+    int nLastFrame = -1;  ///< last frame that is summed
     unsigned nFlags = 0;  ///< ReflectionFlag
 
-    // measured
-    double dfIntensity = 0;    ///< counts above the background, summed over the frames; may be negative
-    double dfSigma = 0;        ///< its standard deviation; 0 where it was not measured
+    // measurement
+    double dfIntensity = 0;    ///< counts above background, summed over the frames; may be negative
+    double dfSigma = 0;        ///< standard deviation of the intensity; 0 if it was not measured
     double dfBackground = 0;   ///< counts per pixel
-    double dfRecorded = 1;     ///< part of the rocking curve and of the disc that was recorded, 0 to 1
-    bool bProfileFit = false;  ///< intensity by a fit of the profile in place of the sum
+    double dfRecorded = 1;     ///< fraction of the rocking curve and of the disc that was recorded, 0 to 1
+    bool bProfileFit = false;  ///< the intensity is from profile fitting instead of summation
 
-    // corrected: what is multiplied onto intensity and sigma
-    double dfLorentz = 1;      ///< speed through the sphere, to a common scale
-    double dfScale = 1;        ///< of the frame and of the decay
-    double dfSigmaFactor = 1;  ///< what the error model makes of the sigma, on top of both
+    // corrections: factors of intensity and sigma
+    double dfLorentz = 1;      ///< Lorentz factor, see lorentzfactor.h
+    double dfScale = 1;        ///< scale of the frame including decay
+    double dfSigmaFactor = 1;  ///< additional factor of the sigma by the error model
 
-    bool isMeasured() const { return dfSigma > 0; }
-    double corrected() const { return dfIntensity * dfLorentz * dfScale; }
+    bool isMeasured() const { return dfSigma > 0; }                         ///< whether there is an intensity
+    double corrected() const { return dfIntensity * dfLorentz * dfScale; }  ///< intensity on the common scale
+    /// The standard deviation on the common scale.
     double correctedSigma() const { return dfSigma * dfLorentz * dfScale * dfSigmaFactor; }
 };
 

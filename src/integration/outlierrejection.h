@@ -1,4 +1,4 @@
-// Outlier rejection: observations that their equivalents contradict.
+// Outlier rejection: finds observations that disagree with their equivalents.
 #pragma once
 
 #include "integration/equivalents.h"
@@ -9,15 +9,16 @@
 
 namespace tessera {
 
-/// Sets the flag of outliers anew and lists them, in the order of the observations.
+/// Resets the outlier flags and lists the outliers, in the order of the observations.
 ///
-/// Three and more: each is held against the median of the others of its group, in sigmas of the error model
-/// with the variance of that median, π/2 σ²/(n - 1). The worst is taken away while it lies beyond the limit,
-/// but no more than half of a group, and two are left. Groups above 200 are held against the median of all at
-/// once.
+/// In a group of three or more, each observation is compared with the median of the others, in sigmas of the
+/// error model plus the variance of that median, π/2 σ²/(n - 1). The worst one is rejected as long as it is
+/// beyond the limit, but at most half of the group, and at least two are kept. In groups of more than 200,
+/// all observations are compared with the median of the group at once.
 ///
-/// Two: nobody knows which is wrong, so both stay unless they differ by more than twice the limit; then the
-/// greater goes, as overlaps, other crystals and multiple scattering add more often than they take away.
+/// In a group of two it is unknown which one is wrong, so both are kept unless they differ by more than twice
+/// the limit. The greater one is rejected then, since overlaps, other crystals and multiple scattering add
+/// intensity more often than they remove it.
 std::vector<RejectedObservation> rejectOutliers(std::vector<Observation>& listObservation,
                                                 const EquivalentGroups& groups, const ErrorModel& errors,
                                                 double dfLimit);

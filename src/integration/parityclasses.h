@@ -1,4 +1,4 @@
-// CParityClasses: how strong reflections with even and odd indices are, where no zone forbids anything.
+// CParityClasses: mean intensities of general reflections by the parities of their indices.
 #pragma once
 
 #include <gemmi/symmetry.hpp>
@@ -8,20 +8,23 @@
 
 namespace tessera {
 
-/// The means of E² of general reflections by the parities of h, k and l.
+/// The mean E² of general reflections by the parities of h, k and l.
 ///
-/// In a structure that is nearly centred, or nearly has a shorter cell, whole classes are weak, and the part
-/// of them that lies in a zone is no sign of a glide plane. Held against its own class it is as strong as
-/// others. Classes are averaged over the equivalents of each reflection, so that those which the Laue class
-/// makes equal have one mean.
+/// In a structure that is nearly centred, or nearly has a shorter cell, whole parity classes are weak. Weak
+/// reflections of such a class in a zone do not indicate a glide plane; compared with their own class they
+/// are as strong as others. Each reflection is added with all its equivalents, so that classes which the Laue
+/// class makes equivalent have the same mean.
 class CParityClasses {
 public:
+    /// @param laue  operations of the Laue class
     explicit CParityClasses(const gemmi::GroupOps& laue);
 
+    /// Adds a general reflection.
+    /// @param dfSquare  E²
     void add(const std::array<int, 3>& anIndex, double dfSquare);
 
-    /// The mean of the class over that of all: 0.02 to 1, as a class that is stronger than the rest excuses
-    /// nothing; 1 where fewer than 20 reflections are known of it.
+    /// The mean of the class of a reflection divided by the mean of all, limited to 0.02 to 1 (a strong class
+    /// does not explain absences); 1 if the class has fewer than 20 reflections.
     double strength(const std::array<int, 3>& anIndex) const;
 
 private:

@@ -1,4 +1,4 @@
-// PixelMask: the pixels of a frame that are no measurements, whatever they count.
+// PixelMask: the pixels of a frame that are not used as measurements.
 #pragma once
 
 #include "dataset/maskdata.h"
@@ -11,8 +11,8 @@
 
 namespace tessera {
 
-/// Row by row, 1 where a polygon of the mask has the pixel's centre, and at hot pixels, whose counts were
-/// made from their neighbours.
+/// A mask row by row: 1 for pixels whose centre is in a polygon of the mask, and for hot pixels, whose counts
+/// were interpolated from their neighbours.
 std::vector<char> pixelMask(const QSize& sizeFrame, const MaskData& mask, const QList<QPoint>& listHotPixel);
 
 }  // namespace tessera

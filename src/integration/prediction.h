@@ -11,39 +11,36 @@
 
 namespace tessera {
 
+/// What is predicted.
 struct PredictionOptions {
-    double dfMaxDStar = 0;          ///< Å⁻¹; 0, or further than that: as far as the frame's corner shows
+    double dfMaxDStar = 0;          ///< Å⁻¹, at most up to the corner of the frame; 0: up to the corner
     double dfMinDStar = 0;          ///< Å⁻¹
-    double dfRockingWidth = 0.005;  ///< Å⁻¹, sigma of the rocking curve (without the turn of a frame)
-    double dfMosaicity = 0;         ///< degrees, sigma
-    double dfRockingReach = 3;      ///< widths on either side that are summed
-    double dfMostFrames = 40;       ///< a passage over more frames than these is slow
-    double dfDiscRadius = 4;        ///< pixels, of the disc that must lie on the frame
-    char chCentring = 'P';          ///< of the cell in force: absent lattice points are not predicted
-    bool bBeyondEnds = false;       ///< also those that cross outside the series and reach into it
+    double dfRockingWidth = 0.005;  ///< sigma of the rocking curve without the rotation of a frame, Å⁻¹
+    double dfMosaicity = 0;         ///< sigma, degrees
+    double dfRockingReach = 3;      ///< widths of the rocking curve on either side that are summed
+    double dfMostFrames = 40;       ///< a passage over more frames is flagged as slow
+    double dfDiscRadius = 4;        ///< radius of the disc that must be on the frame, pixels
+    char chCentring = 'P';          ///< centring of the cell in force; absent reflections are not predicted
+    bool bBeyondEnds = false;       ///< include reflections that cross outside the series but reach into it
 };
 
 class CPassageGeometry;
 
-/// The rocking curve that the options tell.
+/// The rocking curve of the options.
 RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode& rotation);
 
-/// Why a prediction would take more time and memory than there is; empty where it would not.
-///
-/// A cell of hundreds of Å and a resolution beyond that of any crystal have thousands of millions of points.
+/// The reason why a prediction would exceed time and memory; empty if it would not. A cell of hundreds of Å
+/// at a resolution beyond that of any crystal has thousands of millions of lattice points.
 QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOptions& options);
 
-/// All passages, ordered by the frame of the passage, then by h, k, l.
+/// Predicts all passages, sorted by the frame of the passage, then by h, k, l.
 ///
-/// The excitation error is the distance of the point from the sphere along its radius, Å⁻¹, found for the
-/// middle of each frame's turn; several passages of one reflection are observations of their own. Flags:
-/// slow, begins before, ends after, off the frame.
-///
-/// Slow are also those that turn back within the reach of the sphere, as their two passages are one. A
-/// passage begins before the series or ends after it where more than a two-hundredth of its curve is lost.
+/// Several passages of one reflection are separate observations. The flags "slow", "begins before", "ends
+/// after" and "off the frame" are set. A reflection that turns back within the width of the Ewald sphere is
+/// flagged as slow, too, since its two passages overlap. A passage begins before the series or ends after it
+/// if more than 1/200 of its rocking curve is not recorded.
 std::vector<Observation> predictObservations(const SeriesGeometry& series, const PredictionOptions& options);
-
-/// The same, of passages that are prepared.
+/// The same with the passages at hand.
 /// @param nJobs  threads; the result is the same for every number
 std::vector<Observation> predictObservations(const CPassageGeometry& passages,
                                              const PredictionOptions& options, int nJobs = 1);

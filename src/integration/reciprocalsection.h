@@ -1,4 +1,4 @@
-// ReciprocalSection: a plane of reciprocal space as a picture, from the pixels of all frames.
+// ReciprocalSection: the image of a plane of reciprocal space, computed from the pixels of all frames.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -15,78 +15,78 @@
 
 namespace tessera {
 
-/// What sections are made with; what is 0 comes from the data.
+/// How sections are computed. A value of 0 is chosen from the data.
 struct SectionOptions {
-    double dfMaxDStar = 0;  ///< Å⁻¹; 0: a little further than the indexed peaks, else as far as the frame
-    double dfThickness = 0;  ///< Å⁻¹, of the slab; 0: the width of the spots, at most half a layer
-    bool bWithoutRings =
-        false;             ///< from each pixel the median of its ring about the direct beam is taken off
-    QString strLaueClass;  ///< equivalent planes are averaged; empty: this plane alone
+    double dfMaxDStar = 0;   ///< Å⁻¹; 0: slightly beyond the indexed peaks, else the whole frame
+    double dfThickness = 0;  ///< thickness of the slab, Å⁻¹; 0: width of the spots, at most half a layer
+    bool bWithoutRings = false;  ///< subtract from each pixel the median of its ring about the direct beam
+    QString strLaueClass;        ///< average equivalent planes of this Laue class; empty: this plane alone
 };
 
-/// One section. Its pixel (column, row), from 0 at the upper left, is at ((column - centre)·step,
+/// A section. Pixel (column, row), counted from 0 at the upper left, is at ((column - centre)·step,
 /// (centre - row)·step) along the first and the second axis, with centre = (nSide - 1)/2.
 struct ReciprocalSection {
     SectionPlane plane;
     SectionFrame frame;
-    SectionBasis basis;      ///< that the indices are of
+    SectionBasis basis;      ///< reciprocal basis of the indices
     int nSide = 0;           ///< pixels, odd
-    double dfStep = 0;       ///< Å⁻¹, of a pixel: that of a pixel of the frames
-    double dfMaxDStar = 0;   ///< Å⁻¹, that it reaches to
+    double dfStep = 0;       ///< size of a pixel, Å⁻¹; the same as on the frames
+    double dfMaxDStar = 0;   ///< radius of the section, Å⁻¹
     double dfThickness = 0;  ///< Å⁻¹
     bool bWithoutRings = false;
     QString strLaueClass;
-    int nFrames = 0;               ///< that could be read
-    std::vector<float> listValue;  ///< row by row, mean counts of a pixel; NaN where no frame has been
+    int nFrames = 0;               ///< frames that could be read
+    std::vector<float> listValue;  ///< row by row, mean counts of a pixel; NaN where no frame contributes
 
-    int centre() const { return (nSide - 1) / 2; }
+    int centre() const { return (nSide - 1) / 2; }  ///< column and row of the origin of the plane
 };
 
-/// Makes sections from one reading of the frames.
+/// Computes sections; all frames are read once.
 ///
-/// A pixel of a frame stands for the arc of reciprocal space that it passes while the crystal turns to half
-/// way to the neighbouring frames. The part of the arc that lies within the slab is laid into the section by
-/// its place in the plane, and a pixel of the section is the mean of what was laid into it, weighted by the
-/// share of the arc. So there are no gaps between frames where there are none between their tilts, and a
-/// reflection comes to its place even where the middle of its frame is half a step beside it. Frames that
-/// leave gaps of the series leave gaps here. Left out: what the mask has, hot pixels, pixels without a
-/// number.
-/// @param series       that the indices count in; its basis is the cell
-/// @param listSection  replaced when the run finished, else as it was
-/// @return the same sections for any number of jobs
+/// A pixel of a frame represents the arc of reciprocal space that it sweeps while the crystal rotates half
+/// way to the neighbouring frames. The part of the arc within the slab is added to the section at its place
+/// in the plane, and a pixel of the section is the mean of what was added, weighted by the lengths of the
+/// parts. There are therefore no gaps between frames whose tilts follow one another, and a reflection appears
+/// at its place even if it was recorded half a step off the middle of its frame. Gaps of the series remain
+/// gaps. Masked pixels, hot pixels and pixels without a number are left out. The result is the same for every
+/// number of jobs.
+/// @param series       geometry of the series; its basis is the cell of the indices
+/// @param listSection  replaced if the run finished, else left as it was
 RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
                         const std::vector<SectionPlane>& listPlane, const SectionOptions& options, int nJobs,
                         CRunReport& report, std::vector<ReciprocalSection>& listSection);
 
-/// A place of a section.
+/// Indices and value at a place of a section.
 struct SectionReading {
     DoubleVector indices = {};    ///< h, k, l
     double dfDStar = 0;           ///< Å⁻¹
-    std::optional<float> fValue;  ///< none where no frame has been, or beside the section
+    std::optional<float> fValue;  ///< none outside the section or where no frame contributes
 };
-/// @param ptPixel  columns and rows, whole numbers are centres of pixels
+/// Reads a section at a place.
+/// @param ptPixel  column and row; whole numbers are centres of pixels
 SectionReading readSection(const ReciprocalSection& section, const QPointF& ptPixel);
 
-/// Where a point of the lattice lies in its section, columns and rows; none beside the section.
+/// The place of a lattice point in its section, column and row; none if it is outside.
 std::optional<QPointF> placeOnSection(const ReciprocalSection& section, const DoubleVector& indices);
 
-/// The same of a point in the laboratory frame at tilt 0, Å⁻¹, moved onto the plane along its normal.
+/// The place of a point of the laboratory frame at tilt 0 (Å⁻¹), projected onto the plane; none if it is
+/// outside.
 std::optional<QPointF> placeOfPoint(const ReciprocalSection& section, const DoubleVector& point);
 
-/// The place in the list of the reflection that is nearest to a place of a section: within half of the
-/// shortest vector of its lattice and, across, half the distance of the layers.
+/// The index in the list of the reflection nearest to a place of a section. It must be within half the
+/// shortest lattice vector of the section and, across it, half the distance of the layers.
 /// @return -1 if there is none
 int nearestReflection(const ReciprocalSection& section, const QList<Peak3D>& listReflection,
                       const QPointF& ptPixel);
 
-/// The lattice points of a section with whole indices, up to its d*.
-/// @return empty where there are more than nMost
+/// The lattice points of a section, up to its d*.
+/// @return empty if there are more than nMost
 std::vector<std::array<int, 3>> latticeOfSection(const ReciprocalSection& section, int nMost);
 
-/// The share of the section's disc up to d* that some frame has seen, 0 to 1.
+/// The fraction of the section's disc up to d* to which frames contribute, 0 to 1.
 double seenShare(const ReciprocalSection& section);
 
-/// The section in words: size, slab, share that was seen.
+/// A description of the section for the user: size, thickness, measured fraction.
 QString describeSection(const ReciprocalSection& section);
 
 }  // namespace tessera

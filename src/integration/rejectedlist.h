@@ -1,4 +1,4 @@
-// The list of observations that take no part in the merged intensities, and why.
+// List of the observations that were excluded from the merged intensities, with the reasons.
 #pragma once
 
 #include "integration/integrationresult.h"
@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// A table with commas and a line of titles: h, k, l in the conventional setting, the number of the frame
-/// from 1 where the reflection crosses the sphere, its place there in pixels, intensity and sigma on the
-/// common scale (empty where it was not measured), for an outlier its deviation from its equivalents in
-/// sigmas, and why, by the names of the flags. In the order of the passages.
+/// The list as CSV with a header line, in the order of the passages: h, k, l in the conventional setting,
+/// number of the frame (from 1) on which the reflection crosses the Ewald sphere, place on it in pixels,
+/// intensity and sigma on the common scale (empty if it was not measured), deviation from the equivalents in
+/// sigmas (for outliers), and the names of its flags.
 QByteArray rejectedText(const IntegrationResult& result);
 
 }  // namespace tessera

@@ -1,26 +1,27 @@
-// Resolution bins: reflections cut into shells with about the same number of them.
+// Resolution bins: the mean intensity in shells with about equal numbers of reflections.
 #pragma once
 
 #include <vector>
 
 namespace tessera {
 
-/// Mean intensity by resolution, for normalized intensities E² = I / mean.
+/// The mean intensity as a function of resolution, for normalized intensities E² = I / mean.
 class CResolutionMean {
 public:
-    /// Shells of about so many reflections, at least one; between the middles of the shells the mean is drawn
-    /// straight in its logarithm. Shells without a positive mean take that of their neighbour.
+    /// The logarithm of the mean is interpolated linearly between the middles of the shells. A shell without
+    /// a positive mean has that of its neighbour.
     /// @param listDStar      Å⁻¹
-    /// @param listIntensity  as many
+    /// @param listIntensity  of the same length
+    /// @param nInShell       approximate number of reflections in a shell
     CResolutionMean(const std::vector<double>& listDStar, const std::vector<double>& listIntensity,
                     int nInShell = 100);
 
-    /// Above 0; 1 where nothing is known.
+    /// The mean at a d* (Å⁻¹), above 0; 1 if there are no data.
     double mean(double dfDStar) const;
 
 private:
-    std::vector<double> m_listPlace;      ///< d*², Å⁻²
-    std::vector<double> m_listLogarithm;  ///< of the mean there
+    std::vector<double> m_listPlace;      ///< d*² of the middles of the shells, Å⁻²
+    std::vector<double> m_listLogarithm;  ///< logarithms of the means
 };
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// resolutionLimit: how far reflections are seen.
+// resolutionLimit: the resolution to which reflections are observed.
 #pragma once
 
 #include "integration/observation.h"
@@ -7,8 +7,8 @@
 
 namespace tessera {
 
-/// The d* in Å⁻¹ beyond which no shell of equal volume has a mean intensity of half a sigma. All that was
-/// predicted where even the last shell has more, or where there are too few to tell.
+/// The d* (Å⁻¹) beyond which no shell of equal volume has a mean I/sigma of 0.5 or more. It is the greatest
+/// d* of the observations if even the last shell has more, or if there are too few observations.
 double resolutionLimit(const std::vector<Observation>& listObservation);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Ring medians: the halo of the direct beam, taken off a frame.
+// Ring medians: subtracts the halo of the direct beam from a frame.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -8,10 +8,10 @@
 
 namespace tessera {
 
-/// Takes from each usable pixel the median of the ring about the beam that it lies on, one pixel wide: spots
-/// are few of it, and the diffuse halo is round.
-/// @param beam        raw pixels
-/// @param listMasked  row by row, 1 for pixels that are left out of the medians
+/// Subtracts from each usable pixel the median of its ring about the beam, one pixel wide. The median is that
+/// of the halo, which is round, since spots cover little of a ring.
+/// @param beam        direct beam, raw pixels
+/// @param listMasked  row by row, 1 for pixels that do not enter the medians
 void takeOffRings(CImgObj<float>& image, const FramePlace& beam, const std::vector<char>& listMasked);
 
 }  // namespace tessera

@@ -1,33 +1,34 @@
-// RockingCurve: which part of a passage each frame records.
+// RockingCurve: the fraction of a reflection that each frame records.
 #pragma once
 
 #include "geometry/rotationmode.h"
 
 namespace tessera {
 
-/// A Gaussian in the excitation error, whose width is that of the crystal and, in proportion to d*, of its
-/// mosaic spread; smeared by what turns while a frame is exposed.
+/// A Gaussian in the excitation error, smeared by the rotation during the exposure of a frame. Its width has
+/// a constant part and a part due to mosaicity, which is proportional to d*.
 struct RockingCurve {
     RotationMode rotation;
-    double dfWidth = 0.005;  ///< Å⁻¹, sigma
-    double dfMosaicity = 0;  ///< degrees, sigma
+    double dfWidth = 0.005;  ///< constant part of the width, sigma in Å⁻¹
+    double dfMosaicity = 0;  ///< sigma in degrees
 
     /// Sigma of the Gaussian at a d*, Å⁻¹.
     double widthAt(double dfDStar) const;
 
-    /// How far from the sphere a reflection still shows, Å⁻¹: so many widths, and under precession the way
-    /// that the cone takes it.
+    /// The distance from the Ewald sphere within which a reflection is visible, Å⁻¹: a number of widths plus,
+    /// in precession mode, the displacement by the precession cone.
     double reachAt(double dfDStar, double dfWidths) const;
 
-    /// The part of the whole that a frame records; over all frames of a passage they add up to 1, by
-    /// themselves where the crystal turns steadily, and where it stands still as far as the steps are fine.
+    /// The fraction of the total intensity that a frame records. The fractions of all frames of a passage add
+    /// up to 1: exactly in continuous rotation, and approximately in a stepped series with fine steps.
     ///
-    /// @param dfFirst, dfLast  excitation error where the frame begins and ends, Å⁻¹
-    /// @param dfMiddle         at its middle: where it stands still
+    /// @param dfFirst, dfLast  excitation error at the start and the end of the frame, Å⁻¹
+    /// @param dfMiddle         excitation error at the middle of the frame, where a stepped series stands
+    /// still
     double part(double dfFirst, double dfMiddle, double dfLast, double dfDStar) const;
 
 private:
-    /// The density of the curve at an excitation error, per Å⁻¹.
+    /// The density of the curve at an excitation error, Å.
     double density(double dfExcitation, double dfDStar) const;
 };
 

@@ -51,8 +51,9 @@ int curveResiduals(void* pContext, int m, int n, const double* pNumber, double* 
 }  // namespace
 
 std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, const RockingCurve& curve,
-                                     double dfDStar, double dfGain, bool bFitWidth)
+                                     double dfDStar, double dfGain, RockingWidth width)
 {
+    const bool bFitWidth = width == RockingWidth::Fitted;
     CurveFit fit{listMeasure, curve, dfDStar, 0, curve.widthAt(dfDStar), {}};
     double dfMiddle = 0, dfGreatest = 0;
     for (const SpotMeasure& measure : listMeasure) {
@@ -119,7 +120,7 @@ void learnWidth(std::vector<WidthAtDStar> listWidth, RockingCurve& curve)
     const double dfSpread = dfXX / dfW - dfX * dfX / (dfW * dfW);
     double dfSlope = dfSpread > 0 && nGroups > 2 ? (dfXY / dfW - dfX * dfY / (dfW * dfW)) / dfSpread : 0;
     dfSlope = std::max(dfSlope, 0.0);
-    // What grows with d* alone would leave those at low d* no width.
+    // A width that were purely proportional to d* would vanish at low d*.
     const double dfConstant = std::max(dfY / dfW - dfSlope * dfX / dfW, dfLeast / 4);
     curve.dfWidth = std::sqrt(dfConstant);
     curve.dfMosaicity = degrees(std::sqrt(dfSlope));

@@ -1,4 +1,4 @@
-// RockingFit: width and place of one strong reflection's rocking curve.
+// RockingFit: fits the rocking curve of one strong reflection.
 #pragma once
 
 #include "integration/rockingcurve.h"
@@ -9,26 +9,32 @@
 
 namespace tessera {
 
+/// A fitted rocking curve.
 struct RockingFit {
     double dfTotal = 0;   ///< counts of the whole curve
-    double dfOff = 0;     ///< Å⁻¹, excitation error at which it has its middle
-    double dfWidth = 0;   ///< Å⁻¹, sigma
-    double dfMisfit = 0;  ///< root of the mean square of what is left, as a part of the strongest frame
+    double dfOff = 0;     ///< excitation error at the maximum, Å⁻¹
+    double dfWidth = 0;   ///< sigma, Å⁻¹
+    double dfMisfit = 0;  ///< rms of the residuals, relative to the strongest frame
 };
 
-/// Fits total, place and, if asked to, width to the counts of the frames of a passage.
-/// @param curve      start
-/// @param bFitWidth  else the width stays that of the curve
-/// @return none where the fit runs away
+/// Whether fitRocking() refines the width of the curve.
+enum class RockingWidth { Fixed, Fitted };
+
+/// Fits total, position and, if asked to, width of the rocking curve to the counts on the frames of a
+/// passage.
+/// @param curve  starting values
+/// @param width  Fixed: the width is that of the curve
+/// @return none if the fit does not converge
 std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure, const RockingCurve& curve,
-                                     double dfDStar, double dfGain, bool bFitWidth);
+                                     double dfDStar, double dfGain, RockingWidth width);
 
-/// Width and mosaicity out of the widths at their d*: medians of groups, and the line of their squares over
-/// d*². Leaves the curve as it is with fewer than ten.
+/// The width of the rocking curve of one reflection.
 struct WidthAtDStar {
-    double dfDStar = 0;
-    double dfWidth = 0;
+    double dfDStar = 0;  ///< Å⁻¹
+    double dfWidth = 0;  ///< sigma, Å⁻¹
 };
+/// Determines width and mosaicity of a curve from the widths of single reflections, by a line through the
+/// squares of group medians over d*². With fewer than ten widths the curve is left as it was.
 void learnWidth(std::vector<WidthAtDStar> listWidth, RockingCurve& curve);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Scale curves: the scale along the series and its fall-off with resolution, fitted to equivalents.
+// Scale curves: scale and decay along the series, fitted to equivalent observations.
 #pragma once
 
 #include "integration/equivalents.h"
@@ -10,57 +10,60 @@
 
 namespace tessera {
 
-/// What is multiplied onto an intensity: exp(scale(frame) + decay(frame) · x), where x is (d*/2)² counted
-/// from a middle one, over its half range: both curves are natural logarithms, the second at the edge of the
-/// range.
+/// The scale factor of an intensity: exp(scale(frame) + decay(frame) · x), where x = ((d*/2)² − dfMiddle) /
+/// dfHalfRange is between −1 and 1. Both curves are natural logarithms; the second is the decay at x = 1.
 struct ScaleCurves {
     CKnotCurve scale;
     CKnotCurve decay;
     double dfMiddle = 0;     ///< (sin θ/λ)², Å⁻²
-    double dfHalfRange = 1;  ///< likewise
-    double dfStep = 0.3;     ///< standard deviation of what a coefficient may differ from the next one by
+    double dfHalfRange = 1;  ///< (sin θ/λ)², Å⁻²
+    double dfStep = 0.3;     ///< expected standard deviation of the difference of successive coefficients
 
+    /// The logarithm of the scale factor.
     double logarithm(double dfFrame, double dfDStar) const;
-    /// Of a reflection without resolution: exp(scaleAtZero) · exp(2 B (d*/2)²) is the whole.
+    /// The logarithm of the factor at d* = 0; the factor is exp(scaleAtZero) · exp(2 B (d*/2)²).
     double scaleAtZero(double dfFrame) const;
-    double decayB(double dfFrame) const;  ///< Å²
+    double decayB(double dfFrame) const;  ///< B in the same, Å²
 };
 
-/// The curves before their fit, 0 everywhere, with as many knots as the observations in groups of two and
-/// more can carry: a knot for 40 of them, from 600 on for 200 more, and at most for every three frames, and
-/// for the decay one for 600 and for every ten frames.
-/// @return none where fewer than 20 observations have a partner
+/// Curves that are 0 everywhere, with as many knots as the observations in groups of at least two permit.
+/// Scale: one knot for every 40 observations, beyond 600 for every 200 more, but at most one for every three
+/// frames. Decay: one for every 600 observations and at most one for every ten frames.
+/// @return none if fewer than 20 observations have an equivalent
 std::optional<ScaleCurves> emptyScaleCurves(const std::vector<Observation>& listObservation,
                                             const EquivalentGroups& groups, int nFrames);
 
-/// Least squares of the curves together with the true intensity of each group, which is eliminated, by
-/// Gauss–Newton steps with Cauchy weights. The flag of an outlier leaves an observation out.
+/// Fits the curves by least squares, together with the true intensity of each group, which is eliminated; in
+/// Gauss–Newton steps with Cauchy weights. Observations with the outlier flag are left out.
 ///
-/// Each coefficient is held towards 0 by a standard deviation of 0.7, a factor of two, and towards its
-/// neighbours by the step of the curves, so that a stretch with few reflections follows the others and keeps
-/// near 1. Source: Hamilton, Rollett & Sparks (1965), Acta Cryst. 18, 129–130; Fox & Holmes (1966), Acta
-/// Cryst. 20, 886–891; the restraints after Evans (2006), Acta Cryst. D62, 72–82.
+/// Each coefficient is restrained towards 0 with a standard deviation of 0.7 (a factor of two in intensity),
+/// and towards its neighbours with the step of the curves, so that parts of the series with few reflections
+/// follow the others and have scales near 1. Sources: Hamilton, Rollett & Sparks (1965), Acta Cryst. 18,
+/// 129–130; Fox & Holmes (1966), Acta Cryst. 20, 886–891; restraints after Evans (2006), Acta Cryst. D62,
+/// 72–82.
 ///
-/// @param curves  where it starts; those of a decay that is not wanted are left at 0
-/// @return observations that it was made from
+/// @param bDecay  false: the decay is left as it is
+/// @param curves  starting values, and the result
+/// @return the number of observations in the fit
 int fitScaleCurves(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                    const ErrorModel& errors, bool bDecay, ScaleCurves& curves);
 
-/// What is best for equivalents that the fit has not seen.
+/// The curves that predict omitted equivalents best.
 struct CurveChoice {
-    bool bScale = false;
-    bool bDecay = false;
+    bool bScale = false;  ///< fit a scale
+    bool bDecay = false;  ///< fit a decay
     double dfStep = 0.3;  ///< see ScaleCurves
 };
 
-/// No scale, a stiff one, a free one, and each with decay: curves fitted to one half of the groups are tried
-/// on the other, and what asks for more is taken where it makes those agree better by more than the standard
-/// error of that. Agreement is the likelihood of the intensities as measured, by Student's distribution with
-/// three degrees of freedom, so that noise that a scale makes greater is not counted as disagreement, nor
-/// outliers as much. Outliers take part.
+/// Chooses between no scale, a stiff one and a free one, each with and without decay, by cross-validation:
+/// curves are fitted to one half of the groups and applied to the other. A more flexible choice is taken if
+/// it improves the agreement of the omitted half by more than the standard error of the improvement.
+/// Agreement is the likelihood of the unscaled intensities under Student's distribution with three degrees of
+/// freedom, so that noise amplified by a scale does not count as disagreement, and outliers count little.
+/// Outliers are included.
 ///
-/// @param bDecay  false: none is tried
-/// @param curves  as emptyScaleCurves() makes them
+/// @param bDecay  false: no decay is tried
+/// @param curves  from emptyScaleCurves()
 CurveChoice chooseCurves(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                          const ErrorModel& errors, bool bDecay, const ScaleCurves& curves);
 

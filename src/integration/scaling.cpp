@@ -166,8 +166,7 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
     result.listFrameScale.assign(size_t(std::max(0, nFrames)), 1.0);
     result.listFrameDecay.assign(size_t(std::max(0, nFrames)), 0.0);
     resetCorrections(listObservation);
-    const EquivalentGroups groups = groupEquivalents(listObservation, symmetry,
-                                                     options.nFriedelPairsApart != 0);
+    const EquivalentGroups groups = groupEquivalents(listObservation, symmetry, options.mates);
     std::optional<ScaleCurves> curves;
     bool bDecay = options.bDecay;
     if (options.bScale && isTriclinic(symmetry)) {

@@ -1,4 +1,4 @@
-// CSectionSum: the pixels of single frames laid into a plane of reciprocal space.
+// CSectionSum: adds the pixels of frames to a section of reciprocal space.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -10,30 +10,31 @@
 
 namespace tessera {
 
-/// What one frame, or some frames together, have laid into a section.
+/// The contribution of one or more frames to a section.
 struct SectionPart {
-    std::vector<float> listSum;  ///< counts times weight; empty where nothing was laid
-    std::vector<float> listWeight;
+    std::vector<float> listSum;     ///< counts times weight, for each pixel; empty: no contribution
+    std::vector<float> listWeight;  ///< weight of each pixel
 };
 
-/// Lays frames into one section. Threads share one.
+/// Computes the contributions of frames to one section. Threads may share it.
 class CSectionSum {
 public:
-    /// @param section        without values
-    /// @param listOperation  empty: the plane itself
-    /// @param dfTurn         degrees that a frame stands for, not below 0
+    /// @param section        geometry of the section; its values are not used
+    /// @param listOperation  operations that relate equivalent planes; empty: the plane itself
+    /// @param dfTurn         rotation that a frame represents, degrees, at least 0
     CSectionSum(const SeriesGeometry& series, const ReciprocalSection& section,
                 const std::vector<IndexOperation>& listOperation, double dfTurn);
 
-    /// @param image  of the size of the series
-    /// @param nFrame from 0
-    /// @param listMasked  row by row, 1 for what is no measurement
+    /// The contribution of one frame.
+    /// @param image       a frame of the size of the series
+    /// @param nFrame      its number, from 0
+    /// @param listMasked  row by row, 1 for pixels that are not used
     SectionPart layFrame(const CImgObj<float>& image, int nFrame, const std::vector<char>& listMasked) const;
 
 private:
     using Matrix = std::array<double, 9>;
-    /// From a point of the Ewald sphere in the laboratory to its place in the section, right, up and above,
-    /// and what that changes by as the crystal turns by a radian.
+    /// Transforms a point of the Ewald sphere in the laboratory frame to section coordinates (right, up,
+    /// along the normal), and gives their change per radian of rotation.
     struct Form {
         Matrix aPlace, aChange;
     };
@@ -44,7 +45,7 @@ private:
     void layPoint(double dfRight, double dfUp, float fValue, float fWeight, SectionPart& part) const;
 
     const SeriesGeometry& m_series;
-    std::vector<Matrix> m_listPlane;  ///< from a point of the crystal to right, up and above, by operation
+    std::vector<Matrix> m_listPlane;  ///< for each operation, from crystal to section coordinates
     int m_nSide;
     double m_dfStep, m_dfHeight;
     double m_dfHalfSlab;

@@ -1,4 +1,4 @@
-// CSeriesFrames: the frames of a series for the runs of the integration, whatever of them can be read.
+// CSeriesFrames: reads the frames of a series for the integration, which goes on if some cannot be read.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -12,18 +12,19 @@
 
 namespace tessera {
 
-/// A frame, or why there is none.
+/// A frame, or the reason why it could not be read.
 struct SeriesFrame {
-    std::unique_ptr<CImgObj<float>> pImage;
-    QString strFault;
+    std::unique_ptr<CImgObj<float>> pImage;  ///< null if the frame could not be read
+    QString strFault;                        ///< the reason
 };
 
-/// Reads single frames; threads share one.
+/// Reads single frames; threads may share it.
 class CSeriesFrames {
 public:
+    /// @param sizeFrame  size that the frames must have
     CSeriesFrames(const DataSet& dataSet, const QSize& sizeFrame) : m_series(dataSet), m_size(sizeFrame) {}
 
-    /// A frame of another size than the others counts as one that cannot be read.
+    /// Reads a frame. One of another size counts as unreadable.
     /// @throw CShortMemory
     SeriesFrame read(int nFrame) const;
 

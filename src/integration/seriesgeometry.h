@@ -1,4 +1,4 @@
-// SeriesGeometry: all that a prediction needs to know of a series.
+// SeriesGeometry: the geometry of a series, as the prediction of reflections needs it.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -10,15 +10,17 @@
 
 namespace tessera {
 
-/// The geometry of a series with its frames. Its terms of the plane count from the beam of each frame.
+/// The diffraction geometry together with tilt and beam of each frame. The in-plane terms of the geometry are
+/// relative to the direct beam of each frame.
 struct SeriesGeometry {
-    DiffractionGeometry geometry;      ///< refined, where it was
-    std::vector<double> listTilt;      ///< degrees, one per frame, with their share of the relaxation
-    std::vector<FramePlace> listBeam;  ///< direct beam of each frame, raw pixels, with the drift left over
-    QSize sizeFrame;                   ///< pixels
+    DiffractionGeometry geometry;  ///< the refined geometry if there is one
+    std::vector<double> listTilt;  ///< degrees, one per frame, including the relaxation
+    std::vector<FramePlace>
+        listBeam;     ///< direct beam of each frame, raw pixels, including the residual drift
+    QSize sizeFrame;  ///< pixels
     RotationMode rotation;
 
-    int frameCount() const { return int(listTilt.size()); }
+    int frameCount() const { return int(listTilt.size()); }  ///< number of frames
 };
 
 }  // namespace tessera

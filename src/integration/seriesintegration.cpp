@@ -243,6 +243,36 @@ void tellModel(const LearnedSeries& learned, CRunReport& report)
     }
 }
 
+/// Why there are no intensities to go on with; empty if there are.
+QString whatObservationsLack(const std::vector<Observation>& list)
+{
+    if (list.empty()) {
+        return QStringLiteral("No reflection crosses the Ewald sphere during the series.");
+    }
+    const auto isMeasurement = [](const Observation& observation) {
+        return observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags);
+    };
+    if (!std::any_of(list.begin(), list.end(), isMeasurement)) {
+        return whyNone(list);
+    }
+    const bool bAbove = std::any_of(list.begin(), list.end(), [&](const Observation& observation) {
+        return isMeasurement(observation) && observation.dfIntensity > g_dfSeen * observation.dfSigma;
+    });
+    return bAbove ? QString()
+                  : QStringLiteral("None of %L1 predicted reflections stands above its background.")
+                        .arg(list.size());
+}
+
+/// Removes the observations beyond the resolution limit: that of the options, or else that of the data.
+void limitResolution(double dfMaxDStar, IntegratedSeries& integrated)
+{
+    std::vector<Observation>& list = integrated.listObservation;
+    integrated.dfMaxDStar = dfMaxDStar > 0 ? dfMaxDStar : resolutionLimit(list);
+    list.erase(std::remove_if(list.begin(), list.end(),
+                              [&](const Observation& one) { return one.dfDStar > integrated.dfMaxDStar; }),
+               list.end());
+}
+
 }  // namespace
 
 RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
@@ -284,31 +314,13 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     IntegratedSeries integrated;
     integrated.model = learned.model;
     integrated.listObservation = sum.observations(options.bProfileFit);
-    std::vector<Observation>& list = integrated.listObservation;
-    if (list.empty()) {
-        return failRun(report, QStringLiteral("No reflection crosses the Ewald sphere during the series."));
+    const QString strLack = whatObservationsLack(integrated.listObservation);
+    if (!strLack.isEmpty()) {
+        return failRun(report, strLack);
     }
-    const bool bAny = std::any_of(list.begin(), list.end(), [](const Observation& observation) {
-        return observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags);
-    });
-    if (!bAny) {
-        return failRun(report, whyNone(list));
-    }
-    const bool bAbove = std::any_of(list.begin(), list.end(), [](const Observation& observation) {
-        return observation.isMeasured() && !(observation.nFlags & g_nExcludingFlags) &&
-               observation.dfIntensity > g_dfSeen * observation.dfSigma;
-    });
-    if (!bAbove) {
-        return failRun(report,
-                       QStringLiteral("None of %L1 predicted reflections stands above its background.")
-                           .arg(list.size()));
-    }
-    integrated.dfMaxDStar = options.dfMaxDStar > 0 ? options.dfMaxDStar : resolutionLimit(list);
-    list.erase(std::remove_if(list.begin(), list.end(),
-                              [&](const Observation& one) { return one.dfDStar > integrated.dfMaxDStar; }),
-               list.end());
+    limitResolution(options.dfMaxDStar, integrated);
     report.addMessage(QStringLiteral("%L1 passages integrated to d* = %2 Å⁻¹.")
-                          .arg(list.size())
+                          .arg(integrated.listObservation.size())
                           .arg(integrated.dfMaxDStar, 0, 'f', 3));
     result = std::move(integrated);
     return outcome;

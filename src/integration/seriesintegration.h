@@ -1,4 +1,4 @@
-// Integration of a series: the intensities of predicted reflections from the frames.
+// Integration of a series: measures the intensities of predicted reflections on the frames.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -14,57 +14,62 @@
 
 namespace tessera {
 
-/// What was learned from the frames and the strong reflections.
+/// Properties of spots and detector that were learned from the frames and the strong reflections.
 struct SpotModel {
-    double dfSigma = 0;         ///< pixels, of the spots
-    double dfSigmaAtEdge = 0;   ///< pixels, at the greatest d*
-    double dfDiscRadius = 0;    ///< pixels, of the disc that is summed
-    double dfRockingWidth = 0;  ///< Å⁻¹, sigma
-    double dfMosaicity = 0;     ///< degrees, sigma
-    double dfRockingOff = 0;  ///< Å⁻¹, by which reflections lie off the sphere where they should cross it
-    double dfGain = 1;        ///< counts per electron
-    double dfReadNoise = 0;   ///< counts, per pixel and frame
-    double dfSaturation = 0;  ///< counts, from which on a pixel is saturated; 0: none is
-    TrustedRange trusted;     ///< what the frames' header told of it
-    int nStrong = 0;          ///< reflections that it was learned from
+    double dfSigma = 0;         ///< sigma of the spots, pixels
+    double dfSigmaAtEdge = 0;   ///< sigma of the spots at the greatest d*, pixels
+    double dfDiscRadius = 0;    ///< radius of the disc that is summed, pixels
+    double dfRockingWidth = 0;  ///< sigma of the rocking curve, Å⁻¹
+    double dfMosaicity = 0;     ///< sigma, degrees
+    double dfRockingOff = 0;    ///< mean excitation error at the maximum of the rocking curves, Å⁻¹
+    double dfGain = 1;          ///< counts per electron
+    double dfReadNoise = 0;     ///< counts, per pixel and frame
+    double dfSaturation = 0;    ///< counts from which a pixel is saturated; 0: no pixel is
+    TrustedRange trusted;       ///< range according to the headers of the frames
+    int nStrong = 0;            ///< strong reflections from which the model was learned
 };
 
+/// How a series is integrated.
 struct IntegrationOptions {
-    double dfMaxDStar = 0;      ///< Å⁻¹; 0: as far as reflections are seen
-    bool bProfileFit = true;    ///< weak reflections by a fit of the profile
+    double dfMaxDStar = 0;      ///< Å⁻¹; 0: as far as reflections are observed
+    bool bProfileFit = true;    ///< use profile fitting for weak reflections
     double dfDiscRadius = 0;    ///< pixels; 0: learned
     double dfRockingWidth = 0;  ///< Å⁻¹; 0: learned
-    char chCentring = 'P';      ///< of the cell in force
-    /// Of the detector. A pixel is full from there on, or from the plateau on that the counts themselves show
-    /// where that lies lower.
+    char chCentring = 'P';      ///< centring of the cell in force
+    /// Range of the detector. Pixels are saturated from its end on, or from a lower plateau that the counts
+    /// themselves show.
     TrustedRange trusted;
 };
 
+/// The observations of a series.
 struct IntegratedSeries {
-    std::vector<Observation> listObservation;  ///< all that were predicted, in the order of the prediction
+    std::vector<Observation> listObservation;  ///< all predicted passages, in the order of the prediction
     SpotModel model;
-    double dfMaxDStar = 0;  ///< Å⁻¹, that it was done to
+    double dfMaxDStar = 0;  ///< resolution limit of the observations, Å⁻¹
 };
 
-/// Predicts and integrates. Frames are read in order, twice at most (once to learn, once to integrate), in
-/// memory that does not grow with their number; the same result for any number of jobs.
-/// @param dataSet  frames, hot pixels and mask
-/// @param result   replaced when the run finished, else as it was
+/// Predicts and integrates the reflections of a series. The frames are read in order, at most twice (once to
+/// learn the model, once to integrate), in memory that does not depend on their number. The result is the
+/// same for every number of jobs.
+/// @param dataSet  supplies frames, hot pixels and mask
+/// @param result   replaced if the run finished, else left as it was
 RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
                            const IntegrationOptions& options, int nJobs, CRunReport& report,
                            IntegratedSeries& result);
 
-/// One observation looked at closely: for its picture.
+/// The pixels of one observation, to be displayed.
 struct ObservationProfile {
-    int nFirstFrame = 0;
-    int nSide = 0;                               ///< pixels, of the windows, odd
-    std::vector<std::vector<float>> listWindow;  ///< one per frame, row by row, counts
+    int nFirstFrame = 0;                         ///< number of the first frame, from 0
+    int nSide = 0;                               ///< side of the windows, pixels, odd
+    std::vector<std::vector<float>> listWindow;  ///< counts, one window per frame, row by row
     std::vector<double> listRocking;             ///< counts above the background, one per frame
-    std::vector<double> listModel;               ///< what the learned rocking curve makes of the whole
-    std::vector<double> listExcitation;          ///< Å⁻¹, at the middle of each frame
-    std::vector<char> listInDisc;                ///< 1 for the pixels of the disc, row by row
+    std::vector<double> listModel;               ///< counts by the learned rocking curve, one per frame
+    std::vector<double> listExcitation;          ///< excitation error at the middle of each frame, Å⁻¹
+    std::vector<char> listInDisc;                ///< row by row, 1 for the pixels of the disc
 };
-/// @return false with a reason where a frame cannot be read
+/// Reads the pixels of an observation from the frames.
+/// @param profile  replaced unless false is returned
+/// @return false, with the reason in the report, if a frame cannot be read
 bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, const SpotModel& model,
                        const Observation& observation, CRunReport& report, ObservationProfile& profile);
 

@@ -1,4 +1,4 @@
-// Setting cell: standard errors of a cell in another setting.
+// Standard errors of a cell in another setting.
 #pragma once
 
 #include "integration/scaling.h"
@@ -7,8 +7,8 @@
 
 namespace tessera {
 
-/// Errors of the cell in the setting of a symmetry, those of the cell in force taken as independent of one
-/// another. Angles that the system fixes have 0; edges that it makes equal share the error of their mean.
+/// Propagates the errors of the cell in force, taken as independent, to the setting of a symmetry. Angles
+/// that the lattice system fixes have the error 0; edges that it makes equal have the error of their mean.
 CellParameters errorsOfSetting(const ObservationSymmetry& symmetry, LatticeSystem system,
                                const CellParameters& cellInForce, const CellParameters& errors);
 

@@ -1,4 +1,4 @@
-// SpaceGroupRanking: space groups by what is absent, with multiple scattering in mind.
+// SpaceGroupRanking: ranks space groups by systematic absences, allowing for multiple scattering.
 #pragma once
 
 #include "integration/laueclass.h"
@@ -10,30 +10,35 @@
 
 namespace tessera {
 
-/// One reflection condition: the reflections that it forbids against the rest of its zone, row or lattice.
+/// The evidence for one reflection condition.
 struct ConditionEvidence {
     QString strCondition;  ///< "h0l: h+l = 2n"
-    int nForbidden = 0;    ///< merged reflections that it forbids
-    double dfRatio = 0;    ///< mean I of the forbidden over mean I of the allowed ones of the same zone
-    double dfRatioError = 0;
-    double dfLikelihood = 0;  ///< 0 to 1, that it holds
+    int nForbidden = 0;    ///< merged reflections that the condition forbids
+    double dfRatio = 0;  ///< mean I of the forbidden reflections over mean I of the allowed ones of the zone
+    double dfRatioError = 0;  ///< standard error of the ratio
+    double dfLikelihood = 0;  ///< probability of the condition, 0 to 1
 };
 
+/// A space group with its probability.
 struct SpaceGroupCandidate {
     int nNumber = 1;            ///< 1 to 230
-    QString strName;            ///< Hermann–Mauguin in the setting of the cell, gemmi's xhm()
-    double dfLikelihood = 0;    ///< 0 to 1, all candidates together 1
-    QStringList listCondition;  ///< the conditions that it asks for
-    bool bCentric = false;
+    QString strName;            ///< Hermann–Mauguin symbol in the setting of the cell, gemmi's xhm()
+    double dfLikelihood = 0;    ///< probability, 0 to 1; those of all candidates add up to 1
+    QStringList listCondition;  ///< its reflection conditions
+    bool bCentric = false;      ///< centrosymmetric
 };
 
+/// The result of rankSpaceGroups().
 struct SpaceGroupRanking {
     std::vector<ConditionEvidence> listCondition;
     std::vector<SpaceGroupCandidate> listCandidate;  ///< the best first
 };
 
-/// Dynamical scattering puts intensity where none should be, most into zones whose rows excite one another,
-/// so that a forbidden class counts as absent when it is much weaker than the allowed one, not when it is 0.
+/// Ranks the space groups of a Laue class by their reflection conditions.
+///
+/// Multiple scattering gives forbidden reflections intensity, most in zones in which several rows are excited
+/// at once. Forbidden reflections therefore count as absent if they are much weaker than the allowed ones,
+/// not only if they are 0.
 SpaceGroupRanking rankSpaceGroups(const std::vector<MergedReflection>& listMerged, const LaueCandidate& laue);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Space group settings: the space groups that a Laue class in its setting leaves open.
+// Space group settings: the space groups that are compatible with a Laue class in its setting.
 #pragma once
 
 #include <gemmi/symmetry.hpp>
@@ -7,9 +7,10 @@
 
 namespace tessera {
 
-/// All settings of gemmi's table whose rotations, with the inversion added, are those of the Laue class, and
-/// whose centring is its own: permutations of orthorhombic axes and cell choices of monoclinic ones included.
-/// Of two choices of origin the second is there, which has the inversion at the origin.
+/// All settings in gemmi's table that have the centring of the Laue class and whose rotations, together with
+/// the inversion, are those of the Laue class. This includes permuted axes of orthorhombic groups and cell
+/// choices of monoclinic ones. Of two origin choices only the second is listed, which has an inversion centre
+/// at the origin.
 std::vector<const gemmi::SpaceGroup*> spaceGroupSettings(const gemmi::GroupOps& laue);
 
 }  // namespace tessera

@@ -34,7 +34,8 @@ public:
             takeSpot(nFrame, spot);
         }
         for (const SpotWindow& window : looked.listWindow) {
-            m_profile.add(window.dfX, window.dfY, window.nLeft, window.nTop, window.listPixel);
+            m_profile.add(window.dfX, window.dfY, window.pixels.nLeft, window.pixels.nTop,
+                          window.pixels.listPixel);
         }
     }
 
@@ -81,7 +82,7 @@ private:
                 return;
             }
         }
-        const auto fit = fitRocking(listMeasure, m_start, observation.dfDStar, 1, true);
+        const auto fit = fitRocking(listMeasure, m_start, observation.dfDStar, 1, RockingWidth::Fitted);
         const SpotMeasure& middle = active.listMeasure[active.listMeasure.size() / 2];
         const double dfStep = std::abs(middle.dfExcitation[2] - middle.dfExcitation[0]);
         if (fit && fit->dfMisfit < 0.15 && dfStep < 2.5 * fit->dfWidth) {

@@ -1,4 +1,4 @@
-// SpotLearning: what the strong reflections and the backgrounds of a series tell, in one reading of it.
+// SpotLearning: learns spot profile, rocking curve and detector noise in a first pass over the frames.
 #pragma once
 
 #include "integration/framecounts.h"
@@ -13,23 +13,24 @@
 
 namespace tessera {
 
-/// All that the second reading needs.
+/// What the second pass, the integration, needs.
 struct LearnedSeries {
     SpotModel model;
     NoiseModel noise;
     RockingCurve curve;
     CSpotOffsets correction;
-    std::optional<CLearnedProfile> profile;
-    std::vector<char> listBlank;  ///< per frame
-    double dfGlow = 0;            ///< pixels about the direct beam
-    double dfReach = 3;           ///< widths of the rocking curve on either side that are summed
+    std::optional<CLearnedProfile> profile;  ///< none if there were too few strong spots
+    std::vector<char> listBlank;             ///< 1 for blank frames
+    double dfGlow = 0;                       ///< radius of the direct beam's glow, pixels
+    double dfReach = 3;                      ///< widths of the rocking curve on either side that are summed
 };
 
-/// Reads all frames in order and learns.
+/// Reads all frames in order and learns from the strong spots and the background.
 ///
-/// Strong is what stands eight deviations above its background on one frame, alone, whole and unmasked.
-/// @param dfStartSigma  pixels, of the spots as the frames were looked at before
-/// @param learned       replaced when the run finished
+/// A spot is strong if it is eight standard deviations above its background on one frame, does not overlap
+/// with others, and is complete and unmasked.
+/// @param dfStartSigma  approximate sigma of the spots, pixels
+/// @param learned       replaced if the run finished
 RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
                       const IntegrationOptions& options, double dfStartSigma,
                       const std::vector<char>& listMask, int nJobs, CRunReport& report,

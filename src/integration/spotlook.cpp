@@ -57,8 +57,8 @@ void CSpotLook::lookAt(const ExpectedSpot& expected, int nFrame, CSpotMeasurer& 
         window.dfX = expected.place.dfX + measure.dfOffX;
         window.dfY = expected.place.dfY + measure.dfOffY;
         window.dfStrength = measure.dfSum;
-        window.listPixel = measurer.window(expected, m_nHalf, window.nLeft, window.nTop);
-        if (!window.listPixel.empty()) {
+        window.pixels = measurer.window(expected, m_nHalf);
+        if (!window.pixels.listPixel.empty()) {
             looked.listWindow.push_back(window);
         }
     }

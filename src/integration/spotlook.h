@@ -1,4 +1,4 @@
-// CSpotLook: what one frame tells of its strong spots and of its background.
+// CSpotLook: measures the strong spots and the background of one frame, for learning.
 #pragma once
 
 #include "integration/expectedspots.h"
@@ -12,37 +12,38 @@
 
 namespace tessera {
 
-/// With one of these a spot on a frame teaches nothing.
+/// Spots with one of these flags are not used for learning.
 inline constexpr unsigned g_nUnfitFlags = FlagOffFrame | FlagMasked | FlagSaturated | FlagOverlap |
                                           FlagNotFinite | FlagBadBackground;
 
+/// A spot that was measured on a frame.
 struct LookedSpot {
     int nObservation = 0;
-    FramePlace place;  ///< as predicted, raw pixels
+    FramePlace place;  ///< predicted place, raw pixels
     SpotMeasure measure;
-    bool bStrong = false;  ///< its centroid and width are known
+    bool bStrong = false;  ///< strong, so that its centroid and width are known
 };
 
-/// The pixels about a strong spot, without the background.
+/// The pixels around a strong spot, with the background subtracted.
 struct SpotWindow {
     double dfX = 0, dfY = 0;  ///< centroid, raw pixels
     double dfStrength = 0;    ///< counts
-    int nLeft = 0, nTop = 0;
-    std::vector<float> listPixel;
+    PixelWindow pixels;
 };
 
+/// The spots of a frame.
 struct LookedFrame {
-    QString strFault;  ///< why it was not read
+    QString strFault;  ///< why the frame could not be read; empty if it could
     FrameCounts counts;
     std::vector<LookedSpot> listSpot;
-    std::vector<SpotWindow> listWindow;  ///< of the strongest
+    std::vector<SpotWindow> listWindow;  ///< windows of the strongest spots
 };
 
-/// Belongs to a thread.
+/// Measures spots frame by frame. Each thread needs one of its own.
 class CSpotLook {
 public:
-    /// @param nHalf   of the windows, pixels
-    /// @param nEvery  observation is looked at
+    /// @param nHalf   pixels of the windows on either side of the centre
+    /// @param nEvery  only every so many observations are measured
     CSpotLook(const CSeriesFrames& frames, const CExpectedSpots& expected, const CPassageGeometry& passages,
               const MeasureSettings& settings, int nHalf, int nEvery)
         : m_frames(frames),
@@ -53,6 +54,7 @@ public:
           m_nEvery(nEvery)
     {}
 
+    /// Reads a frame and measures its spots.
     LookedFrame look(int nFrame) const;
 
 private:

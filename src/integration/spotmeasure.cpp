@@ -223,17 +223,17 @@ bool CSpotMeasurer::findCentroid(const ExpectedSpot& spot, SpotMeasure& measure)
     return true;
 }
 
-std::vector<float> CSpotMeasurer::window(const ExpectedSpot& spot, int nHalf, int& nLeft, int& nTop) const
+PixelWindow CSpotMeasurer::window(const ExpectedSpot& spot, int nHalf) const
 {
     const int nX = int(std::lround(spot.place.dfX)), nY = int(std::lround(spot.place.dfY));
-    nLeft = nX - nHalf;
-    nTop = nY - nHalf;
+    const int nLeft = nX - nHalf;
+    const int nTop = nY - nHalf;
     const int nSide = 2 * nHalf + 1;
-    std::vector<float> listWindow;
     if (nLeft < 0 || nTop < 0 || nLeft + nSide > m_pImg->Width() || nTop + nSide > m_pImg->Height()) {
-        return listWindow;
+        return {};
     }
-    listWindow.reserve(size_t(nSide) * size_t(nSide));
+    PixelWindow window = {nLeft, nTop, {}};
+    window.listPixel.reserve(size_t(nSide) * size_t(nSide));
     for (int y = nTop; y < nTop + nSide; ++y) {
         for (int x = nLeft; x < nLeft + nSide; ++x) {
             const size_t nAt = size_t(y) * size_t(m_pImg->Width()) + size_t(x);
@@ -244,10 +244,10 @@ std::vector<float> CSpotMeasurer::window(const ExpectedSpot& spot, int nHalf, in
                 (m_settings.pMask && (*m_settings.pMask)[nAt])) {
                 return {};
             }
-            listWindow.push_back(f - float(m_plane.at(x - spot.place.dfX, y - spot.place.dfY)));
+            window.listPixel.push_back(f - float(m_plane.at(x - spot.place.dfX, y - spot.place.dfY)));
         }
     }
-    return listWindow;
+    return window;
 }
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// CSpotMeasurer: the counts of predicted spots on one frame.
+// CSpotMeasurer: measures predicted spots on one frame.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -16,57 +16,68 @@ namespace tessera {
 struct ExpectedSpot {
     int nObservation = 0;
     FramePlace place;             ///< raw pixels
-    double dfPart = 0;            ///< of its rocking curve, that this frame records
-    double dfExcitation[3] = {};  ///< Å⁻¹, where the frame begins, at its middle, where it ends
+    double dfPart = 0;            ///< fraction of its rocking curve that the frame records
+    double dfExcitation[3] = {};  ///< excitation error at start, middle and end of the frame, Å⁻¹
 };
 
-/// What a frame says of a spot. Variances are those without the spot itself.
+/// The measurement of a spot on a frame. The variances do not include the counting noise of the spot itself.
 struct SpotMeasure {
     int nFrame = 0;
-    double dfPart = 0;
-    double dfExcitation[3] = {};
-    double dfSum = 0;          ///< counts in the disc above the background
-    double dfSumVariance = 0;  ///< counts²
-    double dfInDisc = 1;       ///< part of the spot that the disc holds
-    double dfFit = 0;          ///< counts of the whole spot by the fit of the profile
-    double dfFitVariance = 0;  ///< counts²; 0: no fit
-    double dfFitShare = 0;     ///< what the spot's own counts times the gain add to that variance, a factor
-    double dfBackground = 0;   ///< counts per pixel
-    double dfVariance = 0;     ///< of the background's pixels, counts²
-    double dfDifference = 0;   ///< the same from pixels two apart, without what bends the background
-    int nBackground = 0;       ///< pixels that it is from
-    double dfOffX = 0;         ///< centroid less place, pixels; of strong spots alone
-    double dfOffY = 0;
-    double dfSigma = 0;  ///< pixels, from second moments, of strong spots alone
-    unsigned nFlags = 0;
+    double dfPart = 0;            ///< see ExpectedSpot
+    double dfExcitation[3] = {};  ///< see ExpectedSpot
+    double dfSum = 0;             ///< counts in the disc above the background
+    double dfSumVariance = 0;     ///< counts²
+    double dfInDisc = 1;          ///< fraction of the spot that is in the disc
+    double dfFit = 0;             ///< counts of the whole spot by profile fitting
+    double dfFitVariance = 0;     ///< counts²; 0: no fit
+    double dfFitShare = 0;        ///< counts of the spot times gain times this factor add to that variance
+    double dfBackground = 0;      ///< counts per pixel
+    double dfVariance = 0;        ///< variance of the pixels of the background, counts²
+    double dfDifference = 0;      ///< the same from differences of pixels two apart, free of curvature
+    int nBackground = 0;          ///< number of pixels of the background
+    double dfOffX = 0;            ///< centroid minus expected place, pixels; strong spots only
+    double dfOffY = 0;            ///< centroid minus expected place, pixels; strong spots only
+    double dfSigma = 0;           ///< pixels, from second moments; strong spots only
+    unsigned nFlags = 0;          ///< ReflectionFlag
 };
 
+/// How spots are measured.
 struct MeasureSettings {
-    double dfRadius = 4;              ///< pixels, of the disc
-    std::optional<NoiseModel> noise;  ///< none: the pixels of the background tell
-    const CLearnedProfile* pProfile = nullptr;
-    const std::vector<char>* pMask = nullptr;  ///< of the frame's size, 1: masked
-    double dfSaturation = 0;                   ///< counts; 0: none
+    double dfRadius = 4;                        ///< radius of the disc, pixels
+    std::optional<NoiseModel> noise;            ///< none: the variance of the background's pixels is used
+    const CLearnedProfile* pProfile = nullptr;  ///< null: no profile fitting
+    const std::vector<char>* pMask = nullptr;   ///< of the size of the frame, 1: masked; null: no mask
+    double dfSaturation = 0;                    ///< counts; 0: no saturation
 };
 
-/// Belongs to a thread; keeps its work space from frame to frame.
+/// The pixels of a square window, row by row.
+struct PixelWindow {
+    int nLeft = 0, nTop = 0;       ///< its first pixel
+    std::vector<float> listPixel;  ///< empty: there is no window
+};
+
+/// Measures the spots of frames. Each thread needs one of its own; the work space is kept from frame to
+/// frame.
 class CSpotMeasurer {
 public:
-    explicit CSpotMeasurer(const MeasureSettings& settings) : m_settings(settings) {}
+    explicit CSpotMeasurer(const MeasureSettings& settings)
+        : m_settings(settings) {}  ///< copies the settings
 
-    /// Notes which pixels the discs of the expected spots hold.
+    /// Starts a frame, and marks the pixels in the discs of all expected spots.
     void beginFrame(const CImgObj<float>& img, const std::vector<ExpectedSpot>& listSpot);
 
-    /// Sums and fits one of them. Pixel weights of the disc fall from 1 to 0 over a pixel at its edge.
+    /// Sums and fits a spot. The weights of pixels fall from 1 to 0 over one pixel at the edge of the disc.
     SpotMeasure measure(const ExpectedSpot& spot, int nFrame);
 
-    /// Centroid and width of a spot that was measured, by moments under a Gaussian window that moves with it.
-    /// @return false where it drifts off its disc
+    /// Finds centroid and width of a spot that was measured, from moments under a Gaussian window that
+    /// follows the centroid.
+    /// @return false if the centroid leaves the disc
     bool findCentroid(const ExpectedSpot& spot, SpotMeasure& measure) const;
 
-    /// The pixels about a place less the background of the last measure(), for the profile.
-    /// @return empty where it leaves the frame, or runs into other spots
-    std::vector<float> window(const ExpectedSpot& spot, int nHalf, int& nLeft, int& nTop) const;
+    /// The pixels around a spot with the background of the last measure() subtracted, for the profile.
+    /// @param nHalf  pixels of the window on either side of the centre
+    /// @return an empty window if it leaves the frame or touches other spots
+    PixelWindow window(const ExpectedSpot& spot, int nHalf) const;
 
 private:
     struct DiscPixel {
@@ -80,7 +91,7 @@ private:
 
     const MeasureSettings m_settings;
     const CImgObj<float>* m_pImg = nullptr;
-    std::vector<unsigned char> m_listClaim;  // high bit: some disc; the rest: how many that count
+    std::vector<unsigned char> m_listClaim;  // per pixel: high bit: in a disc; rest: overlapping discs
     std::vector<DiscPixel> m_listDisc;
     std::vector<BackgroundPixel> m_listBackground;
     BackgroundPlane m_plane;

@@ -1,4 +1,4 @@
-// SpotOffsets: what strong spots lie off their predicted places by.
+// SpotOffsets: a correction of predicted places, learned from the centroids of strong spots.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
@@ -9,25 +9,28 @@
 
 namespace tessera {
 
-/// A strong spot and the way from its predicted place to its centroid.
+/// The offset of a strong spot from its predicted place.
 struct SpotOffset {
     int nFrame = 0;
-    FramePlace place;  ///< raw pixels
-    FramePlace off;    ///< pixels
+    FramePlace place;  ///< predicted place, raw pixels
+    FramePlace off;    ///< centroid minus predicted place, pixels
 };
 
-/// A cubic of the place on the frame, the same on all frames, and a shift of each frame. It takes up what is
-/// left of lens distortions and of the drift; it is learned from the frames and moves discs alone, and never
-/// enters the geometry.
+/// A cubic polynomial of the place, common to all frames, plus a shift of each frame. It absorbs residual
+/// lens distortions and drift. It only moves the discs in which counts are summed and is not part of the
+/// geometry.
 class CSpotOffsets {
 public:
-    CSpotOffsets() = default;
-    /// Robust: in rounds, spots that lie more than three deviations off are dropped. Few spots leave a plane
-    /// or a shift, none leaves nothing to correct.
+    CSpotOffsets() = default;  ///< corrects nothing
+    /// Fits the correction robustly: spots that deviate by more than three standard deviations are rejected
+    /// in rounds. With few spots the polynomial is reduced to a plane or a constant, without spots to
+    /// nothing.
+    /// @param dfSize  pixels by which places are divided in the polynomial
     CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize);
 
+    /// The corrected place, raw pixels.
     FramePlace corrected(int nFrame, const FramePlace& place) const;
-    /// What is left in one direction after it, median, pixels.
+    /// Median of the remaining offsets in one direction, pixels.
     double rest() const { return m_dfRest; }
 
 private:

@@ -1,4 +1,4 @@
-// StructureData: what the files of structure solution hold, gathered from an integration.
+// StructureData: the contents of the files for structure solution.
 #pragma once
 
 #include "integration/chemicalformula.h"
@@ -13,58 +13,58 @@
 
 namespace tessera {
 
-/// One measured intensity on the common scale.
+/// An intensity on the common scale.
 struct ScaledIntensity {
     std::array<int, 3> anIndex = {};  ///< of the conventional setting
     double dfIntensity = 0;           ///< may be negative
     double dfSigma = 0;               ///< above 0
 };
 
-/// All of it belongs to the conventional setting.
+/// Cell, symmetry, intensities and experiment, all in the conventional setting.
 struct StructureData {
-    QString strName;                                 ///< of the series
+    QString strName;                                 ///< name of the series
     double dfWavelength = 0;                         ///< Å
-    CellParameters cell;                             ///< with the exact angles and equal edges of the system
+    CellParameters cell;                             ///< has the exact symmetry of the lattice system
     CellParameters cellErrors;                       ///< 0: not known
     double dfVolume = 0;                             ///< Å³
-    const gemmi::SpaceGroup* pSpaceGroup = nullptr;  ///< never null: an entry of gemmi's table
-    bool bGroupChosen = false;  ///< true: by absences or by the user; false: of the Laue class
-    ChemicalFormula formula;    ///< empty: nobody has told it
-    int nUnits = 1;             ///< formulae in a cell
-    bool bUnitsTold = false;    ///< false: estimated from the volume
+    const gemmi::SpaceGroup* pSpaceGroup = nullptr;  ///< an entry of gemmi's table, not null
+    bool bGroupChosen = false;  ///< the group is from absences or the user, else from the Laue class alone
+    ChemicalFormula formula;    ///< empty: not known
+    int nUnits = 1;             ///< formula units in a cell
+    bool bUnitsTold = false;    ///< the user gave the number, else it is estimated from the volume
     std::vector<ScaledIntensity> listUnmerged;  ///< without excluding flags, in the order of the passages
     std::vector<ScaledIntensity> listMerged;
-    ShellQuality quality;  ///< of all shells
+    ShellQuality quality;  ///< overall agreement
     QString strLaueClass;
     RotationMode rotation;
-    int nCrystals = 0;  ///< that the intensities are merged from; 0: they are those of one series
-    QString strChoice;  ///< which frames of the series these are; empty: all of it
+    int nCrystals = 0;  ///< number of merged crystals; 0: the intensities are from one series
+    QString strChoice;  ///< which frames of the series were used; empty: all of them
     int nFrames = 0;
     double dfTiltFirst = 0;  ///< degrees
     double dfTiltLast = 0;
     int nRejected = 0;  ///< observations that have an excluding flag
 };
 
-/// What the user tells beside the measurement.
+/// Data that are not part of the integration result.
 struct StructureOptions {
-    QString strName;
-    double dfWavelength = 0;
-    ChemicalFormula formula;
-    int nUnits = 0;     ///< 0: to be estimated
-    int nCrystals = 0;  ///< of a result whose frames are crystals: how many are merged
-    QString strChoice;  ///< which frames of the series were taken and how; empty: all as they come
+    QString strName;          ///< name of the series
+    double dfWavelength = 0;  ///< Å
+    ChemicalFormula formula;  ///< empty: not known
+    int nUnits = 0;           ///< formula units in a cell; 0: to be estimated
+    int nCrystals = 0;  ///< number of merged crystals, if the "frames" of the result are crystals; else 0
+    QString strChoice;  ///< which frames of the series were used; empty: all of them
 };
 
-/// Gathers. The space group is the one of the result, else the one of the Laue class without screw axes and
-/// glide planes. A centrosymmetric one comes with its origin in a centre of symmetry.
+/// Gathers the contents of the files. The space group is that of the result, else the symmorphic group of the
+/// Laue class. A centrosymmetric group is given with an inversion centre at the origin.
 StructureData structureData(const IntegrationResult& result, const StructureOptions& options);
 
-/// The group in the setting that has the centre of symmetry in the origin; the group itself where it has
-/// none.
+/// The setting of a group with an inversion centre at the origin; the group itself if there is no such
+/// setting.
 const gemmi::SpaceGroup* withCentreInOrigin(const gemmi::SpaceGroup* pGroup);
 
-/// Operations without centring, and without those that the inversion adds: one of each pair, the identity
-/// first.
+/// The operations without centring and, in a centrosymmetric group, without those related by the inversion;
+/// the identity first.
 std::vector<gemmi::Op> basicOperations(const gemmi::SpaceGroup& group);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Unit cell: cell parameters as gemmi has them.
+// Conversion of cell parameters to gemmi's unit cell.
 #pragma once
 
 #include "records/cellparameters.h"
@@ -9,7 +9,8 @@
 
 namespace tessera {
 
-/// @return none where the six numbers span no cell, of which gemmi would throw
+/// The cell as gemmi's type.
+/// @return none if the parameters do not span a cell, for which gemmi would throw
 std::optional<gemmi::UnitCell> unitCellOf(const CellParameters& cell);
 
 }  // namespace tessera

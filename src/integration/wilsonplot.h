@@ -1,4 +1,4 @@
-// Wilson plot: the fall-off of intensity with resolution.
+// Wilson plot: the decrease of intensity with resolution.
 #pragma once
 
 #include "integration/mergingquality.h"
@@ -8,21 +8,22 @@
 
 namespace tessera {
 
+/// The points of the plot and the slope of the line through them.
 struct WilsonPlot {
-    std::vector<std::array<double, 2>> listPoint;  ///< (sin θ/λ)², Å⁻²; ln (mean I / f²)
-    double dfB = 0;                                ///< Å²; not finite where no line fits
+    std::vector<std::array<double, 2>> listPoint;  ///< {(sin θ/λ)² in Å⁻², ln (mean I / f²)}
+    double dfB = 0;                                ///< Å²; not finite if no line can be fitted
 };
 
-/// The mean of f_e², Å², over carbon, oxygen and silicon as neutral atoms, which stands for the average atom
-/// of a crystal whose formula nobody gave: the shape of the curve matters alone, and it differs little.
-/// Source: International Tables for Crystallography, Vol. C, table 4.3.2.2, as gemmi has it.
+/// The mean of f_e², Å², over neutral carbon, oxygen and silicon. It stands for the average atom of a crystal
+/// of unknown formula: only the shape of the curve matters, which differs little between elements. Source:
+/// International Tables for Crystallography, Vol. C, table 4.3.2.2, as gemmi has it.
 /// @param dfSquare  (sin θ/λ)², Å⁻²
 double meanSquareScattering(double dfSquare);
 
-/// ln (mean of I / epsilon over f²) in shells of about 60 reflections, five at least where there are 100
-/// reflections. The line goes through the shells beyond 3 Å, where neighbouring atoms no longer bend the
-/// plot, or through all where these are fewer than four; -2B is its slope. Source: Wilson (1942), Nature 150,
-/// 151–152.
+/// Computes ln (mean of I / epsilon over f²) in shells of about 60 reflections, at least five shells from 100
+/// reflections on. The line is fitted to the shells beyond 3 Å, where interatomic distances no longer shape
+/// the plot, or to all shells if there are fewer than four of these; its slope is -2B. Source: Wilson (1942),
+/// Nature 150, 151–152.
 WilsonPlot wilsonPlot(const std::vector<MergedReflection>& listMerged, const ObservationSymmetry& symmetry,
                       const CellParameters& cell);
 

@@ -103,7 +103,8 @@ TEST(Scaling, OutliersAreFoundAndGoodOnesKept)
     const ObservationSymmetry symmetry = symmetryNamed("P 6/m m m");
     std::vector<Observation>& list = made.integrated.listObservation;
     const ScalingResult result = scaleObservations(list, symmetry, made.series.frameCount(), {}, report);
-    const EquivalentGroups groups = groupEquivalents(list, symmetry, false, g_nExcludingFlags & ~FlagOutlier);
+    const EquivalentGroups groups = groupEquivalents(list, symmetry, FriedelMates::Equivalent,
+                                                     g_nExcludingFlags & ~FlagOutlier);
     int nGoodLost = 0;
     int nFound = 0;
     int nToFind = 0;
