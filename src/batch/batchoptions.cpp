@@ -2,6 +2,7 @@
 
 #include "batch/optionreader.h"
 #include "batch/optionrules.h"
+#include "batch/optiontable.h"
 #include "batch/sectionoptions.h"
 #include "batch/seriesoptions.h"
 #include "dataset/pagerounding.h"
@@ -22,7 +23,7 @@ namespace tessera {
 
 namespace {
 
-/// One numeric parameter: name, unit and default as the help shows them, range, and where it goes.
+/// A numeric option: name, unit and help, its range, and the function that stores its value.
 struct NumberOption {
     QString strName;
     QString strUnit;
@@ -48,7 +49,8 @@ std::function<void(double)> into(std::optional<double>& dfTarget)
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
 }
 
-/// The option of a row: it sets the optional of its member, or else the member in the record itself.
+/// The option of a row of the parameter table. It sets the optional of the options that belongs to the row's
+/// member, or else the member in its parameter record.
 NumberOption optionOf(const Parameter& row, RoadOptions& o)
 {
     NumberOption option = {
@@ -84,7 +86,7 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
     return option;
 }
 
-/// The page parameters by name, from their table, and what has no page.
+/// All numeric options: the parameters of the pages, from their table, and those that have no page.
 QList<NumberOption> numberOptions(RoadOptions& o)
 {
     const QList<NumberOption> listTilt = {
@@ -116,140 +118,9 @@ QList<NumberOption> numberOptions(RoadOptions& o)
     return listOption + listIntegrate + listExport;
 }
 
-void addOptions(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
+/// Adds the numbers of the pages to the help, with their units.
+void addNumbers(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
 {
-    const QString strStages = roadStageNames().join(QStringLiteral(", "));
-    const Parameter& spaceGroup = parameterOf(&IndexingParameters::m_nSpaceGroup);
-    parser.addOptions({
-        {"from",
-         "First stage to run: " + strStages +
-             "; what lies before it is read from its files, but merging "
-             "and, for geometry, integrate and refine, indexing are done anew, with the options given for "
-             "them.",
-         "stage", "shifts"},
-        {"to", "Last stage to run; default integrate, or refine with --from refine.", "stage", "integrate"},
-        {"out", "Folder of the result files; default: beside the project.", "folder"},
-        {"region",
-         "Reference region over the direct beam, X,Y,SIZE in pixels, SIZE even and at least 16; "
-         "default auto, 256 or larger round the beam found on the frames; the window has none of "
-         "its own, so --window-defaults leaves this auto.",
-         "X,Y,SIZE"},
-        {"mask", "Mask file: areas that peak hunting leaves out.", "file"},
-        {"defects",
-         "Look on some frames for rows, columns, edges and shadows that are no measurement, leave them out "
-         "of peak hunting, and repair hot pixels, which are listed in hotpixels.txt beside the project if "
-         "there is none and the results go there: auto or off; default auto, off with --mask and with "
-         "--window-defaults.",
-         "auto|off"},
-        {"ignore-hot-pixels",
-         "Leave a list of hot pixels beside the project unread, as a run that found them itself began "
-         "without it."},
-        {"cell", "Unit-cell file to take instead of a cell search.", "file"},
-        {"known-cell",
-         "Look for the orientation of a cell that is known instead of searching one: a,b,c,alpha,beta,gamma "
-         "in Å and degrees, or a CIF file NAME.cif. Its lengths may be 5 per cent off.",
-         "cell"},
-        {"cell-method",
-         "How the cell is searched: vectors (differences of reflections), directions (Fourier sums of all "
-         "peaks over directions), or best, the one of both that explains more of the peaks; default best, "
-         "with --window-defaults vectors.",
-         "vectors|directions|best"},
-        {"calibration",
-         "Calibration of the microscope: axis, distortion and, where it was determined, pixel size in place "
-         "of "
-         "those of the project; what other options tell counts before it.",
-         "file"},
-        {"save-calibration",
-         "Write the calibration that the stage geometry finds, for other crystals of the same microscope.",
-         "file"},
-        {"space-group",
-         QStringLiteral("Number of the space group for the reflection groups, %1 to %2; default %3. Given, "
-                        "it is that of the "
-                        "intensities and their files, too, whose own default is the best by its absences.")
-             .arg(spaceGroup.box.dfMinimum)
-             .arg(spaceGroup.box.dfMaximum)
-             .arg(spaceGroup.start()),
-         "number"},
-        {"fix-geometry",
-         "Numbers that the stage geometry leaves as they are, with commas between: axis, axisOutOfPlane, "
-         "centre, stretching, ellipse, thirdOrder, parabolic, tiltScale; default: none.",
-         "numbers"},
-        {"rotation",
-         "How the crystal turned while a frame was exposed: continuous, stepped (it stood still) or "
-         "precession,ANGLE (it stood still, and the beam went round a cone of this half angle, degrees); "
-         "default: "
-         "as the project says, else continuous.",
-         "mode"},
-        {"formula",
-         "What the crystal is made of, as \"Mg3 Al2 Si3 O12\" or Ca(OH)2: scattering factors and content of "
-         "the "
-         "cell in NAME.ins and NAME.cif.",
-         "formula"},
-        {"formula-units", "Formulae in a cell; default: estimated from its volume.", "number"},
-        {"laue",
-         "Laue class in which intensities are scaled and merged, as 4/mmm or -3m1; default: the one that "
-         "they "
-         "agree with.",
-         "class"},
-        {"no-profile", "Integrate weak reflections by sums alone, without a fit of the profile."},
-        {"no-scale", "Merge intensities as they are, without scale and decay along the series."},
-        {"group", "From a peak list merge only the peaks of this group, 0 to 63; default: all.", "number"},
-        {"apply-stretching", "Undo the elliptical distortion: on or off; default: as the project says.",
-         "on|off"},
-        {"intensity-in-frames", "Weight of a peak: 2d (disc minus ring) or point; default 2d.", "2d|point"},
-        {"intensity-through-frames", "Intensity of a chain: maximum or 3d (integrated); default maximum.",
-         "maximum|3d"},
-        {"statistics", "Print the tables of reflection conditions."},
-        {"constant-background", "Refine also with positions that are fitted beside a constant background."},
-        {"pair-list", "Print the tables of difference vectors and of peak pairs."},
-        {"window-defaults", "Start values of the window's pages instead of auto."},
-        {"setting",
-         "Axes of the cell and the indices: as-found, or conventional, those of the Bravais type that is "
-         "proposed; default as-found.",
-         "as-found|conventional"},
-        {"accept",
-         "Write the files of the stages cell and index over former ones, and end with status 0, also where "
-         "a result is judged bad."},
-        {"jobs",
-         "Frames worked on side by side; the files are the same for every number; default: one per core.",
-         "number"},
-        {"export",
-         "Write other forms of the data after the last stage; a list, or given several times: smv "
-         "(images with the drift taken out, NAME.img), scaled (resized copies beside the frames, "
-         "NAME_s.mrc), volume (reciprocal space as a stack, PROJECT.mrc), pictures (grey, 8 bit), ipf "
-         "(indexed peaks by frame, which the stage index writes anyhow); for other programs xds (XDS.INP "
-         "with "
-         "frames as SMV), dials (NAME.expt and NAME.refl with the same frames), pets (NAME.pts with frames "
-         "as "
-         "TIFF), cif (NAME_dyn.cif_pets, intensities by frames for dynamical refinement). All but scaled, "
-         "pictures and ipf need shifts.",
-         "kind,..."},
-        {"export-only", "Run no stage: read the shifts from their file and export."},
-        {"export-folder", "Folder of the pictures; default: that of the result files.", "folder"},
-        {"export-format", "Format of the pictures: bmp, png, jpg or tif; default png.", "format"},
-        {"virtual-frames",
-         "export cif: frames that are put together; default 0, twice as many as nine of ten passages take.",
-         "number"},
-        {"virtual-step", "export cif: frames from one such group to the next; default 0, half of them.",
-         "number"},
-        {"volume-edge",
-         "Voxels along each side of the volume, 10 to 2000; default 500. It takes 4 bytes of "
-         "memory per voxel.",
-         "number"},
-        {"volume-type", "Values of the volume: raw or scaled to 0 to 255; default raw.", "raw|scaled"},
-        {"json",
-         "Write a summary of what was found; - writes it to the standard output, and the log to the "
-         "standard error.",
-         "file"},
-        {"report",
-         "Write what was done and found as a page for a browser, with tables, plots and some frames, in one "
-         "file.",
-         "file"},
-        {"summary",
-         "Run nothing: print a table of many series, the worst first, from the files that --json wrote. Bad "
-         "files come first, then failed series, then the others by the share of reflections that were "
-         "indexed. Exit status 1 when there is a bad file or a failed series."},
-    });
     for (const NumberOption& option : listNumber) {
         const QString strUnit = option.strUnit.isEmpty() ? QString()
                                                          : QStringLiteral(" [%1]").arg(option.strUnit);
@@ -420,7 +291,7 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
     exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
 }
 
-/// With --summary the files are summaries, and nothing else is asked for.
+/// With --summary the arguments are summary files, and no other option is allowed.
 void checkSummary(const QCommandLineParser& parser, COptionReader& reader)
 {
     if (parser.optionNames().size() > 1) {
@@ -451,7 +322,8 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
         QStringLiteral("input"),
         QStringLiteral("PROJECT.ed3d; or the images in series order, or a folder of them, whose headers tell "
                        "what no option does; with --summary files of --json."));
-    addOptions(parser, listNumber);
+    addNamedOptions(parser);
+    addNumbers(parser, listNumber);
     addSectionOptions(parser);
     addSeriesOptions(parser);
 

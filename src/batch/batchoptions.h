@@ -1,4 +1,4 @@
-// BatchOptions: what the command line of tessera-batch asks for.
+// BatchOptions: the parsed command line of tessera-batch.
 #pragma once
 
 #include "road/roadoptions.h"
@@ -8,20 +8,23 @@
 
 namespace tessera {
 
+/// The options of the driver.
 struct BatchOptions {
     RoadOptions road;
-    bool bSummary = false;  ///< no series: the table of those whose files of --json are the input
-    QString strJsonFile;    ///< takes the summary; empty: none
-    QString strReportFile;  ///< takes the report; empty: none
+    bool bSummary = false;  ///< print a table of series; the input is then the files that --json wrote
+    QString strJsonFile;    ///< file for the summary; empty: none
+    QString strReportFile;  ///< file for the report; empty: none
 };
 
-/// A command line as it was read. Where `strError` or `strHelp` has a text, nothing else counts.
+/// The result of parsing. The options are valid only if both texts are empty.
 struct ParsedOptions {
     BatchOptions options;
-    QString strError;  ///< why the usage is bad
-    QString strHelp;   ///< what was asked for with --help or --version
+    QString strError;  ///< why the command line is wrong
+    QString strHelp;   ///< the text that --help or --version prints
 };
 
+/// Parses the command line.
+/// @param listArgument  with the name of the program first
 ParsedOptions parseBatchOptions(const QStringList& listArgument);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// CBatchReport: the message log of a driver run as it shows on the terminal.
+// CBatchReport: prints the message log of a driver run to the terminal.
 #pragma once
 
 #include "records/runreport.h"
@@ -9,11 +9,12 @@
 
 namespace tessera {
 
-/// Lines are printed as they come; where the standard error is a terminal, progress shows there in one line.
-/// A reader that goes away, or a full disk behind the output, costs these lines alone: the log has them.
+/// Lines are printed as they come. If the standard error is a terminal, progress is shown there in one line.
+/// Output that cannot be written (a closed pipe, a full disk) is lost without further effect; the log file
+/// has all lines.
 class CBatchReport : public CRunReport {
 public:
-    /// @param pOutput  where the lines go
+    /// @param pOutput  the stream for the lines
     explicit CBatchReport(std::FILE* pOutput);
 
     void addMessage(const QString& strText, Severity severity = Severity::Info) override;

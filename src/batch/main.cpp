@@ -1,4 +1,4 @@
-// tessera-batch: the whole road from frames to result files, without a window.
+// tessera-batch: processes a series from frames to result files, without a window.
 #include "batch/batchoptions.h"
 #include "batch/batchreport.h"
 #include "batch/misplacedoutput.h"
@@ -33,6 +33,7 @@ namespace tessera {
 
 namespace {
 
+/// Writes a file, or prints to the standard output, and reports a failure on the standard error.
 /// @return empty, or why the file was not written
 QString writeFile(const QString& strFileName, const QByteArray& bytes)
 {
@@ -53,9 +54,9 @@ QByteArray jsonBytes(const QJsonObject& object)
     return QJsonDocument(object).toJson();
 }
 
-/// Puts a summary of a run that has not ended in the place of the one before, so that a run that is killed is
-/// not taken for the former one. Pipes and the like get the last word only.
-/// @return false where the file cannot be written
+/// Replaces an earlier summary by that of an unfinished run, so that it is not taken for the summary of this
+/// run if the run is killed. Nothing is written to pipes and devices, which get the final summary only.
+/// @return false if the file cannot be written
 bool markUnfinished(const BatchOptions& options)
 {
     const QFileInfo info(options.strJsonFile);
@@ -64,7 +65,7 @@ bool markUnfinished(const BatchOptions& options)
         return true;
     }
     if (!options.road.strOutDir.isEmpty()) {
-        QDir().mkpath(options.road.strOutDir);  // where the summary mostly stands
+        QDir().mkpath(options.road.strOutDir);  // usually the folder of the summary, too
     }
     return !info.absoluteDir().exists() ||
            writeFile(options.strJsonFile, jsonBytes(unfinishedSummary())).isEmpty();
@@ -76,12 +77,13 @@ int badUsage(const QString& strError)
     return 2;
 }
 
-/// The table of --summary. False when a file is bad, a series failed, or the table could not be printed.
+/// Prints the table of --summary.
+/// @return false if a file is bad, a series failed, or the table could not be printed
 bool printSummary(const QStringList& listFileName)
 {
     QList<SummaryFile> listFile;
     for (const QString& strFileName : listFileName) {
-        // "*.json" names the records of the runs as well, which tell the same series.
+        // "*.json" also matches the records of the runs, which describe the same series.
         const bool bNoSummary = strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
                                 strFileName.endsWith(seriesChoiceFile(QString()));
         if (!bNoSummary || listFileName.size() == 1) {
@@ -94,7 +96,7 @@ bool printSummary(const QStringList& listFileName)
                                    [](const SummaryRow& row) { return row.state == SummaryState::Reached; });
 }
 
-/// Lets the record of the run know the files that only the driver writes.
+/// Adds the options for the files that only the driver writes, so that they appear in the record of the run.
 void noteOwnFiles(BatchOptions& options)
 {
     const std::pair<const char*, QString> aFile[] = {{"--json=", options.strJsonFile},
@@ -108,14 +110,14 @@ void noteOwnFiles(BatchOptions& options)
     }
 }
 
-/// Walks the road and writes log, summary and report.
+/// Runs the stages and writes log, summary and report.
 /// @return the exit status
 int runSeries(const BatchOptions& options)
 {
     if (!markUnfinished(options)) {
         return 1;
     }
-    // Whoever reads the summary from the standard output wants nothing else there.
+    // If the summary goes to the standard output, nothing else may be printed there.
     CBatchReport report(isStandardOutput(options.strJsonFile) ? stderr : stdout);
     DataSet dataSet;
     CRoadLog log(report);
@@ -141,7 +143,8 @@ int runSeries(const BatchOptions& options)
     return results.end.finished() && !bBad ? 0 : 1;
 }
 
-/// What speaks against a series whose frames are known.
+/// Checks a series whose frames are known.
+/// @return empty, or why it cannot be run
 QString whatIsWrong(BatchOptions& options)
 {
     for (const auto fnCheck : {+[](BatchOptions& o) { return takeChoiceOfInput(o.road); },
@@ -166,7 +169,7 @@ QString fileOfSize(const QString& strFile, const QSize& size)
     return strFile.left(strFile.size() - strSuffix.size()) + nameOfSize(size) + strSuffix;
 }
 
-/// A folder with frames of several sizes: a run for each of them.
+/// Runs each size of a folder with frames of several sizes as a series of its own.
 /// @return the worst exit status
 int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
 {
@@ -214,11 +217,11 @@ int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
 int main(int argc, char* argv[])
 {
     using namespace tessera;
-    // A reader that goes away, as `head` does, is no reason to leave the road half done.
+    // A closed pipe, such as of `head`, must not end the run.
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-batch"));
-    // Logs of many series are compared and read by scripts, so their numbers have one form.
+    // Logs are compared and read by scripts, so their numbers must not depend on the locale.
     QLocale::setDefault(QLocale::c());
 
     ParsedOptions parsed = parseBatchOptions(application.arguments());

@@ -22,7 +22,7 @@ namespace tessera {
 
 namespace {
 
-/// Those of some outputs that would be replaced: devices and pipes are written to.
+/// The outputs that would replace a file; devices and pipes are left out.
 QStringList replacedFiles(const QStringList& listOutput)
 {
     QStringList listFile;
@@ -36,12 +36,13 @@ QStringList replacedFiles(const QStringList& listOutput)
     return listFile;
 }
 
+/// Whether the run includes a stage.
 bool writesStage(const RoadOptions& options, RoadStage stage)
 {
     return !options.exports.bOnly && options.stageFrom <= stage && stage <= options.stageTo;
 }
 
-/// Names and frames as opening will have them.
+/// A data set with the names and frames that the series will have once it is opened.
 DataSet placesOf(const RoadOptions& options)
 {
     DataSet dataSet;
@@ -51,7 +52,7 @@ DataSet placesOf(const RoadOptions& options)
                                                                : options.strSeriesName;
     dataSet.m_listFrameFile = framesOfImageFiles(options.listInput);
     ProjectFile project;
-    if (options.isProject()) {  // one that cannot be read fails when it is opened
+    if (options.isProject()) {  // an unreadable project is reported when it is opened
         dataSet.m_listFrameFile = project.read(options.listInput.first()) ? project.frameFiles()
                                                                           : QStringList();
     }
@@ -67,7 +68,7 @@ QStringList filesOf(const DataSet& dataSet, std::initializer_list<ResultFile> li
     return listFile;
 }
 
-/// The results but for the cell.
+/// The result files except the cell.
 QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
 {
     QStringList listFile = filesOf(dataSet, {ResultFile::Log, ResultFile::Run});
@@ -84,7 +85,7 @@ QStringList resultFiles(const RoadOptions& options, const DataSet& dataSet)
         listFile += filesOf(dataSet,
                             {ResultFile::RefinedProject, ResultFile::RefinedCell, ResultFile::RefinedShifts});
     }
-    if (writesStage(options, RoadStage::Integrate)) {  // the others find another name where they would
+    if (writesStage(options, RoadStage::Integrate)) {  // the other files get another name if necessary
         listFile += filesOf(dataSet, {ResultFile::Integrated, ResultFile::Merged, ResultFile::Rejected});
     }
     return listFile;
@@ -112,7 +113,7 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
         listFile.append(reciprocalVolumeFile(dataSet));
     }
     listFile += sectionFiles(dataSet, exports.listSection);
-    // Those for other programs but for their frames, which find another place than that of a frame.
+    // Exports for other programs; their frames never have the path of a frame of the series.
     const std::initializer_list<std::pair<ExportKind, const char*>> listOther = {
         {ExportKind::Dials, ".expt"},
         {ExportKind::Dials, ".refl"},
@@ -126,7 +127,7 @@ QStringList exportFiles(const RoadOptions& options, const DataSet& dataSet)
     return listFile;
 }
 
-/// All files that runs on this series read or write beside the frames, whether this one does or not.
+/// All files that any run of this series may read or write beside the frames.
 QStringList sideFiles(const DataSet& dataSet)
 {
     QStringList listFile = {dataSet.m_strProjectDir + QStringLiteral("/hotpixels.txt"),
@@ -144,7 +145,7 @@ QStringList sideFiles(const DataSet& dataSet)
     return listFile;
 }
 
-/// Suffixes, without the dot, of what is no summary: frames, projects, masks, results.
+/// Suffixes, without the dot, of files that cannot be a summary: frames, projects, masks, results.
 QStringList suffixesOfOthers()
 {
     QStringList listSuffix = frameSuffixes() + QStringList{"ed3d", "msk", "img"};
@@ -156,8 +157,11 @@ QStringList suffixesOfOthers()
     return listSuffix;
 }
 
-/// @param strOption  with its file: "--json s.json"
-/// @param strWhat    that the file is to be
+/// Checks the file of --json or --report.
+/// @param strOption  the name of the option
+/// @param strWhat    what the file is, for the message
+/// @param listOwn    other files of the run
+/// @return empty, or what is wrong
 QString misplacedFile(const QString& strOption, const QString& strFile, const QString& strWhat,
                       const QStringList& listInput, const QStringList& listOwn)
 {

@@ -1,17 +1,17 @@
-// misplacedOutput: output files of a run that would destroy its input.
+// misplacedOutput: refuses runs whose output files would overwrite their input.
 #pragma once
 
 #include "batch/batchoptions.h"
 
 namespace tessera {
 
-/// Looks where the run would write: the files of --json and --report, the results, and the exports. None of
-/// them may be a file that the run reads, by whatever path or link; and those of --json and --report none of
-/// the others, no folder and, by its suffix, no frame or result of another run, as the pattern "*.mrc" of a
-/// shell would make it. Devices and pipes are written to and destroy nothing. Of the input only the project
-/// is read, for its frames.
+/// Checks the files that the run would write: those of --json and --report, the results and the exports. None
+/// of them may be a file that the run reads, by any path or link. The files of --json and --report, moreover,
+/// must not be another output file, a folder, or an existing file whose suffix is that of a frame or a
+/// result: the shell may have expanded "*.mrc" after the option. Devices and pipes are allowed. Of the input,
+/// only the project is read, to get its frames.
 ///
-/// A cell file that is the run's own is no harm: it is not written again.
+/// The run's own cell file may be given as --cell, since it is not written then.
 /// @return empty, or what is wrong
 QString misplacedOutput(const BatchOptions& batch);
 

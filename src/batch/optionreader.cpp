@@ -4,7 +4,7 @@ namespace tessera {
 
 namespace {
 
-/// The square of "X,Y,SIZE"; none where the text is no such thing.
+/// The square "X,Y,SIZE"; none if the text is anything else.
 std::optional<QRect> parseRegion(const QString& strText)
 {
     const QStringList listPart = strText.split(QLatin1Char(','));

@@ -1,4 +1,4 @@
-// COptionReader: the values of a command line, with the first that is wrong.
+// COptionReader: reads and checks the values of options.
 #pragma once
 
 #include <QCommandLineParser>
@@ -10,36 +10,40 @@
 
 namespace tessera {
 
-constexpr double g_dfLarge = 1e300;  ///< the limit of a number that has none
+constexpr double g_dfLarge = 1e300;  ///< stands for an infinite limit of a number
 
-/// Whether "auto" may stand in the place of a number, or also "as-given".
+/// Whether the words "auto" and "as-given" are accepted instead of a number.
 enum class AutoValue { NotAllowed, Allowed, OrAsGiven };
 
-/// Takes values by the names of their options, without the dashes. What is wrong is noted, and the value that
-/// comes back then says nothing: the caller looks at error() when everything is read.
+/// Reads values by the names of their options, without the dashes. The first error is recorded; the value
+/// that is returned for a wrong option must not be used. The caller checks error() after all options are
+/// read.
 class COptionReader {
 public:
     /// @param parser  has parsed the command line; must outlive the reader
     explicit COptionReader(const QCommandLineParser& parser) : m_parser(parser) {}
 
+    /// Whether an option was given.
     bool isSet(const QString& strName) const { return m_parser.isSet(strName); }
     /// The values of an option that may be given several times.
     QStringList values(const QString& strName) const { return m_parser.values(strName); }
-    /// A file or a folder, which has to have a name; empty where none is given.
+    /// The name of a file or folder, which must not be empty; empty if the option was not given.
     QString name(const QString& strName);
-    /// The place of the value in a list.
+    /// The index of the value in a list of allowed values.
     int choice(const QString& strName, const QStringList& listValue, int nDefault);
+    /// A whole number within limits.
     int wholeNumber(const QString& strName, int nMinimum, int nMaximum, int nDefault);
-    /// @return none where the number is not given, or one of these words
+    /// A number within limits.
+    /// @return none if the option was not given, or is "auto" or "as-given"
     std::optional<double> number(const QString& strName, double dfMinimum, double dfMaximum,
                                  AutoValue autoValue);
-    /// "X,Y,SIZE" in whole pixels: a square whose even side is at least 16.
-    /// @return none where it is not given, or "auto"
+    /// "X,Y,SIZE" in whole pixels: a square whose side is even and at least 16.
+    /// @return none if the option was not given, or is "auto"
     std::optional<QRect> region(const QString& strName);
 
-    /// Notes what is wrong, unless something else is or the text is empty.
+    /// Records an error, unless there is one already or the text is empty.
     void refuse(const QString& strError);
-    /// The first thing that is wrong; empty if nothing is.
+    /// The first error; empty if there is none.
     const QString& error() const { return m_strError; }
 
 private:

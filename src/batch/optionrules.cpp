@@ -8,7 +8,10 @@
 
 namespace tessera {
 
-QString contradiction(const RoadOptions& o)
+namespace {
+
+/// What does not go with the input.
+QString contradictionOfInput(const RoadOptions& o)
 {
     if (o.listInput.isEmpty()) {
         return QStringLiteral("no project and no images given");
@@ -23,6 +26,12 @@ QString contradiction(const RoadOptions& o)
     if (o.isProject() && (o.dfTiltStart || o.dfTiltStep)) {
         return QStringLiteral("--tilt-start and --tilt-step go with images; the project has its own tilts");
     }
+    return {};
+}
+
+/// What does not go with a calibration, or with the stages that are run.
+QString contradictionOfCalibration(const RoadOptions& o)
+{
     const bool bCalibrated = !o.strCalibrationFile.isEmpty();
     if (bCalibrated && o.bFindAxis) {
         return QStringLiteral("--calibration tells the axis: --axis auto does not go with it");
@@ -35,6 +44,12 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--to %1 lies before --from %2")
             .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
     }
+    return {};
+}
+
+/// What does not go with a known cell, or with the range of a cell search.
+QString contradictionOfCell(const RoadOptions& o)
+{
     if (o.knownCell && !o.strCellFile.isEmpty()) {
         return QStringLiteral("--known-cell and --cell: one of them tells the cell");
     }
@@ -45,7 +60,7 @@ QString contradiction(const RoadOptions& o)
         return QStringLiteral("--known-cell needs the stage cell: --from %1 lies behind it")
             .arg(roadStageName(o.stageFrom));
     }
-    // What is not given comes from the spots, or from the pages; with both given the order is theirs.
+    // A limit that was not given is found from the spots, or is that of the page.
     CellHuntingParameters cell = o.cell;
     cell.m_dfCellRangeMin = o.dfCellRangeMin.value_or(cell.m_dfCellRangeMin);
     cell.m_dfCellRangeMax = o.dfCellRangeMax.value_or(cell.m_dfCellRangeMax);
@@ -54,7 +69,13 @@ QString contradiction(const RoadOptions& o)
     if (bRange && cell.m_dfCellRangeMin >= cell.m_dfCellRangeMax) {
         return QStringLiteral("--cell-min has to be below --cell-max");
     }
-    // Limits that are left alone are those of the pages, or none.
+    return {};
+}
+
+/// Limits of the peaks whose order is wrong.
+QString contradictionOfLimits(const RoadOptions& o)
+{
+    // A limit that was not given is that of the page, or does not exist.
     const MappingParameters page;
     const auto low = [&](const std::optional<double>& dfGiven, double dfPage) {
         return dfGiven.value_or(o.bWindowDefaults ? dfPage : -g_dfLarge);
@@ -77,9 +98,12 @@ QString contradiction(const RoadOptions& o)
                 .arg(limit.dfHigh);
         }
     }
-    if (o.intensities.nUnits > 0 && o.intensities.formula.isEmpty()) {
-        return QStringLiteral("--formula-units needs --formula");
-    }
+    return {};
+}
+
+/// What exports need and the run does not have.
+QString contradictionOfExports(const RoadOptions& o)
+{
     const ExportOptions& exports = o.exports;
     if (exports.bOnly && exports.isEmpty()) {
         return QStringLiteral("--export-only needs --export");
@@ -103,6 +127,27 @@ QString contradiction(const RoadOptions& o)
     if (o.bFindAxis && !bMerged && exports.listKind.contains(ExportKind::Volume)) {
         return QStringLiteral("--export volume with --axis auto needs the stage merge, which finds the axis");
     }
+    return {};
+}
+
+}  // namespace
+
+QString contradiction(const RoadOptions& o)
+{
+    for (const auto fnCheck :
+         {contradictionOfInput, contradictionOfCalibration, contradictionOfCell, contradictionOfLimits}) {
+        const QString strError = fnCheck(o);
+        if (!strError.isEmpty()) {
+            return strError;
+        }
+    }
+    if (o.intensities.nUnits > 0 && o.intensities.formula.isEmpty()) {
+        return QStringLiteral("--formula-units needs --formula");
+    }
+    const QString strExports = contradictionOfExports(o);
+    if (!strExports.isEmpty()) {
+        return strExports;
+    }
     if (o.nGroup >= 0 && o.stageFrom < RoadStage::Merge) {
         return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
     }
@@ -125,7 +170,7 @@ QString whatImagesLack(const RoadOptions& o)
     };
     need(o.dfWavelength || bCalibrated || facts.wavelength.isTold(), "the wavelength", "--wavelength");
     need(o.dfPixelSize || bCalibrated || facts.pixelSize.isTold(), "the pixel size", "--pixel-size");
-    // Who gives all else is taken at the word of the help, which has a default for the step.
+    // If all else is given, the step has its default, as the help says.
     const bool bAllGiven = bCalibrated ||
                            (o.dfWavelength && o.dfPixelSize && (o.dfRotationAxis || o.bFindAxis));
     need(o.dfTiltStep || bAllGiven || facts.tilts.isTold() || o.listInput.size() < 2, "the tilts",
@@ -144,7 +189,7 @@ QString whatImagesLack(const RoadOptions& o)
                                    : QStringLiteral(" such as ") + dir.filePath(listProject.first());
     QString strText = QStringLiteral("the images do not tell %1: give %2, or a project%3")
                           .arg(joined(listLacking), joined(listOption), strProject);
-    for (const QString& strDoubt : facts.listDoubt) {  // one of them may say why
+    for (const QString& strDoubt : facts.listDoubt) {  // a doubt may be the reason
         strText += QStringLiteral("\n  ") + strDoubt;
     }
     return strText;

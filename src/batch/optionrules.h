@@ -5,12 +5,12 @@
 
 namespace tessera {
 
-/// The first thing that does not go together.
-/// @return empty, or what is wrong
+/// Checks options that exclude or require one another.
+/// @return empty, or the first contradiction
 QString contradiction(const RoadOptions& o);
 
-/// What images, whose headers have been read, and options do not tell.
-/// @return empty, or one sentence that names the options that give it
+/// Looks for quantities that neither the options nor the headers of the images, which have been read, give.
+/// @return empty, or a sentence that names the missing quantities and the options for them
 QString whatImagesLack(const RoadOptions& o);
 
 }  // namespace tessera

@@ -13,8 +13,8 @@ void addSectionOptions(QCommandLineParser& parser)
     parser.addOptions({
         {"sections",
          "Write planes of reciprocal space after the last stage, as NAME_hk0.mrc and NAME_hk0.png: a list "
-         "such as hk0,h0l,0kl,hk1,h-2l, or given several times; also \"[u v w]\" and \"[u v w]=n\" for the "
-         "layers of a zone axis. They need a cell.",
+         "such as hk0,h0l,0kl,hk1,h-2l, or the option given several times; also \"[u v w]\" and "
+         "\"[u v w]=n\" for the layers of a zone axis. They need a cell.",
          "plane,..."},
         {"section-thickness",
          "Thickness of the sections in Å⁻¹; default 0, the width of the spots, at most half the distance of "
@@ -26,8 +26,8 @@ void addSectionOptions(QCommandLineParser& parser)
          "Laue class by which equivalent planes are averaged, as 4/mmm; default: none, the plane alone.",
          "class"},
         {"section-background",
-         "Counts as they are, or off: the median of the ring about the direct beam is taken from each pixel; "
-         "default on.",
+         "on: counts as they are; off: subtract from each pixel the median of its ring about the direct "
+         "beam; default on.",
          "on|off"},
     });
 }

@@ -1,4 +1,4 @@
-// Section options: which sections of reciprocal space the driver is to write, and how.
+// Section options: the options of the driver for sections of reciprocal space.
 #pragma once
 
 #include "batch/optionreader.h"
@@ -8,10 +8,10 @@ class QCommandLineParser;
 
 namespace tessera {
 
-/// Adds them to the help.
+/// Adds the options to a parser.
 void addSectionOptions(QCommandLineParser& parser);
 
-/// Reads them; what is wrong is noted by the reader.
+/// Reads the options; the reader records errors.
 void takeSections(COptionReader& reader, ExportOptions& exports);
 
 }  // namespace tessera

@@ -43,24 +43,23 @@ void addSeriesOptions(QCommandLineParser& parser)
     parser.addOptions({
         {"bin",
          QStringLiteral(
-             "Sum N x N pixels to one as the frames are read, 1 to %1; default 1, or as beside the "
-             "project. Pixel size, centre, region, mask and list of hot pixels are given as of the "
-             "files and follow; radii are in pixels of the binned frames.")
+             "Sum N x N pixels to one as the frames are read, 1 to %1; default 1, or as in the file beside "
+             "the project. Pixel size, centre, region, mask and hot pixels are given for the frames as they "
+             "are on the disk, and are converted; radii are in pixels of the binned frames.")
              .arg(g_nMostBin),
          "N"},
         {"sum",
-         "Sum each N neighbouring frames to one as they are read, with the mean of their tilts; default 1. "
-         "Frames that are left over before a hole or at the end are left out.",
+         "Sum every N successive frames to one as they are read, with the mean of their tilts; default 1. "
+         "Frames that are left over before a gap or at the end are left out.",
          "N"},
         {"frames",
-         "Take these frames alone, by their numbers in the project or folder from 1 on: 5-60, 5-, -60 or "
+         "Use only these frames, by their numbers in the project or folder from 1 on: 5-60, 5-, -60 or "
          "1-10,20-30; default: all.",
          "A-B"},
-        {"skip", "Leave these frames out, as 3,7-9.", "list"},
+        {"skip", "Leave these frames out, such as 3,7-9.", "list"},
         {"size",
-         "Of a folder with frames of several sizes those of this one, WIDTHxHEIGHT; default: a series for "
-         "each "
-         "size.",
+         "Use only the frames of this size, WIDTHxHEIGHT, of a folder with several sizes; default: each size "
+         "is a series.",
          "size"},
     });
 }

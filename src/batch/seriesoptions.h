@@ -1,4 +1,4 @@
-// Series options: which frames of a series the driver takes, and what of them becomes one.
+// Series options: the options of the driver for selecting, binning and summing frames.
 #pragma once
 
 #include "batch/optionreader.h"
@@ -8,10 +8,10 @@ class QCommandLineParser;
 
 namespace tessera {
 
-/// Adds them to the help.
+/// Adds the options to a parser.
 void addSeriesOptions(QCommandLineParser& parser);
 
-/// Reads them; what is wrong is noted by the reader.
+/// Reads the options; the reader records errors.
 void takeSeriesOptions(COptionReader& reader, RoadOptions& options);
 
 }  // namespace tessera

@@ -24,7 +24,7 @@ double number(const QJsonValue& value)
     return value.toDouble(std::numeric_limits<double>::quiet_NaN());
 }
 
-/// A cell of the table may hold no line break, nor what else would move the columns.
+/// The text without line breaks and other characters that would shift the columns of the table.
 QString oneLine(const QString& strText)
 {
     QString strLine = strText.simplified();
@@ -41,13 +41,13 @@ QString numberText(double dfValue, int nDecimals = 0)
     if (!std::isfinite(dfValue)) {
         return QStringLiteral("-");
     }
-    // No series has such a number, but a damaged file may, and the columns are as wide as the widest.
+    // A damaged file may have a number of any length, which would make the column that wide.
     return std::abs(dfValue) < 1e9 ? QString::number(dfValue, 'f', nDecimals)
                                    : QString::number(dfValue, 'g', 3);
 }
 
-/// 9.8844(10): the standard error in units of the last digit, from 2 to 19 of them, as crystallography has
-/// it.
+/// 9.8844(10): the number with its standard error in units of the last digit, from 2 to 19, as is usual in
+/// crystallography.
 QString numberWithError(double dfValue, double dfError)
 {
     if (!std::isfinite(dfValue) || !(dfError > 0) || std::isinf(dfError)) {
@@ -58,7 +58,8 @@ QString numberWithError(double dfValue, double dfError)
     return QStringLiteral("%1(%2)").arg(numberText(dfValue, nDecimals), numberText(dfUnits));
 }
 
-/// The folder for results/NAME/summary.json, else the file without its suffix.
+/// The name of the series of a file: the folder of results/NAME/summary.json, else the file without its
+/// suffix.
 QString seriesPath(const QString& strFileName)
 {
     const QFileInfo info(QDir::cleanPath(strFileName));
@@ -72,7 +73,7 @@ QString seriesPath(const QString& strFileName)
     return strPath;
 }
 
-/// The length of the folders that all paths begin with, the last slash included.
+/// The length of the folders with which all paths begin, including the last slash.
 int commonFolders(const QStringList& listPath)
 {
     QString strCommon = listPath.value(0).section(QLatin1Char('/'), 0, -2);
@@ -89,7 +90,7 @@ bool isBad(const QJsonValue& judgement)
     return judgement.toObject()[QStringLiteral("verdict")].toString() == QLatin1String("bad");
 }
 
-/// The part of the road that is judged bad, the last stage first, and the first hint at the cause.
+/// The last stage that is judged bad, with the reason and the first hint at the cause.
 QString misfitNote(const QJsonObject& summary)
 {
     const QJsonObject judgement = summary[QStringLiteral("judgement")].toObject();
@@ -105,7 +106,7 @@ QString misfitNote(const QJsonObject& summary)
            (strHint.isEmpty() ? QString() : QStringLiteral(" Hint: ") + strHint);
 }
 
-/// What failed and why, what is bad, or what the run warned of.
+/// The note of a row: the stage that failed or is bad and why, or the first warning.
 QString noteOf(const QJsonObject& summary, SummaryState state)
 {
     const QJsonArray arrayWarning = summary[QStringLiteral("warnings")].toArray();
@@ -155,7 +156,7 @@ SummaryRow rowOf(const SummaryFile& file)
     return row;
 }
 
-/// The refined cell with its standard errors, or the found one without.
+/// The refined cell with its standard errors, or the cell as found without errors.
 QStringList cellTexts(const QJsonObject& summary)
 {
     const QJsonObject refined = summary[QStringLiteral("refined")].toObject();
@@ -197,7 +198,7 @@ QStringList rowTexts(const SummaryRow& row)
     return listText;
 }
 
-/// Median with least and greatest value; empty without values.
+/// Median with smallest and greatest value; "-" without values.
 QString spreadText(std::vector<double> vecValue, int nDecimals)
 {
     vecValue.erase(std::remove_if(vecValue.begin(), vecValue.end(),
@@ -274,7 +275,7 @@ QString summaryText(const QList<SummaryRow>& listRow)
         }
     }
     const int nColumns = listLine.first().size();
-    const int nTextColumns = 3;  // flush left, as the note is
+    const int nTextColumns = 3;  // left-aligned, like the note
     std::vector<int> vecWidth(size_t(nColumns), 0);
     for (const QStringList& listText : listLine) {
         for (int i = 0; i + 1 < nColumns; ++i) {

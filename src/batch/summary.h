@@ -1,4 +1,4 @@
-// SummaryRow: many series in one table, from the files that --json wrote.
+// SummaryRow: a table of many series, made from the files that --json wrote.
 #pragma once
 
 #include <QByteArray>
@@ -8,33 +8,32 @@
 
 namespace tessera {
 
-/// A file of the command line as it was read.
+/// The contents of a file.
 struct SummaryFile {
     QString strFileName;
     QByteArray bytes;
-    QString strFault;  ///< why it could not be read; empty otherwise
+    QString strFault;  ///< why it could not be read; empty if it could
 };
 
 enum class SummaryState { BadFile, Failed, Misfit, Reached };  ///< in the order of the table
 
-/// One series, or one file that tells of none.
+/// A series, or a file that is not a summary.
 struct SummaryRow {
-    QString strSeries;  ///< where the file lies, without what all have in common
+    QString strSeries;  ///< path of the file, without the part that all files have in common
     SummaryState state = SummaryState::BadFile;
-    double dfIndexedShare = 0;  ///< 0 too where the stages did not go as far
+    double dfIndexedShare = 0;  ///< fraction of the reflections that were indexed; 0 without that stage
     QJsonObject summary;        ///< empty for a bad file
     QString strNote;            ///< the fault, the stage that failed or is bad and why, or the first warning
 };
 
-/// Reads `strFileName`, with the fault in the result when that is not possible.
+/// Reads a file; if that fails, the result has the fault.
 SummaryFile readSummaryFile(const QString& strFileName);
 
-/// One row per file, the worst first: bad files, then failed series, then those whose result is judged bad,
-/// then by the share of the reflections that were indexed. Rows that are alike in this are in the order of
-/// their names.
+/// One row per file, the worst first: bad files, failed series, series whose result is judged bad, and then
+/// the others by the fraction of reflections that were indexed. Equal rows are sorted by name.
 QList<SummaryRow> summaryRows(const QList<SummaryFile>& listFile);
 
-/// The rows as a table in columns of equal width, with a line of counts and medians below it.
+/// The rows as a text table, followed by a line of counts and medians.
 QString summaryText(const QList<SummaryRow>& listRow);
 
 }  // namespace tessera
