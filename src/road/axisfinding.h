@@ -5,9 +5,9 @@
 
 namespace tessera {
 
-/// Finds the axis if that was asked for, or if nobody has told one, and puts it into the data set as its page
-/// holds it; what was found goes into the results. Where none is found, the former axis stays in force with a
-/// warning, and a series that has no former one cannot go on.
+/// Finds the rotation axis if that was requested or if no axis is known, and puts it into the data set,
+/// rounded as on its page, and into the results. If no axis is found, the former one is kept with a warning;
+/// a series without a former axis cannot go on.
 StageResult findAxisWhereAsked(RoadState& state);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Calibrating: what a refined geometry tells of the microscope.
+// Calibration of the microscope from a refined geometry.
 #pragma once
 
 #include "dataset/calibration.h"
@@ -8,22 +8,26 @@
 
 namespace tessera {
 
-/// The size of a pixel at which a refined cell would be the known one, Å⁻¹, by the volumes of both.
+/// The pixel size with which a refined cell has the volume of the known cell.
 struct DeterminedPixelSize {
-    double dfSize = 0;
-    double dfError = 0;  ///< standard error that the cell has; the known cell has none
+    double dfSize = 0;   ///< Å⁻¹
+    double dfError = 0;  ///< standard error due to the refined cell; the known cell is taken as exact
 };
 
-/// @param refined  with its errors, refined with the pixel size `dfPixelSize`
-/// @param known    may have another centring or setting, with 1 to 4 times the volume or a part of it
-/// @return none where the edges differ by more than 5 %: another crystal
+/// Determines the pixel size from a known cell.
+/// @param dfPixelSize  pixel size with which the cell was refined, Å⁻¹
+/// @param refined      refined cell
+/// @param errors       its standard errors
+/// @param known        may have another centring or setting, so that its volume may differ by a factor up to
+/// 4
+/// @return none if the edges differ by more than 5 %, since it is another crystal then
 std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const CellParameters& refined,
                                                        const CellParameters& errors,
                                                        const CellParameters& known);
 
-/// The calibration that a model makes, with its standard errors: those of the axis and its tilt in degrees,
-/// of stretching, ellipse (along and across the axis) and third order in per cent.
-/// @param known  of the crystal, if it is; it determines the size of a pixel
+/// The calibration from a refined model, with standard errors: of the axis and its inclination in degrees, of
+/// stretching, ellipse (along and across the axis) and third-order distortions in per cent.
+/// @param known  the known cell of the crystal, which determines the pixel size; may be none
 Calibration calibrationOfModel(const DataSet& dataSet, const GeometryModel& model,
                                const std::optional<CellParameters>& known);
 

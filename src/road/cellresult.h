@@ -1,4 +1,4 @@
-// cellResultOf: the cell of a data set as a result.
+// cellResultOf: the result record for the cell of a data set.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -6,7 +6,7 @@
 
 namespace tessera {
 
-/// Parameters and volume of the cell in force, and how many of the mapped peaks fit it.
+/// Parameters and volume of the cell in force, and the fraction of the mapped peaks that fit it.
 CellResult cellResultOf(const DataSet& dataSet);
 
 }  // namespace tessera

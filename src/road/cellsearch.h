@@ -1,4 +1,4 @@
-// Cell search: the search for a cell as the window and the stage of the road run it.
+// Cell search, as run by the window and by the stage of the road.
 #pragma once
 
 #include "crystal/cellmessage.h"
@@ -13,33 +13,35 @@
 
 namespace tessera {
 
-/// What becomes of a cell that few of the reflections fit.
+/// What to do with a cell that fits few of the reflections.
 enum class PoorCell {
-    Taken,         ///< as any other
-    Told,          ///< taken, and the log says how to search again
-    SearchedAgain  ///< the best of a few searches is taken
+    Taken,         ///< take it like any other
+    Told,          ///< take it, and explain in the log how to search again
+    SearchedAgain  ///< search a few times, and take the best cell
 };
 
 /// How a cell is searched.
 struct CellSearch {
     CellHuntingParameters range;  ///< method, and range of the edges
-    /// How far the index of a reflection that fits may lie from a whole number.
-    double dfIndexThreshold = 0.05;
+    double dfIndexThreshold =
+        0.05;  ///< an index of a fitting reflection is at most so far from a whole number
     PoorCell poorCell = PoorCell::Taken;
-    /// Of the links in the log, of a search without repetition.
+    /// Host of the lattice service in the links of the log; used by a search that is not repeated.
     QString strLatticeHost = latticeServiceHost();
-    int nJobs = 1;                            ///< threads; the cell is the same for every number
-    bool bSave = true;                        ///< a cell that is found goes into the project's unit-cell file
-    std::function<void()> fnBeforeSave = {};  ///< with the new cell in force, while the file has the former
+    int nJobs = 1;      ///< threads; the cell is the same for every number
+    bool bSave = true;  ///< write the cell to the project's unit-cell file
+    /// Called when the new cell is in force but the file still contains the former one.
+    std::function<void()> fnBeforeSave = {};
 };
 
+/// The outcome of searchCell().
 struct CellSearchResult {
-    StageResult end;      ///< but for Finished the former cell stands
-    bool bSaved = false;  ///< the project's unit-cell file holds the cell; the log has why it does not
+    StageResult end;      ///< unless Finished, the former cell is still in force
+    bool bSaved = false;  ///< the unit-cell file was written; if not, the log has the reason
 };
 
-/// Searches the cell of the selected reflections, commits it and, if that is wanted and a data set is open,
-/// writes the project's unit-cell file.
+/// Searches the cell of the selected reflections and puts it in force. If requested, and if a data set is
+/// open, writes the project's unit-cell file.
 CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection, const CellSearch& search,
                             CRunReport& report);
 

@@ -1,4 +1,4 @@
-// The choice of a series before it is opened: from the options, or from beside it.
+// The choice of frames, from the options or from a file, before a series is opened.
 #pragma once
 
 #include "road/roadoptions.h"
@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// Takes the choice that nobody gave from where it was kept: of a start behind the first stage from beside
-/// the results, else from beside the project. Looks whether the series, whose frames are known by now, has
-/// what was chosen.
-/// @return empty, or what is wrong, as "--frames 5-60: the series has frames 1 to 40, and no 5-60"
+/// If the options contain no choice, reads the one that an earlier run saved: with the results if the run
+/// starts behind the first stage, else beside the project. Then checks the choice against the frames of the
+/// series, which are known by now.
+/// @return empty, or what is wrong, such as "--frames 5-60: the series has frames 1 to 40, and no 5-60"
 QString takeChoiceOfInput(RoadOptions& options);
 
 }  // namespace tessera

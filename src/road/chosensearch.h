@@ -1,12 +1,12 @@
-// chosenSearch: how the road searches a cell.
+// chosenSearch: the parameters of the cell search of a road.
 #pragma once
 
 #include "road/roadstate.h"
 
 namespace tessera {
 
-/// The method and range that were asked for, or else those of the window or the best to be had. A range that
-/// nobody gave a part of is left to the search (m_bAutoRange).
+/// The method and range of the options. Without a method, it is that of the window with --window-defaults,
+/// else the best of both. A range of which neither end was given is chosen by the search (m_bAutoRange).
 CellHuntingParameters chosenSearch(const RoadState& state);
 
 }  // namespace tessera

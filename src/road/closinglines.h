@@ -1,4 +1,4 @@
-// The last lines of a road: what a reader wants to know who reads nothing else of the log.
+// The closing lines of a log, which summarize the results of a road.
 #pragma once
 
 #include "road/roadresults.h"
@@ -7,9 +7,9 @@
 
 namespace tessera {
 
-/// Series and last stage, or why the road ended before its end; the cell, refined where it was; Laue class,
-/// space group and figures of the intensities; the files that were written; and the judgement, with the parts
-/// that are not good. What was not found is left out. Empty where no stage was run.
+/// Series and last stage, or why the road ended early; the cell, refined if possible; Laue class, space group
+/// and statistics of the intensities; the files that were written; and the judgement, with the parts that are
+/// not good. Missing results are left out. Empty if no stage was run.
 QStringList closingLines(const RoadResults& results);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Earlier files: what the stages before the first one left on the disk.
+// Earlier files: reads the results of the stages before the first one that is run.
 #pragma once
 
 #include "road/roadstate.h"
@@ -6,10 +6,10 @@
 namespace tessera {
 
 /// Reads shifts, peak list and cell, as far as the stages to run need them, from the folder of the results
-/// and, where it has none, of the series, and puts a given direct beam in force.
+/// or, if they are not there, from that of the series; then sets the direct beam if the options give it.
 ///
-/// Opening the project has read what lies beside it. Merged reflections and indices have no files that could
-/// be read; their stages are run anew. Refuses where a file that is needed is missing.
+/// Files beside the project were already read when it was opened. Merged reflections and indices are not
+/// stored in files; their stages are run again. Refuses if a file that is needed is missing.
 StageResult loadEarlierStages(RoadState& state);
 
 /// Reads a unit-cell file and puts its cell in force.

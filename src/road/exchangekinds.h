@@ -1,4 +1,4 @@
-// Exports for other programs: what the driver and the window make of a series with all that was found of it.
+// Exports for other programs, as made by the driver and the window.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -11,19 +11,19 @@
 
 namespace tessera {
 
-/// What was found of a series beside its data set, null where nothing was, and where it is to go.
+/// Results of a series that are not in its data set, and the destination of the export.
 struct FoundOfSeries {
-    const GeometryRefinement* pGeometry = nullptr;
-    const IntegrationResult* pIntegration = nullptr;
-    VirtualFrameOptions virtualFrames;  ///< of the list for dynamical refinement
-    QStringList* pWritten = nullptr;    ///< lent; gets the paths of all files but the frames; may be null
-    QString strFolder;                  ///< where the files go; empty: the folder of the data set
+    const GeometryRefinement* pGeometry = nullptr;    ///< null: not refined
+    const IntegrationResult* pIntegration = nullptr;  ///< null: not integrated
+    VirtualFrameOptions virtualFrames;                ///< for the list for dynamical refinement
+    QStringList* pWritten = nullptr;  ///< gets the paths of all files but the frames; may be null
+    QString strFolder;                ///< folder of the files; empty: that of the data set
 };
 
-/// Makes the export of one such program, see isForOtherProgram().
-/// @param dataSet  as it was on return
-/// @param nJobs    frames worked on side by side; the files are the same for each
-/// @return true if all its files are written; else the log says why
+/// Writes the export for a program, see isForOtherProgram().
+/// @param dataSet  unchanged on return
+/// @param nJobs    frames processed in parallel; the files are the same for every number
+/// @return true if all files were written; else the log has the reason
 bool writeForOtherProgram(ExportKind kind, DataSet& dataSet, const MappingParameters& mapping,
                           const FoundOfSeries& found, int nJobs, CRunReport& report);
 

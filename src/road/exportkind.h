@@ -1,4 +1,4 @@
-// ExportKind: the forms in which data can be exported, and what options and summaries call them.
+// ExportKind: the kinds of exports, with their names in options and summaries.
 #pragma once
 
 #include <QString>
@@ -6,8 +6,8 @@
 
 namespace tessera {
 
-/// SMV images, resized copies, reciprocal space as a volume, grey pictures, indexed peaks by frame; and what
-/// other programs go on with: XDS, DIALS, PETS, and a list of intensities for dynamical refinement.
+/// SMV images, resized copies, reciprocal space as a volume, grey pictures, indexed peaks by frame; and input
+/// for other programs: XDS, DIALS, PETS, and a list of intensities for dynamical refinement.
 enum class ExportKind { Smv, Scaled, Volume, Pictures, IndexedPeaks, Xds, Dials, Pets, DynamicCif };
 
 /// The names of the kinds, in their order.
@@ -20,12 +20,13 @@ inline const QStringList& exportNames()
     return list;
 }
 
+/// The name of a kind in options and summaries.
 inline QString exportName(ExportKind kind)
 {
     return exportNames().at(int(kind));
 }
 
-/// Whether an export is for a program of another house to go on with: see exchangekinds.h.
+/// Whether an export is input for another program, see exchangekinds.h.
 inline bool isForOtherProgram(ExportKind kind)
 {
     return kind >= ExportKind::Xds;

@@ -1,4 +1,4 @@
-// Exports: other forms of the data, written through the same functions as the window's menu does.
+// Exports: writes the data in other forms, through the same functions as the window's menu.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -16,24 +16,25 @@
 
 namespace tessera {
 
-/// Which exports there are to be, and how.
+/// Which exports are made, and how.
 struct ExportOptions {
-    QList<ExportKind> listKind;  ///< in the order in which they are made
-    bool bOnly = false;          ///< no stage is run
-    QString strPictureFolder;    ///< empty: the folder of the result files
-    QString strPictureFormat = QStringLiteral("png");
-    double dfScale = 0.5;               ///< of the side of "scaled"
-    int nVolumeEdge = 500;              ///< voxels
-    VirtualFrameOptions virtualFrames;  ///< of the list for dynamical refinement
-    bool bVolumeScaled = false;
-    std::optional<double> dfContrastMin;  ///< empty: from the first frame, as at its first display
-    std::optional<double> dfContrastMax;
-    std::vector<SectionPlane> listSection;  ///< planes of reciprocal space, made after the others
+    QList<ExportKind> listKind;                        ///< in the order in which they are made
+    bool bOnly = false;                                ///< run no stage
+    QString strPictureFolder;                          ///< empty: the folder of the result files
+    QString strPictureFormat = QStringLiteral("png");  ///< suffix of the pictures
+    double dfScale = 0.5;                              ///< factor of the sides of "scaled"
+    int nVolumeEdge = 500;                             ///< voxels along each side
+    VirtualFrameOptions virtualFrames;                 ///< for the list for dynamical refinement
+    bool bVolumeScaled = false;                        ///< scale the values of the volume to 0 to 255
+    std::optional<double>
+        dfContrastMin;  ///< counts shown black; none: from the first frame, as in the window
+    std::optional<double> dfContrastMax;    ///< counts shown white, likewise
+    std::vector<SectionPlane> listSection;  ///< sections of reciprocal space, made after the other exports
     SectionOptions section;
 
     /// Whether nothing is to be exported.
     bool isEmpty() const { return listKind.isEmpty() && listSection.empty(); }
-    /// Whether one of them takes the drift out.
+    /// Whether one of the exports corrects the drift.
     bool needsShifts() const
     {
         return !listSection.empty() || std::any_of(listKind.begin(), listKind.end(), [](ExportKind kind) {
@@ -42,8 +43,8 @@ struct ExportOptions {
     }
 };
 
-/// Makes one export; those for other programs are made by writeForOtherProgram().
-/// @return true if all its files are written; else the log says why
+/// Makes one export, other than those of writeForOtherProgram().
+/// @return true if all files were written; else the log has the reason
 bool writeExport(ExportKind kind, const ExportOptions& exports, const DataSet& dataSet, CRunReport& report);
 
 }  // namespace tessera

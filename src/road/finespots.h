@@ -1,4 +1,4 @@
-// The indexed peaks of a data set with the centres of their spots.
+// The indexed peaks of a data set with their subpixel positions.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -9,13 +9,13 @@
 
 namespace tessera {
 
-/// The spots of geometrySpots(), with fine places from the frames: see moveToSpotCentres(). The width of the
-/// spots is measured on some of the frames.
+/// The spots of geometrySpots() with subpixel places measured on the frames, see moveToSpotCentres(). The
+/// width of the spots is measured on some of the frames first.
 ///
-/// The frames are read once. Where they cannot be read, show no spots whose width can be told, or where the
-/// report asks to stop, the spots have their hunted pixels alone, and a line says so.
-/// @param dataSet  as it was on return
-/// @param nJobs    frames worked on side by side; the result is the same for each
+/// The frames are read once. If they cannot be read, if the width cannot be determined, or if the run is
+/// stopped, the spots keep only the pixels found by peak hunting, and a line of the log says so.
+/// @param dataSet  unchanged on return
+/// @param nJobs    frames processed in parallel; the result is the same for every number
 std::vector<GeometrySpot> fineSpots(DataSet& dataSet, int nJobs, CRunReport& report);
 
 }  // namespace tessera

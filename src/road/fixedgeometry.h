@@ -1,4 +1,4 @@
-// Numbers of the geometry by the names that the summary has for them.
+// Numbers of the geometry by their names in options and summaries.
 #pragma once
 
 #include <QString>
@@ -7,9 +7,9 @@
 
 namespace tessera {
 
-/// The numbers (GeometryNumber) of a name: that of one number, or centre, stretching, ellipse, thirdOrder or
-/// parabolic for both of theirs. The cell has no name, as it is what the others are fitted with.
-/// @return none where no number has the name
+/// The numbers (GeometryNumber) of a name: that of a single number, or "centre", "stretching", "ellipse",
+/// "thirdOrder" or "parabolic" for a pair of numbers. The cell has no name, since it is always refined.
+/// @return empty for an unknown name
 std::vector<int> geometryNumbersOf(const QString& strName);
 
 }  // namespace tessera

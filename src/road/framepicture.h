@@ -1,4 +1,4 @@
-// FramePicture: a frame as a small picture for a report, with its direct beam and its peaks.
+// FramePicture: small pictures of frames for the report, with direct beam and peaks.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -10,22 +10,23 @@
 
 namespace tessera {
 
-/// Grey bytes between the 1st and the 99.7th percentile, by the square root, as spots are faint beside the
-/// halo of the direct beam.
-/// Frames above 640 pixels are halved, by means of whole blocks, until they are not.
-/// @param pData  row by row; what is not finite is black
-/// @return a null image without a finite pixel
+/// Makes a grey image of 8 bits. The counts between the 1st and the 99.7th percentile are scaled by their
+/// square root, so that spots are visible beside the halo of the direct beam. Images of more than 640 pixels
+/// are binned by two until they are smaller.
+/// @param pData  row by row; pixels that are not finite become black
+/// @return a null image if no pixel is finite
 QImage smallPicture(const float* pData, int nWidth, int nHeight);
 
-/// A PNG of the image as the text of a data: URI.
+/// The image as PNG in a data: URI.
 QString pngUri(const QImage& image);
 
-/// Draws a frame of the series as an SVG in raw pixels, with a cross at its direct beam and rings round the
-/// strongest thousand of its peaks, and the caption below.
-/// @return false, with nothing drawn, where the frame cannot be read
+/// Draws a frame as SVG in raw pixels with a caption: a cross marks its direct beam, circles mark its
+/// strongest thousand peaks.
+/// @param dfRadius  radius of the circles, pixels
+/// @return false, with nothing drawn, if the frame cannot be read
 bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfRadius);
 
-/// The frames that a report shows: the first, the middle and the last one, each once; from 0.
+/// The frames shown in a report, from 0: the first, the middle and the last one, without repetitions.
 std::vector<int> framesShown(int nFrames);
 
 }  // namespace tessera

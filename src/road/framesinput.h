@@ -1,32 +1,34 @@
-// Frames as input: a series without a project, whose headers tell what a project would.
+// Frames as input: series without a project, described by the headers of their frames.
 #pragma once
 
 #include "road/roadstate.h"
 
 namespace tessera {
 
-/// Puts the frames into the place of the folders and files of many images among the input, and gathers what
-/// they tell. The results of a folder are called after it, or after what the names of its frames begin with;
-/// where a project of this name stands that a user made, after that and "_frames", so that nothing of it is
-/// replaced. Nothing is done for a project.
+/// Replaces folders and multi-image files in the input by their frames, and reads the headers of the frames.
+/// The results are named after the folder, or after the common start of the frames' names; if a project of
+/// that name exists that the user made, "_frames" is appended, so that none of its files is replaced. A
+/// project as input is left as it is.
 ///
-/// A folder with frames of several sizes leaves them all in listSizeFound, and those of the first one among
-/// the input, unless options.sizeFrame chooses another. Each size is to be a run by itself, with results that
-/// are called after it. Sizes of one or two frames beside others are left out, with a doubt that the log
-/// tells.
+/// If a folder has frames of several sizes, all sizes are listed in listSizeFound, and the input becomes the
+/// frames of the first size, or of options.sizeFrame if that is set. Each size is to be run by itself; its
+/// results have the size in their names. A size with only one or two frames is left out if there are others,
+/// and the log will mention it.
 /// @return empty, or why there are no frames
 QString takeFramesOfInput(RoadOptions& options);
 
-/// What the results of a size are called, behind the name of the series: "_512x512".
+/// The part of the names of results that stands for a size: "_512x512".
 QString nameOfSize(const QSize& size);
 
-/// Puts into the data set what the frames tell and no option does, each number with a line of the log that
-/// names its source, and says what is doubtful. A told axis is only mentioned, as its sense is not certain.
+/// Puts those quantities into the data set that are given by the headers of the frames and not by options.
+/// The log names the source of each, and mentions doubts. The axis of a header is only mentioned, not used,
+/// since its sense is uncertain.
 void takeFacts(RoadState& state);
 
-/// Writes NAME.ed3d beside the results where the series had no project: what the frames and the options tell,
-/// and the axis as soon as it is known. A project of this name that was not made here stays, with a line.
-/// @return false, with the reason, when it cannot be written
+/// Writes a project NAME.ed3d with the results of a series that has none, from the headers and the options,
+/// and with the axis once it is known. An existing project of that name that was not written by this program
+/// is kept, with a line of the log.
+/// @return false, with the reason in the report, if it cannot be written
 bool writeMadeProject(RoadState& state);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// The refined geometry as an object of the summary.
+// The refined geometry as a JSON object for the summary.
 #pragma once
 
 #include "refinement/geometryrefinement.h"
@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// Cells (free, and constrained where a Bravais type was good), the numbers of the geometry with their
-/// standard errors, rms before and after, and what was fixed. Amplitudes and third order in per cent,
-/// azimuths in degrees as the window has them, lengths in pixels. Of a refinement that was not done the
-/// reason alone.
+/// The cells (free, and constrained if a Bravais type was accepted), the numbers of the geometry with
+/// standard errors, the rms before and after, and the fixed numbers. Amplitudes and third-order distortions
+/// are in per cent, azimuths in degrees as in the window, lengths in pixels. If nothing was refined, only the
+/// reason.
 QJsonObject geometryObject(const GeometryRefinement& refinement);
 
 }  // namespace tessera

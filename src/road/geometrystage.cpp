@@ -35,28 +35,28 @@ StageResult writeRefined(RoadState& state, const GeometryModel& model, CRoadRepo
         return {};
     }
     CFileSet files;
-    QByteArray bytesProject;
     QString strReason;
-    if (makeRefinedProjectText(state.dataSet, model, strProject, bytesProject, &strReason)) {
-        files.add(strProject, bytesProject);
+    const std::optional<QByteArray> bytesProject = refinedProjectText(state.dataSet, model, strProject,
+                                                                      &strReason);
+    if (bytesProject) {
+        files.add(strProject, *bytesProject);
     } else {
         report.addMessage(QStringLiteral("No project file of the refined geometry: %1").arg(strReason),
                           Severity::Milestone);
     }
     files.add(strCell, unitCellText(basisOf(model.geometry)));
-    if (!bytesProject.isEmpty()) {
+    if (bytesProject) {
         files.add(strShifts, shiftFileText(refinedShifts(state.dataSet, model)));
     }
     const QString strBase = QFileInfo(strProject).absolutePath() + QLatin1Char('/') +
                             QFileInfo(strProject).completeBaseName();
-    const bool bKept = bytesProject.isEmpty() ||
-                       keepSeriesChoice(strBase, state.dataSet.m_reading.choice, &strReason);
+    const bool bKept = !bytesProject || keepSeriesChoice(strBase, state.dataSet.m_reading.choice, &strReason);
     if (!bKept || !files.commit(&strReason)) {
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
-    const QStringList listFile = bytesProject.isEmpty() ? QStringList{strCell}
-                                                        : QStringList{strProject, strCell, strShifts};
+    const QStringList listFile = bytesProject ? QStringList{strProject, strCell, strShifts}
+                                              : QStringList{strCell};
     report.addMessage(
         QStringLiteral("Refined geometry written: %1").arg(listFile.join(QStringLiteral(", "))));
     state.results.listFile += listFile;

@@ -1,4 +1,4 @@
-// GeometryState: the geometry of a series with all that follows from it, to be put back.
+// CGeometryState: a copy of the geometry of a series and everything that depends on it, for undoing a change.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -6,20 +6,20 @@
 
 namespace tessera {
 
-/// A copy of what changes in a data set when another geometry is taken: the geometry itself, the cells, the
-/// mapped peaks, and what was merged and indexed from them. Lists are shared with the data set until one of
-/// both changes.
+/// The parts of a data set that change with its geometry: the geometry itself, the cells, the mapped peaks,
+/// and the merged and indexed reflections. Lists share their data with the data set until one of them
+/// changes.
 class CGeometryState {
 public:
+    /// Copies the present state.
     CGeometryState(const DataSet& dataSet, const MappingParameters& mapping);
 
-    /// Whether a data set still has the peaks, at their places on the frames, and the frames that it had
-    /// then.
+    /// Whether a data set has the same frames, and the same peaks on them, as when the copy was made.
     bool isOf(const DataSet& dataSet) const;
-    /// Whether geometry and cells of a data set are those that were kept.
+    /// Whether a data set has the geometry and the cells of the copy.
     bool isInForce(const DataSet& dataSet, const MappingParameters& mapping) const;
-    /// Puts all of it back, to the bit; the mapped peaks and what follows from them only where isOf() holds.
-    /// @return whether these came back too; if not, peaks are to be mapped, merged and indexed anew
+    /// Restores the copy exactly; mapped peaks, and merged and indexed reflections, only if isOf() holds.
+    /// @return whether these were restored; if not, the peaks have to be mapped, merged and indexed again
     bool putBack(DataSet& dataSet, MappingParameters& mapping) const;
 
 private:

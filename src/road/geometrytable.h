@@ -1,4 +1,4 @@
-// The table of the refined geometry for the log.
+// The refined geometry as a table for the log.
 #pragma once
 
 #include "refinement/geometryrefinement.h"
@@ -9,21 +9,20 @@
 
 namespace tessera {
 
-/// How a number of the geometry is shown.
+/// How a number of the geometry is displayed.
 struct GeometryRow {
-    const char* pszName;
-    const char* pszUnit;  ///< UTF-8; of the number times the factor
-    double dfFactor;
-    GeometryNumber number;
-    int nDecimals;
+    const char* pszName;    ///< name for the user, UTF-8
+    const char* pszUnit;    ///< unit of the number times the factor, UTF-8
+    double dfFactor;        ///< factor of the number
+    GeometryNumber number;  ///< the number
+    int nDecimals;          ///< decimals of the number times the factor
 };
 
-/// The numbers but for those of the cell, in the order in which they are shown.
+/// All numbers except those of the cell, in the order of display.
 std::vector<GeometryRow> geometryRows();
 
-/// A line for each number: its value before and after, the standard error, and whether it was free or fixed;
-/// then the cells with their standard errors. Lengths of the cell hold as far as the size of a pixel does,
-/// which is said.
+/// A line for each number with its value before and after, its standard error, and whether it was free or
+/// fixed; then the cells with standard errors, and a remark that the cell edges depend on the pixel size.
 QStringList geometryTable(const GeometryRefinement& refinement);
 
 }  // namespace tessera

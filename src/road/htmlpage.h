@@ -1,4 +1,4 @@
-// CHtmlPage: a page for a browser, one file that refers to nothing outside.
+// CHtmlPage: writes a self-contained HTML page.
 #pragma once
 
 #include <QBuffer>
@@ -11,30 +11,33 @@
 
 namespace tessera {
 
-/// Writes HTML5 that is well-formed XML as well. All text is escaped; characters that XML has no place for
-/// become U+FFFD, so that no name of a file can end or change the page.
+/// Writes HTML5 that is also well-formed XML. All text is escaped, and characters that XML does not allow are
+/// replaced by U+FFFD, so that a file name cannot break the page.
 class CHtmlPage {
 public:
     /// Begins the page.
     /// @param strStyle  CSS without the characters & < > and quotes, which XML and HTML escape differently
     CHtmlPage(const QString& strTitle, const QString& strStyle);
-    CHtmlPage(const CHtmlPage&) = delete;
-    CHtmlPage& operator=(const CHtmlPage&) = delete;
+    CHtmlPage(const CHtmlPage&) = delete;             ///< its writer refers to its buffer
+    CHtmlPage& operator=(const CHtmlPage&) = delete;  ///< its writer refers to its buffer
 
-    /// Opens an element, with a class unless that is empty; close() ends it.
+    /// Starts an element, with a class unless that is empty.
     void open(const char* pszElement, const char* pszClass = "");
+    /// Ends the innermost open element.
     void close();
+    /// Adds an attribute to the element that was just opened.
     void attribute(const char* pszName, const QString& strValue);
+    /// The same with a number, written in the C locale.
     void attribute(const char* pszName, double dfValue);
+    /// Adds text to the open element.
     void text(const QString& strText);
-    /// A whole element with a text.
+    /// Writes an element that contains only text.
     void element(const char* pszElement, const QString& strText, const char* pszClass = "");
-    /// A table that scrolls in itself where the window is narrow. Cells that hold a number stand to the
-    /// right.
+    /// Writes a table, which scrolls by itself in a narrow window. Numbers are aligned to the right.
     void table(const QStringList& listHead, const std::vector<QStringList>& listRow,
                const QString& strCaption = {});
 
-    /// Ends the page and hands it out.
+    /// Ends the page and returns it.
     QByteArray end();
 
 private:
@@ -43,8 +46,8 @@ private:
     QXmlStreamWriter m_xml;
 };
 
-/// The text with U+FFFD in the place of characters that no XML may hold: control characters but for line
-/// breaks and tabulators, halves of surrogate pairs, U+FFFE and U+FFFF.
+/// The text with characters that XML does not allow replaced by U+FFFD: control characters except line breaks
+/// and tabulators, unpaired surrogates, U+FFFE and U+FFFF.
 QString plainXmlText(const QString& strText);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// An integration as an object of the summary.
+// The result of an integration as a JSON object for the summary.
 #pragma once
 
 #include "road/roadresults.h"
@@ -8,7 +8,7 @@
 namespace tessera {
 
 /// Laue class, space groups, agreement, completeness, shells, scales of the frames and files. Numbers that
-/// the data do not tell are null. Of a series that was not integrated the reason alone.
+/// the data do not determine are null. If there are no intensities, only the reason.
 QJsonObject integrationObject(const IntegrateResult& integrate);
 
 }  // namespace tessera

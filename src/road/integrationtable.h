@@ -1,4 +1,4 @@
-// The tables of an integration for the log.
+// The result of an integration as tables for the log.
 #pragma once
 
 #include "integration/integrationresult.h"
@@ -7,9 +7,9 @@
 
 namespace tessera {
 
-/// The shells of resolution with all of them below, the agreement before scaling, after it and after
-/// rejection, the rotations of the lattice with how well the intensities have them, the best Laue classes and
-/// space groups, and how many observations each flag keeps out. What is not known is a dash.
+/// The resolution shells and their total; the agreement before scaling, after scaling and after rejection;
+/// the agreement under the rotations of the lattice; the best Laue classes and space groups; and the number
+/// of observations that each flag excludes. Unknown values are shown as a dash.
 QStringList integrationTable(const IntegrationResult& result);
 
 }  // namespace tessera

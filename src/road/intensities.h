@@ -1,4 +1,4 @@
-// Intensities: from a series with its geometry to merged intensities, in one call for road and window.
+// Intensities: integration, scaling and merging of a series in one call, for the road and the window.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -16,38 +16,38 @@
 
 namespace tessera {
 
-/// What a user may choose of it.
+/// What the user can choose.
 struct IntensityOptions {
-    std::optional<RotationMode> rotation;  ///< none: that of the data set
-    double dfDMin = 0;                     ///< Å; 0: as far as reflections are seen
-    double dfDiscRadius = 0;               ///< pixels; 0: learned
-    double dfRockingWidth = 0;             ///< Å⁻¹, sigma; 0: learned
-    bool bProfileFit = true;
-    bool bScale = true;                                 ///< a scale along the series
-    bool bDecay = true;                                 ///< and a fall-off with resolution
-    double dfRejection = ScalingOptions().dfRejection;  ///< sigmas, of outliers
+    std::optional<RotationMode> rotation;               ///< none: that of the data set
+    double dfDMin = 0;                                  ///< Å; 0: as far as reflections are observed
+    double dfDiscRadius = 0;                            ///< pixels; 0: learned
+    double dfRockingWidth = 0;                          ///< sigma, Å⁻¹; 0: learned
+    bool bProfileFit = true;                            ///< use profile fitting for weak reflections
+    bool bScale = true;                                 ///< fit a scale along the series
+    bool bDecay = true;                                 ///< fit a decay with resolution along the series
+    double dfRejection = ScalingOptions().dfRejection;  ///< deviation of outliers, sigmas
     QString strLaueClass;                               ///< "4/mmm"; empty: the proposed one
-    int nSpaceGroup = 0;                                ///< 1 to 230; 0: the best by its absences
-    ChemicalFormula formula;
-    int nUnits = 0;  ///< formulae in a cell; 0: estimated
+    int nSpaceGroup = 0;                                ///< 1 to 230; 0: the best one by its absences
+    ChemicalFormula formula;                            ///< empty: not known
+    int nUnits = 0;                                     ///< formula units in a cell; 0: estimated
 };
 
-/// The names of the Laue classes, of a hexagonal lattice with the way that its twofold axes lie.
+/// The names of the Laue classes; "-3m1" and "-31m" are distinguished for hexagonal lattices.
 const QStringList& laueClassNames();
 
-/// Predicts, integrates, scales, merges and judges.
-/// @param refined   the geometry, where it was refined; may be null: that of the data set
-/// @param lattice   of the cell in force; may be null
-/// @param result    replaced when the run finished, else as it was
+/// Predicts, integrates, scales and merges the reflections of a series, and judges the result.
+/// @param refined   refined geometry; null: that of the data set
+/// @param lattice   analysis of the lattice of the cell in force; may be null
+/// @param result    replaced if the run finished, else left as it was
 RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
                            const GeometryRefinement* refined, const LatticeAnalysis* lattice,
                            const IntensityOptions& options, int nJobs, CRunReport& report,
                            IntegrationResult& result);
 
-/// Writes its files beside those of the project; see writeIntegrationFiles(). What got another name is told
-/// to the report.
+/// Writes the result files, see writeIntegrationFiles(). The report mentions files that got another name.
 /// @param listTaken  files that must not be replaced
-/// @return false with the reason and all files as they were
+/// @param files      gets what was written
+/// @return false with the reason, and all files as they were, if a file cannot be written
 [[nodiscard]] bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
                                     const IntensityOptions& options, const QStringList& listTaken,
                                     CRunReport& report, IntegrationFiles& files, QString* pstrReason);

@@ -1,15 +1,15 @@
-// Judgement of the intensities: what the stage that integrates is worth.
+// Judgement of the intensities: rates the result of the stage integrate.
 #pragma once
 
 #include "road/roadresults.h"
 
 namespace tessera {
 
-/// Bad where equivalent reflections tell nothing of one another. Doubtful without intensities, where
-/// equivalents agree poorly, much is missing, little is above the noise, or another Laue class is nearly as
-/// likely. The results need those of the stage.
+/// Bad if equivalent reflections do not agree at all. Doubtful if there are no intensities, if equivalents
+/// agree poorly, if the data are incomplete or weak, or if another Laue class is nearly as likely.
+/// @param results  must contain the result of the stage
 Judgement judgeIntensities(const RoadResults& results);
-/// The same of intensities that are there, for those who walk no road.
+/// The same for intensities that were not computed by a road.
 Judgement judgeIntensities(const IntegrationResult& result);
 
 }  // namespace tessera

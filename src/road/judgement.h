@@ -1,4 +1,4 @@
-// Judgement: what must be said of results that no user looks at, so that a wrong one is not taken for good.
+// Judgement: warnings about implausible results, since no user watches a road.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -11,38 +11,37 @@
 
 namespace tessera {
 
-/// Says which frames moved by more than 10 pixels against their neighbours, which no drift does in one frame.
-/// @return their numbers, from 1
+/// Warns of frames that are displaced by more than 10 pixels from their neighbours, more than drift can do.
+/// @return the numbers of these frames, from 1
 QList<int> judgeShifts(const QList<QPointF>& listShift, CRunReport& report);
 
-/// Says where the reflections would have the direct beam, and warns where that is more than a pixel away and
-/// certain.
+/// Determines the direct beam from the reflections, and warns if it is certainly more than a pixel away.
 ///
-/// Those that were indexed are asked, unless they are less than half: a wrong beam itself keeps reflections
-/// from being indexed, and those that fit in spite of it tell least of it.
-/// @return none where the reflections do not determine the beam
+/// The indexed reflections are used unless they are less than half of all: if a wrong beam has kept most from
+/// being indexed, those that were indexed in spite of it show least of the error.
+/// @return none if the reflections do not determine the beam
 std::optional<CentreOffset> judgeCentre(const IndexingResult& result, const DataSet& dataSet,
                                         CRunReport& report);
 
-/// Whether the beam is more than a pixel away, and certainly so.
+/// Whether the beam is certainly more than a pixel away.
 bool isBeamWrong(const CentreOffset& offset);
 
-/// Warns where the tilts of the reflections say that the series was turned the other way.
+/// Warns if the tilts at which reflections were found indicate that the rotation has the opposite sense.
 /// @return whether they do
 bool judgeRotation(const QList<Peak3D>& listIndexed, const DataSet& dataSet, CRunReport& report);
 
-/// The part of the selected reflections that was indexed, 0 to 1.
+/// The fraction of the selected reflections that was indexed, 0 to 1.
 double indexedShareOf(const IndexingResult& result);
 
-/// Warns where less than half of the reflections were indexed, which a right cell and geometry index at the
-/// least.
+/// Warns if less than half of the reflections were indexed; a correct cell and geometry index at least that
+/// many.
 void judgeIndexedShare(const IndexingResult& result, CRunReport& report);
 
-/// Whether more than a tenth of the groups of pairs were left out, as the members of each disagree.
+/// Whether more than a tenth of the groups of pairs were left out because their members disagree.
 bool pairsDisagree(const DifferenceVectorRefinement& found);
 
-/// Warns where more than a tenth of the groups of pairs were left out, as the members of each disagree.
-/// @param strPairs  "peak pairs at ...", as the log calls them
+/// Warns if pairsDisagree().
+/// @param strPairs  name of the pairs in the log, "peak pairs at ..."
 void judgePairs(const DifferenceVectorRefinement& found, const QString& strPairs, CRunReport& report);
 
 }  // namespace tessera

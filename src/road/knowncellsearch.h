@@ -1,4 +1,4 @@
-// Known cell search: the orientation of a crystal whose cell is known, as window and driver look for it.
+// Known cell search: finds the orientation of a crystal with a known cell, for window and driver.
 #pragma once
 
 #include "crystal/cellmessage.h"
@@ -13,40 +13,41 @@
 
 namespace tessera {
 
-/// Which form of an oriented cell becomes the cell of the data set.
+/// The form in which an oriented cell is put in force.
 enum class KnownCellForm {
-    Rotated,  ///< the lengths and angles that are known
-    Refined   ///< those that fit the peaks best
+    Rotated,  ///< with the known lengths and angles
+    Refined   ///< with lengths and angles fitted to the peaks
 };
 
+/// The result of orientCell().
 struct KnownCellSearchResult {
-    StageResult end;  ///< the reason says why there is no orientation
+    StageResult end;  ///< with the reason if there is no orientation
     std::optional<KnownCellOrientation> orientation;
-    KnownCellForm form = KnownCellForm::Rotated;  ///< the one to take
-    QString strWhy;                               ///< why that one: a sentence for the log
+    KnownCellForm form = KnownCellForm::Rotated;  ///< the form that should be used
+    QString strWhy;                               ///< a sentence for the log that explains the form
 };
 
 /// Whether a text is the name of a CIF file.
 bool isCifName(const QString& strText);
 
-/// The cell that a text names: six numbers "a,b,c,alpha,beta,gamma", Å and degrees in the C locale, or a CIF
-/// file.
-/// @param pstrReason  may be null; on failure what is wrong with the text or the file
+/// The cell given by a text: six numbers "a,b,c,alpha,beta,gamma" in Å and degrees (C locale), or the name of
+/// a CIF file.
+/// @param pstrReason  may be null; gets what is wrong with the text or the file
 std::optional<CellParameters> knownCellOf(const QString& strText, QString* pstrReason = nullptr);
 
-/// Looks among the mapped peaks for the orientation of a cell; the log has what its three forms explain. The
-/// cell as it is known is the one to take where it explains about as many peaks, within a twentieth, as the
-/// edges that are fitted freely: its lengths are better than those of a series are.
-/// @param dataSet  its peaks are mapped with the geometry in force; nothing of it changes
-/// @return refused for numbers that make no cell, and without mapped peaks; failed where none is found
+/// Finds the orientation of a cell among the mapped peaks; the log compares how many peaks its three forms
+/// explain. The known lengths are preferred to fitted ones, since they are more accurate than those of a
+/// series, as long as they explain about as many peaks, within a twentieth.
+/// @param dataSet  with peaks mapped by the geometry in force; unchanged
+/// @return Refused if the numbers are not a cell or no peaks are mapped, Failed if no orientation is found
 KnownCellSearchResult orientCell(const DataSet& dataSet, const CellParameters& cell, CRunReport& report,
                                  const KnownCellOptions& options = {});
 
-/// Makes a form of the cell the one that was found, as a search does; saveProjectCell() belongs after it.
+/// Puts a form of the cell in force, like the result of a cell search. saveProjectCell() should follow.
 StageResult takeOrientedCell(DataSet& dataSet, const KnownCellOrientation& orientation, KnownCellForm form,
                              CRunReport& report, const QString& strLatticeHost = latticeServiceHost());
 
-/// Both in one where nobody chooses; the log tells which form was taken and why.
+/// Finds the orientation and puts the proposed form in force; the log says which form it is, and why.
 StageResult searchKnownCell(DataSet& dataSet, const CellParameters& cell, CRunReport& report);
 
 }  // namespace tessera

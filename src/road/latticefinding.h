@@ -1,13 +1,13 @@
-// Lattice finding: the road's look at the lattice of its cell.
+// Lattice finding: analyses the lattice of the cell in force.
 #pragma once
 
 #include "road/roadstate.h"
 
 namespace tessera {
 
-/// Looks at the cell in force, says what it found and keeps it in the results: symmetry with the proposed
-/// type, supercells, further lattices. Where the conventional setting was asked for and a type is proposed,
-/// the cell becomes that; the analysis then tells of this one.
+/// Determines symmetry and proposed Bravais type, supercells and further lattices, and puts them into the log
+/// and the results. If the conventional setting was requested and a type is proposed, the cell is transformed
+/// to it, and the analysis refers to the transformed cell.
 void findLattice(RoadState& state);
 
 }  // namespace tessera

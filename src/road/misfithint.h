@@ -1,4 +1,4 @@
-// Misfit hints: what would suit the peaks better, where most of them do not lie on the lattice of the cell.
+// Misfit hints: possible causes if most peaks are not on the lattice of the cell.
 #pragma once
 
 #include "road/roadstate.h"
@@ -7,22 +7,23 @@
 
 namespace tessera {
 
-/// What was tried, and what of it would suit the peaks better.
+/// The changes that were tried.
 struct MisfitHints {
-    QStringList listHint;   ///< sentences with the figures, without a full stop; mostly one
-    QStringList listTried;  ///< what suits them no better, likewise
+    QStringList listHint;   ///< changes that improve the fit: sentences with figures, without full stop
+    QStringList listTried;  ///< changes that do not, likewise
 };
 
-/// Tries, in the order of what is most often wrong, azimuth and sense of the rotation axis, wavelength times
-/// pixel size, the direct beam, and cells of other edges. It ends with the first that raises the sharpness
-/// of the lattice, or the part of the peaks that fits one beyond chance, clearly: the others would be judged
-/// by what is wrong. Some seconds, as samples of the peaks are enough.
+/// Tries changes in the order in which they are most often necessary: azimuth and sense of the rotation axis,
+/// wavelength times pixel size, direct beam, and cells with other edges. It stops at the first change that
+/// clearly raises the sharpness of the lattice or the fraction of fitting peaks beyond chance, since the
+/// other changes could not be judged while that error remains. It takes some seconds, on samples of the
+/// peaks.
 ///
-/// @param state  its peaks are mapped; nothing of it changes
+/// @param state  with mapped peaks; unchanged
 MisfitHints findMisfitHints(RoadState& state);
 
-/// Finds them, and tells and keeps them, once for a road: each hint is a warning. Where there is none the
-/// log and the results say what was tried.
+/// Finds hints and puts them into the log (as warnings) and the results, at most once in a road. If there are
+/// none, log and results say what was tried.
 void hintAtMisfit(RoadState& state);
 
 }  // namespace tessera

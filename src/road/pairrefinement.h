@@ -1,4 +1,4 @@
-// Pair refinement: the cell from the distances of indexed peaks, as the window and the stage refine it.
+// Pair refinement: refines the cell against distances of indexed peaks, for the window and the stage.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -9,8 +9,8 @@
 
 namespace tessera {
 
-/// Runs runUnitCellRefinement() with the positions of the peaks as hunted or, where the parameters ask for
-/// it, fitted on the frames by refinePeakPosition(). Fits that do not finish end the refinement.
+/// Runs runUnitCellRefinement() with the peak positions from hunting or, if the parameters request it, with
+/// positions fitted on the frames by refinePeakPosition(). If the fits do not finish, neither does this run.
 /// @param fit  how the positions are fitted
 DifferenceVectorRefinement refineCellFromPairs(DataSet& dataSet, const RefinementParameters& parameters,
                                                const PositionRefinementOptions& fit, CRunReport& report);

@@ -18,7 +18,7 @@ double azimuthInFile(double dfAzimuth)
     return dfTurned < 0 ? dfTurned + 180 : dfTurned;
 }
 
-/// What the fit has behind the fifth decimal says nothing.
+/// A number as it is written to the file; digits beyond the fifth decimal are not significant.
 double inFile(double dfValue)
 {
     return QString::number(dfValue, 'f', 5).toDouble();
@@ -26,8 +26,8 @@ double inFile(double dfValue)
 
 }  // namespace
 
-bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, const QString& strProjectFile,
-                            QByteArray& bytesText, QString* pstrReason)
+std::optional<QByteArray> refinedProjectText(const DataSet& dataSet, const GeometryModel& model,
+                                             const QString& strProjectFile, QString* pstrReason)
 {
     const DiffractionGeometry& geometry = model.geometry;
     const PlaneTerms<double>& plane = geometry.plane;
@@ -56,7 +56,11 @@ bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model, 
         project.tilts.append(source.tilts.listStage.value(n) + dfMore, source.tilts.listBeam.value(n),
                              dfTilt + dfMore);
     }
-    return makeProjectText(project, strProjectFile, bytesText, pstrReason);
+    QByteArray bytesText;
+    if (!makeProjectText(project, strProjectFile, bytesText, pstrReason)) {
+        return {};
+    }
+    return bytesText;
 }
 
 ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model)

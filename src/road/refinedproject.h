@@ -1,4 +1,4 @@
-// The files of a refined geometry: a project, and the direct beam that goes with it.
+// The contents of the files of a refined geometry: project and shifts.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -8,20 +8,22 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
-/// The frames of a data set with the axis, the tilts, the stretching and the distortions of a model. Lines of
-/// the distortions are written also where there are none: a project that has them tells all of its lens, so
-/// that no stretching of a series before stays in force when it is opened.
+/// A project with the frames of a data set and the axis, tilts, stretching and distortions of a model. The
+/// lines of the distortions are written even if they are 0, so that the distortions of a series that was open
+/// before do not stay in force when the project is opened.
 ///
-/// @param strProjectFile  where it will stand
-/// @return false, with `bytesText` as it was, where a project file cannot hold the series, with the reason
-[[nodiscard]] bool makeRefinedProjectText(const DataSet& dataSet, const GeometryModel& model,
-                                          const QString& strProjectFile, QByteArray& bytesText,
-                                          QString* pstrReason = nullptr);
+/// @param strProjectFile  path of the project
+/// @return the contents of the file; none, with the reason, if a project file cannot represent the series
+[[nodiscard]] std::optional<QByteArray> refinedProjectText(const DataSet& dataSet, const GeometryModel& model,
+                                                           const QString& strProjectFile,
+                                                           QString* pstrReason = nullptr);
 
-/// The shifts of a data set with the direct beam where the model has it: what the refined cell was fitted
-/// with. Beside the refined project it is found when that is opened.
+/// The shifts of a data set with the direct beam of the model, to which the refined cell belongs. Saved
+/// beside the refined project, they are read when it is opened.
 ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model);
 
 }  // namespace tessera

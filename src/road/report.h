@@ -1,4 +1,4 @@
-// The report of a road: what was done and what came out, for somebody who was not there.
+// The report of a road: what was done and what the results are, as an HTML page.
 #pragma once
 
 #include "road/roadstate.h"
@@ -7,13 +7,13 @@
 
 namespace tessera {
 
-/// One page of HTML that refers to nothing outside: how the series ended, all judgements, cell, lattice,
-/// geometry, intensities and space groups as tables, curves as SVG, three frames as pictures, and the command
-/// that makes it all again. What the state does not hold is left out, so that a state with the data set of a
-/// window alone has a page, too. Of the files the three frames are read, and nothing is written.
+/// Makes the page, which refers to no other file: outcome, judgements, tables of cell, lattice, geometry,
+/// intensities and space groups, curves as SVG, pictures of three frames, and the command that repeats the
+/// run. Missing results are left out, so a report can also be made from the data set of a window alone. The
+/// three frames are read from their files; nothing is written.
 QByteArray reportHtml(const RoadState& state);
 
-/// Writes it.
+/// Writes the report to a file.
 /// @return empty, or why it was not written
 QString writeReport(const RoadState& state, const QString& strFile);
 

@@ -1,4 +1,4 @@
-// The plots of a report, as records.
+// The plots of a report.
 #pragma once
 
 #include "road/roadstate.h"
@@ -6,18 +6,18 @@
 
 namespace tessera {
 
-/// Drift of the direct beam along x and y by frame, in pixels.
+/// Drift of the direct beam along x and y against the frame, pixels.
 SvgPlot driftPlot(const SeriesData& series);
-/// Peaks that were found on each frame.
+/// Number of peaks against the frame.
 SvgPlot peaksPlot(const SeriesData& series);
-/// Rms distance of the peaks of each frame from their reflections in the plane of the frame, in pixels, with
-/// the geometry before its refinement and after; empty without one.
+/// Rms distance of the peaks from their expected places in the plane of the frame against the frame, pixels,
+/// before and after the refinement of the geometry; empty without a refinement.
 SvgPlot residualsPlot(const RoadState& state);
-/// Rint and CC1/2 by the middle of each shell in 1/d.
+/// Rint and CC1/2 of the shells against 1/d.
 SvgPlot agreementPlot(const IntegrationResult& result);
-/// Completeness by 1/d.
+/// Completeness of the shells against 1/d.
 SvgPlot completenessPlot(const IntegrationResult& result);
-/// The factor that each frame was multiplied by.
+/// Scale factor against the frame.
 SvgPlot scalePlot(const IntegrationResult& result);
 
 }  // namespace tessera

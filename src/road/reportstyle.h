@@ -1,9 +1,9 @@
-// The style of a report: light and dark by the reader's system, on paper as well.
+// The style sheet of a report, light or dark as the reader's system is set, and suited for printing.
 #pragma once
 
 namespace tessera {
 
-/// CSS without the characters & < > and quotes, as CHtmlPage wants it.
+/// CSS without the characters & < > and quotes, as CHtmlPage requires.
 extern const char* const g_pszReportStyle;
 
 }  // namespace tessera

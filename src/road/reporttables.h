@@ -1,4 +1,4 @@
-// The tables of a report, drawn where its page is.
+// The tables of a report.
 #pragma once
 
 #include "road/htmlpage.h"
@@ -6,28 +6,28 @@
 
 namespace tessera {
 
-/// Each stage with its judgements: a coloured word, the figure in a sentence, and the seconds.
+/// Each stage with its judgement (a coloured word and a sentence with the figure) and its time.
 void writeJudgements(CHtmlPage& page, const RoadResults& results);
-/// The cell as found, refined and of the intensities, with standard errors.
+/// The cell as found, as refined and of the intensities, with standard errors.
 void writeCells(CHtmlPage& page, const RoadResults& results);
 /// The Bravais types that the lattice fits.
 void writeLattice(CHtmlPage& page, const LatticeAnalysis& lattice);
 /// The numbers of the geometry before and after its refinement.
 void writeGeometry(CHtmlPage& page, const GeometryRefinement& refinement);
-/// Shells of resolution and all of them.
+/// The resolution shells and their total.
 void writeShells(CHtmlPage& page, const IntegrationResult& result);
-/// Rotations, Laue classes, reflection conditions and space groups with their likelihoods.
+/// Rotations, Laue classes, reflection conditions and space groups with their probabilities.
 void writeSymmetry(CHtmlPage& page, const IntegrationResult& result);
 /// All parameters as the stages used them.
 void writeParameters(CHtmlPage& page, const RoadState& state);
 /// The files that were written, with their sizes.
 void writeFiles(CHtmlPage& page, const RoadState& state);
 
-/// "12.345(6)": the standard error in units of the last digit, from 2 to 19 of them; of an error that is not
-/// known the number alone, with three decimals.
+/// A number with its standard error in units of the last digit, from 2 to 19: "12.345(6)". If the error is
+/// not known, the number alone with three decimals.
 QString withError(double dfValue, double dfError);
 
-/// "10.251(3) 10.26(1) … Å³" as one text: a, b, c in Å and the angles in degrees.
+/// The cell as one text, "10.251(3) 10.26(1) … Å³": a, b, c in Å and the angles in degrees.
 QString cellText(const CellParameters& cell, const CellParameters& errors);
 
 }  // namespace tessera

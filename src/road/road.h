@@ -1,15 +1,15 @@
-// The road: opening, stages and exports one after the other, without a user to place, tune or look.
+// The road: runs the processing of a series from opening to exports without user interaction.
 #pragma once
 
 #include "road/roadstate.h"
 
 namespace tessera {
 
-/// Opens the series and runs the stages and exports that the options of the state ask for, each through the
-/// same functions as the window. What was found, and how it ended, stands in the results then.
+/// Opens the series and runs the stages and exports of the options, through the same functions as the window.
+/// The results, and how the road ended, are in the state afterwards.
 ///
-/// The stages end with the first that does not finish; an export that fails keeps none of the others back.
-/// An exception, such as for memory that is not there, ends the road like a failure.
+/// The stages stop at the first that does not finish; the exports go on after one that failed. An exception,
+/// such as one for lack of memory, counts as a failure.
 void runRoad(RoadState& state);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// RoadCommand: the line of the shell that walks a road again.
+// RoadCommand: the command line that repeats a road.
 #pragma once
 
 #include "road/roadoptions.h"
@@ -8,20 +8,21 @@
 
 namespace tessera {
 
+/// A command line.
 struct RoadCommand {
-    QStringList listArgument;  ///< the program first, then all options that are not as they are by default
-    QStringList listUnsaid;    ///< what was chosen in the window and has no option, "smooth radius 0.7"
+    QStringList listArgument;  ///< the program, followed by all options that differ from the defaults
+    QStringList listUnsaid;    ///< settings of the window that have no option, "smooth radius 0.7"
 
-    /// The arguments as a shell takes them.
+    /// The command quoted for a shell.
     QString line() const;
 };
 
-/// The command of options as they were given, not as the stages changed them. Files have their whole path, so
-/// that it does not matter which folder it is run in.
+/// The command for options as they were given, before the stages changed them. Paths are absolute, so that
+/// the command can be run in any folder.
 RoadCommand commandOf(const RoadOptions& given);
 
-/// An argument as a POSIX shell takes it for one word, whatever it holds: as it is where it means nothing to
-/// the shell, else in single quotes.
+/// An argument quoted for a POSIX shell: in single quotes if it contains characters that the shell
+/// interprets.
 QString shellQuoted(const QString& strArgument);
 
 }  // namespace tessera

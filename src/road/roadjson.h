@@ -1,4 +1,4 @@
-// The summary of a road as JSON, which scripts read.
+// The summary of a road as JSON, for scripts.
 #pragma once
 
 #include "road/roadresults.h"
@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// All results that are there, under the keys that docs/formats.md tells.
+/// All results, under the keys described in docs/formats.md.
 QJsonObject roadSummary(const RoadResults& results);
 
-/// The summary of a road under way: it is taken for a failed one if the program is killed.
+/// The summary of a road that is running. If the program is killed, it remains and counts as a failure.
 QJsonObject unfinishedSummary();
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// CRoadLog: the message log of a road, kept for the file that is written at its end.
+// CRoadLog: collects the message log of a road for its log file.
 #pragma once
 
 #include "records/runreport.h"
@@ -8,13 +8,14 @@
 
 namespace tessera {
 
-/// Plain text of a piece of HTML of the log: anchors go with their text, as a file follows no links.
+/// The plain text of a piece of HTML of the log. Links are removed together with their text, since they are
+/// of no use in a file.
 QString textOfLogHtml(const QString& strHtml);
 
-/// Keeps all lines and hands everything on.
+/// Collects all lines and passes everything on to another report.
 class CRoadLog : public CRunReport {
 public:
-    /// @param report  takes all that is said, and is asked whether to go on; must outlive this one
+    /// @param report  gets all messages, and is asked whether to go on; must outlive this object
     explicit CRoadLog(CRunReport& report) : m_report(report) {}
 
     void addMessage(const QString& strText, Severity severity = Severity::Info) override;
@@ -27,6 +28,7 @@ public:
     void endProgress() override { m_report.endProgress(); }
     bool goOn() override { return m_report.goOn(); }
 
+    /// The lines so far.
     const QString& text() const { return m_strText; }
 
 private:
@@ -34,10 +36,10 @@ private:
     QString m_strText;
 };
 
-/// The last of a road: the closing lines go to the log, and the log into its file beside the results, if
-/// their folder is there. A log that can't be written is the end of a road that had finished. The record of
-/// the run (runrecord.h) follows; one that can't be written is a warning alone.
-/// @return why it was not written; empty if it was, or has no place
+/// Ends a road: adds the closing lines to the log, and writes the log file and then the record of the run
+/// (runrecord.h) to the folder of the results, if it exists. If the log cannot be written, the road counts as
+/// failed; if the record cannot be written, there is only a warning.
+/// @return empty, or why the log was not written
 QString endRoad(RoadState& state, CRoadLog& log);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// The numbers of the table of parameters that a road finds itself unless they are given.
+// The parameters of the pages that a road determines itself unless they are given.
 #pragma once
 
 #include "dataset/parametertable.h"
@@ -8,8 +8,9 @@
 
 namespace tessera {
 
-/// The place in the options of a number that a stage finds, or that the project tells, unless it is given.
-/// @return null for a parameter that has none: what was given stands in its record
+/// The optional member of the options for a parameter that a stage determines, or that the project contains,
+/// unless it is given.
+/// @return null for other parameters, whose given values are in their parameter record
 std::optional<double>* givenNumber(RoadOptions& options, const ParameterMember& member);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// RoadOptions: what is to be done with a series, from which files on and with which numbers.
+// RoadOptions: input, stages and parameters of a road.
 #pragma once
 
 #include "dataset/serieschoice.h"
@@ -22,35 +22,35 @@
 
 namespace tessera {
 
-/// Everything that was asked for. An empty optional is a value that a stage finds itself or takes from the
+/// Everything that was requested. Optional values without a value are determined by a stage or taken from the
 /// project.
 struct RoadOptions {
-    QStringList listInput;       ///< one project, or images in series order
-    QStringList listInputGiven;  ///< as it was given, where folders or files of many images stood for frames
-    QString strSeriesName;       ///< what the results of images are called after; empty: the first image
-    QSize sizeFrame;  ///< of images of several sizes those of this one; not valid: all are of one size
-    QList<QSize> listSizeFound;          ///< of a folder; with several of them each is a series
-    std::optional<SeriesChoice> choice;  ///< how the series is read; none: as its files tell, or as it comes
-    std::optional<SeriesFacts> facts;    ///< what the images tell; none for a project
+    QStringList listInput;               ///< one project, or images in the order of the series
+    QStringList listInputGiven;          ///< the input as given, if it was a folder or a file of many images
+    QString strSeriesName;               ///< name of the results of images; empty: that of the first image
+    QSize sizeFrame;                     ///< use only images of this size; not valid: all have the same size
+    QList<QSize> listSizeFound;          ///< sizes of the frames in a folder; each is a series of its own
+    std::optional<SeriesChoice> choice;  ///< frames, binning and summing; none: as saved, else all frames
+    std::optional<SeriesFacts> facts;    ///< contents of the headers of images; none for a project
     bool bMakeProject = false;           ///< write a project of the images beside the results
     QString strOutDir;                   ///< empty: beside the project or the first image
     QString strMaskFile;                 ///< areas that peak hunting leaves out; empty: none
-    std::optional<QList<QPoint>> hotPixels;  ///< in place of the list beside the project
-    bool bIgnoreHotPixelList = false;        ///< a list beside the project is left unread
-    bool bFindDefects = true;  ///< leave out what is no measurement, unless there is a mask file
-    QString strCellFile;       ///< a cell in place of a search; empty: search
-    std::optional<CellParameters> knownCell;  ///< whose orientation is looked for in place of a search
-    QString strKnownCellFile;                 ///< the CIF file that it was read from; empty: none
-    QString strCalibrationFile;      ///< of the microscope, in place of what the project tells; empty: none
-    QString strSaveCalibrationFile;  ///< takes that of the stage geometry; empty: none
+    std::optional<QList<QPoint>> hotPixels;   ///< used instead of the list beside the project
+    bool bIgnoreHotPixelList = false;         ///< do not read the list of hot pixels beside the project
+    bool bFindDefects = true;                 ///< look for detector defects, unless there is a mask file
+    QString strCellFile;                      ///< unit-cell file to use instead of a search; empty: search
+    std::optional<CellParameters> knownCell;  ///< find the orientation of this cell instead of a search
+    QString strKnownCellFile;                 ///< CIF file from which the known cell was read; empty: none
+    QString strCalibrationFile;      ///< calibration to use instead of the project's values; empty: none
+    QString strSaveCalibrationFile;  ///< file for the calibration of the stage geometry; empty: none
     RoadStage stageFrom = RoadStage::Shifts;
     RoadStage stageTo = RoadStage::Integrate;
-    int nJobs = 0;                 ///< frames worked on side by side; 0: one per core
+    int nJobs = 0;                 ///< frames processed in parallel; 0: one per core
     int nGroup = -1;               ///< merge only the peaks of this group; -1: all
-    bool bAccept = false;          ///< a result that is judged bad is written and ends well too
-    bool bFindAxis = false;        ///< the rotation axis from the peaks, whatever the project says
-    bool bConventional = false;    ///< the files in the conventional setting of the proposed Bravais type
-    bool bWindowDefaults = false;  ///< the window's start values in place of values that the stages find
+    bool bAccept = false;          ///< write a result that is judged bad, and count the run as good
+    bool bFindAxis = false;        ///< determine the rotation axis from the peaks even if the project has one
+    bool bConventional = false;    ///< write files in the conventional setting of the proposed Bravais type
+    bool bWindowDefaults = false;  ///< use the window's defaults instead of values determined by the stages
 
     std::optional<QRect> rcRegion;  ///< reference region, pixels
 
@@ -62,8 +62,8 @@ struct RoadOptions {
     std::optional<double> dfTiltRelaxation;    ///< degrees, spread over the series
     std::optional<double> dfStretchAmplitude;  ///< per cent
     std::optional<double> dfStretchAzimuth;    ///< degrees
-    std::optional<bool> bApplyStretching;
-    /// Distortions that are given in the place of those of the project.
+    std::optional<bool> bApplyStretching;      ///< correct the elliptical distortion
+    /// Distortions that are given instead of those of the project.
     std::vector<std::pair<double SeriesDistortion::*, double>> listDistortion;
     std::optional<double> dfCenterX;  ///< direct beam on the first frame, pixels
     std::optional<double> dfCenterY;
@@ -79,7 +79,7 @@ struct RoadOptions {
     std::optional<double> dfIntensityMin;  ///< counts, of the peaks to merge
     std::optional<double> dfIntensityMax;
     PeakMergingParameters merging;
-    CellHuntingParameters cell;            ///< the window's range; method and range that are asked for follow
+    CellHuntingParameters cell;            ///< the window's range; given method and range are below
     std::optional<double> dfCellRangeMin;  ///< Å
     std::optional<double> dfCellRangeMax;
     std::optional<CellSearchMethod> cellMethod;
@@ -92,13 +92,13 @@ struct RoadOptions {
     std::optional<double> dfRefineIntensityHigh;
     std::optional<double> dfRefineDStarLow;  ///< Å⁻¹
     std::optional<double> dfRefineDStarHigh;
-    std::vector<int> listFixedGeometry;  ///< GeometryNumber: not to be refined
-    bool bConstantBackground = false;    ///< refine also with positions fitted beside a constant
+    std::vector<int> listFixedGeometry;  ///< GeometryNumber: numbers that are not refined
+    bool bConstantBackground = false;    ///< refine also with positions fitted with a constant background
     ExportOptions exports;
-    QStringList listCallerOption;  ///< options of the caller's own, such as "--json" and its file
+    QStringList listCallerOption;  ///< options of the calling program, such as "--json" and its file
 
-    bool isProject() const;
-    int jobs() const;  ///< at least 1
+    bool isProject() const;  ///< whether the input is a project
+    int jobs() const;        ///< at least 1
 };
 
 }  // namespace tessera

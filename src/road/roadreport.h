@@ -1,4 +1,4 @@
-// CRoadReport: passes on what the runs of the road say, and keeps why one of them did not reach its end.
+// CRoadReport: passes on the messages of the runs of a road, and keeps the reason if one of them fails.
 #pragma once
 
 #include "records/runreport.h"
@@ -9,11 +9,12 @@
 
 namespace tessera {
 
-/// The runs of the core give the reason of a failure by fail(), or by the last red line alone. Here both
-/// become the value that a stage returns. The road is walked in parts, each with a reason of its own.
+/// A run of the core gives the reason of a failure by fail(), or just by its last red line. This class turns
+/// either into the result of a stage. A road consists of parts, and reasons are kept part by part.
 class CRoadReport : public CRunReport {
 public:
-    /// @param report  takes all lines and the progress, and is asked whether to go on; must outlive this one
+    /// @param report  gets all messages and the progress, and is asked whether to go on; must outlive this
+    /// object
     explicit CRoadReport(CRunReport& report) : m_report(report) {}
 
     void addMessage(const QString& strText, Severity severity = Severity::Info) override;
@@ -23,24 +24,24 @@ public:
     void endProgress() override { m_report.endProgress(); }
     bool goOn() override;
 
-    /// What comes from here on has a reason of its own to fail.
-    /// @param strPart  its name, for a part that ends without a word
+    /// Begins a part of the road; reasons of earlier parts are forgotten.
+    /// @param strPart  name of the part, used if it fails without a message
     void beginPart(const QString& strPart);
 
-    /// The end of a part whose run did not finish, with the run's reason; a run that has none, such as one
-    /// that was stopped, gets a red line.
+    /// The result of a part whose run did not finish, with the reason of the run. If the run gave none, for
+    /// example because it was stopped, a red line is written.
     StageResult ended(const RunOutcome& outcome);
-    /// The end of a part whose run has said why: by fail(), else by the last red line of the part.
+    /// The result of a part that failed; the reason is that of fail(), else the last red line of the part.
     StageResult failed();
-    /// The same with a red line that counts as the reason where the run has given none by fail().
+    /// The same, with a red line that is the reason unless there is one from fail().
     StageResult failed(const QString& strText);
-    /// The end of a part that lacks what it needs, with a red line that says what.
+    /// The result of a part that cannot run because something is missing, with a red line that says what.
     StageResult refused(const QString& strText);
-    /// The end of a part whose run was to write a file, and did not for that reason, or for the first that
-    /// was given.
+    /// The result of a part that could not write a file.
+    /// @param strReason  empty: the first reason that was given in the part
     StageResult notWritten(const QString& strFile, const QString& strReason = {});
 
-    /// The lines from Severity::Warning on, of all parts.
+    /// All lines with Severity::Warning or above, of all parts.
     const QStringList& redLines() const { return m_listRedLine; }
 
 private:
@@ -50,7 +51,7 @@ private:
     CRunReport& m_report;
     QString m_strPart;
     QStringList m_listRedLine;
-    int m_nRedBefore = 0;  ///< red lines before the part under way
+    int m_nRedBefore = 0;  ///< number of red lines before the present part
     bool m_bStopped = false;
 };
 

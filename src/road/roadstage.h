@@ -1,4 +1,4 @@
-// RoadStage: the stages of the road, in their order.
+// RoadStage: the stages of the road, in their order, with their names.
 #pragma once
 
 #include <QString>
@@ -6,11 +6,11 @@
 
 namespace tessera {
 
-/// Shifts and direct beam, peaks of the frames, reflections of the peaks, cell, indices, geometry refined
-/// against them, intensities of all reflections, cell from pairs of peaks.
+/// Shifts and direct beam; peaks on the frames; merging of peaks to reflections; cell; indexing; refinement
+/// of the geometry; integration; refinement of the cell from pairs of peaks.
 enum class RoadStage { Shifts, Peaks, Merge, Cell, Index, Geometry, Integrate, Refine };
 
-/// The names by which options and summaries call the stages, in the order of the road.
+/// The names of the stages in options and summaries, in the order of the stages.
 inline const QStringList& roadStageNames()
 {
     static const QStringList list = {QStringLiteral("shifts"),    QStringLiteral("peaks"),
@@ -20,6 +20,7 @@ inline const QStringList& roadStageNames()
     return list;
 }
 
+/// The name of a stage in options and summaries.
 inline QString roadStageName(RoadStage stage)
 {
     return roadStageNames().at(int(stage));

@@ -1,4 +1,4 @@
-// RoadState: a series on its way through the stages.
+// RoadState: the state of a road, on which its stages work.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -17,29 +17,30 @@
 
 namespace tessera {
 
-/// What the parts of the road hand to one another, and what they found.
+/// Options, data set and results of a road.
 struct RoadState {
-    /// @param data       lent: the stages work on it; must outlive the state
-    /// @param runReport  takes the log; must outlive the state
+    /// @param data       the data set on which the stages work; must outlive the state
+    /// @param runReport  gets the log; must outlive the state
     RoadState(const RoadOptions& roadOptions, DataSet& data, CRunReport& runReport)
         : given(roadOptions), options(roadOptions), report(runReport), dataSet(data)
     {}
 
-    const RoadOptions given;  ///< as they were asked for
-    RoadOptions options;      ///< as the stages use them: rounded, with the values that they found themselves
+    const RoadOptions given;  ///< the options as given
+    RoadOptions options;  ///< the options as the stages use them: rounded, and with values they determined
     CRoadReport report;
     DataSet& dataSet;
     MappingParameters mapping;
     QString strInputDir;          ///< folder of the project or the first image; results may go elsewhere
-    QStringList listEarlierFile;  ///< of earlier stages, that the road has read
-    QStringList listSideReason;   ///< what opening had to say of files that it could not use
-    QDateTime begun = QDateTime::currentDateTimeUtc();
-    bool bHotPixelsListed = false;  ///< the run has made the list of hot pixels that lies beside the project
-    bool bResultFolder = false;     ///< the folder of the results is there, for the log as well
+    QStringList listEarlierFile;  ///< files of earlier stages that the road has read
+    QStringList listSideReason;   ///< messages about files beside the project that could not be used
+    QDateTime begun = QDateTime::currentDateTimeUtc();  ///< start of the road
+    bool bHotPixelsListed = false;  ///< the road has written the list of hot pixels beside the project
+    bool bResultFolder = false;     ///< the folder of the results exists
     RoadResults results;
-    /// Called as a part begins, and as it has ended, in the thread of the road; may look at all of the state.
+    /// Called in the thread of the road when a part begins and when it has ended; may read all of the state.
     std::function<void(const RoadStep&)> fnStep;
 
+    /// Calls fnStep if it is set.
     void tellStep(const RoadStep& step) const
     {
         if (fnStep) {
@@ -48,18 +49,18 @@ struct RoadState {
     }
 };
 
-/// Makes the data set and all parameters what the pages of the window would hold.
+/// Rounds the data set and all parameters as the boxes on the pages of the window would.
 void roundToPages(RoadState& state);
 
-/// The beginning of a stage: rounds, and gives it reasons of its own to fail.
+/// Begins a stage: rounds all numbers, and begins a part of the report.
 void beginStage(RoadState& state, RoadStage stage);
 
-/// Puts a value that was given in the place of another one.
+/// Replaces a value by the given one, if there is one.
 void takeOver(const std::optional<double>& dfGiven, double& dfTarget);
 
-/// The same for a limit, with the decimals of its box; its range has been seen to.
+/// The same for a limit, rounded to the decimals of its box. The range is not checked.
 void takeLimit(const std::optional<double>& dfGiven, double& dfTarget, const NumberBox& box);
-/// The same for a limit that has its row in the table of parameters.
+/// The same for a limit with a row in the table of parameters.
 template <typename TRecord>
 void takeLimit(const std::optional<double>& dfGiven, TRecord& record, double TRecord::*pLimit)
 {

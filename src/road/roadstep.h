@@ -1,4 +1,4 @@
-// RoadStep: what the road does now, for whoever looks on.
+// RoadStep: a notification about the progress of a road.
 #pragma once
 
 #include "road/stageresult.h"
@@ -9,9 +9,9 @@ namespace tessera {
 
 /// The beginning or the end of a part of the road.
 struct RoadStep {
-    QString strPart;      ///< "open", a stage or an export, as summaries call them
-    bool bEnded = false;  ///< false: it begins
-    StageResult end;      ///< how it ended; its judgement stands in the results by then
+    QString strPart;      ///< "open", or the name of a stage or an export
+    bool bEnded = false;  ///< the part has ended, else it begins
+    StageResult end;      ///< how it ended; its judgement is in the results by then
 };
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// The record of a run: the companion of its result files, by which anybody can tell how they were made.
+// The record of a run: a file that documents how the result files beside it were made.
 #pragma once
 
 #include "road/roadcommand.h"
@@ -8,23 +8,25 @@
 
 namespace tessera {
 
-/// The command that makes the results of a road again. Where the road listed the hot pixels that it found
-/// beside the project, it is told to leave that list unread, as it was not there at the beginning.
+/// The command that reproduces the results of a road. If the road wrote a list of hot pixels beside the
+/// project, the command does not read that list, since it did not exist at the beginning.
 RoadCommand commandOfRoad(const RoadState& state);
 
-/// What the stage of a name found, under the keys of the summary.
+/// The results of a stage, under the keys of the summary.
+/// @param strStage  name of the stage
 QJsonObject foundByStage(const RoadResults& results, const QString& strStage);
 
-/// Version, inputs, parameters as used, stages with what they found, files that were written, and the
-/// command, under the keys that docs/formats.md tells. Reads all inputs and files for their hashes.
+/// Makes the record: version, input, parameters as used, stages with their results, files that were written,
+/// and the command, under the keys described in docs/formats.md. Reads all input and result files for their
+/// hashes.
 ///
-/// @param former  the record that stands there, or none. Of it, and of those that it holds, the runs stay
-///                under "former" that wrote a file which this run has not written anew
-/// @param report  has the progress, and may stop the reading: hashes are missing then
+/// @param former  the existing record, or an empty object. Of this record and those nested in it, runs whose
+///                files were not all replaced by this run are kept under "former"
+/// @param report  shows the progress, and can stop the reading; hashes are missing then
 QJsonObject runRecord(const RoadState& state, const QJsonObject& former, CRunReport& report);
 
-/// Writes the record of a road beside its results, where their folder is there.
-/// @return empty, or why it was not written; no result is the worse for that
+/// Writes the record of a road to the folder of its results, if that exists.
+/// @return empty, or why it was not written; the results are not affected
 QString writeRunRecord(const RoadState& state, CRunReport& report);
 
 }  // namespace tessera

@@ -1,5 +1,4 @@
-// Sections of the road: planes of reciprocal space by the geometry that was found, as driver and window have
-// them.
+// Sections of reciprocal space, as made by the driver and the window.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -12,20 +11,20 @@
 
 namespace tessera {
 
-/// Makes sections by the refined geometry where there is one, else by the cell in force and what the mapping
-/// works with. Refuses, with the reason in the report, without a cell, tilts or shifts.
+/// Makes sections with the refined geometry if there is one, else with the cell in force and the geometry of
+/// the mapping. Refuses, with the reason in the report, without cell, tilts or shifts.
 /// @param refined      may be null
-/// @param listSection  replaced when the run finished, else as it was
+/// @param listSection  replaced if the run finished, else left as it was
 RunOutcome findSections(const DataSet& dataSet, const MappingParameters& mapping,
                         const GeometryRefinement* refined, const std::vector<SectionPlane>& listPlane,
                         const SectionOptions& options, int nJobs, CRunReport& report,
                         std::vector<ReciprocalSection>& listSection);
 
-/// The files of sections: MRC and PNG of each in turn.
+/// The paths of the files of sections: MRC and PNG for each section in turn.
 QStringList sectionFiles(const DataSet& dataSet, const std::vector<SectionPlane>& listPlane);
 
-/// Makes the sections that were asked for, writes their files and notes both in the results.
-/// @return true if all files are written; else the log says why
+/// Makes the sections of the options, writes their files, and puts sections and files into the results.
+/// @return true if all files were written; else the log has the reason
 bool writeSectionsOfRoad(RoadState& state);
 
 }  // namespace tessera

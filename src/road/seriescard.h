@@ -1,4 +1,4 @@
-// SeriesCard: what a list of series says of one of them without opening it.
+// SeriesCard: an overview of a series, for a list of recent series.
 #pragma once
 
 #include "records/cellparameters.h"
@@ -10,22 +10,22 @@
 
 namespace tessera {
 
-/// Read from the project file and from what stands beside it; no frame is touched.
+/// Name, frames, cell and lattice, read from the project file and its side files; frames are not read.
 struct SeriesCard {
-    bool bThere = false;                 ///< the project file, or the first of some frames
-    QString strName;                     ///< as displayName() has it
-    QString strFolder;                   ///< absolute, of the first file
-    int nFrames = 0;                     ///< of the project as it is opened, or the number of files
-    std::optional<CellParameters> cell;  ///< none where no cell was found yet
-    QString strLattice;  ///< Pearson's symbol and the system: "oC, orthorhombic"; empty without a cell
+    bool bThere = false;  ///< the project file, or the first frame, exists
+    QString strName;      ///< see displayName()
+    QString strFolder;    ///< absolute path of the folder of the first file
+    int nFrames = 0;      ///< frames of the project after the choice of frames, or number of files
+    std::optional<CellParameters> cell;  ///< none if no cell was found yet
+    QString strLattice;  ///< Pearson symbol and lattice system: "oC, orthorhombic"; empty without a cell
 };
 
-/// Looks at a series that was opened before.
+/// Makes the overview of a series.
 ///
-/// The cell is that of the unit-cell file, which opening takes, too; without one that of the summary that the
-/// driver wrote. The lattice is the one that the summary of a run proposes for this very cell, which knows
-/// what the intensities say of centring, and else the highest symmetry that the cell alone fits.
-/// @param listFile  a project, or frames; what cannot be read of it stays empty
+/// The cell is that of the unit-cell file, which is also read on opening, or else that of the driver's
+/// summary. The lattice is the one that the summary proposes for this cell, as it takes absent reflections
+/// into account; without a summary it is the highest symmetry that fits the cell alone.
+/// @param listFile  a project, or frames; values that cannot be read stay empty
 SeriesCard seriesCard(const QStringList& listFile);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// The geometry of a series refined against its indexed peaks, and what of it the data set takes.
+// Refines the geometry of a data set, and puts a refined geometry in force.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -11,26 +11,25 @@
 
 namespace tessera {
 
-/// The Bravais types of a lattice, seen from the cell in force, as the refinement takes them.
+/// The Bravais types of a lattice as constraints for the refinement, in terms of the cell in force.
 std::vector<CellConstraint> constraintsOf(const std::vector<LatticeType>& listType);
 
-/// Refines the geometry of a data set against its indexed peaks, with the centres of their spots from the
+/// Refines the geometry of a data set against its indexed peaks, with subpixel positions measured on the
 /// frames (finespots.h).
-/// @param dataSet  as it was on return
-/// @param options  but for the number of frames, which is the data set's
-/// @param nJobs    frames worked on side by side; the result is the same for each
-/// @return with the reason where there is none, as without a cell in force
+/// @param dataSet  unchanged on return
+/// @param options  the number of frames is taken from the data set
+/// @param nJobs    frames processed in parallel; the result is the same for every number
+/// @return with the reason if nothing was refined, for example because there is no cell
 GeometryRefinement refineSeriesGeometry(DataSet& dataSet, const MappingParameters& mapping,
                                         GeometryRefinementOptions options, int nJobs, CRunReport& report);
 
-/// The basis of a geometry at the precision of the data set.
+/// The reciprocal basis of a geometry, in the precision of the data set.
 ReciprocalBasis basisOf(const DiffractionGeometry& geometry);
 
-/// Puts a model into a data set: axis, stretching, distortion, tilts, direct beam, and the cell in force and
-/// as found.
+/// Puts a model in force: axis, stretching, distortion, tilts, direct beam, and cell (both in force and as
+/// found).
 ///
-/// The indices of the peaks are those of the model's cell; all places in reciprocal space are still the
-/// former ones: peaks are to be mapped, merged and indexed anew.
+/// The peaks in reciprocal space are not updated: they have to be mapped, merged and indexed again.
 void takeGeometry(DataSet& dataSet, MappingParameters& mapping, const GeometryModel& model);
 
 }  // namespace tessera

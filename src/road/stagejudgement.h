@@ -1,28 +1,28 @@
-// Judgement of the stages: what each result is worth, told in a line of the log and in the summary.
+// Judgement of the stages: rates each result, for the log and the summary.
 #pragma once
 
 #include "road/roadresults.h"
 
 namespace tessera {
 
-/// Where at least this part of the peaks lies on the lattice the cell is believed; below it nothing is.
+/// The fraction of the peaks that must be on the lattice for the cell to be trusted.
 constexpr double g_dfShareExpected = 0.5;
 
-/// What the result of a stage is worth; none where it has left no result.
+/// The judgement of a stage; none if the stage has no result.
 std::optional<Judgement> judgeStage(RoadStage stage, const RoadResults& results);
 
-/// What the axis that was found is worth, "axis" by name: doubtful where its sense is.
+/// The judgement of the axis that was found, named "axis"; doubtful if its sense is uncertain.
 Judgement judgeAxis(const AxisFound& axis);
 
-/// What the lattice is worth, "lattice" by name: doubtful where a supercell or a second crystal is likely.
+/// The judgement of the lattice, named "lattice"; doubtful if a supercell or a second crystal is likely.
 Judgement judgeLattice(const LatticeAnalysis& analysis);
 
-/// Whether enough of the peaks lie on the lattice, and more than chance would have there.
+/// Whether enough peaks are on the lattice, and more than by chance.
 bool fitsLattice(const LatticeFit& fit);
 
-/// Whether indices spread to most of the reflections though most of the peaks do not fit the cell: they
-/// follow from neighbour to neighbour, so that any cell of about the right edges indexes most.
-/// @param dfIndexedShare  of the reflections, 0 to 1
+/// Whether most reflections were indexed although most peaks do not fit the cell. Indices spread from
+/// neighbour to neighbour, so any cell with roughly correct edges indexes most reflections.
+/// @param dfIndexedShare  fraction of the reflections that was indexed, 0 to 1
 bool spreadContradicts(double dfIndexedShare, const LatticeFit& fit);
 
 }  // namespace tessera

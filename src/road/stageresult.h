@@ -1,11 +1,11 @@
-// StageResult: how a stage of the road ended, and why if it did not reach its end.
+// StageResult: how a stage of the road ended, with the reason if it did not finish.
 #pragma once
 
 #include "records/runoutcome.h"
 
 namespace tessera {
 
-/// Finished means that what the stage was to write is on the disk. The reason is a line of the log.
+/// Finished means that all files of the stage were written. The reason is a line of the log.
 using StageResult = RunOutcome;
 
 }  // namespace tessera

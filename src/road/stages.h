@@ -1,45 +1,46 @@
-// The stages of the road, each a function of the state that the stage before it left.
+// The stages of the road, as functions that work on its state.
 #pragma once
 
 #include "road/roadstate.h"
 
 namespace tessera {
 
-// All stages round the parameters as the pages of the window do, leave what they found in the data set and in
-// the results, and say the rest to the report. A stage that does not finish leaves its files on the disk as
-// they were.
+// All stages round the parameters as the pages of the window do, and put their results into the data set and
+// the results of the state. A stage that does not finish leaves its files as they were.
 
-/// Drift and direct beam, from the region that is given or found on the frames; writes the shift file.
+/// Determines drift and direct beam from a region that is given or found on the frames; writes the shift
+/// file.
 StageResult runShiftStage(RoadState& state);
 
-/// The peaks of all frames, with the threshold that is given or comes from the noise; writes the peak list.
+/// Finds the peaks of all frames, with a threshold that is given or derived from the noise; writes the peak
+/// list.
 StageResult runPeakStage(RoadState& state);
 
 /// Maps the peaks into reciprocal space and merges those within the limits, all of them or one group.
 StageResult runMergeStage(RoadState& state);
 
-/// The cell of the merged reflections, or that of a file; writes the unit-cell file, unless it is that file.
+/// Determines the cell from the merged reflections, or reads it from a file; writes the unit-cell file,
+/// unless it was read from that very file.
 StageResult runCellStage(RoadState& state);
 
-/// Indexes the merged reflections, refines the cell from their d* and judges the result. The result files
-/// appear together, and only when the road starts at this stage or before it.
+/// Indexes the merged reflections, refines the cell against their d* and judges the result. The result files
+/// are written together, and only if the road starts at this stage or before it.
 StageResult runIndexStage(RoadState& state);
 
-/// Axis, direct beam, distortions and cell, fitted together to the indexed peaks; writes the refined project
-/// and cell. Where there is nothing to refine it says so and leaves all as it was.
+/// Refines axis, direct beam, distortions and cell together against the indexed peaks; writes the refined
+/// project and cell. If nothing can be refined, it says so in the log and changes nothing.
 StageResult runGeometryStage(RoadState& state);
 
-/// The intensities of all reflections that cross the Ewald sphere, predicted from the refined geometry or,
-/// where there is none, from that in force; scaled, merged and judged. Writes the files of structure
-/// solution. Where the frames give no intensities, or the cell is not worth it, it says so and leaves all as
-/// it was.
+/// Predicts all reflections that cross the Ewald sphere, from the refined geometry or else the one in force;
+/// integrates, scales, merges and judges them, and writes the files for structure solution. If the frames
+/// give no intensities, or if the cell is judged bad, it says so in the log and changes nothing.
 StageResult runIntegrateStage(RoadState& state);
 
-/// The cell from the distances of indexed peaks on one frame, with the positions as hunted and as fitted;
-/// nothing but log and results tells it.
+/// Refines the cell from the distances of indexed peaks on one frame, with their positions from hunting and
+/// as fitted on the frames. The result is only in the log and the results, not in a file.
 StageResult runRefineStage(RoadState& state);
 
-/// The stage of that name.
+/// Runs a stage.
 StageResult runStage(RoadStage stage, RoadState& state);
 
 }  // namespace tessera

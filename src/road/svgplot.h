@@ -1,4 +1,4 @@
-// SvgPlot: curves in a frame with axes, as a drawing of SVG.
+// SvgPlot: a plot of curves with axes, drawn as SVG.
 #pragma once
 
 #include "road/htmlpage.h"
@@ -12,38 +12,42 @@
 
 namespace tessera {
 
+/// A curve of a plot.
 struct SvgSeries {
-    QString strName;                 ///< of the legend
-    std::vector<QPointF> listPoint;  ///< those that are not finite leave a gap
-    bool bLine = true;
-    bool bPoints = false;
+    QString strName;                 ///< name in the legend
+    std::vector<QPointF> listPoint;  ///< points that are not finite leave a gap
+    bool bLine = true;               ///< draw a line through the points
+    bool bPoints = false;            ///< draw the points
 };
 
+/// A plot.
 struct SvgPlot {
     QString strTitle;
-    QString strX;  ///< title of the axis, with its unit
-    QString strY;
-    std::vector<SvgSeries> listSeries;  ///< up to four have colours of their own
-    std::optional<double> dfYMin;       ///< none: by the points
-    std::optional<double> dfYMax;
+    QString strX;                       ///< title of the horizontal axis, with its unit
+    QString strY;                       ///< title of the vertical axis, with its unit
+    std::vector<SvgSeries> listSeries;  ///< the first four have distinct colours
+    std::optional<double> dfYMin;       ///< none: from the points
+    std::optional<double> dfYMax;       ///< none: from the points
 
-    bool isEmpty() const;  ///< no finite point
+    bool isEmpty() const;  ///< whether there is no finite point
 };
 
-/// Ends of an axis that holds two numbers, and its ticks: multiples of 1, 2 or 5 times a power of ten.
+/// The range and the ticks of an axis.
 struct AxisTicks {
     double dfLow = 0, dfHigh = 1;
     std::vector<double> listTick;
-    int nDecimals = 0;
+    int nDecimals = 0;  ///< decimals of the labels
 };
+/// Chooses ticks at multiples of 1, 2 or 5 times a power of ten, and a range that includes two numbers.
+/// @param nMost  greatest number of ticks
 AxisTicks axisTicks(double dfLow, double dfHigh, int nMost);
 
-/// Draws the plot where the page is. Lines and points have the classes "series" with "s0" to "s3", texts
-/// and lines of the frame "axis" and "grid", whose colours are the page's; a drawing that stands alone has
-/// shades of grey.
+/// Draws a plot at the end of a page. Lines and points have the classes "series" and "s0" to "s3", texts and
+/// lines of the frame "axis" and "grid"; the style sheet of the page gives them colours. Without a style
+/// sheet they are grey.
 void drawPlot(CHtmlPage& page, const SvgPlot& plot);
 
-/// A place of the page where units of the plot are drawn: (left, top) to (right, bottom).
+/// Size of a drawing, and the area of its curves, in SVG units.
 struct PlotFrame {
     double dfLeft = 62, dfTop = 34, dfRight = 628, dfBottom = 256;
     double dfWidth = 640, dfHeight = 300;

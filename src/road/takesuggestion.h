@@ -1,4 +1,4 @@
-// takeSuggestion: numbers that follow from the data, where nobody gave others.
+// takeSuggestion: uses parameters suggested by the data, unless others were given.
 #pragma once
 
 #include "dataset/parametertable.h"
@@ -12,18 +12,18 @@
 
 namespace tessera {
 
-/// Parameters with what was given for them on the command line.
+/// Parameters, each with the optional value of the command line.
 using GivenValues = QList<std::pair<ParameterMember, const std::optional<double>*>>;
 
-/// Whether the data are to tell at least one of them.
+/// Whether at least one of the parameters was not given.
 bool anyIsOpen(const GivenValues& listGiven);
 
-/// Puts suggested numbers into their records, but for those that were given, with a line of the log for each
-/// that is not what it was.
+/// Puts suggested values into the parameter records, except for parameters that were given, with a line of
+/// the log for each value that changes.
 void takeSuggestion(const Suggestion& suggestion, const GivenValues& listGiven,
                     const ParameterRecords& records, CRunReport& report);
 
-/// Puts the numbers that were given into their records.
+/// Puts the given values into the parameter records.
 void takeGiven(const GivenValues& listGiven, const ParameterRecords& records);
 
 }  // namespace tessera

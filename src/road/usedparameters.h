@@ -1,4 +1,4 @@
-// The parameters of a road as its stages used them, for its record and its report.
+// The parameters that the stages of a road used, for its record and its report.
 #pragma once
 
 #include "road/roadstate.h"
@@ -9,15 +9,17 @@
 
 namespace tessera {
 
+/// A parameter with its value.
 struct UsedParameter {
-    QString strName;   ///< that of its option, or of its place on the page: "peak-radius"
-    QString strValue;  ///< in the C locale, without loss
+    QString strName;   ///< name of its option, or else of its box on the page: "peak-radius"
+    QString strValue;  ///< in the C locale and full precision
     QString strUnit;
-    bool bNumber = true;
-    bool bGiven = false;  ///< asked for, in the place of what a stage finds or a page begins with
+    bool bNumber = true;  ///< the value is a number
+    bool bGiven = false;  ///< the value was given, else it was determined by a stage or is the default
 };
 
-/// All of them, in the order of the driver's help. Those of stages that were not run stand as they began.
+/// All parameters, in the order of the driver's help. Those of stages that were not run have their initial
+/// values.
 std::vector<UsedParameter> usedParameters(const RoadState& state);
 
 }  // namespace tessera
