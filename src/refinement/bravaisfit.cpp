@@ -9,13 +9,13 @@ namespace tessera {
 
 namespace {
 
-// What a free cell takes up of the errors that no model has lowers its rms by as much in real series.
+// A free cell absorbs model errors, which lowers its rms by about this much in real series.
 const double g_dfMostGrowth = 1.02;
 
 const std::vector<int> g_listStretching = {StretchingCos, StretchingSin};
 const std::vector<int> g_listEllipse = {EllipseAlong, EllipseAcross};
 
-/// Fits it, with what the peaks cannot tell left out.
+/// Fits the numbers that the peaks determine; the others are fixed.
 bool solveDetermined(const CGeometryResiduals& residuals, GeometryFit& fit)
 {
     const Undetermined undetermined = undeterminedNumbers(geometryNormal(residuals, fit), fit.listFree);
@@ -25,7 +25,7 @@ bool solveDetermined(const CGeometryResiduals& residuals, GeometryFit& fit)
     return !undetermined.bCell && solveGeometry(residuals, fit);
 }
 
-/// The fit of a type, with a better one of stretching and ellipse.
+/// The fit under a Bravais type, with stretching or ellipse, whichever fits better.
 struct TypeFit {
     GeometryFit fit;
     bool bEllipse = false;
@@ -60,7 +60,7 @@ std::optional<TypeFit> fitOfType(const GeometryWork& work, const GeometryRefinem
             continue;
         }
         const double dfRms = rmsInPlane(residuals, other);
-        // A tie goes to the stretching, which project files hold.
+        // If both fit equally well the stretching is kept, since every project file can store it.
         const double dfTie = 1 - 1.0 / (2 * std::max(1, residuals.chains()));
         if (!best || dfRms < dfTie * best->dfRms) {
             best = TypeFit{other, bEllipse, dfRms};
@@ -92,7 +92,7 @@ GeometryModel geometryModel(const GeometryWork& work, const GeometryFit& fit, bo
     }
     Eigen::MatrixXd matDerivative;
     model.cell = fit.form.cell(fit.numbers, &matDerivative);
-    const Eigen::Index nCell = matDerivative.cols();  // the first of the free numbers are those of the cell
+    const Eigen::Index nCell = matDerivative.cols();  // the numbers of the cell are the first free ones
     const Eigen::MatrixXd matCell = matDerivative * matCovariance.topLeftCorner(nCell, nCell) *
                                     matDerivative.transpose();
     std::array<double, 6> aError;

@@ -13,7 +13,7 @@ using Jet = ceres::Jet<double, 9>;
 template <class T>
 using Matrix3 = Eigen::Matrix<T, 3, 3>;
 
-/// How many numbers of a cell a system leaves free.
+/// The number of cell parameters that a lattice system leaves free.
 int numbersOfSystem(LatticeSystem system)
 {
     switch (system) {
@@ -30,7 +30,7 @@ int numbersOfSystem(LatticeSystem system)
     }
 }
 
-/// a, b, c, α, β, γ from the free numbers of a system.
+/// a, b, c, α, β, γ from the free parameters of a lattice system.
 template <class T>
 std::array<T, 6> cellOfSystem(LatticeSystem system, const T* pNumber)
 {
@@ -67,7 +67,7 @@ std::vector<double> freeNumbersOf(LatticeSystem system, const CellParameters& ce
     }
 }
 
-/// Rows a, b, c: a along x, b in the plane of x and y.
+/// The basis (rows a, b, c) with a along x and b in the plane of x and y.
 template <class T>
 Matrix3<T> standardAxes(const std::array<T, 6>& cell)
 {
@@ -95,7 +95,7 @@ Matrix3<T> inverseOf(const Matrix3<T>& m)
     return inverse / volume;
 }
 
-/// Rows a, b, c to the six numbers.
+/// The six cell parameters of a basis (rows a, b, c).
 template <class T>
 std::array<T, 6> parametersOf(const Matrix3<T>& rows)
 {
@@ -115,7 +115,7 @@ template <class T>
 Matrix3<T> constrainedReciprocal(const CellConstraint& constraint, const Eigen::Matrix3d& matOrientation,
                                  const T* pNumber)
 {
-    std::array<T, 9> aTurn;  // by columns
+    std::array<T, 9> aTurn;  // column by column
     ceres::AngleAxisToRotationMatrix(pNumber, aTurn.data());
     const Matrix3<T> turn = Eigen::Map<const Matrix3<T>>(aTurn.data());
     const Matrix3<T> rows = standardAxes(cellOfSystem(constraint.system, pNumber + 3)) *
@@ -160,8 +160,8 @@ CellForm::CellForm(const CellConstraint& constraint, const Eigen::Matrix3d& reci
     const Eigen::Matrix3d matConventional = constraint.matTransform * reciprocal.inverse().transpose();
     const CellParameters cell = constrainedCell(constraint.system, cellOf(matConventional));
     const Eigen::Matrix3d matAxes = standardAxes(cell.numbers());
-    // The turn that brings the axes as close as it can. Source: Kabsch (1976), Acta Cryst. A32, 922–923. A
-    // conventional cell is right-handed; the sign keeps the hand of one that is not.
+    // The rotation that brings the axes closest together. Source: Kabsch (1976), Acta Cryst. A32, 922–923. A
+    // conventional cell is right-handed; the sign preserves the hand of a left-handed one.
     const Eigen::JacobiSVD<Eigen::Matrix3d> svd(matAxes.transpose() * matConventional,
                                                 Eigen::ComputeFullU | Eigen::ComputeFullV);
     m_matOrientation = svd.matrixU() * svd.matrixV().transpose();

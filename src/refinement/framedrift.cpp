@@ -11,7 +11,7 @@ namespace tessera {
 namespace {
 
 const int g_nFewestOnFrame = 6;
-// Median of the squared distance in the plane, in variances of one direction.
+// Median of the squared distance in a plane, in units of the variance in one direction.
 const double g_dfMedianSquare = 2 * std::log(2.0);
 
 double square(const FramePlace& place)
@@ -39,14 +39,14 @@ double medianOf(std::vector<double> listValue)
     return *itMiddle;
 }
 
-/// As the fit of the geometry has it: squares near by, the distance itself far off.
+/// The loss of the geometry fit: quadratic for small distances, linear for large ones.
 double lossOf(double dfSquare)
 {
     return 2 * (std::sqrt(1 + dfSquare) - 1);
 }
 
-/// The mean of the peaks, with weights that let those far off (pixels) count for nothing, from the medians
-/// on. Source: Geman & McClure (1987), Bull. Int. Stat. Inst. 52, 5–21.
+/// The mean of the peaks, started from the medians, with weights that vanish for peaks far off (pixels)
+/// (redescending estimator). Source: Geman & McClure (1987), Bull. Int. Stat. Inst. 52, 5–21.
 FramePlace middleOf(const std::vector<FramePlace>& listPoint)
 {
     std::vector<double> listX, listY;
@@ -68,17 +68,17 @@ FramePlace middleOf(const std::vector<FramePlace>& listPoint)
     return middle;
 }
 
-/// The peaks of a frame in common.
+/// The common displacement of the peaks of a frame.
 struct FrameMiddle {
     int nFrame = 0;
     int nPeaks = 0;
     FramePlace middle;
 };
 
-/// Frames with the distances of their peaks, ascending.
+/// The frames with the distances of their peaks, in ascending order.
 using FramePeaks = std::map<int, std::vector<FrameDistance>>;
 
-/// @param nHalf  of the chains, 0 or 1; −1 all
+/// @param nHalf  which half of the chains is used, 0 or 1; −1: all chains
 std::vector<FrameMiddle> middlesOf(const FramePeaks& mapFrame, int nHalf)
 {
     std::vector<FrameMiddle> listMiddle;
@@ -96,8 +96,8 @@ std::vector<FrameMiddle> middlesOf(const FramePeaks& mapFrame, int nHalf)
     return listMiddle;
 }
 
-/// The curve of some frames' middles. A frame that stands apart, in units of what the number of its peaks
-/// lets expect, counts for little: weights of the Cauchy distribution, 95 % efficient at 2.385 deviations.
+/// Fits the curve to the centres of some frames. A frame that deviates, relative to the error that the number
+/// of its peaks implies, has little weight: Cauchy weights with 95 % efficiency at 2.385 standard deviations.
 CSmoothCurve curveOf(const std::vector<FrameMiddle>& listMiddle, int nFirst, int nLast, int nIntervals)
 {
     std::vector<double> listAt, listWeight;
@@ -172,7 +172,7 @@ public:
 private:
     const std::vector<FrameMiddle>& all() const { return m_alistMiddle[0]; }
 
-    /// Mean loss of the peaks on frames with an odd or even number with the curve through the others.
+    /// Mean loss of the peaks on the odd or even frames under the curve fitted to the other frames.
     double unseenLoss(int nIntervals) const
     {
         double dfSum = 0;
@@ -193,7 +193,7 @@ private:
 
     int intervals() const
     {
-        // Each half of the frames has two for an interval.
+        // Each half of the frames has at least two frames per interval.
         const int nMost = int(all().size()) / 4;
         int nBest = 0;
         double dfBest = unseenLoss(0);
@@ -201,8 +201,8 @@ private:
         for (int nIntervals = 1; nIntervals <= nMost;
              nIntervals = std::max(nIntervals + 1, nIntervals * 3 / 2)) {
             const double dfLoss = unseenLoss(nIntervals);
-            // Peaks of a chain share their error, and both halves have some: numbers that mean nothing lower
-            // the loss by half of their part of the chains.
+            // The peaks of a chain share their error and are in both halves, so that superfluous parameters
+            // lower the loss by half their number per chain.
             const double dfEnough = 1 - 2.0 * (nIntervals - nBest) / std::max(1, m_nChains);
             if (dfLoss < dfEnough * dfBest) {
                 dfBest = dfLoss;
@@ -219,7 +219,7 @@ private:
         return nBest;
     }
 
-    /// Variance of a peak about its frame's middle, along one direction.
+    /// Variance of a peak about the centre of its frame, in one direction.
     void measureErrors()
     {
         std::vector<double> listSquare;
@@ -233,7 +233,7 @@ private:
         m_dfVariance = medianOf(std::move(listSquare)) / g_dfMedianSquare;
     }
 
-    /// The variance of a frame's middle along one direction.
+    /// Variance of the centre of a frame, in one direction.
     double varianceOf(const FrameMiddle& frame) const { return m_dfVariance / frame.nPeaks; }
 
     double scatterShare(const FrameMiddle& frame, double dfScatter) const
@@ -243,7 +243,7 @@ private:
                                                                 : dfSquare / (dfSquare + varianceOf(frame));
     }
 
-    /// λ²: the squared length that a frame of one series in twenty exceeds by chance.
+    /// λ²: the squared length that some frame exceeds by chance in one series out of twenty.
     double limitOf(const FrameMiddle& frame, double dfScatter) const
     {
         const double dfSpread = std::max(m_dfSpread, dfScatter);
@@ -256,7 +256,7 @@ private:
         return dfSquare > 0 ? std::max(0.0, 1 - limitOf(frame, dfScatter) / dfSquare) : 0;
     }
 
-    /// Whether a frame stands apart, and each half of its chains tells so of the other.
+    /// Whether a frame deviates significantly, in both halves of its chains.
     bool jumps(const FrameMiddle& frame, double dfScatter) const
     {
         if (frame.nPeaks < g_nFewestOnFrame || jumpShare(frame, dfScatter) <= 0) {
@@ -283,7 +283,7 @@ private:
         return bFound ? &*it : nullptr;
     }
 
-    /// By how much the loss of half of the chains on a frame falls with an offset in place of the curve's.
+    /// The decrease of the loss of half of the chains on a frame if the curve is replaced by an offset.
     double gainOf(int nFrame, int nHalf, const FramePlace& offset) const
     {
         const FramePlace smooth = m_curve.at(nFrame);
@@ -296,7 +296,8 @@ private:
         return dfGain;
     }
 
-    /// The scatter of the frames beyond their errors, where half of the chains tells it to the other half.
+    /// The scatter of the frames beyond their errors; 0 unless one half of the chains predicts the other half
+    /// better with it.
     double scatter()
     {
         std::vector<const FrameMiddle*> listFrame;
@@ -335,8 +336,8 @@ private:
         return bTold ? m_dfSpread : 0;
     }
 
-    /// Whether the peaks of the chains that did not give an offset gain by it, beyond twice what the frames'
-    /// gains scatter.
+    /// Whether an offset from one half of the chains improves the fit of the other half, by more than twice
+    /// the standard error over the frames.
     bool isScatterTold(double dfScatter) const
     {
         double dfSum = 0, dfSquares = 0;
@@ -376,12 +377,12 @@ private:
     int m_nChains = 0;
     CRunReport& m_report;
     FramePeaks m_mapFrame;
-    std::array<std::vector<FrameMiddle>, 3> m_alistMiddle;  ///< of all chains, and of each half
+    std::array<std::vector<FrameMiddle>, 3> m_alistMiddle;  ///< from all chains, and from each half of them
     int m_nFirst = 0;
     int m_nLast = 0;
     CSmoothCurve m_curve = {0, 0, 0};
-    double m_dfVariance = 0;  ///< px², of a peak along one direction
-    double m_dfSpread = 0;    ///< pixels, of the frames about the curve beyond their errors
+    double m_dfVariance = 0;  ///< variance of a peak in one direction, pixels²
+    double m_dfSpread = 0;    ///< scatter of the frames about the curve beyond their errors, pixels
 };
 
 }  // namespace

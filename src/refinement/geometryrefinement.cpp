@@ -15,9 +15,9 @@ namespace {
 
 const int g_nFewestPeaks = 20;
 const int g_nMostRounds = 10;
-// Of indices spread at random an eighth lies as near to whole ones as the last tolerance has it.
+// One eighth of randomly distributed indices is as near to whole numbers as the final tolerance requires.
 const double g_adfIndexTolerances[] = {0.4, 0.32, 0.25};
-// Less than this part of the peaks is no majority for any geometry.
+// A geometry must fit at least this fraction of the peaks.
 const double g_dfLeastShare = 1.0 / 3;
 
 bool isFinite(const GeometrySpot& spot)
@@ -57,7 +57,7 @@ double tiltRange(const std::vector<GeometrySpot>& listSpot)
     return itHigh->dfTilt - itLow->dfTilt;
 }
 
-/// What every geometry has: the cell, the axis, the beam and the stretching.
+/// The numbers that are always fitted: cell, axis, beam and stretching.
 std::vector<int> usualNumbers(const GeometryRefinementOptions& options, std::vector<FixedNumber>& listFixed)
 {
     std::vector<int> listNumber;
@@ -72,7 +72,7 @@ std::vector<int> usualNumbers(const GeometryRefinementOptions& options, std::vec
     return listNumber;
 }
 
-/// Indices and used spots, to see whether a round changed something.
+/// Indices and spots in use, to detect whether a round has changed anything.
 std::vector<int> stateOf(const GeometryWork& work)
 {
     std::vector<int> listState = work.listUsed;
@@ -83,7 +83,7 @@ std::vector<int> stateOf(const GeometryWork& work)
     return listState;
 }
 
-/// Whether more peaks went than came, beyond what chance does to peaks at a limit.
+/// Whether significantly more peaks were lost than gained at a limit.
 /// Source: McNemar (1947), Psychometrika 12, 153–157.
 bool losesPeaks(const std::vector<int>& listBefore, const std::vector<int>& listAfter)
 {
@@ -102,7 +102,7 @@ public:
         : m_work(work), m_result(result), m_report(report)
     {}
 
-    /// Why there is nothing to fit to; empty where there is.
+    /// Why the geometry cannot be fitted; empty if it can.
     QString reasonNotToFit(const GeometryFit& fit)
     {
         if (int(m_work.listUsed.size()) < g_nFewestPeaks) {
@@ -118,8 +118,9 @@ public:
         return undetermined.bCell ? QStringLiteral("The peaks do not determine the cell.") : QString();
     }
 
-    /// Fixes what the peaks cannot tell, fits, and chooses the peaks anew, until nothing changes.
-    /// @return false, with the reason in the result, where it cannot go on
+    /// Fixes numbers that the peaks do not determine, fits, and selects the peaks again, until nothing
+    /// changes.
+    /// @return false, with the reason in the result, if the refinement cannot go on
     bool runRounds(GeometryFit& fit, bool bShrink)
     {
         const int nTolerances = 3;
@@ -157,9 +158,9 @@ public:
         return true;
     }
 
-    /// Takes out the drift that the beams of the frames have beside the centre. Peaks of a frame lie to all
-    /// sides, so that hardly any number but the centre imitates it: drift and fit are found in turn.
-    /// @return whether there is one
+    /// Corrects the places for the residual drift of the frames. The peaks of a frame are on all sides of the
+    /// beam, so drift hardly correlates with any number but the centre: drift and fit are determined in turn.
+    /// @return whether there is a residual drift
     bool takeOutDrift(GeometryFit& fit, int nFrames)
     {
         const int nTurns = 3;
@@ -179,7 +180,7 @@ public:
         return !m_drift.listOffset.empty();
     }
 
-    /// Takes the fine places of the spots where these lower the rms of frames that were not fitted to.
+    /// Uses the subpixel places of the spots if they lower the rms of frames that were left out of the fit.
     /// @return false where it cannot go on with them
     bool takeFinePlaces(GeometryFit& fit)
     {
@@ -204,7 +205,7 @@ public:
         return runRounds(fit, false);
     }
 
-    /// Spots without indices that lie where reflections are expected take part from here on.
+    /// Adds spots without indices that lie where reflections are expected.
     /// @return false where it cannot go on with them
     bool takeOthers(GeometryFit& fit)
     {
@@ -228,9 +229,9 @@ public:
         model.nJumps = m_drift.nJumps;
     }
 
-    /// The peaks within the last limits, and the rms of those that were kept.
-    /// @return whether the end is worse than the beginning: by the rms, or by the peaks within half the
-    /// limits, as what lies at the limits themselves is false peaks, that fall on either side by chance
+    /// Determines the number of peaks within the final limits, and the rms of the peaks in use.
+    /// @return whether the result is worse than the start, by the rms or by the number of peaks within half
+    /// the limits; peaks near the full limits are often false and fall on either side by chance
     bool isWorse(const GeometryFit& before, const GeometryFit& after)
     {
         const GeometryWork measured = m_work.withoutDrift();
@@ -250,7 +251,7 @@ public:
     }
 
 private:
-    /// How many had indices from the beginning.
+    /// The number of spots that had indices at the start.
     int indexedOf(const std::vector<int>& listWithin) const
     {
         return int(std::count_if(listWithin.begin(), listWithin.end(),
@@ -273,7 +274,7 @@ private:
     FrameDrift m_drift;
 };
 
-/// Free and constrained fits of peaks that can be used.
+/// Free and constrained fits.
 void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
                  const GeometryRefinementOptions& options, GeometryRefinement& result, CRunReport& report)
 {
@@ -348,7 +349,7 @@ GeometryRefinement refineGeometry(std::vector<GeometrySpot> listSpot, const Diff
                    listSpot.end());
     for (GeometrySpot& spot : listSpot) {
         spot.dfWeight = spot.dfWeight > 0 ? spot.dfWeight
-                                          : 1;  // negative after subtraction of the background
+                                          : 1;  // intensities may be negative after background subtraction
     }
     GeometryWork work;
     work.nJobs = options.nJobs;

@@ -14,7 +14,7 @@ namespace {
 using PlaneJet = ceres::Jet<double, g_nPlaneNumbers>;
 using TurnJet = ceres::Jet<double, 3>;
 
-/// The turn of a frame with its derivatives by scale, offset and tilt out of the plane.
+/// The rotation of a frame, with its derivatives by scale, offset and inclination of the axis.
 struct FrameTurn {
     Eigen::Matrix3d matTurn;
     std::array<Eigen::Matrix3d, 3> aDerivative;
@@ -87,7 +87,7 @@ CGeometryResiduals::CGeometryResiduals(const std::vector<GeometrySpot>& listSpot
     }
 }
 
-/// What all spots have in common at a point of the fit.
+/// Quantities of one evaluation that all spots share.
 struct CGeometryResiduals::Terms {
     Eigen::Matrix3d matBasis;
     std::vector<Eigen::Matrix3d> listBasisDerivative;
@@ -96,7 +96,7 @@ struct CGeometryResiduals::Terms {
     PlaneTerms<double> values;
 };
 
-/// What each spot adds to the row of its chain.
+/// The contribution of each spot to the row of its chain.
 struct CGeometryResiduals::Along {
     Eigen::VectorXd vecResidual;
     RowMatrix matJacobian;
@@ -128,7 +128,7 @@ void CGeometryResiduals::evaluateSpots(int nFirst, int nEnd, const Terms& terms,
         const FrameTurn& turn = terms.listTurn[size_t(m_listTiltOf[n])];
         const Eigen::Vector3d vecIndex(spot.anIndex[0], spot.anIndex[1], spot.anIndex[2]);
         const Eigen::Vector3d vecPoint = terms.matBasis * vecIndex;
-        // Derivatives cost some times what the values do.
+        // Computing derivatives is several times as expensive as computing values.
         const std::array<double, 3> seenValue = spherePoint(terms.values, m_fixed, spot.place);
         const Eigen::Vector3d vecOff = (Eigen::Vector3d(seenValue[0], seenValue[1], seenValue[2]) -
                                         turn.matTurn * vecPoint) /
@@ -162,7 +162,7 @@ void CGeometryResiduals::evaluate(const GeometryNumbers& numbers, const CellForm
                                   const std::vector<int>& listFree, Eigen::VectorXd& vecResidual,
                                   RowMatrix* pJacobian) const
 {
-    const int nSpotsOfPiece = 256;  // some tenths of a millisecond with derivatives
+    const int nSpotsOfPiece = 256;  // takes some tenths of a millisecond with derivatives
     const int nFree = int(listFree.size());
     vecResidual.setZero(rows());
     Along along;

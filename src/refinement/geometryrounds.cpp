@@ -18,7 +18,7 @@ double medianOf(std::vector<double> listValue)
     return *itMiddle;
 }
 
-/// The means of the chains as real indices.
+/// The mean indices of each chain, as real numbers.
 std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot,
                                        const DiffractionGeometry& geometry)
 {
@@ -43,7 +43,7 @@ std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot
     return listMean;
 }
 
-/// The whole triple that real indices lie near, but for that of the direct beam.
+/// The whole indices near real indices; none for 0 0 0, the direct beam.
 std::optional<std::array<int, 3>> wholeIndices(const DoubleVector& index, double dfTolerance)
 {
     std::array<int, 3> anIndex = {};
@@ -58,7 +58,7 @@ std::optional<std::array<int, 3>> wholeIndices(const DoubleVector& index, double
     return bBeam ? std::nullopt : std::optional<std::array<int, 3>>(anIndex);
 }
 
-/// The spots whose chain lies near a whole triple of indices, which they get.
+/// The spots whose chain has mean indices near whole numbers; they are given these indices.
 std::vector<int> indexChains(std::vector<GeometrySpot>& listSpot, const DiffractionGeometry& geometry,
                              double dfTolerance)
 {
@@ -73,7 +73,7 @@ std::vector<int> indexChains(std::vector<GeometrySpot>& listSpot, const Diffract
     return listNear;
 }
 
-/// Distances of each spot in the plane, and of its chain along the beam.
+/// The distance of each spot in the plane of its frame, and of its chain along the beam.
 struct Distances {
     std::vector<double> listPlane;
     std::vector<double> listAlong;
@@ -92,7 +92,7 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
     return distances;
 }
 
-/// The distances of spots each by itself.
+/// The distances along the beam of single spots.
 Distances distancesAlone(std::vector<GeometrySpot>& listSpot, const GeometryWork& work,
                          const GeometryFit& fit)
 {
@@ -104,7 +104,7 @@ Distances distancesAlone(std::vector<GeometrySpot>& listSpot, const GeometryWork
     return distancesOf({listSpot, listAll, work.fixed, work.dfAzimuthZero}, fit);
 }
 
-/// How far a typical spot moves along the beam while the crystal turns by a frame, pixels.
+/// The distance that a typical spot moves along the beam from one frame to the next, pixels.
 double turnOfFrame(const std::vector<GeometrySpot>& listSpot)
 {
     const auto [itFirst, itLast] = std::minmax_element(
@@ -215,15 +215,15 @@ SpotLimits chooseSpots(GeometryWork& work, const GeometryFit& fit, double dfInde
     work.listNear = indexChains(work.listSpot, work.geometryOf(fit), dfIndexTolerance);
     const CGeometryResiduals residuals(work.listSpot, work.listNear, work.fixed, work.dfAzimuthZero);
     const Distances distances = distancesOf(residuals, fit);
-    // Medians of a distance in the plane and along a line, in standard deviations of the normal distribution.
+    // Medians of a distance in a plane and along a line, in standard deviations of a normal distribution.
     const double dfMedianPlane = 1.1774, dfMedianLine = 0.6745, dfDeviations = 4;
-    // A pixel's half diagonal is no error: peaks stand at whole pixels.
+    // Peaks have whole-pixel positions, so half the diagonal of a pixel is always tolerated.
     const double dfLeast = 0.75;
     SpotLimits limits;
     limits.dfIndex = dfIndexTolerance;
     limits.dfPlane = std::max(dfLeast, dfDeviations / dfMedianPlane * medianOf(distances.listPlane));
-    // A chain that begins or ends with the series, or lacks a frame, has its mean off by up to a frame's
-    // turn.
+    // If a chain is cut by the start or the end of the series, or lacks a frame, its mean is off by up to the
+    // rotation of one frame.
     limits.dfAlong = std::max(g_dfWeightAlongBeam * std::max(dfLeast, turnOfFrame(work.listSpot)),
                               dfDeviations / dfMedianLine * medianOf(distances.listAlong));
     work.listUsed = within(work.listNear, distances, limits);
@@ -243,8 +243,8 @@ int joinSpots(GeometryWork& work, const GeometryFit& fit, const SpotLimits& limi
     for (const int n : work.listUsed) {
         listUsed.push_back(work.listSpot[n]);
     }
-    // A reflection is seen on this side of the sphere and on that alike: twice the median is nearly all of
-    // it.
+    // A reflection is seen equally on both sides of the sphere, so twice the median includes nearly all of
+    // its frames.
     const double dfAlong = 2 * medianOf(distancesAlone(listUsed, work, fit).listAlong);
     const Distances distances = distancesAlone(listNear, work, fit);
     int nJoined = 0;

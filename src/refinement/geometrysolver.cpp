@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-/// Computes all residuals at once where the solver goes to a new point; the blocks below copy theirs.
+/// Computes all residuals once when the solver evaluates a new point; the blocks below copy their parts.
 class CAllRows : public ceres::EvaluationCallback {
 public:
     CAllRows(const CGeometryResiduals& residuals, const GeometryFit& fit)
@@ -49,7 +49,7 @@ private:
     RowMatrix m_matJacobian;
 };
 
-/// Some rows of all: those of a spot or of a chain.
+/// The rows of one spot or one chain.
 class CSomeRows : public ceres::CostFunction {
 public:
     CSomeRows(const CAllRows& all, int nFirst, int nRows) : m_all(all), m_nFirst(nFirst)
@@ -74,7 +74,7 @@ private:
     int m_nFirst;
 };
 
-/// First and second derivative of the loss by the squared distance.
+/// First and second derivatives of the loss with respect to the squared distance.
 struct Loss {
     double dfFirst;
     double dfSecond;
@@ -97,7 +97,7 @@ void addBlock(GeometryNormal& normal, const RowMatrix& matJacobian, const Eigen:
     normal.matScore.row(nChain) += loss.dfFirst * vecGradient.transpose();
 }
 
-/// From what can be done without to what every geometry has.
+/// Sorted from dispensable numbers to those that every geometry has.
 const int g_anPriority[] = {TiltOffset,    AxisOutOfPlane, TiltScale,        ParabolicSin,
                             ParabolicCos,  EllipseAlong,   ThirdOrderSpiral, ThirdOrderRadial,
                             EllipseAcross, StretchingSin,  StretchingCos,    Axis,
@@ -109,13 +109,13 @@ int priorityOf(int nNumber)
                std::begin(g_anPriority));
 }
 
-/// The least usual of the numbers that go with others; −1 where all are determined. The matrix has a diagonal
-/// of 1.
+/// The least usual number that is correlated with others; −1 if all numbers are determined. The matrix is
+/// scaled to a unit diagonal.
 int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFree)
 {
     const double dfPair = 0.98;
-    // An estimate that has less than a ten-thousandth of its information for itself follows the errors of the
-    // model rather than the peaks.
+    // An estimate that shares all but a ten-thousandth of its information with others is governed by model
+    // errors rather than by the peaks.
     const double dfAll = 1e4;
     const Eigen::MatrixXd matInverse =
         (matNormal + 1e-13 * Eigen::MatrixXd::Identity(matNormal.rows(), matNormal.cols())).inverse();
@@ -142,7 +142,7 @@ int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFr
     return nWorst;
 }
 
-/// The rows and columns of the numbers that are left, scaled to a diagonal of 1.
+/// The rows and columns of the remaining numbers, scaled to a unit diagonal.
 Eigen::MatrixXd scaledPart(const Eigen::MatrixXd& mat, const std::vector<int>& listColumn)
 {
     const Eigen::Index nCount = Eigen::Index(listColumn.size());
@@ -226,7 +226,7 @@ Eigen::MatrixXd geometryCovariance(const GeometryNormal& normal)
 {
     const Eigen::Index nFree = normal.matHessian.rows();
     const Eigen::Index nChains = normal.matScore.rows();
-    // The columns have units of their own: the inverse is that of the matrix with a diagonal of 1.
+    // The numbers have different units, so the matrix is scaled to a unit diagonal before it is inverted.
     const Eigen::VectorXd vecScale = normal.matHessian.diagonal().cwiseMax(1e-300).cwiseSqrt().cwiseInverse();
     const Eigen::MatrixXd matScaled = vecScale.asDiagonal() * normal.matHessian * vecScale.asDiagonal();
     const Eigen::MatrixXd matInverse = vecScale.asDiagonal() *

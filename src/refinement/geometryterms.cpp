@@ -8,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-// Over a narrower range a tilt of the axis looks like a turn of the crystal.
+// Over a narrower range an inclination of the axis cannot be distinguished from a rotation of the crystal.
 const double g_dfLeastRangeOutOfPlane = 20;
 
 bool isFixed(const GeometryRefinementOptions& options, int nNumber)
@@ -16,9 +16,9 @@ bool isFixed(const GeometryRefinementOptions& options, int nNumber)
     return std::find(options.listFixed.begin(), options.listFixed.end(), nNumber) != options.listFixed.end();
 }
 
-/// What a term has to lower the rms of unseen frames to. A number that means nothing still fits the errors of
-/// the chains, of which both halves have their frames, and lowers the mean square by the part that it is of
-/// their two directions. Twice that is asked for.
+/// The factor by which a term must lower the rms of frames that were left out. A superfluous number still
+/// fits the errors of the chains, which have frames in both halves, and so lowers the mean square by its
+/// share in the two coordinates of all chains. Twice that decrease is required.
 double rmsToReach(double dfRms, size_t nNumbers, int nChains)
 {
     return dfRms * std::sqrt(std::max(0.0, 1 - double(nNumbers) / std::max(1, nChains)));
@@ -28,7 +28,7 @@ struct Choice {
     const GeometryWork& work;
     int nChains;
     GeometryFit& fit;
-    double dfRms;  ///< of unseen frames, with the fit
+    double dfRms;  ///< rms of the frames left out, under the fit
     std::vector<FixedNumber>& listFixed;
     CRunReport& report;
 
@@ -39,7 +39,7 @@ struct Choice {
         }
     }
 
-    /// Takes a fit with other numbers if it does better on frames that it has not seen.
+    /// Accepts a fit with other numbers if it predicts the frames that were left out better.
     bool take(const GeometryFit& other, const std::vector<int>& listNew, const QString& strTerm)
     {
         const double dfOther = rmsOfUnseenFrames(work, other);
@@ -127,7 +127,7 @@ bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& opti
     bool bEllipse = false;
     const bool bMayReplace = !isFixed(options, StretchingCos) && !isFixed(options, StretchingSin);
     if (wanted(options.bEllipse && bMayReplace, {EllipseAcross})) {
-        // Along the axis the free cell takes it up.
+        // Along the axis, a free cell absorbs the ellipse.
         const GeometryFit other = withNumbers(withoutNumbers(fit, {StretchingCos, StretchingSin}),
                                               {EllipseAcross});
         bEllipse = choice.take(other, {EllipseAcross},

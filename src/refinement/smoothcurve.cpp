@@ -63,7 +63,7 @@ void CSmoothCurve::fit(const std::vector<double>& listAt, const std::vector<Fram
         m_matValue.setZero();
         return;
     }
-    // Where knots lie in a gap without frames, the straightest of the curves that fit alike.
+    // If knots lie in a gap without frames, the straightest of the equally good curves is chosen.
     matNormal += 1e-6 * dfScale * m_matCurvature.transpose() * m_matCurvature;
     matNormal.diagonal().array() += 1e-12 * dfScale;
     m_matValue = matNormal.ldlt().solve(matRight);

@@ -50,7 +50,7 @@ std::vector<SpotResidual> spotResiduals(const std::vector<GeometrySpot>& listSpo
 std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
                                        const GeometryModel& model)
 {
-    const double dfIndexTolerance = 0.25;  // that of the last rounds
+    const double dfIndexTolerance = 0.25;  // as in the final rounds of the refinement
     listSpot.erase(std::remove_if(listSpot.begin(), listSpot.end(),
                                   [](const GeometrySpot& spot) {
                                       return !std::isfinite(spot.place.dfX + spot.place.dfY + spot.dfTilt +

@@ -14,8 +14,8 @@ namespace tessera {
 
 namespace {
 
-// Of the head. It is a line of four words, "TesseraKeptWork", this number, MD5 and length of the JSON text
-// that follows; then comes the state.
+// Version of the head, which is a line of four words: "TesseraKeptWork", this number, MD5 and length of the
+// JSON text that follows; then comes the state.
 constexpr int g_nHeadVersion = 1;
 constexpr int g_nLongestLine = 100;
 constexpr int g_nLongestText = 1 << 16;
@@ -30,7 +30,7 @@ QByteArray sumOf(const QByteArray& bytes)
     return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex();
 }
 
-/// Empty where the file cannot be read.
+/// Empty if the file cannot be read.
 QByteArray sumOfFile(const QString& strFile)
 {
     QFile file(strFile);
@@ -55,7 +55,7 @@ KeptWorkHead told(KeptWorkHead head, QString* pstrReason, const QString& strReas
     return head;
 }
 
-/// Reads the head of an open file, which then stands before the state.
+/// Reads the head of an open file; the file is then positioned at the state.
 KeptWorkHead readHead(QFile& file, KeptWork& work, QString* pstrReason)
 {
     const QString strName = file.fileName();
@@ -172,7 +172,7 @@ QStringList changesSince(const KeptWork& work, const WorkState& state)
     for (const QString& strFrame : state.series.allFiles()) {
         listFile.append(frameName(strFrame).strFile);
     }
-    listFile.removeDuplicates();  // frames of one stack
+    listFile.removeDuplicates();  // frames of one stack have the same file
     QStringList listMissing;
     for (const QString& strFile : qAsConst(listFile)) {
         if (!QFileInfo::exists(strFile)) {

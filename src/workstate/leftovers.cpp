@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-/// Offers the work of a stem, the lock of which is held.
+/// Reads the work of a stem whose lock is held.
 void offer(const QString& strFolder, const QString& strStem, std::unique_ptr<CWorkLock> pLock,
            std::vector<Leftover>& listLeftover, QStringList& listReason)
 {
@@ -59,10 +59,10 @@ bool Leftover::remove()
 
 std::vector<Leftover> takeLeftovers(const QString& strFolder, QStringList& listReason)
 {
-    // A name with six more characters is that of a file which was being written.
+    // A temporary file has the name of the work and six more characters.
     static const QRegularExpression s_name(
         QStringLiteral("^([0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12})\\.(work|lock)(\\.[A-Za-z0-9]{6})?$"));
-    QMap<QString, QStringList> mapUnfinished;  // by stem
+    QMap<QString, QStringList> mapUnfinished;  // temporary files by stem
     const QDir folder(strFolder);
     for (const QString& strName : folder.entryList(QDir::Files)) {
         const QRegularExpressionMatch match = s_name.match(strName);

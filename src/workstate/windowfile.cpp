@@ -61,7 +61,7 @@ ParameterRecords recordsOf(PeakHuntingParameters& hunting)
     return records;
 }
 
-/// Reads and writes members of one object by their keys; what is wrong first is kept.
+/// Reads and writes members of a JSON object by their keys, and keeps the first error.
 class CMembers {
 public:
     CMembers(const QJsonObject& object, QString& strWrong) : m_object(object), m_strWrong(strWrong) {}

@@ -6,10 +6,10 @@ namespace tessera {
 
 namespace {
 
-const std::uint64_t g_nAllocation = 16;  // bytes that an allocation costs beside its own
+const std::uint64_t g_nAllocation = 16;  // overhead of an allocation, bytes
 const std::uint64_t g_nPointer = sizeof(void*);
 
-/// Blocks found, each once.
+/// Collects blocks, each once.
 class CFinder {
 public:
     void add(const void* pPlace, std::uint64_t nBytes)
@@ -18,7 +18,7 @@ public:
             m_listBlock.push_back({pPlace, nBytes});
         }
     }
-    /// A list of Qt holds large items each by itself and small ones as words.
+    /// A QList allocates large items one by one and stores small ones in place.
     template <class T>
     void add(const QList<T>& list)
     {
@@ -36,7 +36,7 @@ public:
             add(inner);
         }
     }
-    /// The many short lists of the reflections as one block: they come and go together.
+    /// The many short lists of the reflections count as one block, since they are created and freed together.
     template <class T>
     void addAsOne(const QList<QList<T>>& list)
     {
@@ -63,7 +63,7 @@ void addGroups(const QList<PointGroup>& listGroup, CFinder& finder)
     }
 }
 
-/// The masks of a frame as one block: each peak has a list of its own, mostly of one number.
+/// The group lists of the peaks of a frame count as one block; each is usually one number long.
 void addMasks(const QVector<QVector<QList<int>>>& vecGroup, CFinder& finder)
 {
     for (const QVector<QList<int>>& vecFrame : vecGroup) {
@@ -94,7 +94,7 @@ void addSeries(const SeriesData& series, CFinder& finder)
         finder.add(listPeak);
     }
     finder.add(series.m_listReflectionIndexed);
-    // These are not shared: each state has its own.
+    // These lists are never shared between states.
     finder.add(&series, sizeof(WorkState) + bytesOf(series.m_vecReflectionFrame) +
                             bytesOf(series.m_spaceGroup.vecOperation));
 }
@@ -110,7 +110,7 @@ std::vector<WorkBlock> blocksOf(const WorkState& state)
     addGroups(state.listRawGroup, finder);
     addGroups(state.listMergedGroup, finder);
     if (state.pGeometry) {
-        // A window that shows it keeps two residuals for each peak, of some twenty numbers.
+        // A window that shows it keeps two residuals of about twenty numbers for each peak.
         finder.add(state.pGeometry.get(),
                    sizeof(GeometryRefinement) + std::uint64_t(state.pGeometry->nPeaks) * 40 * sizeof(double));
     }

@@ -34,7 +34,7 @@ int countOf(const QList<QList<T>>& list)
     return nCount;
 }
 
-/// A number with as many decimals as it needs of those that its box has.
+/// A number with up to the decimals of its box, without trailing zeros.
 QString numberText(double dfValue, const NumberBox& box)
 {
     QString str = QString::number(dfValue, 'f', box.nDecimals);
@@ -45,7 +45,7 @@ QString numberText(double dfValue, const NumberBox& box)
     return QLocale().toString(dfValue, 'f', nDecimals) + QString::fromUtf8(box.pszSuffix);
 }
 
-/// The numbers of a state, as the table of parameters asks for them.
+/// The parameter records of a state, for the table of parameters.
 class CNumbers {
 public:
     explicit CNumbers(const WorkState& state) : m_state(state) { m_dataSet.takeSeries(state.series); }
@@ -53,7 +53,7 @@ public:
     {
         const auto record = [](const auto& rec) {
             using Record = std::remove_const_t<std::remove_reference_t<decltype(rec)>>;
-            return const_cast<Record*>(&rec);  // value() reads alone
+            return const_cast<Record*>(&rec);  // value() only reads
         };
         return row.value({&m_dataSet, record(m_state.hunting), record(m_state.mapping),
                           record(m_state.merging), record(m_state.cellHunting), record(m_state.indexing),
@@ -172,7 +172,7 @@ QString cellName(const QList<Vec3D>& listCell)
         .arg(listNumber.mid(0, 3).join(QStringLiteral(" × ")), listNumber.mid(3).join(QStringLiteral("°, ")));
 }
 
-/// The one vector that has another length than before in its direction; −1: there is none.
+/// The only vector whose length has changed while its direction is the same; −1 if there is none.
 int vectorOfOtherLength(const QList<Vec3D>& listBefore, const QList<Vec3D>& listAfter)
 {
     int nVector = -1;
@@ -185,7 +185,7 @@ int vectorOfOtherLength(const QList<Vec3D>& listBefore, const QList<Vec3D>& list
         if (areSame(a, b)) {
             continue;
         }
-        const float fDirection = 1e-5f;  // single precision leaves some 1e-7
+        const float fDirection = 1e-5f;  // single precision has errors of about 1e-7
         if (nVector >= 0 || length(cross(a, b)) > fDirection * length(a) * length(b) || dot(a, b) < 0) {
             return -1;
         }
@@ -271,7 +271,7 @@ bool haveSameTilts(const SeriesData& before, const SeriesData& after)
            before.m_listBeamTiltBreak == after.m_listBeamTiltBreak;
 }
 
-/// What runs have left, from the frames on; empty: nothing that they did.
+/// The change that a run has made, the earliest stage first; empty if there is none.
 QString runName(const WorkState& stateBefore, const WorkState& stateAfter)
 {
     const SeriesData& before = stateBefore.series;
@@ -299,7 +299,7 @@ QString runName(const WorkState& stateBefore, const WorkState& stateAfter)
     return {};
 }
 
-/// What follows from the cell.
+/// Changes of results that depend on the cell.
 QString resultName(const WorkState& before, const WorkState& after)
 {
     if (!areSame(before.series.m_listReflectionIndexed, after.series.m_listReflectionIndexed) ||
@@ -314,7 +314,7 @@ QString resultName(const WorkState& before, const WorkState& after)
                    ? counted("Integrated", int(after.pIntegration->integrated.listObservation.size()))
                    : text("Nothing integrated");
     }
-    // Their positions can be fitted, and they go with their cell.
+    // They change if positions are fitted, and with the cell.
     return areSame(before.series.m_vecPeakIndexedOnFrame, after.series.m_vecPeakIndexedOnFrame)
                ? QString()
                : text("Positions of indexed peaks");
@@ -325,7 +325,7 @@ bool isSameCell(const std::optional<CellParameters>& before, const std::optional
     return before.has_value() == after.has_value() && (!before || before->numbers() == after->numbers());
 }
 
-/// The first of the numbers and choices of the pages; one number alone may go on being changed.
+/// The first changed parameter or choice of the pages. A single parameter may continue to change.
 void nameNumbers(const WorkState& before, const WorkState& after, WorkDifferences& result)
 {
     const QList<NumberChange> listNumber = numberChanges(before, after);
@@ -342,7 +342,7 @@ void nameNumbers(const WorkState& before, const WorkState& after, WorkDifference
     }
 }
 
-/// What is left: what is given to runs beside the pages, and the groups.
+/// All other changes: input of runs that is not on a page, and groups.
 void nameOthers(const WorkState& before, const WorkState& after, WorkDifferences& result)
 {
     if (!isSameCell(before.knownCell, after.knownCell)) {

@@ -13,9 +13,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nTries = 10;  // a file that goes meanwhile is made again
+constexpr int g_nTries = 10;  // if the file is removed meanwhile, it is created again
 
-/// Whether the open file is still the one of that name: its holder removes it as it gives it back.
+/// Whether the open file still has that name; the former holder may have removed it on release.
 bool isStillThere(int nFile, const QByteArray& strName)
 {
     struct stat infoOpen, infoNamed;
@@ -75,7 +75,7 @@ void CWorkLock::release()
 void CWorkLock::remove()
 {
     if (isTaken()) {
-        QFile::remove(m_strFile);  // before it is given back, so that nobody else's goes
+        QFile::remove(m_strFile);  // before the release, so as not to remove the file of the next holder
         release();
     }
 }

@@ -15,7 +15,7 @@ QString number(double df, int nDecimals)
     return QString::number(df, 'f', nDecimals);
 }
 
-/// The numbers of a record that are not those of another one, as the pages hold both.
+/// The parameters that differ between two records, rounded as on the pages.
 template <typename TRecord>
 QStringList changedNumbers(TRecord then, TRecord now, const std::vector<QString>& listName,
                            const std::vector<double TRecord::*>& listMember)
@@ -35,7 +35,7 @@ QStringList changedNumbers(TRecord then, TRecord now, const std::vector<QString>
     return listChange;
 }
 
-/// The first two, as a chip has room for no more.
+/// The first two reasons; a chip has no room for more.
 QString inWords(const QStringList& listChange)
 {
     return listChange.size() > 2
@@ -118,7 +118,7 @@ private:
     {
         m_listStatus.push_back({stage, state, strReason});
     }
-    /// Done, or stale where there is a change.
+    /// Done, or stale if something has changed.
     void add(WorkStage stage, const QString& strChange, const QString& strDone)
     {
         if (strChange.isEmpty()) {
@@ -311,7 +311,7 @@ QString mappingChange(const PeakMapping& then, const PeakMapping& now)
         }
     };
     if (then.dfRotationAxis != now.dfRotationAxis) {
-        // Over the 180° of the box there is a shorter way round.
+        // Across the limit of 180° there is a shorter way round.
         const double dfTurn = std::abs(std::remainder(now.dfRotationAxis - then.dfRotationAxis, 360.0));
         listChange.append(
             QStringLiteral("the rotation axis was turned by %1°").arg(number(dfTurn, dfTurn < 0.05 ? 3 : 1)));

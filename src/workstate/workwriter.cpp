@@ -86,7 +86,7 @@ void CWorkWriter::work()
         m_bBusy = true;
         guard.unlock();
         fulfil(*wish);
-        wish.reset();  // large lists, outside the lock
+        wish.reset();  // frees large lists, so do it outside the lock
         guard.lock();
         m_bBusy = false;
         m_changed.notify_all();
@@ -105,7 +105,7 @@ void CWorkWriter::fulfil(const Wish& wish)
     if (wish.state) {
         try {
             bDone = writeState(wish, strReason);
-        } catch (...) {  // out of memory: the window goes on, and so does the file of the step before
+        } catch (...) {  // out of memory: the window goes on, and the file of the last step is kept
             strReason = whatWasThrown();
         }
     } else {
@@ -114,7 +114,7 @@ void CWorkWriter::fulfil(const Wish& wish)
     }
     if (bDone) {
         for (Leftover& leftover : listFormer) {
-            static_cast<void>(leftover.remove());  // else it is offered once more
+            static_cast<void>(leftover.remove());  // if that fails, it is offered again at the next start
         }
     } else {
         const std::lock_guard<std::mutex> guard(m_mutex);
@@ -144,14 +144,14 @@ bool CWorkWriter::writeState(const Wish& wish, QString& strReason)
     return true;
 }
 
-/// Folder and lock. They are looked for with each state, as a user may have removed them meanwhile.
+/// Prepares folder and lock. This is done for each state, as the user may have removed them meanwhile.
 bool CWorkWriter::prepare(QString& strReason)
 {
     if (!QDir().mkpath(m_strFolder)) {
         strReason = m_strFolder + QStringLiteral(": The folder cannot be made.");
         return false;
     }
-    // Before there is anything in it: the frames' names are nobody else's business.
+    // Before anything is written: other users must not be able to read the names of the frames.
     QFile::setPermissions(m_strFolder,
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     return m_lock.isTaken() || m_lock.take(lockFile(m_strFolder, m_strStem), &strReason);
