@@ -13,11 +13,11 @@ const double g_dfDynamicMean = 0.06;
 const double g_dfEvenPart = 0.05;
 const double g_dfEvenReach = 2;
 
-/// The density of a true ratio, blurred by the error of its measurement. The true one is followed up to 5.
+/// The density of the true ratio (up to 5), convolved with the error of the measurement.
 template <class Density>
 double blurred(const AbsenceRatio& ratio, const Density& densityOf)
 {
-    // An error below the step of the sum would fall between its points.
+    // A smaller error would fall between the points of the numerical integration.
     const double dfError = std::max(ratio.dfRatioError, 0.01);
     const int nSteps = 1000;
     const double dfStep = 5.0 / nSteps;

@@ -17,7 +17,7 @@ struct Start {
     double dfLevel = 0, dfDeviation = 0;
 };
 
-/// Median and spread about it.
+/// Median, and a robust standard deviation.
 Start startOf(const std::vector<BackgroundPixel>& listPixel)
 {
     Start start;
@@ -33,7 +33,7 @@ Start startOf(const std::vector<BackgroundPixel>& listPixel)
         dfSquares += double(f) * double(f);
     }
     start.dfDeviation = 1.4826 * double(medianOf(list));
-    if (!(start.dfDeviation > 0)) {  // more than half of the pixels count the same
+    if (!(start.dfDeviation > 0)) {  // more than half of the pixels have the same count
         start.dfDeviation = std::sqrt(dfSquares / double(list.size()));
     }
     return start;
@@ -52,7 +52,7 @@ BackgroundPlane fitBackground(const std::vector<BackgroundPixel>& listPixel, dou
     double dfDeviation = start.dfDeviation;
     for (int nRound = 0; nRound < 3; ++nRound) {
         const double dfLimit = 4 * dfDeviation + 2 * dfGain;
-        // Counts above the start, so that their squares have no digits to lose.
+        // Counts relative to the starting level, so that their squares lose no digits.
         const double dfLevel = plane.vecCoefficient[0] - start.dfLevel;
         const double dfSlopeX = plane.vecCoefficient[1], dfSlopeY = plane.vecCoefficient[2];
         double dfN = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0, dfYY = 0, dfC = 0, dfCX = 0, dfCY = 0, dfCC = 0;
@@ -76,7 +76,7 @@ BackgroundPlane fitBackground(const std::vector<BackgroundPixel>& listPixel, dou
         Eigen::Matrix3d mat;
         mat << dfN, dfX, dfY, dfX, dfXX, dfXY, dfY, dfXY, dfYY;
         const Eigen::Vector3d vec(dfC, dfCX, dfCY);
-        // Both slopes must be told: what is left of the squares beside the level, the smaller way of the two.
+        // Both slopes must be determined: the smaller eigenvalue of the squares about the mean decides.
         const double dfTold = std::min(dfXX * dfN - dfX * dfX, dfYY * dfN - dfY * dfY) / (dfN * dfN);
         if (dfN < g_nLeastPixels || !(dfTold > 0.1) || !(mat.determinant() > 1e-3 * dfN * dfN * dfN)) {
             return {};

@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMostAtoms = 1e6;  // of an element; more are a slip of the pen
+const double g_dfMostAtoms = 1e6;  // atoms of an element; more are a typing error
 
 void addTo(ChemicalFormula& formula, gemmi::El element, double dfCount)
 {
@@ -29,12 +29,12 @@ void addTo(ChemicalFormula& formula, gemmi::El element, double dfCount)
     }
 }
 
-/// Reads a formula from left to right.
+/// Parses a formula from left to right.
 class CFormulaReader {
 public:
     explicit CFormulaReader(const QString& strText) : m_strText(strText) {}
 
-    /// Up to the end, or to the bracket that closes this part.
+    /// Parses up to the end, or to the bracket that closes this part.
     ChemicalFormula readPart(int nDepth)
     {
         ChemicalFormula formula;
@@ -69,7 +69,7 @@ private:
 
     void readBracket(ChemicalFormula& formula, int nDepth)
     {
-        const int nDeepest = 8;  // no formula has so many, and each is a call
+        const int nDeepest = 8;  // levels of brackets; each is a recursive call
         if (nDepth >= nDeepest) {
             m_strReason = QStringLiteral("it has too many brackets");
             return;
@@ -84,7 +84,7 @@ private:
         for (const ElementCount& one : inner.listElement) {
             addTo(formula, one.element, one.dfCount * dfTimes);
         }
-        // Each number may be one that there is, and their product none.
+        // Each number may be in range although their product is not.
         if (m_strReason.isEmpty() && formula.atomCount(CountedAtoms::All) > g_dfMostAtoms) {
             m_strReason = QStringLiteral("it has too many atoms");
         }
@@ -132,8 +132,8 @@ private:
     int m_nPlace = 0;
 };
 
-/// The numbers of places that sites of the group have in a cell. Points at 24ths of the edges lie on every
-/// element of symmetry that there is, and between them.
+/// The multiplicities of the sites of a group. The points at multiples of 1/24 of the edges include all its
+/// symmetry elements and points between them.
 std::set<int> multiplicities(const gemmi::GroupOps& ops)
 {
     const int nParts = gemmi::Op::DEN;
@@ -165,7 +165,7 @@ std::set<int> multiplicities(const gemmi::GroupOps& ops)
     return setCount;
 }
 
-/// Which numbers of atoms are sums of such multiplicities.
+/// Which numbers of atoms can be placed on sites with given multiplicities.
 class CSiteSums {
 public:
     explicit CSiteSums(const std::set<int>& setCount) : m_listReached(g_nMostTried, 0)
@@ -178,7 +178,7 @@ public:
         }
     }
 
-    /// Disordered sites hold parts of atoms, which fit anywhere.
+    /// A number that is not whole means disordered sites, which always fit.
     bool fits(double dfAtoms) const
     {
         const double dfWhole = std::round(dfAtoms);
@@ -187,7 +187,7 @@ public:
     }
 
 private:
-    static const int g_nMostTried = 100000;  // so many atoms fit every group
+    static const int g_nMostTried = 100000;  // more atoms always fit
 
     std::vector<char> m_listReached;
 };
@@ -224,7 +224,7 @@ QString hillFormula(const ChemicalFormula& formula)
 {
     const bool bCarbon = std::any_of(formula.listElement.begin(), formula.listElement.end(),
                                      [](const ElementCount& one) { return one.element == gemmi::El::C; });
-    std::vector<std::pair<QString, QString>> listPart;  // what it is sorted by, and the text
+    std::vector<std::pair<QString, QString>> listPart;  // sorting key, text
     for (const ElementCount& one : formula.listElement) {
         const QString strSymbol = QLatin1String(gemmi::element_name(one.element));
         const bool bFirst = bCarbon && one.element == gemmi::El::C;

@@ -38,7 +38,8 @@ void putNumber(Block& block, const char* pszTag, double dfValue, int nDecimals)
     }
 }
 
-/// "9.8844(10)": the standard error in units of the last digit, of which it takes two where the first is 1.
+/// "9.8844(10)": a number with its standard error in units of the last digit; the error has two digits if the
+/// first is 1.
 std::string withError(double dfValue, double dfError, int nDecimals)
 {
     if (!(dfError > 0) || !std::isfinite(dfError)) {
@@ -77,8 +78,8 @@ void putSymmetry(Block& block, const gemmi::SpaceGroup& group)
     }
 }
 
-/// The voltage, kV, that gives electrons this wavelength: the positive root of E² + 2mc²E = (hc/λ)².
-/// Constants as of electronWavelength().
+/// The accelerating voltage (kV) for a wavelength (Å): the positive root of E² + 2mc²E = (hc/λ)².
+/// The constants are those of electronWavelength().
 double kilovoltsOf(double dfWavelength)
 {
     const double dfRestEnergy = 510.99895069;  // keV
@@ -119,7 +120,8 @@ void putExperiment(Block& block, const StructureData& data)
                              : QStringLiteral("%1 crystals, brought to one scale").arg(data.nCrystals)));
         return;
     }
-    const QString strChoice = QString(data.strChoice).replace(QChar(0xd7), QLatin1Char('x'));  // ASCII alone
+    // The file is ASCII only.
+    const QString strChoice = QString(data.strChoice).replace(QChar(0xd7), QLatin1Char('x'));
     putText(block, "_diffrn_measurement_details",
             QStringLiteral("%1 frames%2, tilt from %3 to %4 degrees")
                 .arg(data.nFrames)
@@ -160,7 +162,7 @@ void putLimits(Block& block, const StructureData& data, const gemmi::UnitCell& c
     }
 }
 
-/// How equivalents agree. Where nothing was measured twice, some of the numbers are none.
+/// The agreement of equivalents. Some figures do not exist if nothing was measured twice.
 QString mergingText(const StructureData& data)
 {
     const ShellQuality& quality = data.quality;
@@ -229,7 +231,7 @@ void putReflections(Block& block, const StructureData& data, double dfScale)
     }
 }
 
-/// What a block may be called: the letters of ASCII that are no blank.
+/// A name for a data block, which may contain only printable ASCII without blanks.
 std::string blockName(const QString& strName)
 {
     std::string str;

@@ -16,9 +16,9 @@ namespace tessera {
 
 namespace {
 
-const double g_dfFurthest = 180;  // degrees, of a further turn
+const double g_dfFurthest = 180;  // greatest additional rotation, degrees
 
-/// When points of reciprocal space cross the sphere as the crystal turns on.
+/// Finds the rotations at which points of reciprocal space cross the Ewald sphere.
 class CFurtherTurn {
 public:
     CFurtherTurn(const SeriesGeometry& series, const ObservationSymmetry& symmetry, double dfLeastSpeed)
@@ -48,11 +48,12 @@ public:
         m_matBasis *= (matToForce / std::max(1, symmetry.nDenominator)).inverse();
     }
 
-    /// The least degrees beyond the last frame, and before the first, to a passage; infinite where none.
+    /// The smallest additional rotation to a crossing after the last frame, and before the first, degrees;
+    /// infinite if there is none.
     void meet(const std::array<int, 3>& anIndex, double& dfAtEnd, double& dfAtStart) const
     {
         const Eigen::Vector3d g = m_matBasis * Eigen::Vector3d(anIndex[0], anIndex[1], anIndex[2]);
-        // The height above the plane of the beam, and that of the sphere: A cos + B sin + C = |g|² λ / 2.
+        // The height of the rotating point equals that of the sphere: A cos + B sin + C = |g|² λ / 2.
         const double dfAlong = m_dfAxisX * g.x() + m_dfAxisZ * g.z();
         const double dfCos = g.z() - m_dfAxisZ * dfAlong;
         const double dfSin = -m_dfAxisX * g.y();
@@ -71,7 +72,7 @@ public:
     }
 
 private:
-    /// A turn as one of 0 to 360, in degrees of the series' own scale.
+    /// A rotation reduced to 0 to 360 degrees, on the tilt scale of the series.
     double ahead(double dfTurn) const { return (dfTurn - 360 * std::floor(dfTurn / 360)) / m_dfScale; }
 
     double m_dfLeastSpeed;
@@ -82,7 +83,7 @@ private:
     int m_nSense = 1;
     double m_dfAxisX = 1;
     double m_dfAxisZ = 0;
-    Eigen::Matrix3d m_matBasis;  ///< from conventional indices to the laboratory at tilt 0
+    Eigen::Matrix3d m_matBasis;  ///< conventional indices to the laboratory frame at tilt 0
 };
 
 QString percent(double df)
@@ -114,7 +115,7 @@ QString textOf(const CompletenessForecast& forecast)
         .arg(strGoal, percent(forecast.dfBest));
 }
 
-/// Where the sorted turns bring the count to the goal.
+/// The smallest rotation, of a sorted list, at which the count reaches the goal.
 double turnForGoal(const std::vector<double>& listTurn, int nNow, double dfGoal, int nPossible)
 {
     const int nMissing = int(std::ceil(dfGoal * nPossible - 1e-9)) - nNow;

@@ -19,7 +19,7 @@ double stepAt(int n)
     return g_dfMostSineOverLambda * n / g_nSteps;
 }
 
-/// The difference at all steps. Of the numbers the widths are logarithms, which keeps them above 0.
+/// The residuals at all steps. The widths are fitted as logarithms, which keeps them positive.
 struct Difference {
     std::array<double, g_nSteps + 1> adfTable = {};
 
@@ -39,7 +39,7 @@ struct Difference {
     }
 };
 
-/// The fit that begins with two neighbours of the five joined to one.
+/// The fit that starts with two neighbouring Gaussians of the five combined into one.
 FourGaussians fitFrom(const Difference& difference, const gemmi::C4322<double>::Coef& table, int nJoined)
 {
     using Function = ceres::TinySolverAutoDiffFunction<Difference, g_nSteps + 1, g_nNumbers>;

@@ -10,7 +10,8 @@ namespace tessera {
 
 namespace {
 
-/// Not every triple of a centred cell in force is one of the new setting: those that are none are no points.
+/// The indices in the conventional setting. In a centred cell in force, indices that do not become whole are
+/// not lattice points; none is returned for them.
 std::optional<std::array<int, 3>> wholeIndex(const ObservationSymmetry& symmetry,
                                              const std::array<int, 3>& anIndex)
 {
@@ -46,7 +47,7 @@ std::array<int, 3> conventionalIndex(const ObservationSymmetry& symmetry, const 
 
 bool isUsable(const Observation& observation, unsigned nExcluding)
 {
-    const double dfLargest = 1e30;  // squares and their sums stay finite
+    const double dfLargest = 1e30;  // so that squares and their sums stay finite
     const auto isSane = [&](double df) { return std::isfinite(df) && std::abs(df) < dfLargest; };
     return (observation.nFlags & nExcluding) == 0 && observation.isMeasured() &&
            isSane(observation.dfFrame) && isSane(observation.dfDStar) && isSane(observation.dfIntensity) &&

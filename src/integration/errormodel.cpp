@@ -7,13 +7,13 @@ namespace tessera {
 
 namespace {
 
-/// The members of groups of two and more, group by group, and the bin of each group.
+/// The deviations in groups of at least two observations, group by group, with the bin of each group.
 struct Deviations {
-    std::vector<int> listStart;  ///< of each group in the lists below, and the end
+    std::vector<int> listStart;  ///< start of each group in the lists below, and the end of the last
     std::vector<double> listIntensity;
     std::vector<double> listSigma;
-    std::vector<double> listMean;  ///< of each group, robust
-    std::vector<int> listBin;      ///< of each group
+    std::vector<double> listMean;  ///< robust mean of each group
+    std::vector<int> listBin;      ///< bin of each group
     int nBins = 0;
 };
 
@@ -66,7 +66,7 @@ Deviations collectDeviations(const std::vector<Observation>& listObservation, co
     return all;
 }
 
-/// Bins of about equal numbers of deviations, by the mean intensity of the groups.
+/// Assigns the groups to bins by mean intensity, with about equal numbers of deviations.
 void sortIntoBins(Deviations& all)
 {
     const size_t nGroups = all.listMean.size();
@@ -88,14 +88,14 @@ void sortIntoBins(Deviations& all)
     }
 }
 
-/// What a B makes of the deviations: how uneven the logarithms of the variances are over the bins, and A.
+/// The result for a value of B: the scatter of the log variances over the bins, and the best A.
 struct Evenness {
     double dfMisfit = 0;
     double dfA = 1;
     bool bKnown = false;
 };
 
-/// Variance about 0.
+/// Mean square.
 double varianceOf(const std::vector<double>& listDeviation, DeviationWidth width)
 {
     std::vector<double> listAbsolute;
@@ -152,11 +152,12 @@ Evenness evennessOf(const Deviations& all, double dfB, DeviationWidth width)
     return evenness;
 }
 
-/// The B of the least misfit: a walk over steps of a fifth, then thirds between its neighbours.
+/// The B with the smallest scatter, from a coarse scan and a ternary search between the neighbours of the
+/// best step.
 double bestB(const Deviations& all, DeviationWidth width)
 {
     const double dfSmallest = 0.002;
-    const int nSteps = 38;  // up to 2
+    const int nSteps = 38;  // of the scan, up to B = 2
     const double dfFactor = 1.2;
     double dfBest = 0;
     double dfMisfit = evennessOf(all, 0, width).dfMisfit;

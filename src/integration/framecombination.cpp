@@ -11,10 +11,10 @@ namespace tessera {
 
 namespace {
 
-const double g_dfSeenPart = 0.01;  // of a rocking curve: what happens to less changes nothing
+const double g_dfSeenPart = 0.01;  // fraction of a rocking curve below which flags of a frame do not matter
 const double g_dfLeastRecorded = 0.1;
 
-/// Σ of what was measured, frame by frame.
+/// Sums over the frames of a passage.
 struct Totals {
     double dfSum = 0, dfVariance = 0, dfRecorded = 0, dfBackground = 0, dfFrames = 0;
     double dfFit = 0, dfFitWeight = 0, dfFitShare = 0;
@@ -77,7 +77,7 @@ PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const 
                              (totals.dfFitWeight * totals.dfFitWeight);
         result.dfFitSigma = std::sqrt(1 / totals.dfFitWeight + dfOwn);
     }
-    const double dfTelling = 15;  // sigmas, from which on a reflection tells where its curve lies
+    const double dfTelling = 15;  // sigmas from which a reflection determines the centre of its rocking curve
     if (curve.rotation.kind != RotationKind::Continuous && result.dfSum > dfTelling * result.dfSumSigma) {
         const auto fit = fitRocking(listUsed, curve, observation.dfDStar, noise.dfGain, RockingWidth::Fixed);
         if (fit) {
@@ -90,13 +90,13 @@ PassageMeasure combineFrames(const std::vector<SpotMeasure>& listMeasure, const 
 
 namespace {
 
-/// The ratio of fits to sums over d*, from observations that both measure well, and its spread.
+/// The ratio of fits to sums as a function of d*, and its spread, from well-measured observations.
 class CFitRatio {
 public:
     CFitRatio(const std::vector<PassageMeasure>& listMeasure, const std::vector<Observation>& listObservation)
     {
         std::vector<std::pair<double, double>> list;  // d*, ratio
-        std::vector<double> listNoise;                // of the ratio, by counting
+        std::vector<double> listNoise;                // counting noise of the ratio
         for (size_t n = 0; n < listMeasure.size(); ++n) {
             const PassageMeasure& measure = listMeasure[n];
             if (measure.dfFitSigma > 0 && measure.dfSum > 15 * measure.dfSumSigma && measure.dfFit > 0 &&
@@ -120,7 +120,7 @@ public:
         for (const auto& [dfDStar, dfRatio] : list) {
             listOff.push_back(std::abs(dfRatio / at(dfDStar) - 1));
         }
-        const double dfLeast = 0.02;  // no two spots are alike to better than that on a detector
+        const double dfLeast = 0.02;  // spots on a detector never agree better than this
         if (!listOff.empty()) {
             const double dfSeen = 1.4826 * median(listOff), dfNoise = median(listNoise);
             m_dfSpread = std::sqrt(std::max(dfLeast * dfLeast, dfSeen * dfSeen - dfNoise * dfNoise));
@@ -158,12 +158,12 @@ void chooseMeasures(const std::vector<PassageMeasure>& listMeasure, bool bProfil
                     std::vector<Observation>& listObservation)
 {
     const CFitRatio ratio(listMeasure, listObservation);
-    const double dfFar = 8;  // spreads of the ratio, and sigmas
+    const double dfFar = 8;  // in spreads of the ratio and in sigmas
     for (size_t n = 0; n < listMeasure.size(); ++n) {
         const PassageMeasure& measure = listMeasure[n];
         Observation& observation = listObservation[n];
         const double dfRatio = ratio.at(observation.dfDStar);
-        // What profile and rocking curve leave out of a strong reflection is more than its noise.
+        // For strong reflections the errors of profile and rocking curve exceed the noise.
         const double dfFit = measure.dfFit / dfRatio;
         const double dfFitSigma = std::hypot(measure.dfFitSigma / dfRatio, ratio.spread() * dfFit);
         const bool bWeak = measure.dfFitSigma > 0 && dfFitSigma < measure.dfSumSigma;

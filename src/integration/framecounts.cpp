@@ -34,7 +34,7 @@ std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam
     return listMedian;
 }
 
-const double g_dfSteep = 1.4;  // across a disc; diffuse scattering of the specimen falls off less
+const double g_dfSteep = 1.4;  // decrease across a disc; diffuse scattering of the specimen decreases less
 
 double medianOfOthers(std::vector<float> list)
 {
@@ -139,7 +139,8 @@ double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, do
     }
     const int nStep = std::max(2, int(std::lround(dfRadius)));
     const double dfPixels = g_dfPi * dfRadius * dfRadius;
-    // The glow goes on from the beam without a gap; rings further out are bent as well, and are none of it.
+    // The glow extends from the beam without a gap. Rings farther out have curvature, too, but do not belong
+    // to it.
     int n = nStep;
     int nFlat = 0;
     for (; n + nStep < int(nRings) && nFrames > 0 && nFlat < nStep; ++n) {
@@ -147,7 +148,7 @@ double glowRadius(const std::vector<FrameCounts>& listFrame, double dfRadius, do
         const double dfHere = listMean[nAt] / nFrames;
         const double dfInner = listMean[nAt - nFar], dfOuter = listMean[nAt + nFar];
         const double dfBent = (dfOuter + dfInner) / nFrames - 2 * dfHere;
-        // A parabola of that sagitta lies off its plane by half of it over the disc.
+        // The mean deviation of a parabola from its plane over the disc is half the sagitta.
         const double dfNoise = std::sqrt(dfPixels * dfGain * std::max(dfHere, dfGain / 250));
         const bool bSteep = dfInner > g_dfSteep * dfOuter;
         nFlat = bSteep && std::abs(dfBent) / 2 * dfPixels > dfNoise ? 0 : nFlat + 1;

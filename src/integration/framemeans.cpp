@@ -20,9 +20,9 @@ namespace {
 struct Entry {
     double dfFrame = 0;
     double dfSquare = 0;  ///< E²
-    double dfNoise = 0;   ///< its variance by the sigma
-    double dfShare = 1;   ///< Friedel's mates are one reflection together
-    double dfWeight = 1;  ///< the share, less where noise rules
+    double dfNoise = 0;   ///< its variance due to the sigma
+    double dfShare = 1;   ///< Friedel mates count as one reflection together
+    double dfWeight = 1;  ///< the share, reduced if noise dominates
 };
 
 ObservationSymmetry friedelAlone()
@@ -53,19 +53,20 @@ std::vector<Entry> entriesOf(const std::vector<Observation>& listObservation)
     return listEntry;
 }
 
-/// The mean of E² along the series as exp(curve), for walks of the curve of different liberty.
+/// Models the mean of E² along the series as exp(curve), for random walks of the curve with different step
+/// widths.
 ///
-/// Quasi-likelihood of a variance that goes with the square of the mean, as that of Wilson's distributions
-/// does (McCullagh & Nelder, Generalized Linear Models, 1989, chapters 8 and 9); how broad E² lies about its
-/// mean is from the data. Steps between coefficients have a normal prior of the liberty given, and liberties
-/// are judged by the likelihood with the coefficients integrated out, in Laplace's approximation.
+/// Uses the quasi-likelihood for a variance proportional to the square of the mean, as in Wilson's
+/// distributions (McCullagh & Nelder, Generalized Linear Models, 1989, chapters 8 and 9); the proportionality
+/// factor is estimated from the data. The steps between coefficients have a normal prior. Step widths are
+/// compared by the marginal likelihood of the coefficients in Laplace's approximation.
 class CMeanFit {
 public:
     CMeanFit(std::vector<Entry> listEntry, int nFrames, int nIntervals)
         : m_listEntry(std::move(listEntry)), m_curve(0, nFrames - 1, nIntervals)
     {}
 
-    /// Weights and breadth, from the freest walk.
+    /// Determines weights and breadth with the widest steps.
     void learn(double dfFreest)
     {
         for (int nRound = 0; nRound < 3; ++nRound) {
@@ -86,8 +87,8 @@ public:
         }
     }
 
-    /// @param dfLiberty  standard deviation of the walk from the first to the last frame, of a logarithm
-    /// @return -2 logarithm of the likelihood, but for what is common to all
+    /// @param dfLiberty  standard deviation of the curve from the first to the last frame, natural logarithm
+    /// @return -2 log likelihood, up to a constant
     double fit(double dfLiberty)
     {
         const int nMostSteps = 40;
@@ -120,7 +121,7 @@ public:
     double logarithm(double dfFrame) const { return m_curve.value(dfFrame); }
 
 private:
-    /// Over the mean, and cut: a few strong reflections are no measure of a frame.
+    /// E² over its mean, truncated so that a few strong reflections do not determine a frame.
     double relative(const Entry& entry) const
     {
         return std::min(m_dfMost, entry.dfSquare * std::exp(-m_curve.value(entry.dfFrame)));
@@ -161,14 +162,14 @@ private:
         return listCoefficient[n] - listCoefficient[size_t(n) - 1];
     }
 
-    /// -2 times the integral of the slope, and the prior.
+    /// -2 times the integral of the score, plus the prior.
     double misfit(double dfStiffness) const
     {
         double dfSum = 0;
         for (const Entry& entry : m_listEntry) {
             const double dfLog = m_curve.value(entry.dfFrame);
             const double df = entry.dfSquare * std::exp(-dfLog);
-            // Where E² is cut the slope is constant, and the integral straight.
+            // Where E² is truncated the score is constant, so its integral is linear.
             dfSum += 2 * entry.dfWeight / m_dfBreadth *
                      (df < m_dfMost ? df + dfLog : m_dfMost + dfLog + m_dfMost * std::log(df / m_dfMost));
         }
@@ -198,7 +199,7 @@ std::vector<double> frameMeanScales(const std::vector<Observation>& listObservat
     CMeanFit fit(std::move(listEntry), nFrames, nIntervals);
     const double dfFreest = 3;
     fit.learn(dfFreest);
-    // The likelihood must be twenty times that of a straight line: -2 ln(1/20).
+    // The curve must be twenty times as likely as a straight line: -2 ln(1/20).
     const double dfStraight = 0.001;
     double dfLeast = fit.fit(dfStraight) - 6;
     double dfBest = 0;
@@ -249,7 +250,7 @@ void scaleByFrameMeans(std::vector<Observation>& listObservation, int nFrames)
     applyLorentzFactor(listObservation);
     const std::vector<double> listScale = frameMeanScales(listObservation, nFrames);
     putFrameScales(listScale, listObservation);
-    // What the last frames of a spoiled crystal show is noise, and the scale makes it large.
+    // The last frames of a damaged crystal show only noise, which a large scale would amplify.
     const std::vector<char> listFaded = fadedFrames(listScale, std::vector<char>(listScale.size(), 1));
     for (Observation& observation : listObservation) {
         if (!listFaded.empty() && std::isfinite(observation.dfFrame)) {

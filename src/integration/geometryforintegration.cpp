@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-/// The size that most of the readable ones of some frames have, so that one by mistake is not that of all.
+/// The most frequent size among some frames, so that a single wrong file does not determine the size.
 QSize sizeOfFrames(const DataSet& dataSet)
 {
     const int nLookedAt = 5;
@@ -59,7 +59,7 @@ std::optional<SeriesGeometry> seriesGeometry(const DataSet& dataSet, const Mappi
     for (int n = 0; n < nFrames; ++n) {
         series.listTilt.push_back(relaxedTilt(dataSet, n, nFrames));
         const QPointF ptBeam = frameCentre(centres, n);
-        // The centre of the model is among the terms of its plane.
+        // The in-plane terms of the model contain its centre.
         const bool bDrift = pModel && size_t(n) < pModel->listDrift.size();
         const FramePlace drift = bDrift ? pModel->listDrift[n] : FramePlace{};
         series.listBeam.push_back({ptBeam.x() + drift.dfX, ptBeam.y() + drift.dfY});

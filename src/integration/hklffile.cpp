@@ -7,7 +7,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMostForSigma = 0.05;  // where half of a hundredth is a tenth of the sigma
+const double g_dfMostForSigma = 0.05;  // rounding by 0.005 is a tenth of this sigma
 
 void appendLine(QByteArray& bytes, const std::array<int, 3>& anIndex, double dfIntensity, double dfSigma)
 {
@@ -26,7 +26,7 @@ double hklfScale(const std::vector<ScaledIntensity>& listIntensity)
     double dfMost = 0;
     std::vector<double> listSigma;
     for (const ScaledIntensity& one : listIntensity) {
-        // A minus takes a column, so that negative ones may be a tenth as large.
+        // The minus sign takes a column, so negative numbers must be smaller by a factor of ten.
         dfMost = std::max({dfMost, one.dfIntensity, -10 * one.dfIntensity, one.dfSigma});
         listSigma.push_back(one.dfSigma);
     }

@@ -14,7 +14,7 @@ namespace {
 
 const int g_nColumns = 80;
 
-/// In ASCII alone, which every reader of such files takes: other letters have more than one encoding.
+/// The text in ASCII, which every program can read; other characters have several encodings.
 QByteArray plainText(const QString& strText)
 {
     QByteArray bytes;
@@ -24,7 +24,7 @@ QByteArray plainText(const QString& strText)
     return bytes;
 }
 
-/// One instruction, with "=" at the ends of lines that go on.
+/// An instruction; lines that are continued end with "=".
 QByteArray instruction(const QStringList& listWord)
 {
     QByteArray bytes;
@@ -40,7 +40,7 @@ QByteArray instruction(const QStringList& listWord)
     return bytes + bytesLine + '\n';
 }
 
-/// A remark of one line or more. Remarks cannot go on with "=".
+/// A remark of one or several lines; remarks cannot be continued with "=".
 QByteArray remark(const QString& strText)
 {
     QByteArray bytes;
@@ -57,7 +57,7 @@ QByteArray remark(const QString& strText)
     return bytes + bytesLine + '\n';
 }
 
-/// Without what would end the line or, at its end, make it go on.
+/// The text without line breaks and without a final "=", which would continue the line.
 QString titleOf(const StructureData& data)
 {
     QString strTitle = data.strName.simplified() + QStringLiteral(" in ") +
@@ -65,7 +65,7 @@ QString titleOf(const StructureData& data)
     return strTitle.left(g_nColumns - 6).replace(QLatin1Char('='), QLatin1Char('-'));
 }
 
-/// SHELX' number of the lattice, negative without a centre of symmetry.
+/// The parameter of LATT, negative without a centre of symmetry.
 int latticeNumber(const gemmi::SpaceGroup& group)
 {
     const int nType = 1 + QStringLiteral("PIRFABC").indexOf(QLatin1Char(group.centring_type()));

@@ -20,7 +20,7 @@ QString shortName(const QString& strFile)
     return QFileInfo(strFile).fileName();
 }
 
-/// Collects the files of the set.
+/// Collects the files that are written together.
 class CCollector {
 public:
     CCollector(const QString& strBase, const QStringList& listTaken, IntegrationFiles& files)
@@ -29,7 +29,7 @@ public:
 
     void add(ResultFile file, const QByteArray& bytes) { addAt(m_strBase + resultSuffix(file), bytes); }
 
-    /// A sealed file, whose name may be taken.
+    /// Adds a sealed file; it gets another name if its name is taken.
     void addSealed(const QString& strBase, ResultFile file, const QByteArray& bytes)
     {
         const QString strWanted = strBase + resultSuffix(file);

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-/// As measured, on the scale of the Lorentz factor alone.
+/// Resets the observations to their measured intensities with the Lorentz factor only.
 std::vector<Observation> withoutScales(std::vector<Observation> listObservation)
 {
     for (Observation& observation : listObservation) {
@@ -38,7 +38,7 @@ bool allowsGroup(const LaueCandidate& candidate, int nNumber)
                        [&](const SpaceGroupCandidate& group) { return group.nNumber == nNumber; });
 }
 
-/// The proposed class, or the best that has what was asked for.
+/// The requested class or space group's class, if the lattice has it; else the proposed one.
 LaueCandidate chosenClass(const LaueProposal& proposal, const JudgementOptions& options, CRunReport& report)
 {
     if (options.nSpaceGroup == 0 && options.strLaueClass.isEmpty()) {
@@ -59,8 +59,8 @@ LaueCandidate chosenClass(const LaueProposal& proposal, const JudgementOptions& 
     return proposal.listCandidate.front();
 }
 
-/// The one that was asked for, or the first; of those with equal absences, which the data do not tell apart,
-/// a centrosymmetric one, as most crystals are.
+/// The requested space group, or the first of the ranking. Of groups with equal absences, which the data do
+/// not distinguish, a centrosymmetric one is preferred, as most crystals are centrosymmetric.
 std::optional<SpaceGroupCandidate> chosenGroup(SpaceGroupRanking& ranking, int nNumber)
 {
     std::vector<SpaceGroupCandidate>& list = ranking.listCandidate;

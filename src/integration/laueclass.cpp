@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-/// A rotation and its inverse say the same: the one that comes first stands for both.
+/// A rotation and its inverse are equivalent; the first of them represents both.
 using RotationKey = std::array<int, 9>;
 
 RotationKey keyOf(const Eigen::Matrix3i& mat)
@@ -33,7 +33,7 @@ RotationKey keyOfPair(const Eigen::Matrix3i& mat)
     return std::min(keyOf(mat), keyOf(matInverse.array().round().matrix().cast<int>()));
 }
 
-/// The rotations of all settings, each once, and how they agree.
+/// The rotations of all settings, each once, with their agreement.
 class CRotationTable {
 public:
     CRotationTable(const LaueSettings& settings, const std::vector<Observation>& listObservation)
@@ -63,7 +63,7 @@ public:
         return listHaving;
     }
 
-    /// Adds the likelihood of a setting to those of its rotations.
+    /// Adds the likelihood of a setting to the likelihoods of its rotations.
     void addLikelihood(const LaueSetting& setting, double dfLikelihood)
     {
         const std::vector<bool> listHaving = rotationsOf(setting);
@@ -117,7 +117,7 @@ LaueCandidate candidateOf(const LaueSetting& setting, double dfLikelihood)
     return candidate;
 }
 
-/// Of all settings, together 1.
+/// The likelihoods of all settings, normalized to a sum of 1.
 std::vector<double> likelihoodsOf(const LaueSettings& settings, const CRotationTable& table)
 {
     const CRotationLikelihood rotations(table.agreements());
@@ -137,7 +137,7 @@ std::vector<double> likelihoodsOf(const LaueSettings& settings, const CRotationT
     return listLikelihood;
 }
 
-/// The best of each class with its centring, together 1.
+/// The best setting of each class and centring, with likelihoods normalized to a sum of 1.
 std::vector<LaueCandidate> bestOfEachClass(const std::vector<LaueCandidate>& listCandidate)
 {
     std::set<std::pair<QString, char>> setSeen;
@@ -180,7 +180,8 @@ LaueProposal proposeLaueClass(const std::vector<Observation>& listObservation,
         proposal.listCandidate.push_back(candidateOf(settings.listSetting[n], listLikelihood[n]));
     }
     proposal.listOperation = tableOf(settings.listSetting.front(), table);
-    // What the data say nothing of, they do not support: of equals the lower symmetry comes first.
+    // If classes are equally likely, the lower symmetry comes first, since the data do not support the higher
+    // one.
     std::stable_sort(proposal.listCandidate.begin(), proposal.listCandidate.end(),
                      [](const LaueCandidate& one, const LaueCandidate& other) {
                          return one.dfLikelihood != other.dfLikelihood ? one.dfLikelihood > other.dfLikelihood

@@ -32,7 +32,7 @@ std::vector<IndexOperation> laueOperations(const QString& strClass)
             IndexOperation operation;
             for (size_t nRow = 0; nRow < 3; ++nRow) {
                 for (size_t nColumn = 0; nColumn < 3; ++nColumn) {
-                    // Indices are rows that the rotation is applied to from the right.
+                    // Indices are row vectors; rotations act on them from the right.
                     operation[3 * nRow + nColumn] = op.rot[nColumn][nRow] / gemmi::Op::DEN;
                 }
             }

@@ -26,7 +26,7 @@ LatticeBasis basisOf(const CellParameters& cell)
     return basis;
 }
 
-/// Rows: axes of a primitive cell along those of the conventional one.
+/// Rows: axes of a primitive cell in terms of the conventional axes.
 Eigen::Matrix3d primitiveRows(char chCentring)
 {
     Eigen::Matrix3d mat = Eigen::Matrix3d::Identity();
@@ -50,7 +50,7 @@ Eigen::Matrix3d primitiveRows(char chCentring)
     return mat;
 }
 
-/// Whole rows with the least denominator up to 6, which is what centrings come to.
+/// The matrix as whole numbers over the smallest common denominator, which is at most 6 for all centrings.
 ObservationSymmetry symmetryOf(const Eigen::Matrix3d& matRows)
 {
     ObservationSymmetry symmetry;
@@ -71,7 +71,7 @@ ObservationSymmetry symmetryOf(const Eigen::Matrix3d& matRows)
 
 struct ClassName {
     const char* pszClass;
-    const char* pszGroup;  ///< Hermann–Mauguin without the letter of the centring
+    const char* pszGroup;  ///< Hermann–Mauguin symbol without the centring letter
 };
 
 std::vector<ClassName> classesOf(LatticeSystem system)
@@ -107,7 +107,7 @@ Eigen::Matrix3d transposedRotation(const gemmi::Op& op)
     return mat;
 }
 
-/// @param matFromPrimitive  conventional axes as rows of the primitive ones
+/// @param matFromPrimitive  rows: conventional axes in terms of the primitive ones
 LaueSetting settingOf(const ClassName& name, const LatticeSymmetry& lattice,
                       const Eigen::Matrix3d& matFromPrimitive, const Eigen::Matrix3d& matFromForce)
 {
@@ -130,7 +130,7 @@ LaueSetting settingOf(const ClassName& name, const LatticeSymmetry& lattice,
     return setting;
 }
 
-/// -1 in the cell in force as it stands.
+/// The Laue class -1 in the cell in force.
 LaueSetting plainSetting(const CellParameters& cell)
 {
     LaueSetting setting;

@@ -9,9 +9,9 @@ namespace tessera {
 
 namespace {
 
-const int g_nFine = 3;       // grid points a pixel
-const int g_nRegions = 3;    // a side of the frame
-const double g_dfLean = 30;  // spots that the mean of all counts as in a region
+const int g_nFine = 3;       // grid points per pixel
+const int g_nRegions = 3;    // along each side of the frame
+const double g_dfLean = 30;  // weight of the mean profile in a region, in spots
 
 }  // namespace
 
@@ -34,7 +34,7 @@ int CLearnedProfile::regionOf(double dfX, double dfY) const
     return third(dfY, m_sizeFrame.height()) * g_nRegions + third(dfX, m_sizeFrame.width());
 }
 
-// Shares a value among the four grid points around it.
+// Distributes a value over the four grid points around it.
 void CLearnedProfile::addToGrid(Grid& grid, double dfX, double dfY, double dfValue, double dfWeight) const
 {
     const double dfColumn = (dfX + m_nHalf) * g_nFine, dfRow = (dfY + m_nHalf) * g_nFine;
@@ -65,7 +65,7 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     Grid& grid = m_listRegion[size_t(regionOf(dfX, dfY))];
     ++grid.nSpots;
     ++m_nSpots;
-    // The noise of a density falls with the root of the counts.
+    // The relative noise of a profile decreases with the square root of the counts.
     const double dfWeight = std::sqrt(dfTotal);
     for (int n = 0; n < nSide * nSide; ++n) {
         const int nX = nLeft + n % nSide, nY = nTop + n / nSide;
@@ -76,7 +76,7 @@ void CLearnedProfile::add(double dfX, double dfY, int nLeft, int nTop, const std
     }
 }
 
-// Nothing outside the circle, and a whole of 1.
+// Sets the density outside the circle to 0, and normalizes the total to 1.
 void CLearnedProfile::normalise(std::vector<double>& listDensity) const
 {
     double dfSum = 0;

@@ -34,7 +34,7 @@ MergedGroup mergeOne(const std::vector<Observation>& listObservation, const int*
     if (group.nObserved > 1) {
         group.dfScatter = dfSquares / (group.nObserved - 1) / dfWeights;
     }
-    const int nFewest = 3;  // two may agree by chance, or not
+    const int nFewest = 3;  // two observations may agree by chance
     group.dfSigma = std::sqrt(group.nObserved < nFewest ? 1 / dfWeights
                                                         : std::max(1 / dfWeights, group.dfScatter));
     return group;

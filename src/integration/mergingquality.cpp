@@ -51,7 +51,7 @@ ShellQuality qualityOf(const CAgreement& agreement, int nPossible)
     return quality;
 }
 
-/// The frame that has the passage, or its last part.
+/// The frame on which a passage is complete.
 int lastFrameOf(const Observation& observation, int nFrames)
 {
     const double dfLast = observation.nLastFrame >= observation.nFirstFrame && observation.nLastFrame >= 0
@@ -124,7 +124,7 @@ std::vector<double> completenessByFrame(const std::vector<Observation>& listObse
     return listCompleteness;
 }
 
-/// The observations within the limit, as copies would cost too much: the others are taken out of the groups.
+/// Removes observations beyond the limit from the groups, since copying the list would be expensive.
 EquivalentGroups withinLimit(const EquivalentGroups& groups, const gemmi::UnitCell& cell, double dfDMin)
 {
     EquivalentGroups within;

@@ -1,5 +1,5 @@
-// The one source with gemmi's writer in it. Its own printf is a library that not every system has beside it;
-// the system's writes numbers as the locale has them, which LocaleOfFiles sees to.
+// The only source that includes gemmi's writer. gemmi's own printf is a library that not every system has;
+// the printf of the system depends on the locale, which LocaleOfFiles sets.
 #define GEMMI_WRITE_IMPLEMENTATION
 #define USE_STD_SNPRINTF
 #include "integration/mtzfile.h"
@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-/// The C locale for this thread, until the end of the scope.
+/// Sets the C locale for this thread until the end of the scope.
 class LocaleOfFiles {
 public:
     LocaleOfFiles() : m_locale(newlocale(LC_ALL_MASK, "C", nullptr)), m_former(uselocale(m_locale)) {}
@@ -50,7 +50,7 @@ gemmi::Mtz::Dataset dataset(int nId, const std::string& strName, const gemmi::Un
     return {nId, strShown, strShown, strShown, cell, dfWavelength};
 }
 
-/// Names in the header are of ASCII, and no longer than a line holds.
+/// A name for the header, in ASCII and short enough for a line.
 std::string shortName(const QString& strName)
 {
     std::string str;

@@ -12,8 +12,8 @@ struct Group {
     double dfMean = 0, dfVariance = 0, dfCount = 0;
 };
 
-/// Patches sorted by their mean, in groups of at least 30 that each span a fifth of their mean or more: the
-/// few bright ones tell the gain, and would drown among the others in groups of equal number.
+/// Groups of patches sorted by mean, with at least 30 patches and a range of at least a fifth of the mean. In
+/// groups of equal number the few bright patches, which determine the gain, would be lost among the others.
 std::vector<Group> groupsOf(const std::vector<BackgroundPatch>& listPatch)
 {
     const size_t nLeast = 30;
@@ -36,7 +36,7 @@ std::vector<Group> groupsOf(const std::vector<BackgroundPatch>& listPatch)
 }
 
 struct Line {
-    double dfMean = 0, dfVariance = 0;  ///< a point of it
+    double dfMean = 0, dfVariance = 0;  ///< mean and variance of the group
     double dfSlope = 0;
     double at(double dfCounts) const { return dfVariance + dfSlope * (dfCounts - dfMean); }
 };
@@ -63,7 +63,7 @@ Line lineThrough(const std::vector<Group>& listGroup)
     return line;
 }
 
-/// Those up to a mean, if they are three at least.
+/// The groups up to a mean, if there are at least three.
 std::vector<Group> upTo(const std::vector<Group>& listGroup, double dfMost)
 {
     std::vector<Group> listDark;
@@ -110,9 +110,9 @@ NoiseModel noiseOfBackgrounds(std::vector<BackgroundPatch> listPatch)
     }
     const Line line = lineThrough(upTo(listGroup, 3 * std::abs(listGroup.front().dfMean)));
     const bool bTells = listGroup.back().dfVariance > 1.2 * listGroup.front().dfVariance && line.dfSlope > 0;
-    // Beyond three times the darkest, the variance is that of rings and flanks more than of electrons. A line
-    // that meets the axis right of the origin shows a dark level, if one that is worth the name; less of
-    // it is what diffuse rings and the tails of spots add to the variance of bright patches.
+    // Beyond three times the darkest level, rings and flanks contribute more to the variance than counting. A
+    // line that crosses the axis at positive counts indicates a dark level if the crossing is far enough from
+    // 0; a small value is caused by diffuse rings and tails of spots, which add variance to bright patches.
     const bool bDark = line.at(0) < 0;
     if (bTells && (!bDark || -line.at(0) / line.dfSlope > 0.5 * listGroup.front().dfMean)) {
         noise.dfGain = line.dfSlope;

@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-// Row by row about whole pixels; 0 outside the frame.
+// The pixels around a place, row by row; 0 outside the frame.
 std::vector<float> windowAbout(const CImgObj<float>& img, int nX, int nY, int nHalf)
 {
     std::vector<float> listPixel;
@@ -24,7 +24,7 @@ std::vector<float> windowAbout(const CImgObj<float>& img, int nX, int nY, int nH
     return listPixel;
 }
 
-/// The pixels of a window that lie in the disc about a place.
+/// Marks the pixels of a window that are in the disc around a place.
 std::vector<char> pixelsInDisc(const FramePlace& place, double dfRadius, int nX, int nY, int nHalf)
 {
     std::vector<char> listInDisc;
@@ -42,7 +42,8 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
                        const Observation& observation, CRunReport& report, ObservationProfile& profile)
 {
     const int nFrames = std::min(series.frameCount(), int(dataSet.m_listFrameFile.size()));
-    const int nMargin = 2;  // frames beyond those that are summed, to see the curve end
+    // Frames shown beyond those that are summed, so that the ends of the curve are visible.
+    const int nMargin = 2;
     std::vector<Observation> listOne = {observation};
     listOne.front().nFirstFrame = std::max(0, observation.nFirstFrame - nMargin);
     listOne.front().nLastFrame = std::min(nFrames - 1, observation.nLastFrame + nMargin);
@@ -78,7 +79,8 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
                             : frame.strFault);
             return false;
         }
-        // The place was corrected when it was measured: on the other frames by as much.
+        // The place on its frame was corrected when it was measured; apply the same correction on the other
+        // frames.
         ExpectedSpot& spot = listSpot.front();
         spot.place.dfX += observation.place.dfX - predicted->dfX;
         spot.place.dfY += observation.place.dfY - predicted->dfY;

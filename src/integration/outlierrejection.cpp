@@ -7,7 +7,8 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMedianVariance = 1.5708;  // of a median, times the number over the variance of one
+// Variance of a median times the number of values, relative to the variance of one.
+const double g_dfMedianVariance = 1.5708;
 
 struct Member {
     int nObservation = 0;
@@ -20,7 +21,7 @@ double medianOfSorted(const std::vector<Member>& list)
     return (list[(list.size() - 1) / 2].dfIntensity + list[list.size() / 2].dfIntensity) / 2;
 }
 
-/// The median of a sorted list without one of it.
+/// The median of a sorted list without one of its elements.
 double medianOfOthers(const std::vector<Member>& list, size_t nWithout)
 {
     const auto at = [&](size_t n) { return list[n < nWithout ? n : n + 1].dfIntensity; };

@@ -24,10 +24,10 @@ CPassageGeometry::CPassageGeometry(const SeriesGeometry& series)
 
 void CPassageGeometry::findHoles()
 {
-    const double dfHole = 1.5;  // times the usual step: halfway between one frame and two
+    const double dfHole = 1.5;  // in usual steps: halfway between one step and two
     const std::vector<double>& list = m_series.listTilt;
     if (m_series.rotation.kind != RotationKind::Continuous || list.size() < 4) {
-        return;  // of three frames nobody can tell which step is the usual one
+        return;  // with three frames it is unclear which step is the usual one
     }
     std::vector<double> listStep;
     for (size_t n = 1; n < list.size(); ++n) {
@@ -74,7 +74,7 @@ CPassageGeometry::HeightRow CPassageGeometry::turnOf(double dfTilt) const
 
 double CPassageGeometry::excitation(const DoubleVector& point, const HeightRow& turn) const
 {
-    // The difference of the squares over the sum, without the cancellation of two long vectors.
+    // Difference of squares divided by the sum, which avoids the cancellation of two long vectors.
     const double dfHeight = turn[6] * point[0] + turn[7] * point[1] + turn[8] * point[2];
     const double dfSquare = dot(point, point);
     const double dfDifference = 2 * m_dfK * dfHeight - dfSquare;
@@ -111,7 +111,7 @@ double CPassageGeometry::excitationStep(const DoubleVector& point, int nFrame) c
     return std::abs(excitationAtEnd(point, nFrame) - excitationAtStart(point, nFrame));
 }
 
-// Where the tilt that the series has, up to whole turns of the circle, lies on one stretch between frames.
+// The frame number at which a tilt, modulo 360°, occurs between two frames.
 std::optional<double> CPassageGeometry::frameWithin(double dfTilt, double dfFrom, double dfTo) const
 {
     const double dfFirst = tiltAt(dfFrom);
@@ -145,12 +145,12 @@ std::vector<SphereCrossing> CPassageGeometry::crossings(const DoubleVector& poin
     }
     const double dfPhase = degrees(std::atan2(dfSin, dfCos));
     const double dfOff = degrees(std::acos(dfRatio));
-    // d(height)/d(angle) = −R·sin(angle − φ), the same on both sides but for the sign.
+    // d(height)/d(angle) = −R·sin(angle − φ), the same at both crossings except for the sign.
     const double dfSpeed = dfRadius * std::sqrt(1 - dfRatio * dfRatio) * radians(1.0) * std::abs(turn.scale);
     const int nLast = frameCount() - 1;
     for (const double dfAngle : {dfPhase - dfOff, dfPhase + dfOff}) {
         const double dfTilt = dfMiddle + (dfAngle - turn.offset - dfMiddle) / turn.scale;
-        // Most points never come to the sphere: on a stretch in one sense, that is one look.
+        // Most points never cross the sphere; if the rotation has one sense, this is quick to find.
         if (!m_bOneSense || frameWithin(dfTilt, -0.5 - nBeyond, 0) ||
             frameWithin(dfTilt, nLast, nLast + 0.5 + nBeyond) || liesBetweenEnds(dfTilt)) {
             for (int n = 0; n < nLast; ++n) {

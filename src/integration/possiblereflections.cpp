@@ -23,7 +23,7 @@ bool forEachPossibleReflection(const ObservationSymmetry& symmetry, const CellPa
         return false;
     }
     const CAsymmetricUnit unit(symmetry.ops);
-    const double dfSlack = 1 + 1e-6;  // the reflection that gave the limit is within it
+    const double dfSlack = 1 + 1e-6;  // includes the reflection that determines the limit
     const gemmi::Miller anMost = unitCell->get_hkl_limits(dfDMin / dfSlack);
     gemmi::Miller an = {};
     for (an[0] = -anMost[0]; an[0] <= anMost[0]; ++an[0]) {

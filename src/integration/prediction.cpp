@@ -13,10 +13,11 @@ namespace tessera {
 
 namespace {
 
-const int64_t g_nMostPieces = 4096;  // of the rows along l, which threads share
-const double g_dfMostLost = 0.005;   // of a rocking curve: what a sum corrects for without harm
+const int64_t g_nMostPieces = 4096;  // number of pieces into which the rows along l are divided for threads
+// Fraction of a rocking curve that may be missing; a sum is corrected for it.
+const double g_dfMostLost = 0.005;
 
-/// Predicts the passages of one reflection after the other.
+/// Predicts the passages of reflections, one reflection at a time.
 class CPredictor {
 public:
     CPredictor(const CPassageGeometry& passages, const PredictionOptions& options)
@@ -47,7 +48,7 @@ public:
     }
 
 private:
-    /// Whether a passage outside the series shows at the nearer end of it.
+    /// Whether a crossing outside the series is close enough to be recorded at its end.
     bool reachesIn(const DoubleVector& point, const SphereCrossing& crossing) const
     {
         const int nFrames = m_passages.frameCount();
@@ -59,7 +60,8 @@ private:
         return std::abs(dfAtEnd) < m_curve.reachAt(std::sqrt(dot(point, point)), m_options.dfRockingReach);
     }
 
-    /// Fills in frames, place and flags. @return false for what leaves nothing on a frame of the series
+    /// Sets frames, place and flags.
+    /// @return false if nothing of the passage is on a frame of the series
     bool isSeen(const DoubleVector& point, Observation& observation) const
     {
         spread(point, observation);
@@ -88,7 +90,8 @@ private:
         return true;
     }
 
-    /// Finds the frames within the reach, from the passage outwards, and what lies outside the series.
+    /// Finds the frames on which the passage is recorded, from the crossing outwards, and the parts outside
+    /// the series.
     void spread(const DoubleVector& point, Observation& observation) const
     {
         const double dfReach = m_curve.reachAt(observation.dfDStar, m_options.dfRockingReach);
@@ -96,7 +99,7 @@ private:
         const int nMost = int(std::ceil(m_options.dfMostFrames));
         int nFirst = nFrame, nLast = nFrame;
         double dfLast = std::abs(m_passages.excitationAtStart(point, nFirst));
-        bool bTurns = false;  // comes back before it has left
+        bool bTurns = false;  // turns back before it has left the sphere
         while (dfLast < dfReach && nFrame - nFirst <= nMost) {
             --nFirst;
             const double df = std::abs(m_passages.excitationAtStart(point, nFirst));
@@ -127,11 +130,11 @@ private:
         }
     }
 
-    /// The part that nobody has seen, as the frames of it were left out.
+    /// The fraction that was not recorded because frames were left out.
     double partInHoles(const DoubleVector& point, const Observation& observation, int nFirst, int nLast) const
     {
         double dfPart = 0;
-        for (int n = nFirst - 1; n <= nLast; ++n) {  // a passage in the hole itself reaches no frame
+        for (int n = nFirst - 1; n <= nLast; ++n) {  // a passage within the gap reaches no frame
             if (m_passages.isHoleBehind(n)) {
                 const double dfEnd = m_passages.excitationAtEnd(point, n);
                 const double dfStart = m_passages.excitationAtStart(point, n + 1);
@@ -156,11 +159,11 @@ private:
     const RockingCurve m_curve;
 };
 
-/// How far out points are looked at, Å⁻¹.
+/// The greatest d* of the points that are considered, Å⁻¹.
 double furthestDStar(const CPassageGeometry& passages, const PredictionOptions& options)
 {
     const double dfReach = passages.reach();
-    // Discs at the corners reach a little further out than the corners themselves, but not by a fifth.
+    // Places near the corners may be slightly beyond d* of the corners, but by less than a fifth.
     const double dfWanted = options.dfMaxDStar > 0 ? std::min(options.dfMaxDStar, 1.2 * dfReach) : dfReach;
     return std::min(dfWanted, 2 / passages.series().geometry.dfWavelength);
 }
@@ -174,7 +177,7 @@ std::array<int, 3> greatestIndices(const DiffractionGeometry& geometry, double d
     const std::array<DoubleVector, 3> aNormal = {cross(b, c), cross(c, a), cross(a, b)};
     for (size_t n = 0; n < 3; ++n) {
         const double dfLength = std::sqrt(dot(aNormal[n], aNormal[n])) / dfVolume;
-        const double dfMost = 1e6;  // far beyond what is predicted, and an int has room for it
+        const double dfMost = 1e6;  // far beyond any prediction, but within the range of int
         anMost[n] = int(std::min(dfLength * dfMaxDStar, dfMost));
     }
     return anMost;
@@ -197,7 +200,7 @@ RockingCurve rockingCurveOf(const PredictionOptions& options, const RotationMode
 
 QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOptions& options)
 {
-    const double dfMostPoints = 3e7;  // some seconds to look at, and a GB or two if most of them cross
+    const double dfMostPoints = 3e7;  // takes some seconds, and one or two GB if most of them cross
     const DiffractionGeometry& geometry = passages.series().geometry;
     if (!isCell(geometry) || !(geometry.dfWavelength > 0)) {
         return QStringLiteral("The basis spans no cell: there is nothing to predict from it.");

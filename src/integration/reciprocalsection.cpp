@@ -17,14 +17,16 @@ namespace tessera {
 
 namespace {
 
-const int g_nMostSide = 4001;             // pixels, beyond any detector
-const double g_dfUsualSigma = 1.5;        // pixels, where no spot stands out
-const double g_dfWidths = 2.355;          // sigmas of the full width at half height of a Gaussian
-const double g_dfMostOfLayer = 0.5;       // of the distance to the next layer, so that this one stays outside
-const double g_dfMargin = 1.05;           // beyond the outermost peaks: their spots are to be whole
-const double g_dfMostOffSymmetry = 0.03;  // of a vector's length, as the cell of a rough geometry is off
+const int g_nMostSide = 4001;       // pixels, more than any detector has
+const double g_dfUsualSigma = 1.5;  // pixels, used if there are no clear spots
+const double g_dfWidths = 2.355;    // FWHM of a Gaussian in sigmas
+// Fraction of the layer distance, so that neighbouring layers stay outside.
+const double g_dfMostOfLayer = 0.5;
+const double g_dfMargin = 1.05;  // factor beyond the outermost peaks, so that their spots are complete
+// Relative deviation of a length, tolerated because of a rough geometry.
+const double g_dfMostOffSymmetry = 0.03;
 
-/// d* of the last but one per cent of the indexed peaks, as a few of them are always noise; 0 without any.
+/// The 99th percentile of d* of the indexed peaks, since a few of them are always noise; 0 without peaks.
 double reachOfPeaks(const DataSet& dataSet)
 {
     std::vector<double> listDStar;
@@ -43,7 +45,7 @@ double reachOfPeaks(const DataSet& dataSet)
     return g_dfMargin * *it;
 }
 
-/// d* of the farthest of the given places of the middle frame.
+/// The greatest d* of the given places on the middle frame.
 double reachOfPlaces(const SeriesGeometry& series, const std::vector<FramePlace>& listPlace)
 {
     const FramePlace& beam = series.listBeam[series.listBeam.size() / 2];
@@ -66,7 +68,7 @@ double reachOf(const DataSet& dataSet, const SeriesGeometry& series)
     return dfPeaks > 0 ? std::min(dfPeaks, dfCorner) : dfEdge;
 }
 
-/// Degrees from a frame to the next: the middle of all such steps, so that gaps of the series stay gaps.
+/// The median step of the tilt, degrees, so that gaps of the series remain gaps.
 double turnOfFrame(const SeriesGeometry& series)
 {
     std::vector<double> listStep;
@@ -81,7 +83,7 @@ double turnOfFrame(const SeriesGeometry& series)
     return *it * std::fabs(series.geometry.turn.scale);
 }
 
-/// Whether the operations leave the lengths of the cell as they are.
+/// Whether the operations preserve the lengths of the cell.
 bool fitsBasis(const std::vector<IndexOperation>& listOperation, const SectionBasis& basis)
 {
     for (const IndexOperation& operation : listOperation) {
@@ -120,7 +122,7 @@ QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
     return {};
 }
 
-/// The sections that are to be made, without values; none with the reason.
+/// Sections without values for the requested planes; none with the reason if they cannot be made.
 std::optional<std::vector<ReciprocalSection>> emptySections(const DataSet& dataSet,
                                                             const SeriesGeometry& series,
                                                             const std::vector<SectionPlane>& listPlane,
@@ -164,13 +166,13 @@ std::optional<std::vector<ReciprocalSection>> emptySections(const DataSet& dataS
     return listSection;
 }
 
-/// What a frame has laid into all sections, or why it could not be read.
+/// The contribution of a frame to all sections, or why it could not be read.
 struct FrameParts {
     QString strFault;
     std::vector<SectionPart> listPart;
 };
 
-/// The sums of all frames in their order.
+/// Adds up the contributions of all frames in their order.
 class CSectionRun {
 public:
     CSectionRun(const DataSet& dataSet, const SeriesGeometry& series,
@@ -270,10 +272,10 @@ private:
     std::vector<CSectionSum> m_listLay;
     std::vector<std::vector<double>> m_listSum, m_listWeight;
     int m_nRead = 0;
-    QString m_strFault;  ///< the first
+    QString m_strFault;  ///< the first fault
 };
 
-/// Sums, and what each thread has beside what it hands on.
+/// Memory of the sums, and of each thread.
 bool hasMemory(const std::vector<ReciprocalSection>& listSection, int nJobs)
 {
     std::uint64_t nPixels = 0;

@@ -28,7 +28,7 @@ bool isIdentity(const gemmi::Op& op)
     return op.rot == gemmi::Op::identity().rot;
 }
 
-/// Planes by mirrors, rows by axes.
+/// Mirrors give planes, rotation axes give rows.
 bool leavesInPlace(const gemmi::Op& op, const ReflectionZone& zone)
 {
     return (op.det_rot() > 0) == zone.bRow && !isIdentity(op) &&
@@ -45,7 +45,7 @@ bool isEquivalent(const ReflectionZone& one, const ReflectionZone& other, const 
            });
 }
 
-/// What a condition counts: a sum of indices.
+/// The sum of indices in a condition.
 struct Form {
     const char* pszText;
     Index anFactor;
@@ -73,7 +73,7 @@ bool isCentringAbsent(const gemmi::GroupOps& group, const Index& an)
     });
 }
 
-/// Those of a plane that an axis leaves in place are left to its row.
+/// Reflections of a plane that are on a row belong to the row.
 std::vector<Index> smallReflections(const ReflectionZone& zone, const gemmi::GroupOps& laue)
 {
     const int nMost = zone.bRow ? 12 : 8;
@@ -133,7 +133,7 @@ std::vector<ReflectionZone> reflectionZones(const gemmi::GroupOps& laue)
                                            row("hh0", {1, 1, 0}),
                                            row("h-h0", {1, -1, 0})};
     if (bHexagonal) {
-        // There the zone h-hl is the one that the tables name, not its equivalents 0kl and h0l.
+        // International Tables name the zone h-hl, not its equivalents 0kl and h0l.
         std::rotate(listAll.begin(), listAll.begin() + 4, listAll.begin() + 5);
     }
     std::vector<ReflectionZone> listZone;

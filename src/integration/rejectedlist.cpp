@@ -49,7 +49,7 @@ QByteArray rejectedText(const IntegrationResult& result)
                 listWhy.append(outlier->second->strWhy);
             }
         }
-        // The names hold no quotation marks; commas of a reason stay inside them.
+        // The field is quoted because of commas; the names contain no quotation marks.
         bytes += ",\"" +
                  listWhy.join(QStringLiteral("; ")).replace(QLatin1Char('"'), QLatin1Char('\'')).toUtf8() +
                  "\"\n";

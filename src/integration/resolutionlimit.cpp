@@ -9,7 +9,7 @@ namespace tessera {
 
 double resolutionLimit(const std::vector<Observation>& listObservation)
 {
-    const double dfLeast = 0.5;  // mean I/sigma: there CC1/2 is about 0.3 (Karplus & Diederichs 2012,
+    const double dfLeast = 0.5;  // mean I/sigma, where CC1/2 is about 0.3 (Karplus & Diederichs 2012,
                                  // Science 336, 1030)
     const int nLeastInShell = 10;
     double dfMost = 0;

@@ -12,7 +12,7 @@ void takeOffRings(CImgObj<float>& image, const FramePlace& beam, const std::vect
     const int nWidth = image.Width(), nHeight = image.Height();
     const double dfFarX = std::max(std::fabs(beam.dfX), std::fabs(nWidth - beam.dfX));
     const double dfFarY = std::max(std::fabs(beam.dfY), std::fabs(nHeight - beam.dfY));
-    const double dfFarthest = 1e6;  // pixels: the rings of a beam out there are no rings of this frame
+    const double dfFarthest = 1e6;  // pixels; a beam farther away has no rings on this frame
     if (!(std::hypot(dfFarX, dfFarY) < dfFarthest)) {
         return;
     }

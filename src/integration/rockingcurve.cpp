@@ -33,9 +33,9 @@ double RockingCurve::density(double dfExcitation, double dfDStar) const
     if (rotation.kind != RotationKind::Precession || !(dfCone > 0)) {
         return normalDensity(dfExcitation, dfSigma);
     }
-    // The excitation error goes round with the beam as e + cone·cos α: the mean over α has a peak at either
-    // end of that way (Palatinus et al. 2019, Acta Cryst. B75, 512). Midpoints, as many as hold the steps
-    // below half a sigma, are exact to rounding for a periodic function that smooth.
+    // The excitation error varies along the precession circle as e + cone·cos α; the average over α has a
+    // peak at each end of this range (Palatinus et al. 2019, Acta Cryst. B75, 512). The midpoint rule with
+    // steps below half a sigma is exact to rounding for such a smooth periodic function.
     const int nSteps = 16 + 2 * int(std::ceil(2 * g_dfPi * dfCone / dfSigma));
     double dfSum = 0;
     for (int n = 0; n < nSteps; ++n) {

@@ -10,8 +10,8 @@ namespace tessera {
 
 namespace {
 
-/// What the residuals need. The numbers of the fit: total over its start, place in start widths, and
-/// logarithm of the width over its start.
+/// Data for the residuals. The fitted numbers are the total over its start, the position in start widths, and
+/// the logarithm of the width over its start.
 struct CurveFit {
     const std::vector<SpotMeasure>& listMeasure;
     RockingCurve curve;
@@ -21,7 +21,7 @@ struct CurveFit {
 
     RockingFit fitOf(const double* pNumber, int nNumbers) const
     {
-        const double dfMost = 2;  // e-folds: what lies so far from the start is no width
+        const double dfMost = 2;  // e-folds: greatest change of the width from the start
         const double dfFold = nNumbers > 2 ? std::clamp(pNumber[2], -dfMost, dfMost) : 0;
         return {dfTotal * pNumber[0], dfStartWidth * pNumber[1], dfStartWidth * std::exp(dfFold), 0};
     }
@@ -65,7 +65,7 @@ std::optional<RockingFit> fitRocking(const std::vector<SpotMeasure>& listMeasure
         return std::nullopt;
     }
     for (const SpotMeasure& measure : listMeasure) {
-        const double dfShape = 0.03 * dfGreatest;  // no curve is a Gaussian to better than some per cent
+        const double dfShape = 0.03 * dfGreatest;  // real curves deviate from a Gaussian by some per cent
         fit.listWeight.push_back(
             1 / std::sqrt(measure.dfSumVariance + dfGain * std::max(measure.dfSum, 0.0) + dfShape * dfShape));
     }

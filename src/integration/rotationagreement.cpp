@@ -22,7 +22,7 @@ std::uint64_t keyOf(const std::array<int, 3>& anIndex)
     return nKey;
 }
 
-/// Weighted sums over pairs taken in both orders, so that either may be the first.
+/// Weighted sums over pairs, each counted in both orders for symmetry.
 struct PairSums {
     double dfWeight = 0;
     double dfMean = 0;
@@ -98,7 +98,7 @@ RotationAgreement CRotationAgreement::agreement(const Eigen::Matrix3i& matRotati
         ++agreement.nPairs;
         sums.add(reflection.dfSquare, pOther->dfSquare, reflection.dfVariance, pOther->dfVariance);
         dfDifferences += std::abs(reflection.dfIntensity - pOther->dfIntensity);
-        // The mean amount of a normal deviation is sqrt(2/pi) sigma.
+        // The mean absolute deviation of a normal distribution is sqrt(2/pi) sigma.
         dfForetold += std::sqrt(2 / g_dfPi) * std::hypot(reflection.dfSigma, pOther->dfSigma);
         dfIntensities += reflection.dfIntensity + pOther->dfIntensity;
     }

@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-const int g_nExpected = 100;  // correlations from 0 to 1
+const int g_nExpected = 100;  // number of possible correlations from 0 to 1
 
 double expectedOf(int n)
 {
@@ -22,7 +22,7 @@ double areaOfPeak(double df)
     return (df / (1 + df * df) + std::atan(df)) / 2;
 }
 
-/// A peak of unit area between -1 and 1.
+/// A peak normalized between -1 and 1.
 double density(double df, double dfMiddle, double dfWidth)
 {
     const double dfPlace = (df - dfMiddle) / dfWidth;
@@ -32,7 +32,7 @@ double density(double df, double dfMiddle, double dfWidth)
     return 1 / (dfBelow * dfBelow) / dfArea;
 }
 
-/// The best correlation that can be expected: by the sigmas, or one that was reached.
+/// The greatest correlation to be expected: that from the sigmas, or one that was observed.
 double bestExpected(const std::vector<RotationAgreement>& listAgreement)
 {
     double dfSum = 0;
@@ -93,7 +93,7 @@ CRotationLikelihood::Shared CRotationLikelihood::disagreements(
     const std::vector<RotationAgreement>& listAgreement)
 {
     const int nValues = 100;
-    const double dfSmallest = 0.002;  // no two measurements agree better
+    const double dfSmallest = 0.002;  // measurements never agree better
     Shared shared;
     shared.listPrior.assign(nValues, 1.0 / nValues);
     for (const RotationAgreement& agreement : listAgreement) {

@@ -12,22 +12,22 @@ namespace tessera {
 
 namespace {
 
-const double g_dfPriorSigma = 0.7;  // of a coefficient, as a natural logarithm
-const double g_dfCauchy = 3;        // sigmas, where a deviation has half its weight
+const double g_dfPriorSigma = 0.7;  // of a coefficient (natural logarithm)
+const double g_dfCauchy = 3;        // sigmas at which the weight of a deviation is one half
 
 double squareOf(const Observation& observation)
 {
     return observation.dfDStar * observation.dfDStar / 4;
 }
 
-/// What an observation gives to the fit of its group.
+/// The contribution of an observation to the fit of its group.
 struct Term {
-    double dfModelRow = 0;  ///< exp(-u): the observed over the true intensity
+    double dfModelRow = 0;  ///< exp(-u), the observed intensity over the true one
     double dfObserved = 0;
     double dfSigma = 1;
     double dfWeight = 1;
     std::array<int, 8> anParameter = {};
-    std::array<double, 8> aDerivative = {};  ///< of u
+    std::array<double, 8> aDerivative = {};  ///< derivatives of u
 };
 
 class CScaleFit {
@@ -55,7 +55,7 @@ public:
         return m_nUsed;
     }
 
-    /// Of each group: -2 logarithm of the likelihood of its members, 0 of a single one.
+    /// -2 log likelihood of the members of each group; 0 for a single member.
     std::vector<double> misfits() const
     {
         std::vector<double> listMisfit;
@@ -103,7 +103,7 @@ private:
         return term;
     }
 
-    /// The true intensity: the median at first, from which some weighted means follow.
+    /// The true intensity: starts from the median, followed by iterated weighted means.
     static double meanOf(std::vector<Term>& listTerm, const ErrorModel& errors)
     {
         std::vector<double> listValue;
@@ -154,12 +154,12 @@ private:
         }
     }
 
-    /// The normal equations of a group, freed of its true intensity (Schur complement).
+    /// The normal equations of a group with its true intensity eliminated (Schur complement).
     void addGroup(std::vector<Term>& listTerm)
     {
         const double dfMean = meanOf(listTerm, m_errors);
         if (!(dfMean > 0)) {
-            return;  // a reflection that is not there tells nothing of scales
+            return;  // a reflection without intensity does not determine scales
         }
         std::vector<int> listTouched;
         double dfOfMean = 0;
@@ -225,7 +225,7 @@ private:
         if (!std::isfinite(dfLongest)) {
             return 0;
         }
-        const double dfMost = 0.5;  // of a logarithm: what is linear in a step this long still helps
+        const double dfMost = 0.5;  // step of a logarithm up to which the linearization is useful
         if (dfLongest > dfMost) {
             vecStep *= dfMost / dfLongest;
         }
@@ -249,10 +249,10 @@ private:
     int m_nUsed = 0;
     Eigen::MatrixXd m_matNormal;
     Eigen::VectorXd m_vecRight;
-    Eigen::VectorXd m_vecCross;  ///< of the group at work; 0 between groups
+    Eigen::VectorXd m_vecCross;  ///< cross terms of the present group; 0 between groups
 };
 
-/// Every other group, as by the throw of a coin, so that no class of indices goes together.
+/// Divides the groups pseudo-randomly into halves, so that no class of indices stays together.
 EquivalentGroups halfOf(const EquivalentGroups& groups, bool bOther)
 {
     EquivalentGroups half;
@@ -273,7 +273,7 @@ EquivalentGroups halfOf(const EquivalentGroups& groups, bool bOther)
     return half;
 }
 
-/// Whether the one is less than the other by more than its standard error.
+/// Whether one is less than the other by more than the standard error of the difference.
 bool isClearlyLess(const std::vector<double>& listOne, const std::vector<double>& listOther)
 {
     double dfSum = 0;

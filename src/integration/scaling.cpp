@@ -22,7 +22,7 @@ int frameOf(const Observation& observation, int nFrames)
                       std::max(0, nFrames - 1));
 }
 
-/// Frames that hold observations of a group.
+/// Marks the frames with observations that belong to a group.
 std::vector<char> framesInUse(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                               int nFrames)
 {
@@ -35,7 +35,7 @@ std::vector<char> framesInUse(const std::vector<Observation>& listObservation, c
     return listUsed;
 }
 
-/// Scale and decay of each frame, and the logarithm that all scales are divided by.
+/// Scale and decay of each frame, and the logarithm of the factor by which all scales are divided.
 double putFrameScales(const ScaleCurves& curves, const std::vector<char>& listUsed, ScalingResult& result)
 {
     double dfSum = 0;
@@ -44,7 +44,8 @@ double putFrameScales(const ScaleCurves& curves, const std::vector<char>& listUs
     for (size_t n = 0; n < listUsed.size(); ++n) {
         const double dfFrame = double(n);
         result.listFrameDecay[n] = curves.decayB(dfFrame) - dfFirst;
-        // The decay of the first frame is every frame's: what it does at the middle goes with the rest.
+        // The decay of the first frame is common to all frames, so its value at the middle is part of the
+        // scale.
         result.listFrameScale[n] = curves.scaleAtZero(dfFrame);
         if (listUsed[n]) {
             dfSum += result.listFrameScale[n];
@@ -65,7 +66,7 @@ void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation
         if (!std::isfinite(observation.dfFrame) || !std::isfinite(observation.dfDStar)) {
             continue;
         }
-        // The range of the fit bounds the decay: nothing is extrapolated to reflections further out.
+        // The decay is not extrapolated beyond the resolution range of the fit.
         const double dfSquare = std::min(observation.dfDStar * observation.dfDStar / 4,
                                          curves.dfMiddle + curves.dfHalfRange);
         const double dfLog = curves.scaleAtZero(observation.dfFrame) - dfMean +
@@ -74,8 +75,8 @@ void putScales(const ScaleCurves& curves, double dfMean, std::vector<Observation
     }
 }
 
-/// Rejects what lies where the series shows less than a fifth of what its median frame shows: the crystal has
-/// left the beam or is spoiled, and the scale would make noise as large as intensities.
+/// Rejects observations on frames that show less than a fifth of the median frame: the crystal has left the
+/// beam or is damaged, and the scale would amplify noise to the size of intensities.
 void rejectFadedFrames(const std::vector<double>& listScale, const EquivalentGroups& groups,
                        std::vector<Observation>& listObservation, ScalingResult& result)
 {
@@ -96,7 +97,7 @@ void rejectFadedFrames(const std::vector<double>& listScale, const EquivalentGro
                      });
 }
 
-/// Whether Friedel's mates are the only equivalents.
+/// Whether Friedel mates are the only equivalents.
 bool isTriclinic(const ObservationSymmetry& symmetry)
 {
     return symmetry.ops.sym_ops.size() <= 2;
@@ -112,7 +113,7 @@ void resetCorrections(std::vector<Observation>& listObservation)
     applyLorentzFactor(listObservation);
 }
 
-/// Drops the curves, or their decay, that equivalents left out of the fit do not confirm.
+/// Drops scale or decay if equivalents that were left out of the fit do not confirm it.
 void takeChoice(const std::vector<Observation>& listObservation, const EquivalentGroups& groups,
                 std::optional<ScaleCurves>& curves, bool& bDecay, CRunReport& report)
 {
@@ -181,7 +182,7 @@ ScalingResult scaleObservations(std::vector<Observation>& listObservation,
         }
     }
     const std::vector<char> listUsed = framesInUse(listObservation, groups, nFrames);
-    // Before anything is known, a tenth of the intensity keeps the strong reflections from ruling alone.
+    // Initially, an error of a tenth of the intensity keeps strong reflections from dominating.
     ErrorModel errors = {1, 0.1};
     const int nRounds = 4;
     for (int nRound = 0; nRound < nRounds && report.goOn(); ++nRound) {

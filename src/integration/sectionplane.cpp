@@ -92,7 +92,7 @@ DoubleVector scaledTo(const DoubleVector& v, double dfFactor)
     return {v[0] * dfFactor, v[1] * dfFactor, v[2] * dfFactor};
 }
 
-/// Whether two vectors span the lattice of a zone: their product is its axis then, and no multiple of it.
+/// Whether two vectors span the lattice of a zone: their cross product is then the zone axis, not a multiple.
 bool spans(const std::array<int, 3>& a, const std::array<int, 3>& b, const std::array<int, 3>& anZone)
 {
     const std::array<int, 3> anProduct = {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2],
@@ -100,11 +100,11 @@ bool spans(const std::array<int, 3>& a, const std::array<int, 3>& b, const std::
     return anProduct == anZone || anProduct == std::array<int, 3>{-anZone[0], -anZone[1], -anZone[2]};
 }
 
-/// The two shortest vectors of the lattice that span a zone; those that begin with a positive index.
+/// The two shortest lattice vectors that span a zone; their first nonzero index is positive.
 void chooseAxes(const SectionPlane& plane, const SectionBasis& basis, SectionFrame& frame)
 {
     const auto& [u, v, w] = plane.anZone;
-    // (v, -u, 0) and its like lie in the zone, so that none of the shortest has larger indices by far.
+    // (v, -u, 0) and its permutations are in the zone, which bounds the indices of the shortest vectors.
     const int nMost = std::max({std::abs(u), std::abs(v), std::abs(w), 2});
     std::vector<std::pair<double, std::array<int, 3>>> listVector;
     for (int h = 0; h <= nMost; ++h) {
@@ -116,7 +116,7 @@ void chooseAxes(const SectionPlane& plane, const SectionBasis& basis, SectionFra
             }
         }
     }
-    // Lengths that symmetry makes equal are so up to the last bits: the order of the indices decides then.
+    // Lengths that are equal by symmetry differ by rounding; the order of the indices decides then.
     const double dfAlike = 1 - 1e-6;
     std::stable_sort(listVector.begin(), listVector.end(),
                      [](const auto& one, const auto& other) { return one.first < other.first; });
@@ -174,7 +174,7 @@ QString sectionFileWord(const SectionPlane& plane)
 std::optional<SectionFrame> sectionFrame(const SectionPlane& plane, const SectionBasis& basis)
 {
     const double dfVolume = dot(basis[0], cross(basis[1], basis[2]));
-    // The axis of the zone in direct space; the plane keeps n over its length from the origin.
+    // The zone axis in direct space; the distance of the plane from the origin is n over its length.
     const std::array<DoubleVector, 3> aDirect = {scaledTo(cross(basis[1], basis[2]), 1 / dfVolume),
                                                  scaledTo(cross(basis[2], basis[0]), 1 / dfVolume),
                                                  scaledTo(cross(basis[0], basis[1]), 1 / dfVolume)};

@@ -24,7 +24,7 @@ DoubleVector pointOf(const SectionBasis& basis, const DoubleVector& indices)
     return point;
 }
 
-/// Some point of the lattice in the layer; there is one, as the zone has no common factor.
+/// A lattice point in the layer; one exists, as u, v, w have no common factor.
 std::array<int, 3> startOfLayer(const SectionPlane& plane)
 {
     const auto& [u, v, w] = plane.anZone;
@@ -113,7 +113,7 @@ std::vector<std::array<int, 3>> latticeOfSection(const ReciprocalSection& sectio
     const double dfRadius = std::sqrt(
         std::max(0.0, section.dfMaxDStar * section.dfMaxDStar - frame.dfHeight * frame.dfHeight));
     std::vector<std::array<int, 3>> listIndex;
-    // Rows along the first axis, each as far as it lies in the circle.
+    // Rows along the first axis, each within the circle.
     const double dfStartUp = dot(start, frame.vecUp), dfStartRight = dot(start, frame.vecRight);
     const int nLow = int(std::ceil((-dfRadius - dfStartUp) / dfUp));
     const int nHigh = int(std::floor((dfRadius - dfStartUp) / dfUp));

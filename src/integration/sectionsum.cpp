@@ -10,7 +10,8 @@ namespace tessera {
 
 namespace {
 
-const int g_nBlock = 16;  // pixels along a side that are tested together, about the square root of a side
+// Side of a block of pixels that are tested together; about the root of the side of a frame.
+const int g_nBlock = 16;
 
 using Matrix = std::array<double, 9>;
 
@@ -36,7 +37,7 @@ double row(const Matrix& mat, size_t nRow, const DoubleVector& v)
     return mat[3 * nRow] * v[0] + mat[3 * nRow + 1] * v[1] + mat[3 * nRow + 2] * v[2];
 }
 
-/// What an operation on indices does to points, with the basis in columns and its inverse in rows.
+/// The operation on points that corresponds to an operation on indices.
 Matrix operationOnPoints(const IndexOperation& operation, const SectionBasis& basis)
 {
     const DoubleVector aCross[] = {cross(basis[1], basis[2]), cross(basis[2], basis[0]),
@@ -59,11 +60,11 @@ double distance(const DoubleVector& a, const DoubleVector& b)
                      (a[2] - b[2]) * (a[2] - b[2]));
 }
 
-/// A block of pixels of a frame, and where it lies on the sphere.
+/// A block of pixels of a frame, with its position on the Ewald sphere.
 struct Block {
-    int nLeft, nRight, nTop, nBottom;  ///< the last of each outside
+    int nLeft, nRight, nTop, nBottom;  ///< right and bottom are exclusive
     DoubleVector vecMiddle;
-    double dfRadius;  ///< Å⁻¹ about the middle
+    double dfRadius;  ///< radius about the middle, Å⁻¹
 };
 
 DoubleVector onSphere(const SeriesGeometry& series, const FramePlace& beam, double dfX, double dfY)
@@ -84,7 +85,7 @@ Block blockAt(const SeriesGeometry& series, const FramePlace& beam, int nX, int 
                                       distance(block.vecMiddle, onSphere(series, beam, dfX, dfY)));
         }
     }
-    block.dfRadius *= 1.1;  // distortions that a block of 16 pixels sees are linear to far less
+    block.dfRadius *= 1.1;  // distortions are linear over 16 pixels to much better than this
     return block;
 }
 
@@ -118,7 +119,8 @@ std::vector<CSectionSum::Form> CSectionSum::formsOf(int nFrame) const
         turnToLaboratory(geometry.turn, geometry.dfMiddleTilt, m_series.listTilt[nFrame]));
     const double dfX = std::cos(radians(geometry.turn.outOfPlane));
     const double dfZ = std::sin(radians(geometry.turn.outOfPlane));
-    // As the crystal turns, what a pixel shows moves through it the other way round: by axis × point.
+    // As the crystal rotates, the point that a pixel records moves backwards through the crystal: axis ×
+    // point.
     const Matrix against = {0, -dfZ, 0, dfZ, 0, -dfX, 0, dfX, 0};
     std::vector<Form> listForm;
     for (const Matrix& plane : m_listPlane) {
@@ -136,7 +138,7 @@ bool CSectionSum::reaches(const Form& form, const DoubleVector& vecMiddle, doubl
 
 void CSectionSum::layPoint(double dfRight, double dfUp, float fValue, float fWeight, SectionPart& part) const
 {
-    const int nCentre = (m_nSide - 1) / 2;  // of an odd side
+    const int nCentre = (m_nSide - 1) / 2;  // the side is odd
     const double dfCentre = nCentre;
     const double dfColumn = dfCentre + dfRight / m_dfStep, dfRow = dfCentre - dfUp / m_dfStep;
     if (!(dfColumn >= 0 && dfColumn < m_nSide - 1 && dfRow >= 0 && dfRow < m_nSide - 1)) {

@@ -20,11 +20,11 @@ namespace tessera {
 
 namespace {
 
-const double g_dfSeen = 3;  // sigmas; series without any such reflection show none, and have nothing to merge
+const double g_dfSeen = 3;  // sigmas; a series without any such reflection has nothing to merge
 
 using MeasuredFrame = std::vector<std::pair<int, SpotMeasure>>;
 
-/// Why a series cannot be integrated; empty where it can.
+/// Why a series cannot be integrated; empty if it can.
 QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
 {
     if (dataSet.m_listFrameFile.isEmpty()) {
@@ -56,7 +56,7 @@ QString whatIsMissing(const DataSet& dataSet, const SeriesGeometry& series)
     return {};
 }
 
-/// What stands against all observations, by number.
+/// Which flags exclude the observations, and how many each.
 QString whyNone(const std::vector<Observation>& listObservation)
 {
     QStringList listReason;
@@ -80,7 +80,7 @@ PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOp
     prediction.dfMaxDStar = options.dfMaxDStar;
     prediction.dfRockingWidth = learned.curve.dfWidth;
     prediction.dfMosaicity = learned.curve.dfMosaicity;
-    // And what orientation and tilts are off by.
+    // This includes errors of orientation and tilts.
     prediction.dfRockingReach = learned.dfReach +
                                 std::min(learned.model.dfRockingOff / learned.curve.dfWidth, 2.0);
     prediction.dfDiscRadius = learned.model.dfDiscRadius;
@@ -89,7 +89,7 @@ PredictionOptions predictionOf(const LearnedSeries& learned, const IntegrationOp
     return prediction;
 }
 
-/// The second reading: measures the frames and puts the passages together as they end.
+/// The second pass: measures the frames, and combines the frames of each passage once it has ended.
 class CSeriesSum {
 public:
     CSeriesSum(const DataSet& dataSet, const CPassageGeometry& passages, const LearnedSeries& learned,
@@ -124,7 +124,8 @@ public:
                                             });
     }
 
-    /// The observations that cross within the series. @param nFirst, nLast  frame numbers
+    /// The observations that cross within a range of frames.
+    /// @param nFirst, nLast  frame numbers
     std::vector<Observation> observations(bool bProfileFit)
     {
         chooseMeasures(m_listMeasure, bProfileFit, m_listObservation);
@@ -194,7 +195,7 @@ private:
     MeasureSettings m_settings;
 };
 
-/// From which counts on a pixel is full, and who says so.
+/// The saturation level and its source, for the log.
 QString fullText(const SpotModel& model)
 {
     const QString strFull = QStringLiteral("full at %1 counts").arg(model.dfSaturation, 0, 'f', 0);
@@ -290,13 +291,14 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     if (!strTooMuch.isEmpty()) {
         return refuseRun(report, strTooMuch);
     }
-    const FrameMemory memory{6, 2};  // frame and discs; once the mask and the lists of the series
+    // Per thread the frame and its discs; once the mask and the lists of the series.
+    const FrameMemory memory{6, 2};
     const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), nMostJobs, memory, &report);
     std::optional<SpotSize> size;
     if (!measureSpotSize(dataSet, report, size, nJobs)) {
         return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);
     }
-    const double dfUsualSigma = 1.5;  // pixels, where no spot stands out
+    const double dfUsualSigma = 1.5;  // pixels, used if there are no clear spots
     const std::vector<char> listMask = pixelMask(series.sizeFrame, dataSet.m_maskPeakHunting,
                                                  dataSet.m_listHotPixel);
     LearnedSeries learned;

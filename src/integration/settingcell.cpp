@@ -28,7 +28,7 @@ std::array<double, 6> transformed(const Eigen::Matrix3d& matTransform, const std
     return cellOf(matTransform * basis).numbers();
 }
 
-/// Edges that a system makes equal.
+/// The edges that a lattice system makes equal.
 std::vector<std::vector<size_t>> equalEdges(LatticeSystem system)
 {
     switch (system) {

@@ -58,7 +58,7 @@ struct Sums {
     }
     double mean() const { return dfSum / nCount; }
     double errorOfMeasuring() const { return std::sqrt(dfVariance) / nCount; }
-    /// Of the mean, by the spread and the measurement.
+    /// Error of the mean, from the scatter and the measurement.
     double errorOfMean() const
     {
         const double dfSpread = std::max(0.0, dfSquares / nCount - mean() * mean());
@@ -66,23 +66,23 @@ struct Sums {
     }
 };
 
-/// A condition that a group of the Laue class may put on a zone.
+/// A reflection condition of a zone that some group of the Laue class has.
 struct Condition {
     QString strText;
     Pattern pattern;
-    gemmi::GroupOps ops;  ///< of one group that has it
+    gemmi::GroupOps ops;  ///< operations of a group that has the condition
 };
 
-/// The reflections of a zone, by which of its conditions forbid them.
+/// The reflections of a zone, sorted by the conditions that forbid them.
 struct ZoneData {
     ReflectionZone zone;
     std::vector<Condition> listCondition;
-    std::map<std::uint64_t, Sums> mapSums;  ///< bit n: condition n forbids them
+    std::map<std::uint64_t, Sums> mapSums;  ///< key: bit n is set if condition n forbids them
 };
 
 struct Group {
     const gemmi::SpaceGroup* pGroup = nullptr;
-    std::vector<int> listCondition;  ///< of each zone; -1: none
+    std::vector<int> listCondition;  ///< condition of each zone; -1: none
     double dfLogLikelihood = 0;
 };
 
@@ -125,7 +125,7 @@ public:
     }
 
 private:
-    /// Groups of one number with equal absences, as settings of one another may be, count once.
+    /// Settings of one group with equal absences count once.
     void findGroups()
     {
         std::set<std::pair<int, std::vector<int>>> setSeen;
@@ -210,7 +210,7 @@ private:
         data.mapSums[nMask].add(df, dfVariance);
     }
 
-    /// The reflections of a zone that no group forbids; without them the mean of the resolution, which is 1.
+    /// The reference of a zone: its reflections that no group forbids; if there are none, the mean E² of 1.
     static Sums referenceOf(const ZoneData& data)
     {
         const auto it = data.mapSums.find(0);

@@ -17,7 +17,7 @@ std::set<gemmi::Op::Rot> rotationsWithInversion(const gemmi::GroupOps& group)
     return setRotation;
 }
 
-/// Operations that differ by a translation of the centring are the same here.
+/// Operations that differ only by a centring translation count as equal.
 bool hasCentring(const gemmi::GroupOps& group, const gemmi::GroupOps& other)
 {
     std::vector<gemmi::Op::Tran> listOne = group.cen_ops;

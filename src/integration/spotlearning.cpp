@@ -13,10 +13,11 @@ namespace tessera {
 
 namespace {
 
-const double g_dfStartWidth = 0.006;  // Å⁻¹, and four of it on either side: crystals have 0.002 to 0.015
+// Å⁻¹; four of these on either side are looked at, as crystals have 0.002 to 0.015.
+const double g_dfStartWidth = 0.006;
 const double g_dfStartReach = 4;
 
-/// Gathers what the frames tell, in their order.
+/// Gathers the measurements of the frames, in their order.
 class CSpotLearner {
 public:
     CSpotLearner(const CPassageGeometry& passages, const std::vector<Observation>& listObservation,
@@ -67,13 +68,13 @@ private:
         }
     }
 
-    /// The rocking curve of a strong reflection that was recorded whole and finely enough to tell.
+    /// Fits the rocking curve of a strong reflection that was recorded completely and in fine steps.
     void finishSpot(const Observation& observation, const Active& active)
     {
         if (!active.bStrong || (observation.nFlags & g_nExcludingFlags)) {
             return;
         }
-        // Others may run into its tails, but not into its middle.
+        // Other reflections may overlap with its tails, but not with its centre.
         std::vector<SpotMeasure> listMeasure;
         for (const SpotMeasure& measure : active.listMeasure) {
             if (!(measure.nFlags & g_nUnfitFlags)) {
@@ -92,7 +93,7 @@ private:
         }
     }
 
-    /// The part of the counts on frames that lie wholly more than three widths from the middle.
+    /// The fraction of the counts on frames that are entirely more than three widths from the centre.
     double tailOf(const std::vector<SpotMeasure>& listMeasure, const RockingFit& fit) const
     {
         double dfTail = 0, dfTotal = 0;
@@ -137,8 +138,8 @@ std::vector<double> widthsOf(const std::vector<WidthAtDStar>& list)
     return listWidth;
 }
 
-/// The least radius that holds nearly all of a spot; tails that go on beyond three sigmas are left to the
-/// correction, as their background costs more than they give.
+/// The smallest radius that contains nearly all of a spot. Tails beyond three sigmas are left to the
+/// correction, as summing them would add more noise than signal.
 double discRadius(const CLearnedProfile& profile, double dfSigma)
 {
     double dfRadius = 2 * dfSigma;
@@ -188,7 +189,8 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
     model.dfMosaicity = learned.curve.dfMosaicity;
     model.dfRockingOff = 1.4826 * medianOr(listOff, 0);
 
-    // Crystals with tails beyond a Gaussian are summed further out: by a width for each hundredth there.
+    // If rocking curves have tails beyond a Gaussian, summation extends by one width for each per cent in the
+    // tails.
     const double dfTail = m_listTail.size() >= 50 ? medianOr(m_listTail, 0) : 0;
     learned.dfReach = 3 + std::clamp(100 * (dfTail - 0.005), 0.0, 3.0);
 
@@ -203,12 +205,12 @@ LearnedSeries CSpotLearner::learn(const IntegrationOptions& options, double dfSt
 
 namespace {
 
-/// The usual width, or less where lattice points lie so close that those next to one another along the beam
-/// would cross together.
+/// The usual reach, or less if lattice points are so close that neighbours along the beam would overlap in
+/// the rocking direction.
 double startWidth(const DiffractionGeometry& geometry)
 {
     double dfClosest = 1e30;
-    for (int n = 1; n < 27; ++n) {  // combinations of -1, 0, 1; the middle one, 000, is 13
+    for (int n = 1; n < 27; ++n) {  // combinations of -1, 0, 1; number 13 is 000
         const std::array<int, 3> anIndex = {n % 3 - 1, n / 3 % 3 - 1, n / 9 - 1};
         DoubleVector point = {};
         for (size_t m = 0; m < 9; ++m) {
@@ -220,13 +222,13 @@ double startWidth(const DiffractionGeometry& geometry)
     return std::min(g_dfStartWidth, dfClosest / 6);
 }
 
-/// What nine in ten spots keep from the nearest other one on their frames, pixels; 0 without any.
+/// The distance to the nearest other spot that nine of ten spots exceed, pixels; 0 without spots.
 double closestDistance(const CPassageGeometry& passages, PredictionOptions prediction,
                        const RockingCurve& curve, int nJobs)
 {
     prediction.dfRockingWidth = curve.dfWidth;
     prediction.dfMosaicity = curve.dfMosaicity;
-    prediction.dfRockingReach = 2;  // a neighbour that gives next to nothing takes no room
+    prediction.dfRockingReach = 2;  // neighbours with hardly any intensity need no room
     const std::vector<Observation> list = predictObservations(passages, prediction, nJobs);
     const CExpectedSpots expected(passages, list, curve, {});
     std::vector<double> listClosest;
@@ -280,7 +282,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     settings.dfSaturation = options.trusted.dfSaturation;
     const int nHalf = int(std::ceil(4.5 * dfStartSigma));
 
-    // Of many reflections a part tells as much: 200 on a frame.
+    // A sample of the reflections suffices: 200 on a frame.
     const int nEvery = 1 + int(expected.spotCount() / (200 * passages.frameCount()));
 
     CSpotLearner learner(passages, listObservation, start, nHalf);
@@ -311,7 +313,7 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     const double dfClosest = closestDistance(passages, prediction, learned.curve, nJobs);
     double& dfRadius = learned.model.dfDiscRadius;
     if (options.dfDiscRadius <= 0 && dfClosest > 0) {
-        // Discs side by side; what a narrow one leaves out, the profile tells.
+        // Discs must not overlap; the profile corrects for what a narrow disc leaves out.
         dfRadius = std::min(dfRadius, std::max(dfClosest / 2, 1.7 * learned.model.dfSigma));
     }
     return outcome;

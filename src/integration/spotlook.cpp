@@ -6,9 +6,9 @@ namespace tessera {
 
 namespace {
 
-const double g_dfStrong = 8;       // deviations of the background under a spot
-const size_t g_nMostWindows = 60;  // of a frame
-const int g_nMostRinged = 20;      // frames whose glow is looked at
+const double g_dfStrong = 8;       // standard deviations above the background
+const size_t g_nMostWindows = 60;  // windows per frame
+const int g_nMostRinged = 20;      // frames whose rings are measured
 
 }  // namespace
 

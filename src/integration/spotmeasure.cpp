@@ -10,10 +10,11 @@ namespace tessera {
 
 namespace {
 
-const double g_dfCountingPart = 0.02;  // of a rocking curve: less of a neighbour does not disturb
+// Fraction of its rocking curve below which a neighbour does not disturb.
+const double g_dfCountingPart = 0.02;
 const unsigned char g_nSomeDisc = 0x80;
 
-/// Whole pixels within a distance of a place, cut by the frame.
+/// The pixels within a distance of a place, limited to the frame.
 struct PixelRange {
     PixelRange(const FramePlace& place, double dfReach, const CImgObj<float>& img)
         : nLeft(std::max(0, int(std::ceil(place.dfX - dfReach)))),
@@ -50,7 +51,7 @@ void CSpotMeasurer::beginFrame(const CImgObj<float>& img, const std::vector<Expe
     }
 }
 
-// Pixels of the disc and of the background, with the flags that they set.
+// Collects the pixels of the disc and of the background, and sets flags.
 void CSpotMeasurer::collect(const ExpectedSpot& spot, SpotMeasure& measure)
 {
     const double dfDisc = m_settings.dfRadius + 0.5;
@@ -96,7 +97,7 @@ void CSpotMeasurer::collect(const ExpectedSpot& spot, SpotMeasure& measure)
     }
 }
 
-// Neighbours share electrons on many detectors; the pixel after the next hardly does.
+// On many detectors neighbouring pixels share electrons, but pixels two apart hardly do.
 double CSpotMeasurer::varianceOfDifferences() const
 {
     const double dfLimit = 5 * std::sqrt(2 * m_plane.dfVariance);
@@ -166,8 +167,8 @@ SpotMeasure CSpotMeasurer::measure(const ExpectedSpot& spot, int nFrame)
     measure.nBackground = m_plane.nPixels;
     measure.dfVariance = m_plane.dfVariance;
     if (m_settings.noise) {
-        // What bends the background is no noise of the detector, but an error of the plane all the same. The
-        // variance of n pixels is uncertain by √(2/n) of it.
+        // Curvature of the background is not detector noise, but it is an error of the fitted plane. The
+        // variance of n pixels has a relative error of √(2/n).
         const double dfModel = m_settings.noise->variance(measure.dfBackground);
         const bool bBent = m_plane.dfVariance > dfModel * (1 + 3 * std::sqrt(2.0 / m_plane.nPixels));
         measure.dfVariance = bBent ? m_plane.dfVariance : dfModel;
@@ -206,7 +207,7 @@ bool CSpotMeasurer::findCentroid(const ExpectedSpot& spot, SpotMeasure& measure)
         if (!(dfSum > 0)) {
             return false;
         }
-        // A window as wide as the spot shows half of the way to the centre, and half of the variance.
+        // A Gaussian window as wide as the spot halves both the displacement and the variance.
         dfX += 2 * dfSumX / dfSum;
         dfY += 2 * dfSumY / dfSum;
         const double dfSeen = dfSquares / dfSum / 2;

@@ -24,7 +24,7 @@ double medianOr0(std::vector<double> list)
 CSpotOffsets::CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrames, double dfSize)
     : m_dfSize(dfSize / 2), m_listFrame(size_t(nFrames))
 {
-    // Ten spots a number keep the cubic from bending to their noise.
+    // Ten spots per coefficient keep the cubic from fitting noise.
     const size_t nSpots = listOffset.size();
     m_nTerms = nSpots >= 100 ? 10 : nSpots >= 30 ? 3 : nSpots >= 10 ? 1 : 0;
     std::vector<char> listKept(nSpots, 1);
@@ -55,7 +55,7 @@ CSpotOffsets::CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrame
             }
         }
         for (size_t n = 0; n < m_listFrame.size(); ++n) {
-            // A few spots of a frame say less than the series does.
+            // The shift of a frame with few spots is drawn towards that of the series.
             const double dfOwn = double(listX[n].size()) / (double(listX[n].size()) + 3);
             m_listFrame[n] = {dfOwn * medianOr0(listX[n]), dfOwn * medianOr0(listY[n])};
         }
@@ -65,7 +65,7 @@ CSpotOffsets::CSpotOffsets(const std::vector<SpotOffset>& listOffset, int nFrame
             listRest.push_back(std::hypot(spot.place.dfX + spot.off.dfX - place.dfX,
                                           spot.place.dfY + spot.off.dfY - place.dfY));
         }
-        m_dfRest = medianOr0(listRest) / 1.1774;  // the median of a distance in the plane
+        m_dfRest = medianOr0(listRest) / 1.1774;  // median of a distance in a plane, in sigmas
         for (size_t n = 0; n < nSpots; ++n) {
             listKept[n] = listRest[n] <= std::max(3 * m_dfRest, 0.05);
         }

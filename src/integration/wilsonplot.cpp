@@ -18,7 +18,7 @@ struct Entry {
     double dfIntensity = 0;
 };
 
-/// Slope of the least squares line; not finite below three points.
+/// Slope of the least-squares line; not finite with fewer than three points.
 double slopeOf(const std::vector<std::array<double, 2>>& listPoint)
 {
     const double dfNone = std::numeric_limits<double>::quiet_NaN();
