@@ -14,7 +14,7 @@ StageResult findAxisWhereAsked(RoadState& state)
         return {};
     }
     if (!canMapPeaks(dataSet)) {
-        return {};  // the mapping says why
+        return {};  // the mapping will report the reason
     }
     const std::optional<AxisSearch> search = findRotationAxis(dataSet, state.mapping, state.report,
                                                               state.options.jobs());

@@ -25,7 +25,7 @@ std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const
                                                        const CellParameters& errors,
                                                        const CellParameters& known)
 {
-    const double dfMost = 0.05;  // by which the search for a known cell lets its edges be off
+    const double dfMost = 0.05;  // tolerance of the edges, as in the search for a known cell
     const double dfVolumes = volumeOf(refined) / volumeOf(known);
     if (!std::isfinite(dfVolumes) || dfVolumes <= 0) {
         return std::nullopt;
@@ -40,7 +40,7 @@ std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const
     if (std::abs(dfScale - 1) > dfMost) {
         return std::nullopt;
     }
-    // Edges under a Bravais type are one number, so that their errors do not average out.
+    // Edges that a Bravais type makes equal are one number, so their errors do not average out.
     const double dfRelative = std::max({errors.a / refined.a, errors.b / refined.b, errors.c / refined.c});
     return DeterminedPixelSize{dfPixelSize * dfScale, dfPixelSize * dfScale * dfRelative};
 }
@@ -55,7 +55,7 @@ Calibration calibrationOfModel(const DataSet& dataSet, const GeometryModel& mode
     calibration.dfSeriesPixelSize = dataSet.m_dfPixelSize;
     const PlaneTerms<double>& plane = model.geometry.plane;
     calibration.dfRotationAxis = std::remainder(plane.axis, 360.0);
-    // The terms undo, so that they are longest where the pattern is shortest.
+    // The terms describe the correction, which is greatest where the pattern is shortest.
     const Distortion stretching = distortionOf(-plane.stretchingCos, -plane.stretchingSin);
     calibration.dfStretchAmplitude = 100 * stretching.dfAmplitude;
     calibration.dfStretchAzimuth = std::fmod(stretching.dfAzimuth + 180, 180);

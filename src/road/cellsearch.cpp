@@ -24,7 +24,7 @@ CellSearchResult searchCell(DataSet& dataSet, const QList<Peak3D>& listSelection
     if (!result.end.finished()) {
         return result;
     }
-    report.forgetReason();  // of a search that was repeated in vain
+    report.forgetReason();  // the reason of the repeated search, which found nothing better
     noteCellMade(dataSet);
     if (search.bSave && search.fnBeforeSave) {
         search.fnBeforeSave();

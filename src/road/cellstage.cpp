@@ -48,11 +48,11 @@ StageResult huntCell(RoadState& state)
     search.dfIndexThreshold = options.indexing.m_dfIndexThreshold;
     search.poorCell = options.bWindowDefaults ? PoorCell::Taken : PoorCell::SearchedAgain;
     search.nJobs = options.jobs();
-    search.bSave = false;  // not before it is judged
+    search.bSave = false;  // the cell is saved after it has been judged
     return searchCell(state.dataSet, state.dataSet.m_listPeakMerged, search, state.report).end;
 }
 
-/// The cell of the file that was given, and a copy of it as the result of this run.
+/// Reads the given cell file, and copies it to the results of this run.
 StageResult takeGivenCell(RoadState& state, const QString& strFile)
 {
     const QString& strGiven = state.options.strCellFile;
@@ -62,7 +62,7 @@ StageResult takeGivenCell(RoadState& state, const QString& strFile)
             QStringLiteral("%1: the reciprocal vectors are co-planar, which is no cell.").arg(strGiven));
     }
     QString strReason;
-    // A run does not write what it reads.
+    // A run must not replace its own input.
     const bool bOwn = !frameAmongTargets({strFile}, {strGiven}).isEmpty();
     if (!result.finished() || bOwn) {
         return result;
@@ -74,8 +74,8 @@ StageResult takeGivenCell(RoadState& state, const QString& strFile)
     return result;
 }
 
-/// Writes the cell in force, but a former file stays where the peaks do not fit the new cell: nobody could
-/// get the former one back.
+/// Writes the cell in force, unless the peaks do not fit it and there is a former file, which would be lost
+/// otherwise.
 StageResult saveFoundCell(RoadState& state, const QString& strFile)
 {
     const std::optional<LatticeFit>& fit = state.results.cell->fit;

@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// Folders and name under which a choice may stand, the one that counts first.
+/// The paths (without suffix) at which a choice may be saved, in the order in which they are tried.
 QStringList basesOf(const RoadOptions& options)
 {
     const QFileInfo first(options.listInput.first());
@@ -69,7 +69,7 @@ QString takeChoiceOfInput(RoadOptions& options)
     if (options.isProject()) {
         ProjectFile project;
         if (!project.read(options.listInput.first(), AxisLine::MayLack)) {
-            return {};  // fails when it is opened
+            return {};  // opening it will fail with a reason
         }
         nFrames = project.frameFiles().size();
     }

@@ -6,7 +6,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfEqual = 0.95;  // likelihoods are told with two decimals
+const double g_dfEqual = 0.95;  // likelihoods are shown with two decimals
 
 QString endText(const RoadResults& results)
 {
@@ -30,7 +30,7 @@ QString cellText(const CellParameters& cell, const QString& strWhich)
         .arg(strWhich);
 }
 
-/// The cell that is worth most: of the files of the intensities, else as refined, else as found.
+/// The most reliable cell: that of the intensities, else the refined one, else the one found.
 QStringList cellLines(const RoadResults& results)
 {
     if (results.integrate && results.integrate->result) {
@@ -59,7 +59,7 @@ QStringList symmetryLines(const RoadResults& results)
                                 .arg(result.chosen.strClass)
                                 .arg(result.chosen.dfLikelihood, 0, 'f', 2)};
     if (result.spaceGroup) {
-        QStringList listEqual;  // that the absences cannot tell from it
+        QStringList listEqual;  // space groups with the same absences
         for (const SpaceGroupCandidate& other : result.spaceGroups.listCandidate) {
             if (other.nNumber != result.spaceGroup->nNumber &&
                 other.dfLikelihood > g_dfEqual * result.spaceGroup->dfLikelihood) {
@@ -77,7 +77,7 @@ QStringList symmetryLines(const RoadResults& results)
     return {QStringLiteral("Laue class:   %1").arg(listPart.join(QStringLiteral("; ")))};
 }
 
-/// The folder of most files once, and the names of those that lie in it; the others with their paths.
+/// The most frequent folder, followed by the names of its files; other files are listed with their paths.
 QStringList fileLines(const QStringList& listFile)
 {
     QStringList listName, listLine;

@@ -13,14 +13,14 @@ namespace tessera {
 
 namespace {
 
-/// What opening said of a file beside the project, with a blank before it.
+/// The message of opening about a file beside the project, preceded by a blank.
 QString sideReason(const RoadState& state, const QString& strPattern)
 {
     const QStringList listFound = state.listSideReason.filter(QRegularExpression(strPattern));
     return listFound.isEmpty() ? QString() : QLatin1Char(' ') + listFound.first();
 }
 
-/// The file that this was read from, be it here or as the project was opened.
+/// The file that was read, either now or when the project was opened.
 void noteRead(RoadState& state, ResultFile file)
 {
     const DataSet& dataSet = state.dataSet;

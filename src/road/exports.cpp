@@ -20,7 +20,7 @@ struct Contrast {
     double dfMax = 0;
 };
 
-/// The limits given, and for one that is not, what the boxes show when the first frame comes up.
+/// The given contrast limits; a missing one is that which the window shows for the first frame.
 std::optional<Contrast> contrastLimits(const ExportOptions& exports, const DataSet& dataSet,
                                        CRunReport& report)
 {

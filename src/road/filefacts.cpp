@@ -23,8 +23,8 @@ struct DigestFree {
     void operator()(EVP_MD_CTX* pContext) const { EVP_MD_CTX_free(pContext); }
 };
 
-// Of OpenSSL, which has the processor's own instructions for it: Qt's takes more time for the frames of a
-// series than their hunting.
+// SHA-256 by OpenSSL, which uses the instructions of the processor. Qt's implementation takes longer for the
+// frames of a series than peak hunting.
 class CSha256 {
 public:
     CSha256() : m_pContext(EVP_MD_CTX_new())
@@ -35,7 +35,7 @@ public:
     {
         m_bGood = m_bGood && EVP_DigestUpdate(m_pContext.get(), pBytes, size_t(nBytes)) == 1;
     }
-    /// @return empty where OpenSSL could not: memory, or a rule of the system against it
+    /// @return empty if OpenSSL failed, for lack of memory or because a policy of the system forbids it
     QByteArray result()
     {
         QByteArray bytes(32, Qt::Uninitialized);
@@ -49,12 +49,12 @@ private:
     bool m_bGood = false;
 };
 
-/// @return empty where the file cannot be read to its end, or the stop came first
+/// @return empty if the file cannot be read to its end, or reading was stopped
 QByteArray sha256Of(const QString& strFile, const std::atomic<bool>& bStop)
 {
     const qint64 nPiece = 1 << 20;
     QFile file(strFile);
-    // A pipe would wait for somebody who writes.
+    // Opening a pipe would wait for a writer.
     if (!QFileInfo(strFile).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return {};
     }
@@ -101,7 +101,7 @@ std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
                     listFacts[n].bytesSha256 = sha256Of(listFile[int(n)], bStop);
                 }
             } catch (const std::bad_alloc&) {
-                listFacts[n].bytesSha256.clear();  // as of a file that cannot be read
+                listFacts[n].bytesSha256.clear();  // as for a file that cannot be read
             }
             const std::lock_guard<std::mutex> lock(mutex);
             if (++nDone == listFacts.size()) {
@@ -115,7 +115,7 @@ std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
         try {
             listThread.emplace_back(work);
         } catch (const std::exception&) {
-            break;  // no memory for its stack, or no thread more: those that are there do it
+            break;  // no memory or no thread left: the existing threads do the work
         }
     }
     if (listThread.empty()) {

@@ -15,8 +15,8 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfClearly = 0.95;  // of two shares, as where candidates of a search are called equal
-constexpr double g_dfSigmas = 3;      // that a count is below another one by more than chance
+constexpr double g_dfClearly = 0.95;  // ratio of two shares, as used for the candidates of a search
+constexpr double g_dfSigmas = 3;      // significance of the difference of two counts
 
 std::optional<LatticeCandidate> candidateOf(const QList<Vec3D>& listCell, const LatticePoints& listPoint)
 {
@@ -43,7 +43,8 @@ void keepFormerCell(const DataSet& dataSet, CRunReport& report)
     }
     file.close();
     const LatticePoints listPoint = latticePoints(dataSet);
-    const auto fnWorth = [&](const QString& strName) {  // 1 for a cell that explains nothing
+    // The number of peaks that fit, plus 1 so that a cell that fits none still counts more than no cell.
+    const auto fnWorth = [&](const QString& strName) {
         const std::optional<LatticeCandidate> former = candidateOf(readUnitCellFile(strName), listPoint);
         return former ? 1 + former->fit.nFitting : 0;
     };

@@ -13,9 +13,9 @@ namespace tessera {
 
 namespace {
 
-const int g_nLargestSide = 640;  // pixels: half of a page on a large screen
+const int g_nLargestSide = 640;  // pixels; half of a page on a large screen
 const size_t g_nMostPeaks = 1000;
-const int g_nGreys = 64;  // more would store the noise of the frame, which no eye tells from these
+const int g_nGreys = 64;  // more would only store noise that is not visible
 
 float percentile(std::vector<float>& listValue, double dfShare)
 {
@@ -24,7 +24,7 @@ float percentile(std::vector<float>& listValue, double dfShare)
     return *it;
 }
 
-/// The mean of the finite pixels of a block; not finite without one.
+/// The mean of the finite pixels of a block; not finite if there are none.
 float blockMean(const float* pData, int nWidth, int nX, int nY, int nBlock)
 {
     double dfSum = 0;
@@ -125,7 +125,7 @@ QString pngUri(const QImage& image)
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG", 0);  // Qt counts the quality: 0 is the smallest file
+    image.save(&buffer, "PNG", 0);  // quality 0 is the strongest compression
     return QStringLiteral("data:image/png;base64,") + QString::fromLatin1(bytes.toBase64());
 }
 
@@ -142,7 +142,7 @@ bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfR
     if (image.isNull()) {
         return false;
     }
-    const double dfUnit = double(nWidth) / g_nLargestSide;  // about a pixel of the screen
+    const double dfUnit = double(nWidth) / g_nLargestSide;  // about one pixel of the screen
     const QString strCaption = captionOf(series, nFrame);
     page.open("figure");
     page.open("svg");

@@ -17,9 +17,9 @@ namespace tessera {
 
 namespace {
 
-// By this line a project is known as one that may be made anew.
+// This line marks a project that was written by this program and may be replaced.
 const char* const g_pszMade = "Made from what the frames tell; a run on them makes it anew.";
-constexpr qint64 g_nHeadSize = 1024;  // bytes, in which that line stands
+constexpr qint64 g_nHeadSize = 1024;  // bytes; the line is within these
 
 bool isMadeProject(const QString& strFile)
 {
@@ -33,7 +33,7 @@ QString projectIn(const QString& strFolder, const QString& strName)
     return QDir(strFolder).absoluteFilePath(strName + QStringLiteral(".ed3d"));
 }
 
-/// A name under which no project of a user stands, be it where the frames are or where the results go.
+/// A name that is not taken by a project of the user, neither with the frames nor with the results.
 QString freeName(const QString& strName, const QStringList& listFolder)
 {
     const auto isTaken = [&listFolder](const QString& str) {
@@ -59,7 +59,7 @@ void tellTaken(RoadState& state, const QString& strWhat, double dfValue, const Q
                                 .arg(strWhat, QString::number(dfValue, 'g', 6), strUnit, strSource));
 }
 
-/// A number that the frames tell, unless an option does.
+/// Uses a number from the headers of the frames, unless an option gives it.
 void takeNumber(RoadState& state, const ToldNumber& told, const std::optional<double>& dfGiven,
                 double& dfTarget, const QString& strWhat, const QString& strUnit)
 {
@@ -86,8 +86,8 @@ void takeTilts(RoadState& state, const ToldTilts& told)
                                      told.strSource));
 }
 
-/// Where neither frames nor options tell a wavelength, the pixel size follows from that of the calibration.
-/// One that cannot be read is told of when it is taken.
+/// If neither frames nor options give a wavelength, the pixel size follows from that of the calibration.
+/// An unreadable calibration is reported when it is applied.
 void followCalibration(RoadOptions& options)
 {
     if (options.strCalibrationFile.isEmpty() || options.dfWavelength || options.facts->wavelength.isTold()) {
@@ -98,9 +98,9 @@ void followCalibration(RoadOptions& options)
     }
 }
 
-/// Of frames of several sizes those of the one that is asked for, or of the first.
-/// @param listDoubt  gets a line for frames that are left out as too few
-/// @return empty, or why there are none of this size
+/// Selects the frames of the requested size, or of the first size, if there are several.
+/// @param listDoubt  gets a line for sizes that are left out because they have too few frames
+/// @return empty, or why there are no frames of this size
 QString takeFramesOfSize(RoadOptions& options, QStringList& listDoubt)
 {
     QList<SizedFrames> listSized = framesBySize(options.listInput);

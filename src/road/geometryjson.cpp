@@ -33,7 +33,7 @@ QJsonObject cellObject(const GeometryModel& model)
     return object;
 }
 
-/// Axis, stretching, rms and number of the peaks that fit.
+/// Axis, stretching, rms, and number of peaks that fit.
 QJsonObject stateObject(const DiffractionGeometry& geometry, double dfRms, int nFit)
 {
     return {{QStringLiteral("axis"), geometry.plane.axis},

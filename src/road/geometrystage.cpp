@@ -15,14 +15,14 @@ namespace tessera {
 
 namespace {
 
-/// Whether file systems have room for the name; a series whose own name leaves none does without these files.
+/// Whether the name fits into the limit of file systems. If it does not, these files are not written.
 bool hasRoomForName(const QString& strFile)
 {
-    const int nMost = 255;  // bytes, of those that are in use
+    const int nMost = 255;  // bytes, the limit of common file systems
     return QFile::encodeName(QFileInfo(strFile).fileName()).size() <= nMost;
 }
 
-/// Writes cell, project and shifts together. A series that no project file can hold gets the cell alone.
+/// Writes cell, project and shifts together; only the cell if a project file cannot represent the series.
 StageResult writeRefined(RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString strProject = fileOfProject(state.dataSet, ResultFile::RefinedProject);
@@ -63,7 +63,7 @@ StageResult writeRefined(RoadState& state, const GeometryModel& model, CRoadRepo
     return {};
 }
 
-/// Writes the microscope's calibration where one was asked for.
+/// Writes the calibration of the microscope if that was requested.
 StageResult saveCalibration(RoadState& state, const GeometryModel& model, CRoadReport& report)
 {
     const QString& strFile = state.options.strSaveCalibrationFile;
@@ -111,7 +111,7 @@ StageResult runGeometryStage(RoadState& state)
         report.addMessage(strLine);
     }
     state.dataSet.m_made.geometry = madeWithGeometry(state.dataSet);
-    // Before a start at a later stage the files of this one stay.
+    // If the road starts at a later stage, the files of this stage are not replaced.
     const bool bWrite = state.options.stageFrom <= RoadStage::Geometry;
     const StageResult written = bWrite ? writeRefined(state, result.best(), report) : StageResult();
     return written.finished() ? saveCalibration(state, result.best(), report) : written;

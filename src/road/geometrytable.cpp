@@ -86,7 +86,7 @@ std::vector<GeometryRow> geometryRows()
 QStringList geometryTable(const GeometryRefinement& refinement)
 {
     const GeometryModel& best = refinement.best();
-    // The ellipse counts from the azimuth of the axis that the fit began with.
+    // The ellipse is counted from the azimuth of the axis at the start of the fit.
     const GeometryNumbers before = numbersOf(refinement.before, refinement.before.plane.axis);
     QStringList listLine = {QStringLiteral("%1 %2 %3 %4")
                                 .arg("Geometry", -24)

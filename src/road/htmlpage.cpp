@@ -6,7 +6,7 @@ namespace tessera {
 
 namespace {
 
-/// "-", "12.3", "12.3(4)", "45 %": what stands under one another by its digits.
+/// Whether a cell is a number, "-", "12.3", "12.3(4)" or "45 %", and is to be aligned to the right.
 bool isNumber(const QString& strText)
 {
     static const QRegularExpression number(QRegularExpression::anchoredPattern(
@@ -14,7 +14,7 @@ bool isNumber(const QString& strText)
     return number.match(strText).hasMatch();
 }
 
-/// "-3" among names of classes is one of them.
+/// A name of a Laue class, such as "-3", is not a number.
 bool isColumnOfNumbers(const std::vector<QStringList>& listRow, int nColumn)
 {
     bool bAny = false;
@@ -101,7 +101,7 @@ void CHtmlPage::text(const QString& strText)
 void CHtmlPage::element(const char* pszElement, const QString& strText, const char* pszClass)
 {
     open(pszElement, pszClass);
-    text(strText);  // even an empty one keeps "<td/>", which HTML takes for an opening tag, away
+    text(strText);  // even an empty text avoids "<td/>", which HTML treats as an opening tag
     close();
     m_xml.writeCharacters(QStringLiteral("\n"));
 }

@@ -40,7 +40,7 @@ QList<Peak3D> withWholeIndices(QList<Peak3D> listPeak)
 
 constexpr ResultFile g_aFile[] = {ResultFile::Reflections, ResultFile::P4P, ResultFile::IndexedPeaks};
 
-/// The names of the files that a former run has left.
+/// The names of existing files of a former run.
 QString formerFiles(const DataSet& dataSet)
 {
     QStringList listName;
@@ -53,7 +53,7 @@ QString formerFiles(const DataSet& dataSet)
     return listName.join(QStringLiteral(", "));
 }
 
-/// Puts the files of the stage in their places, all or none.
+/// Writes the files of the stage, either all or none.
 StageResult commitFiles(CFileSet& files, RoadState& state)
 {
     CRoadReport& report = state.report;
@@ -90,9 +90,9 @@ StageResult runIndexStage(RoadState& state)
         }
     }
     if (!state.results.lattice) {
-        findLattice(state);  // of a cell that was given
+        findLattice(state);  // for a cell that was given
     }
-    // Before a start at a later stage the files of this one stay.
+    // If the road starts at a later stage, the files of this stage are not replaced.
     const bool bWrite = options.stageFrom <= RoadStage::Index;
     options.indexing.m_bOutputIndexing = bWrite;
     CFileSet files;

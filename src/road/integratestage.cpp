@@ -7,7 +7,7 @@ namespace tessera {
 
 namespace {
 
-/// Why a cell is not worth the reading of all frames; empty where it is.
+/// Why a cell is too bad for an integration; empty if it is good enough.
 QString whyNotIntegrated(const RoadState& state)
 {
     const std::optional<CellResult>& cell = state.results.cell;
@@ -41,7 +41,7 @@ StageResult runIntegrateStage(RoadState& state)
         return report.ended(outcome);
     }
     if (!outcome.finished()) {
-        // The stages before have done their work, and what these frames cannot give is no fault of the run.
+        // Earlier stages have succeeded, and missing intensities are not an error of the run.
         integrate.strReason = outcome.strReason;
         report.addMessage(
             QStringLiteral("There are no intensities; files of a former run stay as they were."),

@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-/// JSON has no word for what is no number: such a key is not there.
+/// JSON has no NaN, so the key is left out.
 void putNumber(QJsonObject& object, const char* pszKey, double dfValue)
 {
     if (std::isfinite(dfValue)) {
@@ -100,7 +100,7 @@ QJsonArray conditionArray(const SpaceGroupRanking& ranking)
     return array;
 }
 
-/// One number for each frame; 0 where it is not known.
+/// One number for each frame; 0 if it is not known.
 QJsonArray numbersArray(const std::vector<double>& listNumber)
 {
     QJsonArray array;

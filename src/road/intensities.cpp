@@ -13,8 +13,8 @@ namespace tessera {
 
 namespace {
 
-/// The cell that the observations have their indices of, in double precision, with its errors where a
-/// refinement tells them.
+/// The cell to which the indices of the observations belong, in double precision, with its errors if it was
+/// refined.
 JudgedLattice judgedLattice(const SeriesGeometry& series, const GeometryRefinement* refined,
                             const LatticeAnalysis* lattice)
 {
@@ -93,7 +93,7 @@ bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
                       IntegrationFiles& files, QString* pstrReason)
 {
     const QString strFile = fileOfProject(dataSet, ResultFile::Integrated);
-    const int nMost = 255;  // bytes of a name, of the file systems that are in use
+    const int nMost = 255;  // bytes, the limit of names in common file systems
     if (QFile::encodeName(QFileInfo(strFile).fileName()).size() > nMost) {
         files = {};
         report.addMessage(QStringLiteral("No files of the intensities: the name of the series is too long."),

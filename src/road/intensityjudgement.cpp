@@ -6,16 +6,18 @@ namespace tessera {
 
 namespace {
 
-// Half sets with less in common hold no signal that counts: Karplus & Diederichs (2012), Science 336, 1030.
+// Half data sets with a lower correlation have no significant signal: Karplus & Diederichs (2012), Science
+// 336, 1030.
 const double g_dfCcHalfBad = 0.3;
 const double g_dfCcHalfGood = 0.9;
-// Electrons that scatter more than once leave 0.1 to 0.25 to good data.
+// Because of multiple scattering, good data have 0.1 to 0.25.
 const double g_dfRIntGood = 0.3;
-// Half of the reflections, and a mean of three sigmas: structures are solved from less, but with luck.
+// Half of the reflections, and a mean I/sigma of three. Structures have been solved from less, but not
+// reliably.
 const double g_dfCompletenessGood = 0.5;
 const double g_dfIOverSigmaGood = 3;
-const double g_dfSecondClass = 0.5;  ///< of the likelihood of the best
-const int g_nFewUnique = 20;         ///< numbers from fewer say little, good or bad
+const double g_dfSecondClass = 0.5;  ///< relative to the likelihood of the best class
+const int g_nFewUnique = 20;         ///< with fewer reflections the figures mean little
 
 QString several(double dfValue, int nDecimals)
 {
@@ -37,7 +39,7 @@ QString summaryOf(const IntegrationResult& result)
         .arg(result.chosen.strClass, several(quality.dfRInt, 3), several(quality.dfCcHalf, 3));
 }
 
-/// What is doubtful of them, in words.
+/// The doubts about the intensities, in words.
 QStringList doubts(const IntegrationResult& result)
 {
     const ShellQuality& quality = result.quality.overall;

@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfAboutEqual = 0.95;  // of two shares, as between the candidates of a search
+constexpr double g_dfAboutEqual = 0.95;  // ratio of two shares, as used for the candidates of a search
 
 double beyondChance(const LatticeFit& fit)
 {
@@ -26,7 +26,7 @@ void tell(const QString& strForm, const LatticeFit& fit, CRunReport& report)
                       Severity::Milestone);
 }
 
-/// A wrong cell often fits some of the peaks, and two crystals on the frames share them.
+/// A wrong cell often fits some of the peaks; so does a right one if the frames show two crystals.
 QString doubtsOf(const LatticeFit& fit)
 {
     return beyondChance(fit) >= 0.5 * (1 - fit.dfByChance)

@@ -18,7 +18,7 @@ LatticeAnalysis analyse(RoadState& state, const ReciprocalBasis& basis)
                           [&] { return state.report.goOn(); });
 }
 
-/// The axes of the proposed type, as measured.
+/// The measured axes of the proposed Bravais type.
 ReciprocalBasis conventionalBasis(const ReciprocalBasis& basis, const LatticeType& type)
 {
     return reciprocalBasisOf(type.matTransform * latticeBasisOf(basis));

@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-/// Limits that nobody gave let everything pass: beyond what the pages can show, so not rounded.
+/// Limits that were not given are unlimited; they are beyond the boxes of the pages and so not rounded.
 void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
 {
     const double dfNoLimit = std::numeric_limits<double>::infinity();
@@ -31,8 +31,8 @@ void chooseLimits(const RoadOptions& options, MappingParameters& mapping)
     takeLimit(options.dfIntensityMax, mapping, &MappingParameters::m_dfIntensityMax);
 }
 
-/// Numbers that nobody gave follow from the peaks: distances below half the way from peak to peak, and a
-/// least resolution beyond what the direct beam makes of itself.
+/// Parameters that were not given follow from the peaks: distances below half the spacing of peaks, and a
+/// lower limit of resolution beyond false peaks of the direct beam.
 void chooseByPeaks(RoadState& state)
 {
     using Merge = PeakMergingParameters;
@@ -48,7 +48,7 @@ void chooseByPeaks(RoadState& state)
         takeSuggestion(suggestMerging(dfClosest) + suggestLimits(state.dataSet, dfClosest), listGiven,
                        records, state.report);
     }
-    takeGiven(listGiven.mid(0, 2), records);  // the limit has been taken, rounded as its box does it
+    takeGiven(listGiven.mid(0, 2), records);  // the limit is set already, rounded to its box
     roundToPages(options.merging);
 }
 

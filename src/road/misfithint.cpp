@@ -16,13 +16,13 @@ namespace tessera {
 
 namespace {
 
-constexpr std::size_t g_nPeaks = 2000;  // of a search for a lattice; more find the same ones
-// What chance alone makes of sharpness and share from one trial to the next is a few hundredths.
+constexpr std::size_t g_nPeaks = 2000;  // peaks used in a lattice search; more give the same result
+// By chance alone, sharpness and share vary by a few hundredths from trial to trial.
 constexpr double g_dfClearly = 0.15;
-constexpr double g_dfSameAxis = 1;        // degree: an axis that close leaves most peaks on the lattice
-constexpr double g_dfCurvatureOff = 0.5;  // of the sphere: no doubt, as tilts and axis make some hundredths
-constexpr double g_dfFlatter = 0.1;       // of the wavelength: what a wrong unit makes of it
-constexpr double g_dfBeamOff = 1;         // pixel
+constexpr double g_dfSameAxis = 1;        // degrees; with an axis this close most peaks are on the lattice
+constexpr double g_dfCurvatureOff = 0.5;  // relative; errors of tilts and axis cause only some hundredths
+constexpr double g_dfFlatter = 0.1;       // of the wavelength, as for a wrong unit
+constexpr double g_dfBeamOff = 1;         // pixels
 
 QString percent(double dfShare)
 {
@@ -34,7 +34,7 @@ QString figure(double dfValue)
     return QStringLiteral("%1").arg(dfValue, 0, 'f', 2);
 }
 
-/// The peaks of a series with what is taken of it so far.
+/// The peaks of a series with the geometry that is being tried.
 class CMisfit {
 public:
     explicit CMisfit(RoadState& state)
@@ -105,7 +105,7 @@ private:
     std::vector<FlatPeak> m_vecPeak;
     double m_dfAzimuth;
     std::optional<LatticeBasis> m_basis;
-    double m_dfShare = 0;  ///< honest share of the cell in force
+    double m_dfShare = 0;  ///< share of the cell in force beyond chance
 };
 
 bool CMisfit::hintAtAxis()
@@ -118,7 +118,7 @@ bool CMisfit::hintAtAxis()
     if (search->found) {
         return hintAtAzimuth(*search->found);
     }
-    // Without a curve the peaks or the tilts themselves are at fault.
+    // Without a result, the peaks or the tilts themselves are wrong.
     if (search->vecCurve.empty()) {
         return hint(QStringLiteral("no geometry can be told from these peaks: %1").arg(search->strReason));
     }
@@ -158,7 +158,7 @@ bool CMisfit::hintAtAzimuth(const AxisFound& found)
                      .arg(found.best.dfAzimuth, 0, 'f', 1));
 }
 
-/// A sphere that is bent far too much spoils the lattice at every azimuth; a flat one shows it.
+/// If the sphere is curved far too much, the lattice is blurred at every azimuth, but not with a flat sphere.
 bool CMisfit::hintAtCurvature()
 {
     const FlatGeometry flat = {m_geometry.dfPixelSize, g_dfFlatter * m_geometry.dfWavelength};
@@ -177,7 +177,7 @@ bool CMisfit::hintAtCurvature()
 
 bool CMisfit::hintAtBeam()
 {
-    // The cell of the difference vectors is right with a wrong beam, too.
+    // Difference vectors give the right cell even with a wrong beam.
     std::vector<LatticeBasis> vecBasis;
     if (m_basis) {
         vecBasis.push_back(*m_basis);
@@ -227,7 +227,7 @@ bool CMisfit::hintAtBeam()
     return tried(QStringLiteral("another direct beam (%1)").arg(strFigures));
 }
 
-/// The longest edge that was looked for.
+/// The upper limit of the edges in the search.
 double CMisfit::longestEdge() const
 {
     CellHuntingParameters range = m_state.options.cell;

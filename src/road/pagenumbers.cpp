@@ -25,7 +25,7 @@ void giveChangedGeometry(const PageGeometry& file, const PageGeometry& now, Road
 {
     giveIfChanged(file.dfWavelength, now.dfWavelength, options.dfWavelength);
     giveIfChanged(file.dfPixelSize, now.dfPixelSize, options.dfPixelSize);
-    // An axis that a road has found counts as one that the file lacks: it is found again.
+    // An axis that was found by a road, and is not in the file, will be found again.
     if (file.dfRotationAxis != now.dfRotationAxis && (file.bAxisKnown || now.bAxisKnown)) {
         options.dfRotationAxis = now.dfRotationAxis;
     }

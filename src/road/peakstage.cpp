@@ -38,7 +38,7 @@ GivenValues givenRadii(RoadOptions& options)
             {&Hunt::m_dfIntegrationBackground, &options.dfIntegrationBackground}};
 }
 
-/// Lets the hunting leave out what the frames show to be no measurement.
+/// Adds the defects found on the frames to the mask of peak hunting.
 void leaveDefectsOut(RoadState& state, const FrameDefects& defects)
 {
     for (const QString& strLine : tellDefects(defects)) {
@@ -48,8 +48,8 @@ void leaveDefectsOut(RoadState& state, const FrameDefects& defects)
     state.dataSet.m_listHotPixel += defects.listHotPixel;
 }
 
-/// Offers the hot pixels to the runs and to the window that open this project later. They read the list that
-/// stands beside the project; a list that is there is the user's, and one in another folder nobody reads.
+/// Writes the list of hot pixels for later runs and for the window, which read the list beside the project.
+/// An existing list is the user's and is kept; in another folder nobody would read the list.
 void keepHotPixels(RoadState& state, const QList<QPoint>& listFound)
 {
     const QString strFile = fileOfHotPixels(state.dataSet);
@@ -70,7 +70,7 @@ void keepHotPixels(RoadState& state, const QList<QPoint>& listFound)
     }
 }
 
-/// Radii that nobody gave follow from the size of the spots; those of the page stay where there are none.
+/// Radii that were not given follow from the size of the spots; without spots they are those of the page.
 void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const GivenValues& listGiven,
                ParameterRecords& records)
 {
@@ -83,9 +83,9 @@ void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const Give
     takeSuggestion(suggestPeakSearch(size, state.options.dfPeakRadius), listGiven, records, state.report);
 }
 
-/// What the frames themselves say of their defects and of the radii, where it is wanted.
-/// @param listHotPixel  takes the hot pixels that were found
-/// @return false when the report asked to stop or memory is short
+/// Determines defects and radii from the frames, as far as requested.
+/// @param listHotPixel  gets the hot pixels that were found
+/// @return false if the run was stopped or memory is short
 bool learnFromFrames(RoadState& state, QList<QPoint>& listHotPixel)
 {
     RoadOptions& options = state.options;
@@ -139,7 +139,7 @@ StageResult runPeakStage(RoadState& state)
         return state.report.ended(outcome);
     }
 #ifdef __GLIBC__
-    malloc_trim(0);  // the work images of the threads, which the heap would keep beside what follows
+    malloc_trim(0);  // returns the work images of the threads to the system
 #endif
     PeakResult& peaks = state.results.peaks.emplace();
     peaks.dfThreshold = parameters.m_dfPeakThreshold;

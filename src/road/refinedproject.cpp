@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-/// The azimuth as project files have it, that along which the pattern is longer: 0 to 180 degrees.
+/// The azimuth for project files, along which the pattern is longer: 0 to 180 degrees.
 double azimuthInFile(double dfAzimuth)
 {
     const double dfTurned = std::fmod(dfAzimuth + 90, 180);

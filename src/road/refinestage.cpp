@@ -15,9 +15,9 @@ namespace tessera {
 namespace {
 
 const double g_dfNoLimit = std::numeric_limits<double>::infinity();
-const double g_dfShortestPair = 0.3;  ///< Å⁻¹, between two peaks of a frame
+const double g_dfShortestPair = 0.3;  ///< smallest distance of two peaks on a frame, Å⁻¹
 
-/// The greatest diagonal of a box that holds the peaks of one frame, pixels.
+/// The greatest diagonal of the bounding box of the peaks on one frame, pixels.
 double largestExtent(const QVector<QList<Peak3D>>& vecPeak)
 {
     double dfLargest = 0;
@@ -69,11 +69,11 @@ void choosePairLimits(RoadState& state)
     const QVector<QList<Peak3D>>& vecPeak = state.dataSet.m_vecPeakIndexedOnFrame;
     RefinementParameters& parameters = state.options.refinement;
     if (!options.bWindowDefaults) {
-        // A spot that hardly rises above its background leaves its fit to the background.
+        // The fit of a spot that hardly exceeds its background is governed by the background.
         parameters.m_dfRefineIntensityLow = medianIntensity(vecPeak);
         parameters.m_dfRefineIntensityHigh = g_dfNoLimit;
         parameters.m_dfRefineDStarHigh = largestExtent(vecPeak) * state.dataSet.m_dfPixelSize;
-        // Short vectors say little of the cell; of a small pattern some have to stay.
+        // Short vectors determine the cell poorly, but in a small pattern some of them are needed.
         parameters.m_dfRefineDStarLow = std::min(g_dfShortestPair, parameters.m_dfRefineDStarHigh / 3);
     }
     takeLimit(options.dfRefineIntensityLow, parameters, &RefinementParameters::m_dfRefineIntensityLow);
@@ -157,7 +157,7 @@ StageResult runRefineStage(RoadState& state)
 {
     beginStage(state, RoadStage::Refine);
     choosePairLimits(state);
-    // The statistics of the indexing may have left another one.
+    // The statistics of the indexing leave the last space group that they tested in force.
     state.dataSet.m_spaceGroup.setSpaceGroup(state.options.indexing.m_nSpaceGroup);
     const RefinementParameters& parameters = state.options.refinement;
     tellPairLimits(parameters, state.report);

@@ -32,7 +32,7 @@ void writeFact(CHtmlPage& page, const char* pszName, const QString& strValue, co
     }
 }
 
-/// The worst verdict, and which steps it comes from.
+/// The worst verdict, and the steps with this verdict.
 void writeVerdict(CHtmlPage& page, const QList<Judgement>& listJudgement)
 {
     const Verdict worst = worstVerdict(listJudgement);

@@ -12,7 +12,7 @@ namespace {
 
 const QString g_strFrame = QStringLiteral("frame");
 
-/// The middle of a shell in 1/d; the inner limit of the first may be that of an unlimited sphere.
+/// The middle of a shell in 1/d; the inner limit of the first shell may be infinite in d.
 double middleOf(const ShellQuality& shell)
 {
     const double dfInner = std::isfinite(shell.dfDMax) && shell.dfDMax > 0 ? 1 / shell.dfDMax : 0;
@@ -35,11 +35,11 @@ SvgSeries residualsByFrame(const QString& strName, const std::vector<SpotResidua
     for (const SpotResidual& residual : listResidual) {
         if (residual.nFrame >= 0 && residual.nFrame < nFrames) {
             listSum[residual.nFrame] += residual.dfX * residual.dfX + residual.dfY * residual.dfY;
-            listCount[residual.nFrame] += 2;  // along one direction, as the rms of the log
+            listCount[residual.nFrame] += 2;  // in one direction, like the rms in the log
         }
     }
     SvgSeries series{strName, {}, true, false};
-    for (int n = 0; n < nFrames; ++n) {  // a frame without spots is 0/0 and leaves a gap
+    for (int n = 0; n < nFrames; ++n) {  // a frame without spots gives 0/0, a gap in the curve
         series.listPoint.emplace_back(n + 1, std::sqrt(listSum[n] / listCount[n]));
     }
     return series;

@@ -2,7 +2,7 @@
 
 namespace tessera {
 
-// Colours of words and curves have a contrast of 4.5 and more to their ground, in both palettes.
+// The colours of words and curves have a contrast of at least 4.5 to the background in both palettes.
 const char* const g_pszReportStyle = R"(
 :root { color-scheme: light dark;
   --ground: #ffffff; --text: #1d2329; --faint: #5b6670; --line: #d5dbe0; --panel: #f4f6f8;

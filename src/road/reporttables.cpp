@@ -213,7 +213,7 @@ void writeGeometry(CHtmlPage& page, const GeometryRefinement& refinement)
     }
     const GeometryModel& best = refinement.best();
     const std::vector<int>& listFree = best.fit.listFree;
-    // The ellipse counts from the azimuth of the axis that the fit began with.
+    // The ellipse is counted from the azimuth of the axis at the start of the fit.
     const GeometryNumbers before = numbersOf(refinement.before, refinement.before.plane.axis);
     std::vector<QStringList> listRow;
     for (const GeometryRow& row : geometryRows()) {

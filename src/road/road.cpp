@@ -16,8 +16,8 @@ namespace tessera {
 
 namespace {
 
-/// Keeps the end of the first part that did not finish.
-/// @return whether this one did
+/// Records the result of the first part that did not finish.
+/// @return whether this part finished
 bool noteEnd(RoadResults& results, const QString& strPart, const StageResult& end)
 {
     if (!end.finished() && results.end.finished()) {
@@ -32,7 +32,7 @@ double secondsOf(const QElapsedTimer& timer)
     return double(timer.elapsed()) / 1000;
 }
 
-/// Keeps a judgement, and says it in the log.
+/// Records a judgement and writes it to the log.
 void noteJudgement(RoadState& state, const std::optional<Judgement>& judgement)
 {
     if (judgement) {
@@ -41,7 +41,7 @@ void noteJudgement(RoadState& state, const std::optional<Judgement>& judgement)
     }
 }
 
-/// The same of the lattice, once.
+/// The same for the lattice, once.
 void noteLattice(RoadState& state)
 {
     const QList<Judgement>& listJudgement = state.results.listJudgement;
@@ -60,7 +60,7 @@ void noteLattice(RoadState& state)
     }
 }
 
-/// A stage that failed is bad, whatever it left behind.
+/// A stage that failed is judged bad, whatever its result.
 void judgeEnd(RoadState& state, RoadStage stage, const StageResult& end)
 {
     if (stage == RoadStage::Merge && state.results.axis) {
@@ -77,7 +77,7 @@ void judgeEnd(RoadState& state, RoadStage stage, const StageResult& end)
     }
 }
 
-/// Whether the road has come as far as it will with a cell that is bad.
+/// Whether the cell is bad and the road has reached the last stage that judges it.
 bool isMisfit(const RoadState& state, RoadStage stage, const StageResult& end)
 {
     const bool bLast = stage == RoadStage::Index ||
@@ -91,8 +91,9 @@ bool runStages(RoadState& state, QList<PartTime>& listTime)
     const RoadOptions& options = state.options;
     for (int nStage = int(RoadStage::Shifts); nStage <= int(options.stageTo); ++nStage) {
         const RoadStage stage = RoadStage(nStage);
-        // Merged reflections have no file, and that of the indexed peaks has only whole pixels: a later start
-        // makes both anew from peak list and cell, and integration the geometry that it predicts with.
+        // Merged reflections are not stored in a file, and the file of indexed peaks has whole pixels only. A
+        // road that starts later repeats both from peak list and cell, and integration also repeats the
+        // refined geometry.
         const bool bAnew = stage == RoadStage::Merge || stage == RoadStage::Index ||
                            (stage == RoadStage::Geometry && options.stageFrom == RoadStage::Integrate);
         if (stage < options.stageFrom && !bAnew) {
@@ -148,7 +149,7 @@ void runExports(RoadState& state, QList<PartTime>& listTime)
         roundToPages(state);
         state.report.beginPart(strKind);
         state.tellStep({strKind, false, {}});
-        // A volume in the frame of an axis that nobody told would be a wrong one.
+        // Without a known axis the volume would be wrong.
         const bool bNeedsAxis = kind == ExportKind::Volume || isForOtherProgram(kind);
         const bool bAxis = state.dataSet.m_bRotationAxisKnown || !bNeedsAxis;
         if (!bAxis) {
@@ -203,7 +204,8 @@ void walk(RoadState& state)
     state.results.listTime = listTime;
 }
 
-/// What was thrown becomes the reason of the end, unless a part has failed before. To be called in a catch.
+/// Makes the current exception the reason of the end, unless a part has failed before. To be called in a
+/// catch block.
 void noteThrown(RoadState& state)
 {
     const StageResult end = state.report.failed(whatWasThrown());

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-/// As short as it can be without loss.
+/// The shortest text that represents the number exactly.
 QString exact(double dfValue)
 {
     return QString::number(dfValue, 'g', QLocale::FloatingPointShortest);
@@ -31,10 +31,10 @@ public:
             m_list.append(QStringLiteral("--") + QLatin1String(pszName));
         }
     }
-    /// @param strValue  empty: not given
+    /// @param strValue  empty: the option is left out
     void text(const char* pszName, const QString& strValue)
     {
-        // A value that begins with a dash, such as an axis, would be read as an option of its own.
+        // A value that begins with a dash, such as a negative angle, would be read as an option.
         if (!strValue.isEmpty()) {
             m_list.append(QStringLiteral("--%1=").arg(QLatin1String(pszName)) + strValue);
         }
@@ -64,7 +64,7 @@ void putReading(CArguments& arguments, const RoadOptions& o)
         return;
     }
     const SeriesChoice& choice = *o.choice;
-    // A bin of one tells that the series is taken as it comes, whatever stands beside it.
+    // --bin 1 requests the series as it is, even if a choice is saved beside it.
     arguments.text("bin", choice.nBin > 1 || choice.isPlain() ? QString::number(choice.nBin) : QString());
     arguments.text("sum", choice.nSum > 1 ? QString::number(choice.nSum) : QString());
     arguments.text("frames", frameRangesText(choice.listFrames));
@@ -102,7 +102,7 @@ void putPlaces(CArguments& arguments, const RoadOptions& o)
     }
 }
 
-/// The numbers of the pages, and which of them have no option.
+/// Adds the parameters of the pages; those without an option are listed separately.
 void putNumbers(RoadCommand& command, CArguments& arguments, RoadOptions o)
 {
     const ParameterRecords records = {nullptr,     &o.hunting, nullptr,       &o.merging, &o.cell,
@@ -110,7 +110,7 @@ void putNumbers(RoadCommand& command, CArguments& arguments, RoadOptions o)
     for (const Parameter& row : parameterTable()) {
         const std::optional<double>* pGiven = givenNumber(o, row.member);
         if (row.member == ParameterMember(&IndexingParameters::m_nSpaceGroup)) {
-            continue;  // more than a number: see putIntensities()
+            continue;  // not a plain number, see putIntensities()
         }
         if (pGiven && row.option.pszName) {
             arguments.number(row.option.pszName, *pGiven);

@@ -173,7 +173,7 @@ QJsonArray furtherArray(const LatticesOfPoints& lattices)
     return array;
 }
 
-/// The proposed type, with all others that the lattice fits, and what the points say beside.
+/// The proposed Bravais type, all others that fit, and conditions and supercells.
 QJsonObject latticeObject(const LatticeAnalysis& analysis)
 {
     QJsonObject object;
@@ -190,7 +190,7 @@ QJsonObject latticeObject(const LatticeAnalysis& analysis)
     return object;
 }
 
-/// The parts by their names, and the worst verdict of all.
+/// The judgements by the names of the parts, and the worst verdict.
 QJsonObject judgementObject(const QList<Judgement>& listJudgement)
 {
     QJsonObject object = {{QStringLiteral("overall"), verdictName(worstVerdict(listJudgement))}};
@@ -219,7 +219,7 @@ void putIfThere(QJsonObject& object, const std::optional<Result>& result)
     }
 }
 
-/// How the road ended, which every summary tells.
+/// How the road ended; part of every summary.
 QJsonObject endObject(const QString& strStage, const QString& strFailed, const StageResult& end)
 {
     QJsonObject object = {{QStringLiteral("stage"), strStage}, {QStringLiteral("reached"), end.finished()}};
@@ -246,7 +246,7 @@ QJsonArray sectionsArray(const QList<SectionResult>& listSection)
     return array;
 }
 
-/// Where no stage finished.
+/// Used if no stage finished.
 QString noStage()
 {
     return QStringLiteral("none");

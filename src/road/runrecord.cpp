@@ -23,9 +23,9 @@ namespace tessera {
 namespace {
 
 const QString g_strFormat = QStringLiteral("tessera run record");
-constexpr qint64 g_nLargestRecord = 64 << 20;  // bytes: a series of 100 000 frames has 20 millions
+constexpr qint64 g_nLargestRecord = 64 << 20;  // bytes; the record of a series of 100 000 frames has 20 MB
 
-/// What the road has read, by what it is. The order of the frames is that of the series.
+/// The files that the road has read: frames, in the order of the series, and others.
 struct Inputs {
     QStringList listFrame, listOther;
 };
@@ -80,7 +80,7 @@ QJsonObject parametersObject(const RoadState& state)
     return object;
 }
 
-/// The axis is judged where merging finds it, and the lattice where the cell is last looked at.
+/// The judgement of the axis belongs to merging, that of the lattice to the last stage that analyses it.
 QString stageOfJudgement(const QString& strPart)
 {
     return strPart == QLatin1String("axis")      ? roadStageName(RoadStage::Merge)
@@ -133,8 +133,8 @@ QSet<QString> pathsIn(const QJsonArray& arrayFile)
     return set;
 }
 
-/// The earlier runs whose files still stand beside those of this one, the latest first. A record that has
-/// nothing left would only grow the list.
+/// Earlier runs with files that have not been replaced, the latest first. Runs without such files are
+/// dropped, or the list would grow forever.
 QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 {
     QJsonArray arrayAll, arrayKept;
@@ -206,7 +206,7 @@ QJsonObject foundByStage(const RoadResults& results, const QString& strStage)
             break;
     }
     QJsonObject object = roadSummary(found);
-    for (const char* pszKey : {"stage", "reached", "warnings"}) {  // of the whole road
+    for (const char* pszKey : {"stage", "reached", "warnings"}) {  // these concern the whole road
         object.remove(QLatin1String(pszKey));
     }
     return object;
@@ -281,7 +281,7 @@ QString writeRunRecord(const RoadState& state, CRunReport& report)
     try {
         static_cast<void>(
             writeWholeFile(strFile, QJsonDocument(runRecord(state, former, report)).toJson(), &strReason));
-    } catch (...) {  // memory that is not there is no reason to lose the end of a road
+    } catch (...) {  // lack of memory must not prevent the road from ending properly
         strReason = whatWasThrown();
     }
     return strReason;

@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-/// As project files have it: 0 up to 180 degrees, that along which the pattern is longer.
+/// The azimuth for project files, along which the pattern is longer: 0 up to 180 degrees.
 double azimuthInFile(double dfAzimuth)
 {
     const double dfTurned = std::fmod(dfAzimuth + 90, 180);
@@ -49,7 +49,7 @@ NewProject projectOfSeries(const DataSet& dataSet, const MappingParameters& mapp
     project.bTellDistortion = true;
     const int nFrames = dataSet.m_listOverallTilt.size();
     for (int n = 0; n < source.tilts.size(); ++n) {
-        // A relaxation has no line of its own.
+        // Project files have no line for the relaxation, so it becomes part of the tilts.
         const double dfMore = source.listFrameOf[n] * dataSet.m_dfTiltRelaxation / nFrames;
         project.tilts.append(source.tilts.listStage.value(n), source.tilts.listBeam.value(n),
                              source.tilts.listOverall[n] + dfMore);
@@ -71,7 +71,7 @@ bool saveSeriesAsProject(const DataSet& dataSet, const MappingParameters& mappin
     if (!makeProjectText(projectOfSeries(dataSet, mapping), strProjectFile, bytesProject, pstrReason)) {
         return false;
     }
-    DataSet names;  // of the new project
+    DataSet names;  // names of the new project
     names.m_strProjectDir = QFileInfo(strProjectFile).absolutePath();
     names.m_strProjectName = QFileInfo(strProjectFile).completeBaseName();
     if (!keepSeriesChoice(fileOfProject(names, QString()), dataSet.m_reading.choice, pstrReason)) {

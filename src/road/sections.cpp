@@ -47,7 +47,7 @@ bool writeSectionsOfRoad(RoadState& state)
     QStringList listFile = state.results.listFile.mid(nBefore);
     for (const ReciprocalSection& section : listSection) {
         if (listFile.size() < 2) {
-            break;  // this one and those after it are not on the disk
+            break;  // this section and the following ones are not written
         }
         SectionResult result;
         result.strPlane = section.plane.strName;

@@ -23,7 +23,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfSameCell = 0.002;  // Å and degrees: both files have three decimals of the cell at least
+const double g_dfSameCell = 0.002;  // Å and degrees; both files have at least three decimals
 
 struct ToldLattice {
     CellParameters cell;
@@ -50,7 +50,7 @@ QString latticeText(const QString& strSymbol, const QString& strSystem)
     return strSymbol.isEmpty() ? QString() : QStringLiteral("%1, %2").arg(strSymbol, strSystem);
 }
 
-/// What an object with the keys of a summary says of cell and lattice.
+/// Cell and lattice of a JSON object with the keys of a summary.
 std::optional<ToldLattice> toldBy(const QJsonObject& summary)
 {
     const QJsonObject cell = summary[QLatin1String("cell")].toObject();
@@ -63,7 +63,7 @@ std::optional<ToldLattice> toldBy(const QJsonObject& summary)
                                                 lattice[QLatin1String("system")].toString())};
 }
 
-/// The same of a file: a summary of the driver, or the record of a run, which has a part for each stage.
+/// The same for a file: a summary of the driver, or the record of a run, which has a part for each stage.
 std::optional<ToldLattice> toldByFile(const QString& strFileName)
 {
     QByteArray bytes;
@@ -125,7 +125,7 @@ void readCell(const QString& strFolder, const QString& strBaseName, SeriesCard& 
     }
 }
 
-/// As opening will have them.
+/// Name and frames as they will be once the series is opened.
 int chosenFrames(const ProjectFile& project)
 {
     const int nFrames = project.frameFiles().size();

@@ -47,7 +47,7 @@ RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mappin
         return refuseRun(report, QStringLiteral("Unit cell is not ready."));
     }
     FurtherLatticesOptions further;
-    further.nMostLattices = 1;  // others say nothing of this one
+    further.nMostLattices = 1;  // further lattices are of no use here
     const LatticeAnalysis lattice = analyseLattice(latticeBasisOf(*basis), latticePoints(dataSet), further,
                                                    [&report] { return report.goOn(); });
     const GeometryRefinement refined = refinedGeometry(dataSet, mapping, lattice, nJobs, report);

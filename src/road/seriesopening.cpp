@@ -19,7 +19,7 @@ namespace tessera {
 
 namespace {
 
-const int g_nLeastRegion = 16;  // pixels, as of the option
+const int g_nLeastRegion = 16;  // pixels, as for the option
 
 bool openInput(RoadState& state)
 {
@@ -44,7 +44,7 @@ bool openInput(RoadState& state)
     for (const QString& strReason : listReason) {
         report.addMessage(strReason, bOpened ? Severity::Info : Severity::Error);
     }
-    if (!bOpened && !report.reason().isEmpty()) {  // the log has it without the file
+    if (!bOpened && !report.reason().isEmpty()) {  // the log has the reason, but not the name of the file
         report.addMessage(report.reason(), Severity::Error);
     }
     listReason += report.redLines();
@@ -56,8 +56,7 @@ void takeGeometry(RoadState& state)
     const RoadOptions& options = state.options;
     DataSet& dataSet = state.dataSet;
     takeOver(options.dfWavelength, dataSet.m_dfWavelength);
-    const int nBin =
-        dataSet.m_reading.choice.nBin;  // 1 for images, which are binned when all is known of them
+    const int nBin = dataSet.m_reading.choice.nBin;  // 1 for images, which are binned later
     if (options.dfPixelSize) {
         dataSet.m_dfPixelSize = *options.dfPixelSize * nBin;
     }
@@ -88,8 +87,8 @@ void takeGeometry(RoadState& state)
     }
 }
 
-/// What frames without a project lack, from the calibration. Its own pixel size goes only with frames of its
-/// camera length: the frames' own number holds where they tell another one.
+/// Takes quantities from the calibration that frames without a project lack. Its own pixel size is valid only
+/// for its camera length, so a different pixel size in the frames takes precedence.
 void takeWhatFramesLack(RoadState& state, Calibration& calibration)
 {
     const RoadOptions& options = state.options;
@@ -107,7 +106,7 @@ void takeWhatFramesLack(RoadState& state, Calibration& calibration)
     const bool bTold = options.facts && options.facts->pixelSize.isTold();
     if (options.dfPixelSize) {
         dataSet.m_dfPixelSize = *options.dfPixelSize;
-        return;  // counts before all others
+        return;  // takes precedence over all others
     }
     if (!bTold) {
         dataSet.m_dfPixelSize = calibration.dfSeriesPixelSize;
@@ -130,8 +129,8 @@ void takeWhatFramesLack(RoadState& state, Calibration& calibration)
     }
 }
 
-/// What the microscope's calibration tells, before what the options tell.
-/// @return false, with the reason, where the file cannot be used
+/// Applies the calibration of the microscope; options are applied after it.
+/// @return false, with the reason, if the file cannot be used
 bool takeCalibrationFile(RoadState& state)
 {
     const QString& strFile = state.options.strCalibrationFile;
@@ -155,8 +154,8 @@ bool takeCalibrationFile(RoadState& state)
     return true;
 }
 
-/// Reads images as they were chosen, once their geometry is known, and takes what was told of the files'
-/// pixels to those of the frames.
+/// Applies the choice of frames, binning and summing once the geometry is known, and converts quantities
+/// given in pixels of the files to those of the frames.
 /// @return false, with the reason
 bool takeChoice(RoadState& state)
 {
@@ -178,13 +177,13 @@ bool takeChoice(RoadState& state)
     }
     const int nBin = dataSet.m_reading.choice.nBin;
     for (std::optional<double>* pdfPlace : {&options.dfCenterX, &options.dfCenterY}) {
-        if (*pdfPlace && nBin > 1) {  // with one, rounding would touch the last bit
+        if (*pdfPlace && nBin > 1) {  // without binning, nothing may change by rounding
             *pdfPlace = placeInBins(**pdfPlace, nBin);
         }
     }
     if (options.rcRegion && nBin > 1) {
         const QRect& rc = *options.rcRegion;
-        const int nSide = rc.width() / nBin / 2 * 2;  // even, as it has to be
+        const int nSide = rc.width() / nBin / 2 * 2;  // the side has to be even
         if (nSide < g_nLeastRegion) {
             state.report.fail(
                 QStringLiteral("A region of %1 pixels is one of %2 once they are binned; %3 are the least.")
@@ -198,7 +197,7 @@ bool takeChoice(RoadState& state)
     return true;
 }
 
-/// Notes beside the results how the series was read, before any of them is made.
+/// Saves the choice of frames with the results, before any result is written.
 bool keepChoice(RoadState& state)
 {
     const QString strBase = fileOfProject(state.dataSet, QString());
@@ -248,7 +247,7 @@ bool needsFrames(const RoadOptions& options)
            !options.exports.listKind.isEmpty();
 }
 
-/// The files' frames that those of the series are read from.
+/// The frames in the files from which the frames of the series are made.
 QStringList readFrames(const SeriesData& series)
 {
     const SeriesReading& reading = series.m_reading;
@@ -275,7 +274,7 @@ StageResult checkFrameFiles(RoadState& state)
                                     .arg(listMissing.first()));
 }
 
-/// What could not be opened still gets its log in a folder of its own, if one was asked for.
+/// If the series cannot be opened, still creates the folder of the results, if one was given, for the log.
 void prepareFolderOfLog(RoadState& state)
 {
     const QString& strGiven = state.options.strSeriesName;
@@ -283,7 +282,7 @@ void prepareFolderOfLog(RoadState& state)
                                          ? QFileInfo(state.options.listInput.first()).completeBaseName()
                                          : strGiven;
     if (!state.options.strOutDir.isEmpty()) {
-        static_cast<void>(prepareResultFolder(state));  // the reason is why it could not be opened
+        static_cast<void>(prepareResultFolder(state));  // the reason to report is that of the opening
     }
 }
 

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-/// Puts a given direct beam in the place of the measured one, in the shift file too.
+/// Replaces the measured direct beam by a given one, also in the shift file.
 StageResult takeGivenCentre(RoadState& state, const QString& strFile)
 {
     const RoadOptions& options = state.options;

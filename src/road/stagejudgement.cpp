@@ -12,13 +12,13 @@ namespace tessera {
 
 namespace {
 
-// A right cell leaves out noise, other crystals and ice: of real series with a geometry that is a little off
-// it keeps about three quarters.
+// A correct cell does not fit noise, other crystals and ice. In real series with a slightly wrong geometry it
+// fits about three quarters of the peaks.
 const double g_dfShareGood = 0.6;
-// Degrees: rocking curves are about as wide. Over less the edge along the beam rests on the curvature of the
-// sphere alone.
+// Degrees; rocking curves are about as wide. Over a smaller range the edge along the beam is determined only
+// by the curvature of the Ewald sphere.
 const double g_dfLeastTurn = 1;
-// A search for a lattice needs some points along each axis.
+// A lattice search needs several points along each axis.
 const int g_nFewPeaks = 50;
 
 QString percent(double dfShare)
@@ -46,7 +46,7 @@ Judgement judgeShiftResult(const RoadResults& results)
                           .arg(several(shifts.listJump.size(), "frame")),
                       shifts.listJump.size());
     }
-    // The correlation of the region takes a drift beyond half of it for one the other way.
+    // In the correlation, a drift by more than half the region looks like one in the opposite direction.
     const bool bFar = shifts.dfMaxShift > shifts.rcRegion.width() / 2.0;
     return judged(RoadStage::Shifts, bFar ? Verdict::Doubtful : Verdict::Good,
                   QStringLiteral("The pattern moves by up to %1 pixels, in a region of %2.")
@@ -91,8 +91,8 @@ QString fitText(const LatticeFit& fit)
 
 Verdict verdictOf(const LatticeFit& fit)
 {
-    // The peaks of one reflection on several frames fit together, so the spread counts them too often: five
-    // times it are no more than about two of a count of reflections.
+    // The peaks of one reflection are correlated, so the standard deviation of the count is too small: five
+    // times its value correspond to about two standard deviations of a count of reflections.
     const double dfSpread = std::sqrt(fit.dfByChance * (1 - fit.dfByChance) / std::max(1, fit.nPoints));
     if (fit.share() < g_dfShareExpected || fit.share() <= fit.dfByChance + 5 * dfSpread) {
         return Verdict::Bad;
@@ -163,8 +163,8 @@ Judgement judgeGeometryResult(const RoadResults& results)
                       QStringLiteral("It stays as it is. %1").arg(geometry.strReason), 0);
     }
     const double dfShare = double(geometry.nFitAfter) / geometry.nPeaks;
-    // Peaks stand at whole pixels, and a spot's place is known to about one of them: what is twice that is a
-    // distortion that the model does not have, or a wrong cell.
+    // Peaks have whole-pixel positions, which are accurate to about one pixel. An rms of twice that indicates
+    // a distortion that is not in the model, or a wrong cell.
     const bool bFar = geometry.dfRmsAfter > 2;
     const bool bFew = dfShare < g_dfShareGood;
     return judged(RoadStage::Geometry, bFar || bFew ? Verdict::Doubtful : Verdict::Good,

@@ -15,14 +15,14 @@ bool isFinite(const QPointF& pt)
 
 QString shortNumber(double df)
 {
-    return QString::number(df, 'f', 1);  // tenths of a unit of the drawing are less than a pixel
+    return QString::number(df, 'f', 1);  // a tenth of a unit is less than a pixel
 }
 
 const char* const g_aszSeries[] = {"series s0", "series s1", "series s2", "series s3"};
 const char* const g_aszPoints[] = {"points s0", "points s1", "points s2", "points s3"};
-const char* const g_aszDash[] = {"", "7 3", "2 3", "9 3 2 3"};  // told apart without colours, too
+const char* const g_aszDash[] = {"", "7 3", "2 3", "9 3 2 3"};  // distinguishable without colours
 
-/// The plot on its way to the page.
+/// Draws a plot on a page.
 class CDrawing {
 public:
     CDrawing(CHtmlPage& page, const SvgPlot& plot) : m_page(page), m_plot(plot)
@@ -164,7 +164,7 @@ private:
         }
     }
 
-    /// Names in a row over the frame, each behind a piece of its line.
+    /// The legend: a row of names above the frame, each after a sample of its line.
     void drawLegend()
     {
         double dfX = m_frame.dfLeft;
@@ -176,7 +176,7 @@ private:
             dash(nLook);
             m_page.close();
             label(dfX + 32, 22, strName, "start");
-            dfX += 32 + 7.0 * strName.size() + 20;  // letters of 12 units are 7 wide on the average
+            dfX += 32 + 7.0 * strName.size() + 20;  // letters of size 12 are 7 wide on average
         }
     }
 
@@ -202,7 +202,7 @@ AxisTicks axisTicks(double dfLow, double dfHigh, int nMost)
         dfLow = 0;
         dfHigh = 1;
     }
-    // Numbers that are all alike, or differ by less than a double holds, still need a height.
+    // Equal numbers, or numbers that differ only by rounding, still need a range.
     const double dfLeast = std::max(std::abs(dfLow), std::abs(dfHigh)) * 1e-9;
     if (dfHigh - dfLow <= dfLeast) {
         const double dfRoom = std::max(0.5, dfLeast * 10);
@@ -219,7 +219,7 @@ AxisTicks axisTicks(double dfLow, double dfHigh, int nMost)
         }
     }
     const double dfFirst = std::floor(dfLow / dfStep + 1e-9), dfLast = std::ceil(dfHigh / dfStep - 1e-9);
-    const int nTicks = int(std::lround(dfLast - dfFirst)) + 1;  // some nMost at most
+    const int nTicks = int(std::lround(dfLast - dfFirst)) + 1;  // about nMost at most
     for (int i = 0; i < nTicks; ++i) {
         ticks.listTick.push_back((dfFirst + i) * dfStep);
     }

@@ -15,7 +15,7 @@ QString exact(double dfValue)
     return QString::number(dfValue, 'g', QLocale::FloatingPointShortest);
 }
 
-/// Parameters without an option, which still need a name.
+/// Names of parameters that have no option.
 QString nameOf(const Parameter& row)
 {
     if (row.option.pszName) {
@@ -42,7 +42,7 @@ void putNumbers(std::vector<UsedParameter>& list, const RoadState& state)
         used.cell = withRange(chosenSearch(state), state.dataSet);
     }
     MappingParameters mapping = state.mapping;
-    DataSet data;  // no more of the series than its numbers, which it needs for writing alone
+    DataSet data;  // only the numbers of the series, as writable records are needed
     data.takeSeries(state.dataSet);
     const ParameterRecords records = {&data,         &used.hunting,    &mapping,
                                       &used.merging, &used.cell,       &used.indexing,
