@@ -1,6 +1,7 @@
 #include "imaging/acmlfft.h"
 
 #include "imaging/fftwplanner.h"
+#include "imaging/imageview.h"
 
 #include <fftw3.h>
 
@@ -75,18 +76,100 @@ int paddedStride(int nLength)
     return (nLength + 7) / 8 * 8 + 8;
 }
 
-// Elements from one block of nBlock columns to the next. The lines between them belong to nobody: at heights
-// of a high power of two all blocks of a row would else stand in the same few sets of the caches.
-std::size_t blockStride(int nHeight)
+// How spectra lie in memory. Eight columns are a block, with a gap behind it that belongs to nobody: at
+// heights of a high power of two all blocks of a row would else stand in the same few sets of the caches. The
+// columns 0 … nWidth/2 take N blocks.
+//
+//   spectrum and filter  | 0 … 7 | 8 … 15 | …                                N blocks, column after column
+//   work space           | 0 … 7 | −7 … 0 | 8 … 15 | −15 … −8 | …            2 N blocks, row after row
+//
+// Column after column: the elements y = 0 … nHeight − 1 of the first, then those of the second. Row after
+// row: the elements of the eight columns at y = 0, then those at y = 1.
+template <class T>
+class BlockedColumns {
+public:
+    BlockedColumns(T* p, int nHeight) : m_p(p), m_nHeight(nHeight) {}
+
+    static std::size_t blockLength(int nHeight)
+    {
+        return std::size_t(nBlock) * (std::size_t(nHeight) + std::size_t(nBlock));
+    }
+    T* block(int n) const { return m_p + std::size_t(n) * blockLength(m_nHeight); }
+    // A block as an image whose rows are the columns of the spectrum, and as one whose rows are its rows.
+    ImageView<T> byColumn(int n) const { return {block(n), m_nHeight, nBlock}; }
+    ImageView<T> byRow(int n) const { return {block(n), nBlock, m_nHeight}; }
+    // Where the tile of the rows y … y + 7 and the columns 8 n … 8 n + 7 begins, for the image that stays in
+    // the work space: n counts all 2 N blocks of it.
+    T* tile(int n, int y) const { return byRow(n).row(y / nBlock * nBlock); }
+
+private:
+    T* m_p;
+    int m_nHeight;
+};
+
+int blockCount(int nWidth)
 {
-    return std::size_t(nBlock) * (std::size_t(nHeight) + std::size_t(nBlock));
+    return nWidth / 2 / nBlock + 1;
 }
 
-// Where a tile of the rows y ... y + 7 and the columns 8n ... 8n + 7 lies, for the image that stays in the
-// work space: n counts all blocks of it.
-std::size_t tileStart(std::size_t n, int nY, int nHeight)
+// The lines of a scratch buffer.
+using Lines = ImageView<COMPLEX>;
+
+// To the lines of a scratch buffer from the rows of a block, each line a column.
+void takeRows(const ImageView<COMPLEX>& block, const Lines& lines)
 {
-    return n * blockStride(nHeight) + std::size_t(nY / nBlock * nBlock) * std::size_t(nBlock);
+    for (int y = 0; y < block.nHeight; ++y) {
+        const COMPLEX* pRow = block.row(y);
+        for (int i = 0; i < nBlock; ++i) {
+            lines.row(i)[y] = pRow[i];
+        }
+    }
+}
+
+// The way back.
+void putRows(const Lines& lines, const ImageView<COMPLEX>& block)
+{
+    for (int y = 0; y < block.nHeight; ++y) {
+        COMPLEX* pRow = block.row(y);
+        for (int i = 0; i < nBlock; ++i) {
+            pRow[i] = lines.row(i)[y];
+        }
+    }
+}
+
+// The columns of a block times those of the filter.
+void filterColumns(const ImageView<const COMPLEX>& spectrum, const ImageView<const COMPLEX>& filter,
+                   const Lines& lines)
+{
+    const int nHeight = spectrum.nWidth;
+    for (int i = 0; i < nBlock; ++i) {
+        COMPLEX* pColumn = lines.row(i);
+        const COMPLEX* pf = spectrum.row(i);
+        const COMPLEX* ps = filter.row(i);
+        for (int y = 0; y < nHeight; ++y) {
+            pColumn[y] = {pf[y].re * ps[y].re - pf[y].im * ps[y].im,
+                          pf[y].re * ps[y].im + pf[y].im * ps[y].re};
+        }
+    }
+}
+
+// The columns that mirror those of a block, in ascending order, times the filter, which is even: F(−x, −y) is
+// the conjugate of F(x, y).
+void filterMirroredColumns(const ImageView<const COMPLEX>& spectrum, const ImageView<const COMPLEX>& filter,
+                           const Lines& lines)
+{
+    const int nHeight = spectrum.nWidth;
+    for (int i = 0; i < nBlock; ++i) {
+        COMPLEX* pColumn = lines.row(nBlock - 1 - i);
+        const COMPLEX* pf = spectrum.row(i);
+        const COMPLEX* ps = filter.row(i);
+        pColumn[0] = {pf[0].re * ps[0].re + pf[0].im * ps[0].im, pf[0].re * ps[0].im - pf[0].im * ps[0].re};
+        for (int y = 1; y < nHeight; ++y) {
+            const COMPLEX f = pf[nHeight - y];
+            const COMPLEX s = ps[nHeight - y];
+            pColumn[y] = {f.re * s.re + f.im * s.im, f.re * s.im - f.im * s.re};
+        }
+    }
 }
 
 struct FftwFree {
@@ -101,6 +184,27 @@ void copyUpToBlock(const COMPLEX* pSource, int nCount, COMPLEX* pTarget)
         std::memcpy(pTarget, pSource, nBlock * sizeof(COMPLEX));
     } else if (nCount > 0) {
         std::copy_n(pSource, nCount, pTarget);
+    }
+}
+
+// The rows y … y + nLines − 1 of the work space, whole: the columns of each block in their places from the
+// left, those that mirror them from the right.
+void gatherRows(const BlockedColumns<const COMPLEX>& work, int nWidth, int y, int nLines, const Lines& lines)
+{
+    const int nColumns = nWidth / 2 + 1;
+    const int nMirrored = (nWidth + 1) / 2;  // 0 and, at even widths, nWidth/2 are their own mirrors
+    for (int n = 0; n < blockCount(nWidth); ++n) {
+        const int x = n * nBlock;
+        const COMPLEX* pRow = work.byRow(2 * n).row(y);
+        const COMPLEX* pMirror = work.byRow(2 * n + 1).row(y);
+        const int nUsed = std::min(nBlock, nColumns - x);
+        const int nFirst = x == 0 ? 1 : 0;
+        const int nLast = std::min(nBlock, nMirrored - x);
+        for (int i = 0; i < nLines; ++i, pRow += nBlock, pMirror += nBlock) {
+            COMPLEX* pLine = lines.row(i);
+            copyUpToBlock(pRow, nUsed, pLine + x);
+            copyUpToBlock(pMirror + nBlock - nLast, nLast - nFirst, pLine + nWidth - x - nLast + 1);
+        }
     }
 }
 
@@ -120,6 +224,9 @@ struct CAcmlFft::Plan {
     Scratch pOut;
     LinePlan row;
     LinePlan column;
+
+    Lines in(const LinePlan& plan) const { return {pIn.get(), plan.nStride, nBlock}; }
+    Lines out(const LinePlan& plan) const { return {pOut.get(), plan.nStride, nBlock}; }
 };
 
 CAcmlFft::CAcmlFft() = default;
@@ -162,41 +269,39 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
         return 0;
     }
     const bool bForward = nDirection == -1;
-    const std::size_t nRowLength = std::size_t(nWidth);
-    COMPLEX* pIn = m_pComm->pIn.get();
-    COMPLEX* pOut = m_pComm->pOut.get();
+    const ImageView<COMPLEX> image{pData, nWidth, nHeight};
 
     // A block at the end may be short; what the unused lines hold is transformed along and dropped.
-    const int nRowStride = m_pComm->row.nStride;
+    const LinePlan& row = m_pComm->row;
+    const Lines rowsIn = m_pComm->in(row), rowsOut = m_pComm->out(row);
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
         for (int i = 0; i < nLines; ++i) {
-            std::memcpy(pIn + i * nRowStride, pData + std::size_t(y + i) * nRowLength,
-                        nRowLength * sizeof(COMPLEX));
+            std::copy_n(image.row(y + i), nWidth, rowsIn.row(i));
         }
-        fftwf_execute((bForward ? m_pComm->row.planForward : m_pComm->row.planBackward).get());
+        fftwf_execute((bForward ? row.planForward : row.planBackward).get());
         for (int i = 0; i < nLines; ++i) {
-            std::memcpy(pData + std::size_t(y + i) * nRowLength, pOut + i * nRowStride,
-                        nRowLength * sizeof(COMPLEX));
+            std::copy_n(rowsOut.row(i), nWidth, image.row(y + i));
         }
     }
 
     const float fScale = bForward ? 1.f : float(1.0 / (double(nWidth) * nHeight));
-    const int nColumnStride = m_pComm->column.nStride;
+    const LinePlan& column = m_pComm->column;
+    const Lines columnsIn = m_pComm->in(column), columnsOut = m_pComm->out(column);
     for (int x = 0; x < nWidth; x += nBlock) {
         const int nLines = std::min(nBlock, nWidth - x);
-        COMPLEX* pColumns = pData + x;
         for (int y = 0; y < nHeight; ++y) {
+            const COMPLEX* pRow = image.row(y) + x;
             for (int i = 0; i < nLines; ++i) {
-                pIn[i * nColumnStride + y] = pColumns[std::size_t(y) * nRowLength + std::size_t(i)];
+                columnsIn.row(i)[y] = pRow[i];
             }
         }
-        fftwf_execute((bForward ? m_pComm->column.planForward : m_pComm->column.planBackward).get());
+        fftwf_execute((bForward ? column.planForward : column.planBackward).get());
         for (int y = 0; y < nHeight; ++y) {
+            COMPLEX* pRow = image.row(y) + x;
             for (int i = 0; i < nLines; ++i) {
-                const COMPLEX value = pOut[i * nColumnStride + y];
-                pColumns[std::size_t(y) * nRowLength + std::size_t(i)] = {value.re * fScale,
-                                                                          value.im * fScale};
+                const COMPLEX value = columnsOut.row(i)[y];
+                pRow[i] = {value.re * fScale, value.im * fScale};
             }
         }
     }
@@ -205,13 +310,13 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
 
 std::size_t CAcmlFft::HalfCount(int nWidth, int nHeight)
 {
-    return std::size_t(nWidth / 2 / nBlock + 1) * blockStride(nHeight);
+    return std::size_t(blockCount(nWidth)) * BlockedColumns<COMPLEX>::blockLength(nHeight);
 }
 
 std::size_t CAcmlFft::HalfIndex(int nX, int nY, int nHeight)
 {
-    return std::size_t(nX / nBlock) * blockStride(nHeight) + std::size_t(nX % nBlock) * std::size_t(nHeight) +
-           std::size_t(nY);
+    return std::size_t(nX / nBlock) * BlockedColumns<COMPLEX>::blockLength(nHeight) +
+           std::size_t(nX % nBlock) * std::size_t(nHeight) + std::size_t(nY);
 }
 
 int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf)
@@ -219,42 +324,36 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     if (!pHalf || !Init(nWidth, nHeight)) {
         return 0;
     }
-    COMPLEX* pIn = m_pComm->pIn.get();
-    COMPLEX* pOut = m_pComm->pOut.get();
-    const int nRowStride = m_pComm->row.nStride;
-    if (!m_pComm->row.makeReal(pIn, pOut)) {
+    if (!m_pComm->row.makeReal(m_pComm->pIn.get(), m_pComm->pOut.get())) {
         return 0;
     }
 
-    // Block after block of nBlock columns: at first row after row within each, so that the columns of a block
-    // lie together, then column after column.
+    // The rows of the image go row after row into the blocks, then each block is transformed and lies column
+    // after column.
+    const BlockedColumns<COMPLEX> half(pHalf, nHeight);
     const int nColumns = nWidth / 2 + 1;
+    const Lines rowsIn = m_pComm->in(m_pComm->row), rowsOut = m_pComm->out(m_pComm->row);
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
         for (int i = 0; i < nLines; ++i) {
-            fnRow(y + i, reinterpret_cast<float*>(pIn) + std::ptrdiff_t(i) * nRowStride);
+            fnRow(y + i, reinterpret_cast<float*>(rowsIn.row(i)));
         }
         fftwf_execute(m_pComm->row.planReal.get());
-        for (int x = 0; x < nColumns; x += nBlock) {
-            COMPLEX* pTarget = pHalf + HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
-            const int nUsed = std::min(nBlock, nColumns - x);
+        for (int n = 0; n < blockCount(nWidth); ++n) {
+            const int nUsed = std::min(nBlock, nColumns - n * nBlock);
+            COMPLEX* pTarget = half.byRow(n).row(y);
             for (int i = 0; i < nLines; ++i, pTarget += nBlock) {
-                copyUpToBlock(pOut + std::ptrdiff_t(i) * nRowStride + x, nUsed, pTarget);
+                copyUpToBlock(rowsOut.row(i) + n * nBlock, nUsed, pTarget);
                 std::fill(pTarget + nUsed, pTarget + nBlock, COMPLEX{0.f, 0.f});
             }
         }
     }
-    const int nStride = m_pComm->column.nStride;
-    for (int x = 0; x < nColumns; x += nBlock) {
-        COMPLEX* pBlock = pHalf + HalfIndex(x, 0, nHeight);
-        for (int y = 0; y < nHeight; ++y) {
-            for (int i = 0; i < nBlock; ++i) {
-                pIn[i * nStride + y] = pBlock[y * nBlock + i];
-            }
-        }
+    const Lines columnsIn = m_pComm->in(m_pComm->column), columnsOut = m_pComm->out(m_pComm->column);
+    for (int n = 0; n < blockCount(nWidth); ++n) {
+        takeRows(half.byRow(n), columnsIn);
         fftwf_execute(m_pComm->column.planForward.get());
         for (int i = 0; i < nBlock; ++i) {
-            std::copy_n(pOut + std::ptrdiff_t(i) * nStride, nHeight, pBlock + std::ptrdiff_t(i) * nHeight);
+            std::copy_n(columnsOut.row(i), nHeight, half.byColumn(n).row(i));
         }
     }
     return 1;
@@ -262,83 +361,36 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
 
 void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPLEX* pWork)
 {
-    COMPLEX* pIn = m_pComm->pIn.get();
-    COMPLEX* pOut = m_pComm->pOut.get();
-    const int nHeight = m_nHeight;
-    const int nStride = m_pComm->column.nStride;
-    const int nColumns = m_nWidth / 2 + 1;
-    const std::size_t nBlockStride = blockStride(nHeight);
-
-    // The work space takes two blocks for each of the spectrum, row after row: its columns x … x + 7, and
-    // those that mirror them, −x − 7 … −x. What it takes for block n of N lies below block N + n and ends in
-    // it at the last, after that was read: so the spectrum may be the upper half of the work space.
-    const auto transformInto = [&](COMPLEX* pBlock) {
+    const BlockedColumns<const COMPLEX> half(pHalf, m_nHeight), filter(pFilter, m_nHeight);
+    const BlockedColumns<COMPLEX> work(pWork, m_nHeight);
+    const Lines in = m_pComm->in(m_pComm->column), out = m_pComm->out(m_pComm->column);
+    const auto transformInto = [&](int n) {
         fftwf_execute(m_pComm->column.planBackward.get());
-        for (int y = 0; y < nHeight; ++y) {
-            for (int i = 0; i < nBlock; ++i) {
-                pBlock[y * nBlock + i] = pOut[i * nStride + y];
-            }
-        }
+        putRows(out, work.byRow(n));
     };
-    for (int x = 0; x < nColumns; x += nBlock) {
-        const std::size_t nStart = HalfIndex(x, 0, nHeight);
-        const COMPLEX* pF = pHalf + nStart;
-        const COMPLEX* pS = pFilter + nStart;
-        COMPLEX* pBlock = pWork + 2 * nStart;
-        for (int i = 0; i < nBlock; ++i) {
-            COMPLEX* pColumn = pIn + std::ptrdiff_t(i) * nStride;
-            const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
-            const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
-            for (int y = 0; y < nHeight; ++y) {
-                pColumn[y] = {pf[y].re * ps[y].re - pf[y].im * ps[y].im,
-                              pf[y].re * ps[y].im + pf[y].im * ps[y].re};
-            }
+    // The spectrum may be the upper half of the work space, its block n being block N + n there: blocks 2 n
+    // and 2 n + 1 lie below that or, the last of all, in its place, and it has been read by then.
+    for (int n = 0; n < blockCount(m_nWidth); ++n) {
+        filterColumns(half.byColumn(n), filter.byColumn(n), in);
+        if (n == 0) {
+            in.at(0, 0) = {0.f, 0.f};
         }
-        if (x == 0) {
-            pIn[0] = {0.f, 0.f};
-        }
-        transformInto(pBlock);
-        for (int i = 0; i < nBlock; ++i) {
-            COMPLEX* pColumn = pIn + std::ptrdiff_t(nBlock - 1 - i) * nStride;
-            const COMPLEX* pf = pF + std::ptrdiff_t(i) * nHeight;
-            const COMPLEX* ps = pS + std::ptrdiff_t(i) * nHeight;
-            pColumn[0] = {pf[0].re * ps[0].re + pf[0].im * ps[0].im,
-                          pf[0].re * ps[0].im - pf[0].im * ps[0].re};
-            for (int y = 1; y < nHeight; ++y) {
-                const COMPLEX f = pf[nHeight - y];
-                const COMPLEX s = ps[nHeight - y];
-                pColumn[y] = {f.re * s.re + f.im * s.im, f.re * s.im - f.im * s.re};
-            }
-        }
-        transformInto(pBlock + nBlockStride);
+        transformInto(2 * n);
+        filterMirroredColumns(half.byColumn(n), filter.byColumn(n), in);
+        transformInto(2 * n + 1);
     }
 }
 
 template <class FnRows>
 void CAcmlFft::TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows)
 {
-    COMPLEX* pIn = m_pComm->pIn.get();
-    COMPLEX* pOut = m_pComm->pOut.get();
-    const int nWidth = m_nWidth, nHeight = m_nHeight;
-    const int nColumns = nWidth / 2 + 1;
-    const int nRowStride = m_pComm->row.nStride;
-    const int nMirrored = (nWidth + 1) / 2;  // 0 and, at even widths, nWidth/2 are their own mirrors
-    for (int y = 0; y < nHeight; y += nBlock) {
-        const int nLines = std::min(nBlock, nHeight - y);
-        for (int x = 0; x < nColumns; x += nBlock) {
-            const COMPLEX* pBlock = pWork + 2 * HalfIndex(x, 0, nHeight) + std::size_t(y) * nBlock;
-            const COMPLEX* pMirror = pBlock + blockStride(nHeight);
-            const int nUsed = std::min(nBlock, nColumns - x);
-            const int nFirst = x == 0 ? 1 : 0;
-            const int nLast = std::min(nBlock, nMirrored - x);
-            for (int i = 0; i < nLines; ++i, pBlock += nBlock, pMirror += nBlock) {
-                COMPLEX* pRow = pIn + std::ptrdiff_t(i) * nRowStride;
-                copyUpToBlock(pBlock, nUsed, pRow + x);
-                copyUpToBlock(pMirror + nBlock - nLast, nLast - nFirst, pRow + nWidth - x - nLast + 1);
-            }
-        }
+    const BlockedColumns<const COMPLEX> work(pWork, m_nHeight);
+    const Lines in = m_pComm->in(m_pComm->row), out = m_pComm->out(m_pComm->row);
+    for (int y = 0; y < m_nHeight; y += nBlock) {
+        const int nLines = std::min(nBlock, m_nHeight - y);
+        gatherRows(work, m_nWidth, y, nLines, in);
         fftwf_execute(m_pComm->row.planBackward.get());
-        fnRows(y, nLines, pOut, nRowStride);
+        fnRows(y, nLines, out);
     }
 }
 
@@ -350,18 +402,19 @@ int CAcmlFft::TransformFiltered(const COMPLEX* pHalf, const COMPLEX* pFilter, in
     }
     FilterColumns(pHalf, pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
-    TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
+    TransformFilteredRows(pWork, [&](int y, int nLines, const Lines& rows) {
         for (int i = 0; i < nLines; ++i) {
-            const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
-            const std::size_t nStart = std::size_t(y + i) * std::size_t(nWidth);
+            const COMPLEX* pRow = rows.row(i);
             if (imgS.pData) {
+                float* pTarget = ImageView<float>{imgS.pData, nWidth, nHeight}.row(y + i);
                 for (int x = 0; x < nWidth; ++x) {
-                    imgS.pData[nStart + std::size_t(x)] = pRow[x].re * fScale + imgS.fConstant;
+                    pTarget[x] = pRow[x].re * fScale + imgS.fConstant;
                 }
             }
             if (imgB.pData) {
+                float* pTarget = ImageView<float>{imgB.pData, nWidth, nHeight}.row(y + i);
                 for (int x = 0; x < nWidth; ++x) {
-                    imgB.pData[nStart + std::size_t(x)] = pRow[x].im * fScale + imgB.fConstant;
+                    pTarget[x] = pRow[x].im * fScale + imgB.fConstant;
                 }
             }
         }
@@ -377,21 +430,22 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
     }
     FilterColumns(pWork + HalfCount(nWidth, nHeight), pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
+    const BlockedColumns<COMPLEX> work(pWork, nHeight);
     std::vector<float> vecRow(std::size_t(nWidth), 0.f);
-    TransformFilteredRows(pWork, [&](int y, int nLines, const COMPLEX* pRows, int nStride) {
+    TransformFilteredRows(pWork, [&](int y, int nLines, const Lines& rows) {
         // The tiles of these rows have been read: half of each takes the other image.
         for (int x = 0; keptS.bWanted && x < nWidth; x += nBlock) {
-            float* pTile = reinterpret_cast<float*>(pWork + tileStart(std::size_t(x / nBlock), y, nHeight));
+            float* pTile = reinterpret_cast<float*>(work.tile(x / nBlock, y));
             const int nUsed = std::min(nBlock, nWidth - x);
             for (int i = 0; i < nLines; ++i, pTile += nBlock) {
-                const COMPLEX* p = pRows + std::ptrdiff_t(i) * nStride + x;
+                const COMPLEX* pRow = rows.row(i) + x;
                 for (int j = 0; j < nUsed; ++j) {
-                    pTile[j] = p[j].re * fScale + keptS.fConstant;
+                    pTile[j] = pRow[j].re * fScale + keptS.fConstant;
                 }
             }
         }
         for (int i = 0; i < nLines; ++i) {
-            const COMPLEX* pRow = pRows + std::ptrdiff_t(i) * nStride;
+            const COMPLEX* pRow = rows.row(i);
             for (int x = 0; x < nWidth; ++x) {
                 vecRow[x] = pRow[x].im * fScale + fConstantB;
             }
@@ -403,7 +457,7 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
 
 float CAcmlFft::KeptPixel(const COMPLEX* pWork, int nX, int nY, int nHeight)
 {
-    const COMPLEX* pTile = pWork + tileStart(std::size_t(nX / nBlock), nY, nHeight);
+    const COMPLEX* pTile = BlockedColumns<const COMPLEX>(pWork, nHeight).tile(nX / nBlock, nY);
     return reinterpret_cast<const float*>(pTile)[nY % nBlock * nBlock + nX % nBlock];
 }
 

@@ -20,6 +20,7 @@ namespace tessera {
 /// One object serves one thread at a time; several objects may run side by side.
 class CAcmlFft {
 public:
+    /// Without a plan.
     CAcmlFft();
     ~CAcmlFft();
     CAcmlFft(const CAcmlFft&) = delete;
@@ -78,8 +79,7 @@ public:
     /// The same in the least memory, and to the bit: no image is written but what is kept of S.
     ///
     /// @param pWork    2 × HalfCount() elements, of which the second half holds the spectrum of
-    /// TransformReal();
-    ///                 the spectrum is used up
+    ///                 TransformReal(), which is used up
     /// @param fConstantB  added to each pixel of the image filtered by B
     /// @param fnRowB   takes this image row by row, upwards
     /// @return 1, or 0 with nothing called: null data or no plan

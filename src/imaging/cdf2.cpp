@@ -1,5 +1,7 @@
 #include "imaging/cdf2.h"
 
+#include "imaging/imageview.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -274,10 +276,11 @@ void CDF2::Pass(int nFactor, COMPLEX* pData)
     const int nRemain = m_nRemainRadix[nFactor];
     Z* z = m_vecZ.data();
     for (int nBlock = 0; nBlock < nRemain; ++nBlock) {
-        COMPLEX* pBlock = pData + std::size_t(nBlock) * std::size_t(nSoFar) * std::size_t(nRadix);
+        // A block is as many lines as the radix, each as long as what has been transformed so far.
+        const ImageView<COMPLEX> block{pData + std::ptrdiff_t(nBlock) * nSoFar * nRadix, nSoFar, nRadix};
         for (int k = 0; k < nSoFar; ++k) {
             for (int j = 0; j < nRadix; ++j) {
-                const COMPLEX value = pBlock[std::size_t(j) * std::size_t(nSoFar) + std::size_t(k)];
+                const COMPLEX value = block.at(k, j);
                 // j·k < radix × soFar, so the index stays below the length
                 const std::size_t nTwiddle = std::size_t(j) * std::size_t(k) * std::size_t(nRemain);
                 const double dfCos = m_vecTwiddleRe[nTwiddle];
@@ -286,8 +289,7 @@ void CDF2::Pass(int nFactor, COMPLEX* pData)
             }
             Butterfly(nRadix, z);
             for (int j = 0; j < nRadix; ++j) {
-                pBlock[std::size_t(j) * std::size_t(nSoFar) + std::size_t(k)] = {float(z[j].re),
-                                                                                 float(z[j].im)};
+                block.at(k, j) = {float(z[j].re), float(z[j].im)};
             }
         }
     }
@@ -322,23 +324,24 @@ int CDF2::fft2d(int nWidth, int nHeight, COMPLEX* pData, int nDirection)
     if (!pData || nWidth < 1 || nHeight < 1 || (nDirection != 0 && nDirection != 1)) {
         return 0;
     }
-    const std::size_t nRow = std::size_t(nWidth);
-    std::unique_ptr<COMPLEX[]> pRows(new (std::nothrow) COMPLEX[nRow * std::size_t(nHeight)]);
+    const ImageView<COMPLEX> image{pData, nWidth, nHeight};
+    std::unique_ptr<COMPLEX[]> pRows(new (std::nothrow) COMPLEX[image.count()]);
     if (!pRows) {
         throw L"Eorror in CDF2::fft2d\n";
     }
+    const ImageView<COMPLEX> rows{pRows.get(), nWidth, nHeight};
     try {
         std::vector<COMPLEX> vecIn(static_cast<std::size_t>(nHeight)), vecOut(vecIn.size());
         for (int y = 0; y < nHeight; ++y) {
-            fft(nWidth, pData + std::size_t(y) * nRow, pRows.get() + std::size_t(y) * nRow, nDirection);
+            fft(nWidth, image.row(y), rows.row(y), nDirection);
         }
-        for (std::size_t x = 0; x < nRow; ++x) {
-            for (std::size_t y = 0; y < std::size_t(nHeight); ++y) {
-                vecIn[y] = pRows[y * nRow + x];
+        for (int x = 0; x < nWidth; ++x) {
+            for (int y = 0; y < nHeight; ++y) {
+                vecIn[y] = rows.at(x, y);
             }
             fft(nHeight, vecIn.data(), vecOut.data(), nDirection);
-            for (std::size_t y = 0; y < std::size_t(nHeight); ++y) {
-                pData[y * nRow + x] = vecOut[y];
+            for (int y = 0; y < nHeight; ++y) {
+                image.at(x, y) = vecOut[y];
             }
         }
     } catch (const std::bad_alloc&) {

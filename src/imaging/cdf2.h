@@ -14,11 +14,14 @@ namespace tessera {
 /// A general butterfly of radix p costs p²/2 steps. Its work vectors have 2000 entries and grow for
 /// a larger prime factor, so that every length has a transform.
 ///
+/// CCorrelation takes it for sides that are no power of two. CAcmlFft has any side, too, but rounds
+/// otherwise, and shifts would differ from those measured before in their last digits.
+///
 /// Source: Singleton (1969), IEEE Trans. Audio Electroacoust. 17, 93 (mixed radix, odd factors);
 /// Winograd (1978), Math. Comput. 32, 175 (radix 3 and 5).
 class CDF2 {
 public:
-    CDF2();
+    CDF2();  ///< without tables
 
     /// One-dimensional transform of n elements from pIn to pOut, which must not overlap.
     ///

@@ -2,6 +2,7 @@
 
 #include "imaging/imageregion.h"
 #include "imaging/imageshifts.h"
+#include "imaging/imageview.h"
 #include "imaging/maximumsearch.h"
 #include "imaging/resizebicubic.h"
 
@@ -46,10 +47,10 @@ void moveZeroPoint(T* pData, int nWidth, int nHeight, bool bToCentre)
     }
 }
 
-std::unique_ptr<COMPLEX[]> copyOf(const COMPLEX* pData, std::size_t nCount)
+std::unique_ptr<COMPLEX[]> copyOf(const ImageView<const COMPLEX>& image)
 {
-    std::unique_ptr<COMPLEX[]> pCopy(new COMPLEX[nCount]);
-    std::copy(pData, pData + nCount, pCopy.get());
+    std::unique_ptr<COMPLEX[]> pCopy(new COMPLEX[image.count()]);
+    std::copy_n(image.p, image.count(), pCopy.get());
     return pCopy;
 }
 
@@ -80,31 +81,34 @@ COMPLEX crossElement(const COMPLEX& a, const COMPLEX& b, int nMethod)
     return {fRe, fIm};
 }
 
-// Corner of the box on one axis, and the shift that brings a peak near an edge inside.
-void boxOnAxis(int nPeak, int nSize, int& nCorner, int& nWrap)
+// The box on one axis: its corner, and the shift of the map that brings a peak near an edge inside.
+struct BoxOnAxis {
+    int nCorner = 0;
+    int nWrap = 0;
+};
+
+BoxOnAxis boxOnAxis(int nPeak, int nSize)
 {
-    nCorner = nPeak - nHalfBox;
-    nWrap = 0;
-    if (nCorner < 0) {
-        nCorner = 0;
-        nWrap = nHalfBox - nPeak;
-    } else if (nCorner + nBox > nSize - 1) {
-        nCorner = nSize - nBox;
-        nWrap = nSize - nPeak - nHalfBox - 1;
+    if (nPeak - nHalfBox < 0) {
+        return {0, nHalfBox - nPeak};
     }
+    if (nPeak - nHalfBox + nBox > nSize - 1) {
+        return {nSize - nBox, nSize - nPeak - nHalfBox - 1};
+    }
+    return {nPeak - nHalfBox, 0};
 }
 
 // Whether the finite values differ by no more than the rounding of a float.
-bool isFlat(const float* pData, std::size_t nCount)
+bool isFlat(const ImageView<const float>& map)
 {
     float fMin = INFINITY;
     float fMax = -INFINITY;
-    for (std::size_t i = 0; i < nCount; ++i) {
-        if (!std::isfinite(pData[i])) {
+    for (std::size_t i = 0; i < map.count(); ++i) {
+        if (!std::isfinite(map.p[i])) {
             continue;
         }
-        fMin = std::min(fMin, pData[i]);
-        fMax = std::max(fMax, pData[i]);
+        fMin = std::min(fMin, map.p[i]);
+        fMax = std::max(fMax, map.p[i]);
     }
     return !(double(fMax) - double(fMin) >
              4 * FLT_EPSILON * double(std::max(std::abs(fMin), std::abs(fMax))));
@@ -116,6 +120,42 @@ float intoSide(float f, int nSize)
     return f < 0.f ? f + float(nSize) : f;
 }
 
+using Box = std::array<float, nBox * nBox>;
+
+// The box with its corner at (x, y) in a map that goes on periodically.
+Box periodicBox(const ImageView<const float>& map, int x, int y)
+{
+    const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
+    Box afBox;
+    for (int r = 0; r < nBox; ++r) {
+        for (int c = 0; c < nBox; ++c) {
+            afBox[r * nBox + c] = map.at(wrapped(x + c, map.nWidth), wrapped(y + r, map.nHeight));
+        }
+    }
+    return afBox;
+}
+
+// A pixel of the enlarged box.
+struct FinePlace {
+    int nX = 0;
+    int nY = 0;
+};
+
+// The maximum of the enlarged box no more than a pixel of the map away from its middle.
+FinePlace maximumNearMiddle(const Box& afBox)
+{
+    constexpr int nSide = nBox * nEnlarge;
+    constexpr int nFirst = nHalfBox * nEnlarge - nEnlarge;
+    constexpr int nLength = 2 * nEnlarge + 1;
+    std::vector<float> vecEnlarged(nSide * nSide);
+    ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
+    std::vector<float> vecMiddle(nLength * nLength);
+    CopyRegion(vecEnlarged.data(), nSide, nSide, vecMiddle.data(), nFirst, nFirst, nLength, nLength);
+    FinePlace place;
+    FindMaximum(vecMiddle.data(), nLength, nLength, nullptr, &place.nX, &place.nY);
+    return {place.nX + nFirst, place.nY + nFirst};
+}
+
 }  // namespace
 
 std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, const COMPLEX* pA,
@@ -124,18 +164,18 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CrossSpectrum(int nWidth, int nHeight, 
     if (!pA || !pB || !isUsableSize(nWidth, nHeight)) {
         return nullptr;
     }
-    const std::size_t nRow = std::size_t(nWidth);
-    std::unique_ptr<COMPLEX[]> pResult(new COMPLEX[nRow * std::size_t(nHeight)]);
+    const ImageView<const COMPLEX> a{pA, nWidth, nHeight}, b{pB, nWidth, nHeight};
+    std::unique_ptr<COMPLEX[]> pResult(new COMPLEX[a.count()]);
+    const ImageView<COMPLEX> result{pResult.get(), nWidth, nHeight};
     const auto compute = [&](int c, int r) {
-        const std::size_t nIndex = std::size_t(r) * nRow + std::size_t(c);
-        return pResult[nIndex] = crossElement(pA[nIndex], pB[nIndex], m_nMethod);
+        return result.at(c, r) = crossElement(a.at(c, r), b.at(c, r), m_nMethod);
     };
     // Spectra of real images: the element opposite to the zero frequency is the conjugate. Only rows 0
     // and, at an even height, height/2 are their own mirrors.
     for (int r = 1; r <= (nHeight - 1) / 2; ++r) {
         for (int c = 1; c < nWidth; ++c) {
             const COMPLEX value = compute(c, r);
-            pResult[std::size_t(nHeight - r) * nRow + std::size_t(nWidth - c)] = {value.re, -value.im};
+            result.at(nWidth - c, nHeight - r) = {value.re, -value.im};
         }
     }
     for (int c = 1; c < nWidth; ++c) {
@@ -157,7 +197,8 @@ void CCorrelation::Transform(COMPLEX* pData, int nWidth, int nHeight, bool bForw
         bDone = isPowerOfTwo(nWidth) && isPowerOfTwo(nHeight)
                     ? m_fft.Transform(pData, nWidth, nHeight, bForward ? -1 : 1) != 0
                     : m_df2.fft2d(nWidth, nHeight, pData, bForward ? 0 : 1) != 0;
-    } catch (const wchar_t*) {  // not what the slots of a window expect
+    } catch (const wchar_t*) {
+        // fft2d() throws this when memory runs out; callers get std::bad_alloc, which they catch.
     }
     if (!bDone) {  // only memory can be missing; what is not transformed would give some other shift
         throw std::bad_alloc();
@@ -170,9 +211,8 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CorrelationMap(int nWidth, int nHeight,
     if (!pA || !pB || !isUsableSize(nWidth, nHeight)) {
         return nullptr;
     }
-    const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
-    const auto pCopyA = copyOf(pA, nCount);
-    const auto pCopyB = copyOf(pB, nCount);
+    const auto pCopyA = copyOf({pA, nWidth, nHeight});
+    const auto pCopyB = copyOf({pB, nWidth, nHeight});
     for (COMPLEX* pCopy : {pCopyA.get(), pCopyB.get()}) {
         if (bTransformed) {
             moveZeroPoint(pCopy, nWidth, nHeight, false);
@@ -196,58 +236,30 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     int nX = 0;
     int nY = 0;
     FindMaximum(pMap, nWidth, nHeight, &dfPeak, &nX, &nY);
-    if (isFlat(pMap, std::size_t(nWidth) * std::size_t(nHeight))) {
+    if (isFlat({pMap, nWidth, nHeight})) {
         fDX = fDY = 0.f;
         return 0;
     }
 
-    const bool bSmall = nWidth < nBox || nHeight < nBox;
-    int nCornerX = nX - nHalfBox;
-    int nCornerY = nY - nHalfBox;
-    int nWrapX = 0;
-    int nWrapY = 0;
-    std::array<float, nBox * nBox> afBox;
-    if (bSmall) {
-        const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
-        for (int r = 0; r < nBox; ++r) {
-            for (int c = 0; c < nBox; ++c) {
-                afBox[std::size_t(r) * std::size_t(nBox) + std::size_t(c)] =
-                    pMap[std::size_t(wrapped(nCornerY + r, nHeight)) * std::size_t(nWidth) +
-                         std::size_t(wrapped(nCornerX + c, nWidth))];
-            }
-        }
-    } else {
-        boxOnAxis(nX, nWidth, nCornerX, nWrapX);
-        boxOnAxis(nY, nHeight, nCornerY, nWrapY);
-        if (nWrapX != 0 || nWrapY != 0) {
-            CyclicShift(pMap, nWidth, nHeight, nWrapX, nWrapY);
-        }
-        CopyRegion(pMap, nWidth, nHeight, afBox.data(), nCornerX, nCornerY, nBox, nBox);
+    if (nWidth < nBox || nHeight < nBox) {
+        // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
+        const int nCornerX = nX - nHalfBox, nCornerY = nY - nHalfBox;
+        const FinePlace fine = maximumNearMiddle(periodicBox({pMap, nWidth, nHeight}, nCornerX, nCornerY));
+        fDX = intoSide(float(fine.nX) / float(nEnlarge) + float(nCornerX), nWidth);
+        fDY = intoSide(float(fine.nY) / float(nEnlarge) + float(nCornerY), nHeight);
+        return 1;
     }
 
-    constexpr int nSide = nBox * nEnlarge;
-    int nFineX = 0;
-    int nFineY = 0;
-    if (bSmall) {
-        // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
-        constexpr int nCentre = nHalfBox * nEnlarge;
-        std::vector<float> vecEnlarged(std::size_t(nSide) * std::size_t(nSide));
-        ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
-        std::vector<float> vecCentre(std::size_t(2 * nEnlarge + 1) * std::size_t(2 * nEnlarge + 1));
-        CopyRegion(vecEnlarged.data(), nSide, nSide, vecCentre.data(), nCentre - nEnlarge, nCentre - nEnlarge,
-                   2 * nEnlarge + 1, 2 * nEnlarge + 1);
-        FindMaximum(vecCentre.data(), 2 * nEnlarge + 1, 2 * nEnlarge + 1, nullptr, &nFineX, &nFineY);
-        nFineX += nCentre - nEnlarge;
-        nFineY += nCentre - nEnlarge;
-    } else {
-        FindResizedMaximum(nSide, nSide, afBox.data(), nBox, nBox, &nFineX, &nFineY);
+    const BoxOnAxis boxX = boxOnAxis(nX, nWidth), boxY = boxOnAxis(nY, nHeight);
+    if (boxX.nWrap != 0 || boxY.nWrap != 0) {
+        CyclicShift(pMap, nWidth, nHeight, boxX.nWrap, boxY.nWrap);
     }
-    fDX = float(nFineX) / float(nEnlarge) + float(nCornerX) - float(nWrapX);
-    fDY = float(nFineY) / float(nEnlarge) + float(nCornerY) - float(nWrapY);
-    if (bSmall) {
-        fDX = intoSide(fDX, nWidth);
-        fDY = intoSide(fDY, nHeight);
-    }
+    Box afBox;
+    CopyRegion(pMap, nWidth, nHeight, afBox.data(), boxX.nCorner, boxY.nCorner, nBox, nBox);
+    FinePlace fine;
+    FindResizedMaximum(nBox * nEnlarge, nBox * nEnlarge, afBox.data(), nBox, nBox, &fine.nX, &fine.nY);
+    fDX = float(fine.nX) / float(nEnlarge) + float(boxX.nCorner) - float(boxX.nWrap);
+    fDY = float(fine.nY) / float(nEnlarge) + float(boxY.nCorner) - float(boxY.nWrap);
     return 1;
 }
 
@@ -264,7 +276,7 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     if (!pComplexMap) {
         return nullptr;
     }
-    const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
+    const std::size_t nCount = ImageView<float>{nullptr, nWidth, nHeight}.count();
     std::unique_ptr<float[]> pMap(new float[nCount]);
     for (std::size_t i = 0; i < nCount; ++i) {
         pMap[i] = pComplexMap[i].re;

@@ -5,6 +5,7 @@
 
 namespace tessera {
 
+/// What a fit says of the errors of its parameters.
 struct FitCovariance {
     std::vector<double> vecStdErr;      ///< of each parameter
     std::vector<double> vecCovariance;  ///< n × n, row by row

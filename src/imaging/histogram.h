@@ -19,6 +19,7 @@ public:
     /// where the sum from the highest bin first exceeds 1 − dfP (the smallest sample if it never does).
     double Lower(double dfP) const;
 
+    /// How many pixels each bin has, the lowest one first.
     const std::vector<int>& Bins() const { return m_vecBin; }
 
 private:

@@ -1,5 +1,7 @@
 #include "imaging/imagefilters.h"
 
+#include "imaging/imageview.h"
+
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
@@ -34,9 +36,9 @@ void CGaussianRows::fill(int nRow, float* pRow) const
         }
         return;
     }
-    const double dfRow = m_vecTable[std::size_t(nRow < m_nHeight / 2 ? nRow : m_nHeight - nRow)];
+    const double dfRow = m_vecTable[nRow < m_nHeight / 2 ? nRow : m_nHeight - nRow];
     for (int c = 0; c < m_nWidth; ++c) {
-        pRow[c] = float(m_dfNorm * m_vecTable[std::size_t(c < m_nWidth / 2 ? c : m_nWidth - c)] * dfRow);
+        pRow[c] = float(m_dfNorm * m_vecTable[c < m_nWidth / 2 ? c : m_nWidth - c] * dfRow);
     }
 }
 
@@ -47,7 +49,7 @@ int MakeGaussian(CImgObj<float>& img, int nWidth, int nHeight, float fSigma)
     }
     const CGaussianRows rows(nWidth, nHeight, fSigma);
     for (int r = 0; r < nHeight; ++r) {
-        rows.fill(r, img.Data() + std::size_t(r) * std::size_t(nWidth));
+        rows.fill(r, viewOf(img).row(r));
     }
     return 1;
 }

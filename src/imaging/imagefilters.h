@@ -10,6 +10,7 @@ namespace tessera {
 /// The rows of what MakeGaussian() makes, to the bit, for whoever has no room for the image.
 class CGaussianRows {
 public:
+    /// For images of that size. @param fSigma  pixels
     CGaussianRows(int nWidth, int nHeight, float fSigma);
     /// Fills row nRow, 0 … nHeight − 1: nWidth floats.
     void fill(int nRow, float* pRow) const;

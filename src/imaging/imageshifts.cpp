@@ -1,9 +1,11 @@
 #include "imaging/imageshifts.h"
 
+#include "imaging/imageview.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <vector>
 
 namespace tessera {
@@ -19,10 +21,11 @@ int shiftCenter(T* pData, int nWidth, int nHeight)
     if (nWidth % 2 || nHeight % 2) {
         throw L"ShiftCenter: Width and Height should both be even!";
     }
+    const ImageView<T> image{pData, nWidth, nHeight};
     const int nHalfX = nWidth / 2;
     for (int y = 0; y < nHeight / 2; ++y) {
-        T* pUpper = pData + std::size_t(y) * std::size_t(nWidth);
-        T* pLower = pData + std::size_t(y + nHeight / 2) * std::size_t(nWidth);
+        T* pUpper = image.row(y);
+        T* pLower = image.row(y + nHeight / 2);
         std::swap_ranges(pUpper, pUpper + nHalfX, pLower + nHalfX);
         std::swap_ranges(pUpper + nHalfX, pUpper + nWidth, pLower);
     }
@@ -47,14 +50,16 @@ int cyclicShift(T* pData, int nWidth, int nHeight, int nDX, int nDY)
     if (nX == 0 && nY == 0) {
         return 1;
     }
-    const std::size_t nRow = std::size_t(nWidth);
-    const std::vector<T> vecOld(pData, pData + nRow * std::size_t(nHeight));
-    const std::size_t nRight = std::size_t(nX);  // columns that the shift brings in from the right edge
+    const ImageView<T> image{pData, nWidth, nHeight};
+    const std::vector<T> vecOld(pData, pData + image.count());
+    const ImageView<const T> old{vecOld.data(), nWidth, nHeight};
+    const int nLeft = nWidth -
+                      nX;  // columns that stay left of the edge; the others come in on the other side
     for (int y = 0; y < nHeight; ++y) {
-        const T* pOld = vecOld.data() + std::size_t(y) * nRow;
-        T* pNew = pData + (std::size_t(y) + std::size_t(nY)) % std::size_t(nHeight) * nRow;
-        std::memcpy(pNew + nRight, pOld, (nRow - nRight) * sizeof(T));
-        std::memcpy(pNew, pOld + (nRow - nRight), nRight * sizeof(T));
+        const T* pOld = old.row(y);
+        T* pNew = image.row(int((std::int64_t(y) + nY) % nHeight));
+        std::copy_n(pOld, nLeft, pNew + nX);
+        std::copy_n(pOld + nLeft, nX, pNew);
     }
     return 1;
 }
@@ -91,11 +96,9 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     }
 
     const double dfTwoPi = 2.0 * std::acos(-1.0);
-    const auto element = [&](int c, int r) -> COMPLEX& {
-        return pData[std::size_t(r) * std::size_t(nWidth) + std::size_t(c)];
-    };
+    const ImageView<COMPLEX> image{pData, nWidth, nHeight};
     const auto turn = [&](int c, int r) {
-        COMPLEX& value = element(c, r);
+        COMPLEX& value = image.at(c, r);
         if (value.re == 0.f && value.im == 0.f) {  // most of a low-passed spectrum
             return;
         }
@@ -119,8 +122,8 @@ int FourierShift(COMPLEX* pData, int nWidth, int nHeight, double dfDX, double df
     for (int r = 1; r < nHeight / 2; ++r) {
         for (int c = 1; c < nWidth; ++c) {
             turn(c, r);
-            const COMPLEX value = element(c, r);
-            element(nWidth - c, nHeight - r) = {value.re, -value.im};
+            const COMPLEX value = image.at(c, r);
+            image.at(nWidth - c, nHeight - r) = {value.re, -value.im};
         }
     }
     for (int c = 1; c < nWidth; ++c) {

@@ -10,12 +10,14 @@ namespace tessera {
 /// @return 1, or 0 for a null buffer or a side below 1
 /// @throw const wchar_t* "ShiftCenter: Width and Height should both be even!", data untouched
 int ShiftCenter(float* pData, int nWidth, int nHeight);
+/// The same for complex elements.
 int ShiftCenter(COMPLEX* pData, int nWidth, int nHeight);
 
 /// Moves the image by whole pixels with wrap-around, in place: (x, y) goes to
 /// ((x + nDX) mod width, (y + nDY) mod height). Any shifts.
 /// @return 1, or 0 for a null buffer or a side below 1
 int CyclicShift(float* pData, int nWidth, int nHeight, int nDX, int nDY);
+/// The same for complex elements.
 int CyclicShift(COMPLEX* pData, int nWidth, int nHeight, int nDX, int nDY);
 
 /// Moves an image by (dfDX, dfDY) pixels through its spectrum, in place, with wrap-around.

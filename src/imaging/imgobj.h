@@ -23,11 +23,11 @@ class CImgObj {
     static_assert(std::is_trivially_copyable<T>::value, "images are copied and cleared as raw memory");
 
 public:
-    CImgObj() = default;
+    CImgObj() = default;  ///< empty
     ~CImgObj() { Release(); }
     CImgObj(const CImgObj&) = delete;
     CImgObj& operator=(const CImgObj&) = delete;
-    CImgObj(CImgObj&& other) noexcept { swap(other); }
+    CImgObj(CImgObj&& other) noexcept { swap(other); }  ///< leaves the source empty
     CImgObj& operator=(CImgObj&& other) noexcept
     {
         if (this != &other) {
@@ -39,9 +39,9 @@ public:
 
     /// The buffer, null when empty.
     T* Data() { return m_pData; }
-    const T* Data() const { return m_pData; }
-    int Width() const { return m_nWidth; }
-    int Height() const { return m_nHeight; }
+    const T* Data() const { return m_pData; }  ///< the same to read
+    int Width() const { return m_nWidth; }     ///< columns
+    int Height() const { return m_nHeight; }   ///< rows
 
     /// Makes the image nWidth × nHeight elements large.
     ///
@@ -111,7 +111,7 @@ public:
     {
         return Set(imgSource.m_pData, imgSource.m_nWidth, imgSource.m_nHeight);
     }
-    int Copy(const CImgObj* pSource) { return pSource ? Copy(*pSource) : 0; }
+    int Copy(const CImgObj* pSource) { return pSource ? Copy(*pSource) : 0; }  ///< the same; 0 for null
 
     /// A copy of the rectangle of w × h elements with its top left corner at (x, y).
     /// @return an empty image when w or h is below 1 or the rectangle sticks out anywhere: no clipping

@@ -1,5 +1,6 @@
 #include "imaging/peakfit2d.h"
 
+#include "imaging/imageview.h"
 #include "imaging/lmdiffit.h"
 #include "imaging/sidebyside.h"
 
@@ -19,6 +20,8 @@ struct FitBox {
     CImgObj<float> img;
     CImgObj<float> imgMask;         // 1 where a pixel enters the fit, 0 elsewhere
     std::vector<double> vecColumn;  // 1 + (c − x0)²/Bx of each column, the same in every row
+    std::size_t nCount = 0;
+    std::size_t nUsable = 0;  // pixels that enter the fit
 };
 
 int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResidual, int nFlag)
@@ -54,14 +57,15 @@ int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResid
 // Mean of the outermost pixels of the box that enter the fit, 0 where there are none.
 double meanOfEdge(const FitBox& box)
 {
+    const auto imgMask = viewOf(box.imgMask);
+    const auto img = viewOf(box.img);
     double dfSum = 0;
     int nCount = 0;
-    for (int r = 0; r < box.img.Height(); ++r) {
-        const bool bEndRow = r == 0 || r == box.img.Height() - 1;
-        for (int c = 0; c < box.img.Width(); c += bEndRow ? 1 : std::max(box.img.Width() - 1, 1)) {
-            const std::size_t i = std::size_t(r) * std::size_t(box.img.Width()) + std::size_t(c);
-            if (box.imgMask.Data()[i] != 0.f) {
-                dfSum += double(box.img.Data()[i]);
+    for (int r = 0; r < img.nHeight; ++r) {
+        const bool bEndRow = r == 0 || r == img.nHeight - 1;
+        for (int c = 0; c < img.nWidth; c += bEndRow ? 1 : std::max(img.nWidth - 1, 1)) {
+            if (imgMask.at(c, r) != 0.f) {
+                dfSum += double(img.at(c, r));
                 ++nCount;
             }
         }
@@ -75,6 +79,59 @@ int truncated(double df)
     return std::isnan(df) ? 0 : int(std::min(std::max(df, -1e9), 1e9));
 }
 
+// The pixels around a place, cut off at the edges of the image.
+struct BoxPlace {
+    int nLeft, nTop, nWidth, nHeight;
+
+    bool isEmpty() const { return nWidth < 1 || nHeight < 1; }
+};
+
+BoxPlace boxAround(const CImgObj<float>& img, double x, double y, int nHalfSize)
+{
+    const int nLeft = std::max(truncated(x - nHalfSize), 0);
+    const int nTop = std::max(truncated(y - nHalfSize), 0);
+    const int nRight = std::min(truncated(x + nHalfSize), img.Width() - 1);
+    const int nBottom = std::min(truncated(y + nHalfSize), img.Height() - 1);
+    return {nLeft, nTop, nRight - nLeft + 1, nBottom - nTop + 1};
+}
+
+FitBox fitBox(const CImgObj<float>& img, const BoxPlace& place, double dfSaturation)
+{
+    FitBox box;
+    box.img = img.SubImage(place.nLeft, place.nTop, place.nWidth, place.nHeight);
+    box.imgMask.Create(place.nWidth, place.nHeight);
+    float* pPixel = box.img.Data();
+    float* pMask = box.imgMask.Data();
+    box.nCount = viewOf(box.img).count();
+    for (std::size_t i = 0; i < box.nCount; ++i) {
+        pMask[i] = pPixel[i] >= dfSaturation ? 0.f : 1.f;
+        if (!std::isfinite(pPixel[i])) {  // 0 times infinity is no residual
+            pMask[i] = 0.f;
+            pPixel[i] = 0.f;
+        }
+        box.nUsable += pMask[i] != 0.f;
+    }
+    box.vecColumn.resize(std::size_t(place.nWidth));
+    return box;
+}
+
+// Height, centre in the box and squared half widths to start from.
+std::vector<double> startOfFit(const CImgObj<float>& img, const BoxPlace& place, double x, double y)
+{
+    const double dfStartX = x - place.nLeft;
+    const double dfStartY = y - place.nTop;
+    const int nStartX = truncated(dfStartX);
+    const int nStartY = truncated(dfStartY);
+    double dfHeight = 1.0;
+    if (nStartX >= 0 && nStartX < place.nWidth && nStartY >= 0 && nStartY < place.nHeight) {
+        const float fPixel = viewOf(img).at(place.nLeft + nStartX, place.nTop + nStartY);
+        if (std::isfinite(fPixel)) {
+            dfHeight = fPixel;
+        }
+    }
+    return {dfHeight, dfStartX, 1.0, dfStartY, 1.0};
+}
+
 }  // namespace
 
 std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, int nHalfSize,
@@ -84,58 +141,23 @@ std::vector<double> FitPeak2D(const CImgObj<float>& img, double& x, double& y, i
     if (!std::isfinite(x) || !std::isfinite(y)) {
         return vecResult;
     }
-    const int nLeft = std::max(truncated(x - nHalfSize), 0);
-    const int nTop = std::max(truncated(y - nHalfSize), 0);
-    const int nRight = std::min(truncated(x + nHalfSize), img.Width() - 1);
-    const int nBottom = std::min(truncated(y + nHalfSize), img.Height() - 1);
-    const int nWidth = nRight - nLeft + 1;
-    const int nHeight = nBottom - nTop + 1;
-    if (nWidth < 1 || nHeight < 1) {
+    const BoxPlace place = boxAround(img, x, y, nHalfSize);
+    if (place.isEmpty()) {
         return vecResult;
     }
-
-    FitBox box;
-    box.img = img.SubImage(nLeft, nTop, nWidth, nHeight);
-    box.imgMask.Create(nWidth, nHeight);
-    float* pPixel = box.img.Data();
-    float* pMask = box.imgMask.Data();
-    const std::size_t nCount = std::size_t(nWidth) * std::size_t(nHeight);
-    std::size_t nUsable = 0;
-    for (std::size_t i = 0; i < nCount; ++i) {
-        pMask[i] = pPixel[i] >= dfSaturation ? 0.f : 1.f;
-        if (!std::isfinite(pPixel[i])) {  // 0 times infinity is no residual
-            pMask[i] = 0.f;
-            pPixel[i] = 0.f;
-        }
-        nUsable += pMask[i] != 0.f;
-    }
-
-    const double dfStartX = x - nLeft;
-    const double dfStartY = y - nTop;
-    const int nStartX = truncated(dfStartX);
-    const int nStartY = truncated(dfStartY);
-    const bool bInside = nStartX >= 0 && nStartX < nWidth && nStartY >= 0 && nStartY < nHeight;
-    double dfHeight = 1.0;
-    if (bInside) {
-        const float fPixel =
-            img.Data()[std::size_t(nTop + nStartY) * std::size_t(img.Width()) + std::size_t(nLeft + nStartX)];
-        if (std::isfinite(fPixel)) {
-            dfHeight = fPixel;
-        }
-    }
-    std::vector<double> vecPara{dfHeight, dfStartX, 1.0, dfStartY, 1.0};
+    FitBox box = fitBox(img, place, dfSaturation);
+    std::vector<double> vecPara = startOfFit(img, place, x, y);
     if (bConstantBackground) {
         vecPara.push_back(meanOfEdge(box));
         vecPara[0] -= vecPara[5];
     }
-    box.vecColumn.resize(std::size_t(nWidth));
 
     CLmdifFit fit;
-    const int nInfo = fit.Run(lorentzResiduals, int(nCount), vecPara, &box);
-    x = nLeft + vecPara[1];
-    y = nTop + vecPara[3];
+    const int nInfo = fit.Run(lorentzResiduals, int(box.nCount), vecPara, &box);
+    x = place.nLeft + vecPara[1];
+    y = place.nTop + vecPara[3];
     std::vector<double> vecError = fit.StdErr();
-    if (nUsable <= vecPara.size()) {
+    if (box.nUsable <= vecPara.size()) {
         std::fill(vecError.begin(), vecError.end(), std::numeric_limits<double>::infinity());
     }
     std::copy_n(vecPara.begin(), g_nLorentzParameters, vecResult.begin());
@@ -157,8 +179,7 @@ std::vector<std::vector<double>> FitPeakList(const CImgObj<float>& img, std::vec
     }
     std::vector<std::vector<double>> vecResult(vecX.size());
     const auto fit = [&](int n) {
-        const auto i = std::size_t(n);
-        vecResult[i] = FitPeak2D(img, vecX[i], vecY[i], nHalfSize, dfSaturation, bConstantBackground);
+        vecResult[n] = FitPeak2D(img, vecX[n], vecY[n], nHalfSize, dfSaturation, bConstantBackground);
     };
     sideBySide(int(vecResult.size()), nJobs, [&] { return FnPiece(fit); });
     return vecResult;

@@ -1,5 +1,6 @@
 #include "imaging/resizebicubic.h"
 
+#include "imaging/imageview.h"
 #include "imaging/maximumsearch.h"
 
 #include <algorithm>
@@ -78,13 +79,10 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
 }
 
 // The source rows of a target row.
-std::array<const float*, 4> rowsOf(const Taps& tapsY, const float* pSource, int nSourceWidth)
+std::array<const float*, 4> rowsOf(const Taps& tapsY, const ImageView<const float>& source)
 {
-    std::array<const float*, 4> apRow;
-    for (std::size_t m = 0; m < 4; ++m) {
-        apRow[m] = pSource + std::size_t(tapsY.anIndex[m]) * std::size_t(nSourceWidth);
-    }
-    return apRow;
+    return {source.row(tapsY.anIndex[0]), source.row(tapsY.anIndex[1]), source.row(tapsY.anIndex[2]),
+            source.row(tapsY.anIndex[3])};
 }
 
 // One target row. Pixels made together for which fnWanted(taps) is false stay below all.
@@ -121,11 +119,11 @@ int ResizeBicubic(float* pTarget, int nTargetWidth, int nTargetHeight, const flo
     if (!pTarget || !isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight)) {
         return 0;
     }
+    const ImageView<const float> source{pSource, nSourceWidth, nSourceHeight};
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
     for (const Taps& tapsY : vecY) {
-        resizeRow(vecX, tapsY, rowsOf(tapsY, pSource, nSourceWidth), pTarget,
-                  [](const Taps&) { return true; });
+        resizeRow(vecX, tapsY, rowsOf(tapsY, source), pTarget, [](const Taps&) { return true; });
         pTarget += nTargetWidth;
     }
     return 1;
@@ -137,6 +135,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     if (!isUsable(nTargetWidth, nTargetHeight, pSource, nSourceWidth, nSourceHeight)) {
         return 0;
     }
+    const ImageView<const float> source{pSource, nSourceWidth, nSourceHeight};
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
     // The maximum reaches what stands at the largest sample, up to rounding. A pixel reaches no more than
@@ -150,7 +149,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     const Taps& tapsLargest = vecY[targetOf(nLargestY, nTargetHeight, nSourceHeight)];
     float fLeast = 0.f;
     sumSamples<1>(&vecX[targetOf(nLargestX, nTargetWidth, nSourceWidth)], tapsLargest,
-                  rowsOf(tapsLargest, pSource, nSourceWidth), &fLeast);
+                  rowsOf(tapsLargest, source), &fLeast);
     float fSize = 0.f;
     for (int i = 0; i < nSourceWidth * nSourceHeight; ++i) {
         fSize = std::max(fSize, std::abs(pSource[i]));
@@ -170,7 +169,7 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     *pX = *pY = 0;
     for (int y = 0; y < nTargetHeight; ++y) {
         const Taps& tapsY = vecY[y];
-        const std::array<const float*, 4> apRow = rowsOf(tapsY, pSource, nSourceWidth);
+        const std::array<const float*, 4> apRow = rowsOf(tapsY, source);
         for (std::size_t n = 0; n < vecColumn.size(); ++n) {
             vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
         }

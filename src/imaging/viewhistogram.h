@@ -9,12 +9,13 @@ namespace tessera {
 /// its lower end.
 class CValueAxis {
 public:
+    /// From 0 to 1, linear.
     CValueAxis() = default;
     /// @param dfUnit  what an even scale keeps apart: from there on the places go with the logarithm; 0: even
     CValueAxis(double dfFirst, double dfLast, double dfUnit);
 
-    double first() const { return m_dfFirst; }
-    double last() const { return m_dfLast; }
+    double first() const { return m_dfFirst; }  ///< the value at its beginning
+    double last() const { return m_dfLast; }    ///< the value at its end
     bool isLogarithmic() const { return m_dfUnit > 0; }
 
     double place(double dfValue) const;  ///< 0 at first(), 1 at last(), cut off there
@@ -24,6 +25,7 @@ private:
     double m_dfFirst = 0, m_dfLast = 1, m_dfUnit = 0;
 };
 
+/// The samples of an image by their values.
 struct ViewHistogram {
     CValueAxis axis;
     std::vector<int> vecCount;  ///< samples in bins as wide as each other on the axis; empty without samples
