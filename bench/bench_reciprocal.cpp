@@ -8,9 +8,12 @@
 #include "reciprocal/mapping.h"
 #include "reciprocal/merging.h"
 #include "reciprocal/predictedpositions.h"
+#include "reciprocal/vectoraveraging.h"
+#include "tests/reciprocal/plainloops.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -101,10 +104,36 @@ BENCHMARK(BM_CellSearch)
     ->Args({30, 2000})
     ->Unit(benchmark::kMillisecond);
 
+enum Way { InLanes, PlainLoop };
+
+/// Piles of a number of difference vectors, beside the plain loop over pairs of vectors.
+void BM_Averaging(benchmark::State& state)
+{
+    const QList<Peak3D> list = lattice(12, 12 * 1.1f, 12 * 1.3f, 1.2f, 1e-3f, 20000);
+    CRunReport report;
+    std::vector<DifferenceVector> vecVector = calDifferenceVectors(list, 1 / 3.f, 1 / 30.f, report);
+    vecVector.resize(std::min(vecVector.size(), size_t(state.range(0))));
+    const QList<Peak3D> listVector = recordsOf(vecVector);
+    for (auto _ : state) {
+        if (state.range(1) == PlainLoop) {
+            benchmark::DoNotOptimize(plainAveragedVectors(listVector, 0.01f));
+        } else {
+            benchmark::DoNotOptimize(averageDifferenceVectors(vecVector, 0.01f, report));
+        }
+    }
+    state.counters["vectors"] = double(vecVector.size());
+}
+BENCHMARK(BM_Averaging)
+    ->Args({300000, InLanes})
+    ->Args({30000, InLanes})
+    ->Args({30000, PlainLoop})
+    ->Unit(benchmark::kMillisecond);
+
 enum Points { OnTheLattice, WrongCell, NoLattice };
 
 /// The edge in Å decides how far 20 000 reflections reach, and with it how many are neighbours. A cell of
-/// wrong edges and points on no lattice leave most reflections to be tried again and again.
+/// wrong edges and points on no lattice leave most reflections to be tried again and again. The last number
+/// of a row is the way.
 void BM_Indexing(benchmark::State& state)
 {
     const float fEdge = float(state.range(0));
@@ -123,13 +152,19 @@ void BM_Indexing(benchmark::State& state)
     CRunReport report;
     for (auto _ : state) {
         QList<Peak3D> listIndexed = list;
-        indexReflections(listIndexed, basis, 0.05f, 1.f / 3, report);
+        if (state.range(2) == PlainLoop) {
+            plainIndexing(listIndexed, basis, 0.05f, 1.f / 3);
+        } else {
+            indexReflections(listIndexed, basis, 0.05f, 1.f / 3, report);
+        }
         benchmark::DoNotOptimize(listIndexed);
     }
     state.counters["reflections"] = list.size();
 }
 BENCHMARK(BM_Indexing)
-    ->ArgsProduct({{10, 17, 30, 60}, {OnTheLattice, WrongCell, NoLattice}})
+    ->ArgsProduct({{10, 17, 30, 60}, {OnTheLattice, WrongCell, NoLattice}, {InLanes}})
+    ->Args({10, OnTheLattice, PlainLoop})
+    ->Args({60, OnTheLattice, PlainLoop})
     ->Unit(benchmark::kMillisecond);
 
 /// A series with a cubic cell in force, turned so that no axis lies in a plane of the frames.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 namespace tessera {
@@ -55,7 +56,7 @@ int residuals(void* pData, int m, int n, const double* x, double* fvec, double* 
     } else if (iflag == 2) {
         for (int j = 0; j < n; ++j) {
             for (int i = 0; i < m; ++i) {
-                fjac[std::size_t(j) * std::size_t(ldfjac) + std::size_t(i)] = data[i].dfTerm[j];
+                fjac[std::ptrdiff_t(j) * ldfjac + i] = data[i].dfTerm[j];
             }
         }
     }
@@ -133,6 +134,45 @@ QString twoNumbers(const double* p)
     return QStringLiteral("%L1, %L2").arg(p[0]).arg(p[1]);
 }
 
+void tellResult(const CellRefinement& result, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("A-F after UCLS refinement: ") + sixNumbers(result.dfCoefficient) +
+                      QStringLiteral("; result = %L1").arg(result.nInfo));
+    report.addMessage(QStringLiteral("A-F UCLS esd: ") + sixNumbers(result.dfCoefficientStdErr));
+    report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.cell));
+    report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.cellStdErr));
+    report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
+}
+
+// Names the coefficients that the reflections leave open.
+void tellOpen(const CLmderFit& fit, CRunReport& report)
+{
+    QStringList listOpen;
+    for (int i = 0; i < g_nParam; ++i) {
+        if (fit.m_vecOpen[i]) {
+            listOpen.append(QString(QLatin1Char(char('A' + i))));
+        }
+    }
+    if (!listOpen.isEmpty()) {
+        report.addMessage(
+            QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
+                .arg(listOpen.join(QStringLiteral(", "))),
+            Severity::Error);
+    }
+}
+
+// A form that isn't positive definite has no direct cell, though two negative numbers may make a root
+// that looks like a length. A fit of numbers that aren't finite found nothing.
+bool isCell(const CellRefinement& result, const CUclsCell& cell, const std::vector<double>& vecResidual)
+{
+    const auto allFinite = [](const auto& numbers) {
+        return std::all_of(numbers.begin(), numbers.end(), [](double df) { return std::isfinite(df); });
+    };
+    const double* p = result.dfCoefficient;
+    const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
+    return bDefinite && allFinite(result.cell.numbers()) && allFinite(vecResidual);
+}
+
 }  // namespace
 
 std::optional<CellRefinement> unitCellRefinement(const QList<Peak3D>& listPeak,
@@ -170,32 +210,9 @@ std::optional<CellRefinement> unitCellRefinement(const QList<Peak3D>& listPeak,
     result.cellStdErr = standardErrorsOf(cell);
     figuresOfMerit(data, result.dfCoefficient, result.dfRmsAfter);
 
-    report.addMessage(QStringLiteral("A-F after UCLS refinement: ") + sixNumbers(result.dfCoefficient) +
-                      QStringLiteral("; result = %L1").arg(result.nInfo));
-    report.addMessage(QStringLiteral("A-F UCLS esd: ") + sixNumbers(result.dfCoefficientStdErr));
-    report.addMessage(QStringLiteral("Unit cell after UCLS refinement: ") + sixNumbers(result.cell));
-    report.addMessage(QStringLiteral("Unit cell UCLS e.s.d: ") + sixNumbers(result.cellStdErr));
-    report.addMessage(QStringLiteral("RMS of the d* errors after fitting: ") + twoNumbers(result.dfRmsAfter));
-    QStringList listOpen;
-    for (int i = 0; i < g_nParam; ++i) {
-        if (fit.m_vecOpen[i]) {
-            listOpen.append(QString(QLatin1Char(char('A' + i))));
-        }
-    }
-    if (!listOpen.isEmpty()) {
-        report.addMessage(
-            QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
-                .arg(listOpen.join(QStringLiteral(", "))),
-            Severity::Error);
-    }
-
-    // A form that isn't positive definite has no direct cell, though two negative numbers may make a root
-    // that looks like a length. A fit of numbers that aren't finite found nothing.
-    const auto allFinite = [](const auto& numbers) {
-        return std::all_of(numbers.begin(), numbers.end(), [](double df) { return std::isfinite(df); });
-    };
-    const bool bDefinite = p[0] > 0 && 4 * p[0] * p[1] - p[3] * p[3] > 0 && cell.m_dfG > 0;
-    if (!bDefinite || !allFinite(result.cell.numbers()) || !allFinite(fit.m_vecResidual)) {
+    tellResult(result, report);
+    tellOpen(fit, report);
+    if (!isCell(result, cell, fit.m_vecResidual)) {
         report.addMessage(QStringLiteral("The fit gives no unit cell; the cell stays as it was."),
                           Severity::Error);
         return std::nullopt;

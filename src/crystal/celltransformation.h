@@ -10,6 +10,7 @@
 
 namespace tessera {
 
+/// Which basis a matrix is applied to.
 enum class TransformationSpace {
     Reciprocal,  ///< rows of M·B, B the rows a*, b*, c*
     Real         ///< the rows of M make the new a, b, c from the old ones

@@ -8,7 +8,9 @@ namespace tessera {
 /// Source: International Tables for Crystallography, Vol. B, section 1.1.2 (metric of the dual basis).
 class CCrystalParaCal {
 public:
+    /// Without a cell; setUnitCell() gives one.
     CCrystalParaCal() = default;
+    /// With a cell in Å and degrees.
     explicit CCrystalParaCal(const CellParameters& cell)
     {
         setUnitCell(cell.a, cell.b, cell.c, cell.alpha, cell.beta, cell.gamma);

@@ -1,6 +1,6 @@
 #include "crystal/expectedreflections.h"
 
-#include "crystal/reflectionset.h"
+#include "crystal/indexkey.h"
 #include "geometry/angles.h"
 #include "geometry/doublevector.h"
 
@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 #include <vector>
 
 namespace tessera {
@@ -34,6 +35,46 @@ SweptRange sweptRange(const QList<double>& listOverallTilt)
     return {radians(double(std::min(fFirst, fLast)) + 2.0), radians(double(std::max(fFirst, fLast)) - 2.0)};
 }
 
+// The largest indices that can lie within d*, as real numbers.
+struct IndexBox {
+    float fH, fK, fL;
+};
+
+IndexBox indexBox(const ReciprocalBasis& basis, float fDStar)
+{
+    return {std::trunc(2 * fDStar / length(basis.a)), std::trunc(2 * fDStar / length(basis.b)),
+            std::trunc(2 * fDStar / length(basis.c))};
+}
+
+// About how many lattice points a walk over the box looks at. Inside the sphere lie about as many as
+// reciprocal cells fit into it, but no more than in the box. Flat cells have few points there, and still
+// every row of l is looked at.
+double pointsToLookAt(const IndexBox& box, const ReciprocalBasis& basis, float fDStar)
+{
+    const double dfRows = (2 * double(box.fH) + 1) * (2 * double(box.fK) + 1);
+    const double dfRow = 2 * double(box.fL) + 1;
+    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(basis));
+    return std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
+}
+
+// The piece of a row of l inside the sphere: from nFrom to nTo, none where nFrom is the greater.
+struct RowPiece {
+    int nFrom = 0, nTo = -1;
+};
+
+RowPiece pieceInside(const DoubleVector& vecRow, const DoubleVector& vecC, double dfSquareLimit, int nLMax)
+{
+    const double dfStep2 = dot(vecC, vecC);
+    const double dfMiddle = -dot(vecRow, vecC) / dfStep2;
+    const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
+    if (dfNearest2 > dfSquareLimit) {
+        return {};
+    }
+    const double dfHalf = std::sqrt((dfSquareLimit - dfNearest2) / dfStep2) + 1;
+    return {int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax))),
+            int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)))};
+}
+
 // Walks all lattice points with d* below the effective d* of the observed reflections, in the order of
 // h, k, l, and keeps those that `keep(g)` accepts.
 template <class Keep>
@@ -52,15 +93,8 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
         return listAll;
     }
 
-    const float aMax[3] = {std::trunc(2 * fDStar / length(basis->a)),
-                           std::trunc(2 * fDStar / length(basis->b)),
-                           std::trunc(2 * fDStar / length(basis->c))};
-    // Inside the sphere lie about as many points as reciprocal cells fit into it, but no more than in the box
-    // of the loops. Flat cells have few points there, and still every row of l is looked at.
-    const double dfRows = (2 * double(aMax[0]) + 1) * (2 * double(aMax[1]) + 1);
-    const double dfRow = 2 * double(aMax[2]) + 1;
-    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(*basis));
-    const double dfPoints = std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
+    const IndexBox box = indexBox(*basis, fDStar);
+    const double dfPoints = pointsToLookAt(box, *basis, fDStar);
     if (!(dfPoints <= g_dfMaxLatticePoints)) {
         if (pbComplete) {
             *pbComplete = false;
@@ -73,28 +107,19 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
                           Severity::Error);
         return listAll;
     }
-    const int nHMax = int(aMax[0]), nKMax = int(aMax[1]), nLMax = int(aMax[2]);
+    const int nHMax = int(box.fH), nKMax = int(box.fK), nLMax = int(box.fL);
 
     // On a row of l only the piece inside the sphere is visited. It is found in double with a margin of
     // 1e-4 of the squared limit and one step at both ends, far above the rounding of the single-precision
     // test below, which alone decides.
     const double dfWideLimit = double(fLimit) * (1 + 1e-4);
     const DoubleVector vecC = widened(basis->c);
-    const double dfStep2 = dot(vecC, vecC);
     for (int h = -nHMax; h <= nHMax; ++h) {
         const Vec3D vecH = scaled(basis->a, float(h));
         for (int k = -nKMax; k <= nKMax; ++k) {
             const Vec3D vecHK = vecH + scaled(basis->b, float(k));
-            const DoubleVector vecRow = widened(vecHK);
-            const double dfMiddle = -dot(vecRow, vecC) / dfStep2;
-            const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
-            if (dfNearest2 > dfWideLimit) {
-                continue;
-            }
-            const double dfHalf = std::sqrt((dfWideLimit - dfNearest2) / dfStep2) + 1;
-            const int nFrom = int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax)));
-            const int nTo = int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)));
-            for (int l = nFrom; l <= nTo; ++l) {
+            const RowPiece piece = pieceInside(widened(vecHK), vecC, dfWideLimit, nLMax);
+            for (int l = piece.nFrom; l <= piece.nTo; ++l) {
                 const Vec3D g = vecHK + scaled(basis->c, float(l));
                 if (squaredLength(g) < fLimit && keep(g)) {
                     listAll.append({h, k, l, 0.0});
@@ -161,10 +186,13 @@ QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const std::option
 
 QList<HKLRef> missingReflections(const QList<HKLRef>& listAll, const QList<HKLRef>& listObserved)
 {
-    const CReflectionSet setObserved(listObserved);
+    std::unordered_set<IndexKey, IndexKeyHash> setObserved(size_t(listObserved.size()));
+    for (const HKLRef& hkl : listObserved) {
+        setObserved.insert(indexKey(hkl));
+    }
     QList<HKLRef> listMissing;
     for (const HKLRef& hkl : listAll) {
-        if (!setObserved.contains(hkl)) {
+        if (setObserved.count(indexKey(hkl)) == 0) {
             listMissing.append(hkl);
         }
     }

@@ -9,14 +9,18 @@
 
 namespace tessera {
 
+/// h, k, l.
 using IndexKey = std::array<int, 3>;
 
+/// The indices of a reflection without its intensity.
 inline IndexKey indexKey(const HKLRef& hkl)
 {
     return {hkl.nH, hkl.nK, hkl.nL};
 }
 
+/// For std::unordered_set and std::unordered_map: spreads neighbours of a lattice over all hashes.
 struct IndexKeyHash {
+    /// Mixes the three numbers by multiplication.
     size_t operator()(const IndexKey& key) const
     {
         uint64_t nHash = 0;

@@ -78,9 +78,7 @@ bool CReflectionBuilder::build(double dfDStarMax)
 
     m_vecReflection.reserve(std::size_t(expectedReflections(dfDStarMax)) + 1);
     const auto place = [&](int h, int k, int l) {
-        return (std::size_t(h + nH) * std::size_t(2 * nK + 1) + std::size_t(k + nK)) *
-                   std::size_t(2 * nL + 1) +
-               std::size_t(l + nL);
+        return (std::ptrdiff_t(h + nH) * (2 * nK + 1) + k + nK) * (2 * nL + 1) + l + nL;
     };
     std::vector<char> vecVisited(place(nH, nK, nL) + 1);
     for (int h = 0; h <= nH; ++h) {

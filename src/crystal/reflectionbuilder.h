@@ -31,7 +31,7 @@ public:
     double expectedReflections(double dfDStarMax) const;
     static constexpr double s_dfMaxReflections = 2e6;
 
-    const std::vector<std::array<int, 3>>& reflections() const { return m_vecReflection; }
+    const std::vector<std::array<int, 3>>& reflections() const { return m_vecReflection; }  ///< h, k, l
 
     double m_dfA = 0;  ///< Å
     double m_dfB = 0;

@@ -28,7 +28,7 @@ bool isCloseToInteger(const Peak3D& peak, float fThreshold);
 /// One entry per record, in list order: rounded indices and point intensity.
 QList<HKLRef> getRoundedHKLRef(const QList<Peak3D>& listPeak);
 
-/// True if an entry has equal h, k, l; a linear search. CReflectionSet answers the same for long lists.
+/// True if an entry has equal h, k, l; a linear search. For long lists a set of indexKey() does.
 bool reflectionExistInList(const HKLRef& hkl, const QList<HKLRef>& listHKL);
 
 }  // namespace tessera

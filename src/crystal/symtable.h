@@ -13,6 +13,7 @@ namespace tessera {
 /// Source: Shmueli, International Tables for Crystallography, Vol. B, Table A1.4.2.1.
 class CSymTable {
 public:
+    /// Fills both tables.
     CSymTable();
 
     /// The operation with point part `nPoint` (0 to 13) and translation components of the indices

@@ -8,12 +8,14 @@ namespace tessera {
 /// Solves v = h·a* + k·b* + l·c* by Cramer's rule.
 class CBasisSolver {
 public:
+    /// Not valid before setBasis().
     CBasisSolver() = default;
+    /// For a basis as setBasis() takes it.
     explicit CBasisSolver(const ReciprocalBasis& basis) { setBasis(basis.a, basis.b, basis.c); }
     /// Cross products and determinant in single precision, widened to double. A determinant (the
     /// reciprocal cell volume, Å⁻³) below 1e-6 in size counts as no basis.
     void setBasis(const Vec3D& vecA, const Vec3D& vecB, const Vec3D& vecC);
-    bool isValid() const { return bValid; }
+    bool isValid() const { return bValid; }  ///< whether the basis spans space
 
     /// The fractional indices of v, computed in double and rounded to single; (0, 0, 0) if not valid.
     Vec3D solve(const Vec3D& v) const

@@ -3,79 +3,41 @@
 #include "crystal/reflectionindices.h"
 #include "geometry/angles.h"
 
-#include <array>
+#include <Eigen/Dense>
+
 #include <cmath>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace tessera {
 
 namespace {
 
-constexpr size_t g_nUnknowns = 11;
+constexpr int g_nUnknowns = 11;
 constexpr double g_dfRadian = g_dfPi / 180;
-using Row = std::array<double, g_nUnknowns>;
+using Unknowns = Eigen::Matrix<double, g_nUnknowns, 1>;
+using Normal = Eigen::Matrix<double, g_nUnknowns, g_nUnknowns>;
 
-/// Inverts a symmetric positive matrix in place by Gauss and Jordan, on a scale where its diagonal
-/// is 1. False when a pivot vanishes: the data do not determine all unknowns.
-bool invert(std::array<Row, g_nUnknowns>& matrix)
+/// The inverse of a symmetric positive matrix, found on a scale where its diagonal is 1. None when the data
+/// do not determine all unknowns.
+std::optional<Normal> inverseOf(const Normal& normal)
 {
-    Row scale;
-    for (size_t i = 0; i < g_nUnknowns; ++i) {
-        if (!(matrix[i][i] > 0)) {
-            return false;
-        }
-        scale[i] = 1 / std::sqrt(matrix[i][i]);
+    if (!(normal.diagonal().array() > 0).all()) {
+        return std::nullopt;
     }
-    std::array<Row, g_nUnknowns> work;
-    std::array<Row, g_nUnknowns> inverse{};
-    for (size_t i = 0; i < g_nUnknowns; ++i) {
-        for (size_t j = 0; j < g_nUnknowns; ++j) {
-            work[i][j] = matrix[i][j] * scale[i] * scale[j];
-        }
-        inverse[i][i] = 1;
+    const Unknowns scale = normal.diagonal().cwiseSqrt().cwiseInverse();
+    Eigen::FullPivLU<Normal> factors(scale.asDiagonal() * normal * scale.asDiagonal());
+    factors.setThreshold(1e-10);
+    if (!factors.isInvertible()) {
+        return std::nullopt;
     }
-    for (size_t k = 0; k < g_nUnknowns; ++k) {
-        size_t nPivot = k;
-        for (size_t i = k + 1; i < g_nUnknowns; ++i) {
-            if (std::abs(work[i][k]) > std::abs(work[nPivot][k])) {
-                nPivot = i;
-            }
-        }
-        if (!(std::abs(work[nPivot][k]) > 1e-10)) {
-            return false;
-        }
-        std::swap(work[k], work[nPivot]);
-        std::swap(inverse[k], inverse[nPivot]);
-        const double dfPivot = 1 / work[k][k];
-        for (size_t j = 0; j < g_nUnknowns; ++j) {
-            work[k][j] *= dfPivot;
-            inverse[k][j] *= dfPivot;
-        }
-        for (size_t i = 0; i < g_nUnknowns; ++i) {
-            const double dfFactor = work[i][k];
-            if (i == k || dfFactor == 0) {
-                continue;
-            }
-            for (size_t j = 0; j < g_nUnknowns; ++j) {
-                work[i][j] -= dfFactor * work[k][j];
-                inverse[i][j] -= dfFactor * inverse[k][j];
-            }
-        }
-    }
-    for (size_t i = 0; i < g_nUnknowns; ++i) {
-        for (size_t j = 0; j < g_nUnknowns; ++j) {
-            matrix[i][j] = inverse[i][j] * scale[i] * scale[j];
-        }
-    }
-    return true;
+    return Normal(scale.asDiagonal() * factors.inverse() * scale.asDiagonal());
 }
 
 /// One reflection's part of the fit: its three rows of coefficients and its point.
 struct Equations {
-    Row aRow[3] = {};
-    double aPoint[3] = {};
+    Eigen::Matrix<double, 3, g_nUnknowns> rows = Eigen::Matrix<double, 3, g_nUnknowns>::Zero();
+    Eigen::Vector3d point;
 };
 
 Equations equationsOf(const Peak3D& peak, double dfPixelSize, double dfAxis)
@@ -84,76 +46,58 @@ Equations equationsOf(const Peak3D& peak, double dfPixelSize, double dfAxis)
     const double dfTilt = peak.dfFrameTilt * g_dfRadian;
     const double dfCos = dfPixelSize * std::cos(dfAxis);
     const double dfSin = dfPixelSize * std::sin(dfAxis);
-    const double aX[3] = {dfCos, dfSin * std::cos(dfTilt), dfSin * std::sin(dfTilt)};
-    const double aY[3] = {-dfSin, dfCos * std::cos(dfTilt), dfCos * std::sin(dfTilt)};
     Equations equations;
-    equations.aPoint[0] = double(peak.fX3D);
-    equations.aPoint[1] = double(peak.fY3D);
-    equations.aPoint[2] = double(peak.fZ3D);
-    for (size_t n = 0; n < 3; ++n) {
-        equations.aRow[n][n * 3] = roundedIndex(peak.dfH);
-        equations.aRow[n][n * 3 + 1] = roundedIndex(peak.dfK);
-        equations.aRow[n][n * 3 + 2] = roundedIndex(peak.dfL);
-        equations.aRow[n][9] = aX[n];
-        equations.aRow[n][10] = aY[n];
+    equations.point << double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D);
+    for (int n = 0; n < 3; ++n) {
+        equations.rows(n, n * 3) = roundedIndex(peak.dfH);
+        equations.rows(n, n * 3 + 1) = roundedIndex(peak.dfK);
+        equations.rows(n, n * 3 + 2) = roundedIndex(peak.dfL);
     }
+    equations.rows.col(9) << dfCos, dfSin * std::cos(dfTilt), dfSin * std::sin(dfTilt);
+    equations.rows.col(10) << -dfSin, dfCos * std::cos(dfTilt), dfCos * std::sin(dfTilt);
     return equations;
 }
 
-/// One round. vecDistance: how far each point is missed, Å⁻¹.
-std::optional<CentreOffset> fitOnce(const std::vector<Equations>& vecEquations,
-                                    std::vector<double>& vecDistance)
+/// What a round of the fit finds.
+struct OffsetFit {
+    CentreOffset offset;
+    std::vector<double> vecDistance;  ///< how far each point is missed, Å⁻¹
+};
+
+std::optional<OffsetFit> fitOnce(const std::vector<Equations>& vecEquations)
 {
     if (vecEquations.size() < 6) {
         return std::nullopt;
     }
-    std::array<Row, g_nUnknowns> normal{};
-    Row right{};
+    Normal normal = Normal::Zero();
+    Unknowns right = Unknowns::Zero();
     for (const Equations& equations : vecEquations) {
-        for (size_t n = 0; n < 3; ++n) {
-            for (size_t i = 0; i < g_nUnknowns; ++i) {
-                for (size_t j = 0; j < g_nUnknowns; ++j) {
-                    normal[i][j] += equations.aRow[n][i] * equations.aRow[n][j];
-                }
-                right[i] += equations.aRow[n][i] * equations.aPoint[n];
-            }
-        }
+        normal += equations.rows.transpose() * equations.rows;
+        right += equations.rows.transpose() * equations.point;
     }
-    if (!invert(normal)) {
+    const std::optional<Normal> inverse = inverseOf(normal);
+    if (!inverse) {
         return std::nullopt;
     }
-    Row solution{};
-    for (size_t i = 0; i < g_nUnknowns; ++i) {
-        for (size_t j = 0; j < g_nUnknowns; ++j) {
-            solution[i] += normal[i][j] * right[j];
-        }
-    }
+    const Unknowns solution = *inverse * right;
 
+    OffsetFit fit;
     double dfSquares = 0;
-    vecDistance.clear();
     for (const Equations& equations : vecEquations) {
-        double dfSquare = 0;
-        for (size_t n = 0; n < 3; ++n) {
-            double dfMissed = equations.aPoint[n];
-            for (size_t i = 0; i < g_nUnknowns; ++i) {
-                dfMissed -= solution[i] * equations.aRow[n][i];
-            }
-            dfSquare += dfMissed * dfMissed;
-        }
-        vecDistance.push_back(std::sqrt(dfSquare));
+        const double dfSquare = (equations.point - equations.rows * solution).squaredNorm();
+        fit.vecDistance.push_back(std::sqrt(dfSquare));
         dfSquares += dfSquare;
     }
     const double dfVariance = dfSquares / double(3 * vecEquations.size() - g_nUnknowns);
-    CentreOffset offset;
-    offset.dfX = solution[9];
-    offset.dfY = solution[10];
-    offset.dfErrorX = std::sqrt(dfVariance * normal[9][9]);
-    offset.dfErrorY = std::sqrt(dfVariance * normal[10][10]);
-    offset.dfRms = std::sqrt(dfSquares / double(vecEquations.size()));
-    if (!std::isfinite(offset.dfX) || !std::isfinite(offset.dfY)) {
+    fit.offset.dfX = solution[9];
+    fit.offset.dfY = solution[10];
+    fit.offset.dfErrorX = std::sqrt(dfVariance * (*inverse)(9, 9));
+    fit.offset.dfErrorY = std::sqrt(dfVariance * (*inverse)(10, 10));
+    fit.offset.dfRms = std::sqrt(dfSquares / double(vecEquations.size()));
+    if (!std::isfinite(fit.offset.dfX) || !std::isfinite(fit.offset.dfY)) {
         return std::nullopt;
     }
-    return offset;
+    return fit;
 }
 
 }  // namespace
@@ -165,19 +109,18 @@ std::optional<CentreOffset> fitCentreOffset(const QList<Peak3D>& listPeak, doubl
     for (const Peak3D& peak : listPeak) {
         vecEquations.push_back(equationsOf(peak, dfPixelSize, dfRotationAxis * g_dfRadian));
     }
-    std::vector<double> vecDistance;
-    const std::optional<CentreOffset> offset = fitOnce(vecEquations, vecDistance);
-    if (!offset) {
+    const std::optional<OffsetFit> fit = fitOnce(vecEquations);
+    if (!fit) {
         return std::nullopt;
     }
     std::vector<Equations> vecNear;
     for (size_t n = 0; n < vecEquations.size(); ++n) {
-        if (vecDistance[n] <= 3 * offset->dfRms) {
+        if (fit->vecDistance[n] <= 3 * fit->offset.dfRms) {
             vecNear.push_back(vecEquations[n]);
         }
     }
-    const std::optional<CentreOffset> offsetNear = fitOnce(vecNear, vecDistance);
-    return offsetNear ? offsetNear : offset;
+    const std::optional<OffsetFit> fitNear = fitOnce(vecNear);
+    return fitNear ? fitNear->offset : fit->offset;
 }
 
 }  // namespace tessera

@@ -19,6 +19,7 @@ struct CentreOffset {
     double dfErrorY = 0;
     double dfRms = 0;  ///< of the distances left after the fit, Å⁻¹
 
+    /// How far the beam is off, pixels.
     double length() const { return std::hypot(dfX, dfY); }
     /// Standard error of the length, the errors of the two directions taken as independent.
     double lengthError() const { return std::hypot(dfX * dfErrorX, dfY * dfErrorY) / length(); }

@@ -7,9 +7,11 @@
 
 namespace tessera {
 
-bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
-                const FnChainIsOver& fnIsOver, QList<QList<Peak3D>>& listChain, CRunReport& report)
+std::optional<QList<QList<Peak3D>>> linkChains(const QList<QList<Peak3D>>& listPeakFrame,
+                                               double dfMaxDistance, const FnChainIsOver& fnIsOver,
+                                               CRunReport& report)
 {
+    QList<QList<Peak3D>> listChain;
     const int nFrames = listPeakFrame.size();
     std::vector<QList<Peak3D>> vecOpen;
     CNearestPeak nearest(dfMaxDistance);
@@ -18,7 +20,7 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
         if (nFrame % 10 == 0 || nFrame == nFrames - 1) {
             progress.set(nFrame / 10);
             if (!report.goOn()) {
-                return false;
+                return std::nullopt;
             }
         }
         size_t nStillOpen = 0;
@@ -50,7 +52,10 @@ bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
         listChain.append(listOpen);
     }
     progress.end();
-    return report.goOn();
+    if (!report.goOn()) {
+        return std::nullopt;
+    }
+    return listChain;
 }
 
 }  // namespace tessera

@@ -7,6 +7,7 @@
 #include <QList>
 
 #include <functional>
+#include <optional>
 
 namespace tessera {
 
@@ -17,9 +18,10 @@ using FnChainIsOver = std::function<bool(int nFrame, const Peak3D& peakLast)>;
 /// nearer than `dfMaxDistance` (strictly), or begins a chain. Several peaks of one frame can join one chain.
 ///
 /// @param listPeakFrame  one list per frame, dfX2D and dfY2D relative to its direct beam, pixels
-/// @param listChain      takes the chains in the order in which they were closed, those still open last
-/// @return false when the run was stopped; listChain is then unfinished
-bool linkChains(const QList<QList<Peak3D>>& listPeakFrame, double dfMaxDistance,
-                const FnChainIsOver& fnIsOver, QList<QList<Peak3D>>& listChain, CRunReport& report);
+/// @return the chains in the order in which they were closed, those still open last; none when the run was
+/// stopped
+std::optional<QList<QList<Peak3D>>> linkChains(const QList<QList<Peak3D>>& listPeakFrame,
+                                               double dfMaxDistance, const FnChainIsOver& fnIsOver,
+                                               CRunReport& report);
 
 }  // namespace tessera

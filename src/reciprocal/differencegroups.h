@@ -1,7 +1,7 @@
 // Difference groups: difference vectors of the same indices, or of indices all negated.
 #pragma once
 
-#include "reciprocal/indexkey.h"
+#include "crystal/indexkey.h"
 #include "records/peak3d.h"
 
 #include <QList>

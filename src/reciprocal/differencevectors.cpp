@@ -3,8 +3,12 @@
 #include "reciprocal/bydstar.h"
 #include "records/progress.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -32,11 +36,24 @@ struct Limits {
 /// A vector is as strong as the weaker of its two reflections, so with the reflections ranked by intensity
 /// the weights of all vectors are known by rank alone. The ranks are walked from the strongest on until
 /// they hold more vectors than may stay; weaker reflections are never looked at.
-struct Selection {
+struct RankedVectors {
     std::vector<int> vecRank;        ///< per reflection, 0 the strongest; equal intensities share a rank
     std::vector<int64_t> vecOffset;  ///< per rank, where its first vector goes in the sorted list
     bool bCut = false;               ///< more vectors than may stay
     int64_t nCount = 0;              ///< vectors that stay
+
+    void closeRank(int64_t nOfRank)
+    {
+        vecOffset.push_back(nCount);
+        nCount += nOfRank;
+        bCut = nCount > g_nMaxVectors;
+    }
+    /// Whether any vector of a reflection may stay.
+    bool isStrong(int nReflection) const
+    {
+        const size_t nRank = size_t(vecRank[nReflection]);
+        return !bCut || (nRank < vecOffset.size() && vecOffset[nRank] < g_nMaxVectors);
+    }
 };
 
 /// Counts, among the first nCount places of the arrays, the points at a distance within the limits.
@@ -55,57 +72,97 @@ int64_t countInRange(const std::vector<float>& vecX, const std::vector<float>& v
     return nFound;
 }
 
-/// Returns false when the run was stopped.
-bool selectStrongest(const QList<Peak3D>& listPeak, const Limits& limits, Selection& selection,
-                     CRunReport& report)
+/// The reflections, strongest first, in the order of the list among equals.
+std::vector<int> reflectionsByIntensity(const QList<Peak3D>& listPeak)
 {
-    const int nPeaks = listPeak.size();
-    std::vector<int> vecByIntensity(static_cast<size_t>(nPeaks));
-    for (int n = 0; n < nPeaks; ++n) {
-        vecByIntensity[n] = n;
-    }
+    std::vector<int> vecByIntensity(static_cast<size_t>(listPeak.size()));
+    std::iota(vecByIntensity.begin(), vecByIntensity.end(), 0);
     std::stable_sort(vecByIntensity.begin(), vecByIntensity.end(), [&](int nA, int nB) {
         return numbersDescending(listPeak[nA].dfIPoint, listPeak[nB].dfIPoint);
     });
-    selection.vecRank.assign(size_t(nPeaks), 0);
+    return vecByIntensity;
+}
+
+/// None when the run was stopped.
+std::optional<RankedVectors> rankVectors(const QList<Peak3D>& listPeak, const Limits& limits,
+                                         CRunReport& report)
+{
+    const int nPeaks = listPeak.size();
+    const std::vector<int> vecByIntensity = reflectionsByIntensity(listPeak);
+    RankedVectors ranked;
+    ranked.vecRank.assign(size_t(nPeaks), 0);
     std::vector<float> vecX, vecY, vecZ;
-    int nRank = -1;
-    int64_t nRankCount = 0;
-    const auto closeRank = [&] {
-        selection.vecOffset.push_back(selection.nCount);
-        selection.nCount += nRankCount;
-        nRankCount = 0;
-        selection.bCut = selection.nCount > g_nMaxVectors;
-    };
+    int nRank = 0;
+    int64_t nOfRank = 0;
     for (int n = 0; n < nPeaks; ++n) {
         if (n % 100 == 0 || n == nPeaks - 1) {
             report.setProgress(n / 100);
             if (!report.goOn()) {
-                return false;
+                return std::nullopt;
             }
         }
         const int nPeak = vecByIntensity[n];
-        const bool bNewRank = n == 0 || numbersDescending(listPeak[vecByIntensity[n - 1]].dfIPoint,
-                                                          listPeak[nPeak].dfIPoint);
-        if (bNewRank) {
-            if (n > 0) {
-                closeRank();
-            }
+        if (n > 0 && numbersDescending(listPeak[vecByIntensity[n - 1]].dfIPoint, listPeak[nPeak].dfIPoint)) {
+            ranked.closeRank(nOfRank);
+            nOfRank = 0;
             ++nRank;
         }
-        selection.vecRank[nPeak] = nRank;
-        if (selection.bCut) {
+        ranked.vecRank[nPeak] = nRank;
+        if (ranked.bCut) {
             continue;  // weaker than all that stay
         }
         const Vec3D vecPoint = listPeak[nPeak].point();
-        nRankCount += 2 * countInRange(vecX, vecY, vecZ, vecX.size(), vecPoint, limits);
+        nOfRank += 2 * countInRange(vecX, vecY, vecZ, vecX.size(), vecPoint, limits);
         vecX.push_back(vecPoint.x);
         vecY.push_back(vecPoint.y);
         vecZ.push_back(vecPoint.z);
     }
-    closeRank();
-    selection.nCount = std::min(selection.nCount, g_nMaxVectors);
-    return true;
+    ranked.closeRank(nOfRank);
+    ranked.nCount = std::min(ranked.nCount, g_nMaxVectors);
+    return ranked;
+}
+
+/// Walks the pairs in their order: a vector goes to the end of its rank, or, when all stay, to the end of the
+/// list. Empty when the run was stopped.
+std::vector<DifferenceVector> vectorsOf(const QList<Peak3D>& listPeak, const Limits& limits,
+                                        RankedVectors ranked, CRunReport& report)
+{
+    std::vector<int> vecStrong;
+    std::vector<Vec3D> vecPoint;
+    for (int n = 0; n < listPeak.size(); ++n) {
+        if (ranked.isStrong(n)) {
+            vecStrong.push_back(n);
+            vecPoint.push_back(listPeak[n].point());
+        }
+    }
+    std::vector<DifferenceVector> vecVector(static_cast<size_t>(ranked.nCount));
+    int64_t nEnd = 0;
+    int64_t nFilled = 0;
+    for (size_t i = 0; i < vecStrong.size() && nFilled < ranked.nCount; ++i) {
+        const int nRankI = ranked.vecRank[vecStrong[i]];
+        if (i % 1000 == 0 && !report.goOn()) {
+            return {};
+        }
+        for (size_t j = i + 1; j < vecStrong.size(); ++j) {
+            const Vec3D v = vecPoint[i] - vecPoint[j];
+            const float fSquare = squaredLength(v);
+            if (!limits.contain(fSquare)) {
+                continue;
+            }
+            const int nRank = std::max(nRankI, ranked.vecRank[vecStrong[j]]);
+            int64_t& nPlace = ranked.bCut ? ranked.vecOffset[nRank] : nEnd;
+            const double dfWeight = weakerIntensity(listPeak[vecStrong[i]].dfIPoint,
+                                                    listPeak[vecStrong[j]].dfIPoint);
+            for (const Vec3D& vecSigned : {v, -v}) {
+                if (nPlace >= ranked.nCount) {
+                    break;
+                }
+                vecVector[nPlace++] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
+                ++nFilled;
+            }
+        }
+    }
+    return vecVector;
 }
 
 }  // namespace
@@ -118,55 +175,12 @@ std::vector<DifferenceVector> calDifferenceVectors(const QList<Peak3D>& listPeak
         return {};
     }
     const Limits limits = {fMaxLength * fMaxLength, fMinLength * fMinLength};
-    CProgress progress(report, QStringLiteral("%p%"), 0, (nPeaks - 1) / 100, ProgressPlace::TaskBarToo);
-    Selection selection;
-    if (!selectStrongest(listPeak, limits, selection, report)) {
+    const CProgress progress(report, QStringLiteral("%p%"), 0, (nPeaks - 1) / 100, ProgressPlace::TaskBarToo);
+    const std::optional<RankedVectors> ranked = rankVectors(listPeak, limits, report);
+    if (!ranked) {
         return {};
     }
-
-    // Second walk, over the pairs in their order: a vector goes to the end of its rank, or, when all stay,
-    // to the end of the list.
-    std::vector<DifferenceVector> vecVector(static_cast<size_t>(selection.nCount));
-    std::vector<int> vecStrong;
-    for (int n = 0; n < nPeaks; ++n) {
-        if (!selection.bCut || (size_t(selection.vecRank[n]) < selection.vecOffset.size() &&
-                                selection.vecOffset[size_t(selection.vecRank[n])] < g_nMaxVectors)) {
-            vecStrong.push_back(n);
-        }
-    }
-    std::vector<Vec3D> vecPoint;
-    vecPoint.reserve(vecStrong.size());
-    for (int nPeak : vecStrong) {
-        vecPoint.push_back(listPeak[nPeak].point());
-    }
-    int64_t nEnd = 0;
-    int64_t nFilled = 0;
-    for (size_t i = 0; i < vecStrong.size() && nFilled < selection.nCount; ++i) {
-        const int nRankI = selection.vecRank[size_t(vecStrong[i])];
-        if (i % 1000 == 0 && !report.goOn()) {
-            return {};
-        }
-        for (size_t j = i + 1; j < vecStrong.size(); ++j) {
-            const Vec3D v = vecPoint[i] - vecPoint[j];
-            const float fSquare = squaredLength(v);
-            if (!limits.contain(fSquare)) {
-                continue;
-            }
-            const size_t nRank = size_t(std::max(nRankI, selection.vecRank[size_t(vecStrong[j])]));
-            int64_t& nPlace = selection.bCut ? selection.vecOffset[nRank] : nEnd;
-            const double dfWeight = weakerIntensity(listPeak[vecStrong[i]].dfIPoint,
-                                                    listPeak[vecStrong[j]].dfIPoint);
-            for (const Vec3D& vecSigned : {v, -v}) {
-                if (nPlace >= selection.nCount) {
-                    break;
-                }
-                vecVector[nPlace++] = {vecSigned, double(std::sqrt(fSquare)), dfWeight};
-                ++nFilled;
-            }
-        }
-    }
-    progress.end();
-    return vecVector;
+    return vectorsOf(listPeak, limits, *ranked, report);
 }
 
 }  // namespace tessera

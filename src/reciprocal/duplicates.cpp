@@ -1,7 +1,7 @@
 #include "reciprocal/duplicates.h"
 
+#include "crystal/indexkey.h"
 #include "crystal/reflectionindices.h"
-#include "reciprocal/indexkey.h"
 
 #include <unordered_map>
 #include <vector>

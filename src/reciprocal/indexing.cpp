@@ -22,6 +22,8 @@
 #include <QFile>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace tessera {
 
@@ -92,6 +94,12 @@ bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
 void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, CRunReport& report,
                       CFileSet* pFiles)
 {
+    if (dataSet.m_strProjectDir.isEmpty()) {
+        // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
+        report.addMessage(QStringLiteral("No data set is open, so no result files are written."),
+                          Severity::Error);
+        return;
+    }
     const bool bNone = !holdsIndexed(listIndexed);
     if (bNone && !pFiles && !keepFormerResults(dataSet, report)) {
         return;
@@ -105,6 +113,74 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
         outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
                                          dataSet.m_strProjectName, report, pFiles);
     }
+}
+
+/// Whether there are a cell and reflections; if not, the log says what is missing.
+RunOutcome checkIndexable(const DataSet& dataSet, const QList<Peak3D>& listSelection, CRunReport& report)
+{
+    const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
+    if (!basis) {
+        return refuseRun(report, QStringLiteral("Unit cell is not ready."));
+    }
+    if (listSelection.isEmpty()) {
+        const QString strReason = QStringLiteral("No reflections to index.");
+        report.addMessage(QStringLiteral("%1> %2").arg(currentTimeStamp(), strReason), Severity::Info);
+        return {RunEnd::Refused, strReason};
+    }
+    if (!cellParameters(*basis)) {
+        return refuseRun(report, QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
+    }
+    return {};
+}
+
+/// The reflections with indices, sorted out and grouped; none when the run was stopped.
+std::optional<IndexingResult> indexSelection(const QList<Peak3D>& listSelection, const ReciprocalBasis& basis,
+                                             int nFrames, const IndexingParameters& parameters,
+                                             CRunReport& report)
+{
+    const float fThreshold = float(parameters.m_dfIndexThreshold);
+    IndexingResult result;
+    result.listSelection = listSelection;
+    if (!indexReflections(result.listSelection, basis, fThreshold, 1.f / 3.f, report)) {
+        return std::nullopt;
+    }
+    sortOut(result, fThreshold, nFrames, CBasisSolver(basis).isValid());
+    assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
+    return result;
+}
+
+void tellCell(const CellParameters& cell, CRunReport& report)
+{
+    report.addMessage(
+        QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")
+            .arg(currentTimeStamp())
+            .arg(cell.a, 6, 'f', 3)
+            .arg(cell.b, 6, 'f', 3)
+            .arg(cell.c, 6, 'f', 3)
+            .arg(cell.alpha, 6, 'f', 2)
+            .arg(cell.beta, 6, 'f', 2)
+            .arg(cell.gamma, 6, 'f', 2),
+        Severity::Info);
+}
+
+void tellCount(int nIndexed, int nSelected, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("%1> %L2 out of %L3 (%L4%) were indexed.")
+                          .arg(currentTimeStamp())
+                          .arg(nIndexed)
+                          .arg(nSelected)
+                          .arg(100.0 * nIndexed / nSelected, 6, 'f', 3),
+                      Severity::Info);
+}
+
+void tellRefinedCell(const QList<Peak3D>& listRounded, const CellParameters& cell, CRunReport& report)
+{
+    if (listRounded.size() < 7) {
+        report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
+                          Severity::Error);
+        return;
+    }
+    unitCellRefinement(listRounded, cell, report);
 }
 
 /// The share of reflections with indices says nothing of the cell, as they follow from neighbour to
@@ -140,37 +216,23 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
                            const std::function<void(const IndexingResult&)>& fnShow, CFileSet* pFiles)
 {
     IndexingResult result;
-    const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
-    if (!basis) {
-        result.outcome = refuseRun(report, QStringLiteral("Unit cell is not ready."));
+    const RunOutcome ready = checkIndexable(dataSet, listSelection, report);
+    if (!ready.finished()) {
+        result.outcome = ready;
         return result;
     }
-    if (listSelection.isEmpty()) {
-        const QString strReason = QStringLiteral("No reflections to index.");
-        report.addMessage(QStringLiteral("%1> %2").arg(currentTimeStamp(), strReason), Severity::Info);
-        result.outcome = {RunEnd::Refused, strReason};
-        return result;
-    }
-    const std::optional<CellParameters> cell = cellParameters(*basis);
-    if (!cell) {
-        result.outcome = refuseRun(report, QStringLiteral("Warning: co-planar reciprocal basis vectors!"));
-        return result;
-    }
+    const ReciprocalBasis basis = *cellInForce(dataSet);
+    const CellParameters cell = *cellParameters(basis);
     if (!report.goOn()) {
         return result;
     }
+    std::optional<IndexingResult> indexed = indexSelection(listSelection, basis, frameCount(dataSet),
+                                                           parameters, report);
+    if (!indexed || !report.goOn()) {
+        return result;
+    }
+    result = std::move(*indexed);
 
-    const float fThreshold = float(parameters.m_dfIndexThreshold);
-    result.listSelection = listSelection;
-    if (!indexReflections(result.listSelection, *basis, fThreshold, 1.f / 3.f, report)) {
-        return {};
-    }
-    sortOut(result, fThreshold, frameCount(dataSet), CBasisSolver(*basis).isValid());
-    assignReflectionGroups(result.listIndexed, parameters.m_nSpaceGroup, fThreshold, report);
-    if (!report.goOn()) {
-        return {};
-    }
-    // The filter of reflections outside the measured wedge (removeOutsiderReflections) has no reader here.
     buildIndexedPeaksOnFrame(dataSet, result.listIndexed, report);
     dataSet.m_listReflectionIndexed = result.listIndexed;
     dataSet.m_listCellIndexed = dataSet.m_listCell;
@@ -180,45 +242,18 @@ IndexingResult runIndexing(DataSet& dataSet, const QList<Peak3D>& listSelection,
     }
     if (parameters.m_bOutputIndexing) {
         outputIndexingResultsToWindow(result.listIndexed, report);
-    }
-    if (parameters.m_bOutputIndexing && dataSet.m_strProjectDir.isEmpty()) {
-        // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
-        report.addMessage(QStringLiteral("No data set is open, so no result files are written."),
-                          Severity::Error);
-    } else if (parameters.m_bOutputIndexing) {
         writeResultFiles(dataSet, result.listIndexed, report, pFiles);
     }
-    report.addMessage(
-        QStringLiteral("%1>Unit cell used for indexing: a=%L2 Å, b=%L3 Å, c=%L4 Å, α=%L5°, β=%L6°, γ=%L7°")
-            .arg(currentTimeStamp())
-            .arg(cell->a, 6, 'f', 3)
-            .arg(cell->b, 6, 'f', 3)
-            .arg(cell->c, 6, 'f', 3)
-            .arg(cell->alpha, 6, 'f', 2)
-            .arg(cell->beta, 6, 'f', 2)
-            .arg(cell->gamma, 6, 'f', 2),
-        Severity::Info);
-    const int nIndexed = result.listIndexed.size();
-    const int nSelected = result.listSelection.size();
-    report.addMessage(QStringLiteral("%1> %L2 out of %L3 (%L4%) were indexed.")
-                          .arg(currentTimeStamp())
-                          .arg(nIndexed)
-                          .arg(nSelected)
-                          .arg(100.0 * nIndexed / nSelected, 6, 'f', 3),
-                      Severity::Info);
-    tellFit(dataSet, *basis, report);
+    tellCell(cell, report);
+    tellCount(result.listIndexed.size(), result.listSelection.size(), report);
+    tellFit(dataSet, basis, report);
     if (parameters.m_bOutputStatistics) {
         outputReflectionStatistics(result.listIndexed, 0.0, report);
         testReflectionConditions(result.listIndexed, parameters.m_dfIndexThreshold, dataSet.m_spaceGroup,
                                  report);
     }
     if (parameters.m_bOutputRefinedCell) {
-        if (result.listRounded.size() < 7) {
-            report.addMessage(QStringLiteral("There aren't enough reflections for unit cell refinement."),
-                              Severity::Error);
-        } else {
-            unitCellRefinement(result.listRounded, *cell, report);
-        }
+        tellRefinedCell(result.listRounded, cell, report);
     }
     result.outcome = {};
     return result;

@@ -20,6 +20,7 @@ struct IntegratedPeak {
 /// All passages by h, k, l of the cell in force.
 class CIntegratedPeaks {
 public:
+    /// Adds a passage; a reflection may have several.
     void add(const std::array<int, 3>& anIndex, const IntegratedPeak& peak) { m_map.emplace(anIndex, peak); }
 
     /// The passage of a reflection that is nearest to a frame; null where there is none.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <optional>
 
 namespace tessera {
 
@@ -132,6 +133,75 @@ FnChainIsOver planeHasPassed(const DataSet& dataSet, const PeakMergingParameters
     };
 }
 
+/// What comes of the chains.
+struct MergedChains {
+    QList<Peak3D> listMerged;    ///< the reflections
+    QList<Peak3D> listShown;     ///< these and the peaks of streaks, in the order of the chains
+    QList<int> listStreakIndex;  ///< places of the streaks' peaks in listShown
+    int nPeaks = 0;              ///< peaks in all chains
+    int nNotPositive = 0;        ///< chains that gave nothing because no peak has a positive intensity
+};
+
+/// Merges the chains whose length lies within the limits, and takes those that are too long for streaks.
+MergedChains mergeChains(const QList<QList<Peak3D>>& listChain, const DataSet& dataSet,
+                         const PeakMergingParameters& parameters, CRunReport& report)
+{
+    const BeamCentres centres = beamCentres(dataSet);
+    const int nIntensityMode = parameters.m_bIntegrate2D ? 1 : 0;
+    const auto merge = parameters.m_bIntegrateThroughFrames ? mergeReflectionsLineIntegration
+                                                            : mergeReflectionsMax;
+    const double dfMax = parameters.m_dfMax3DLength * dataSet.m_dfPixelSize;
+    const double dfMin = parameters.m_dfMin2DLength * dataSet.m_dfPixelSize;
+    MergedChains result;
+    for (int nChain = 0; nChain < listChain.size(); ++nChain) {
+        const QList<Peak3D>& chain = listChain[nChain];
+        result.nPeaks += chain.size();
+        const double dfLength = double(length(chain.constFirst().point() - chain.constLast().point()));
+        if (dfMin <= dfLength && dfLength <= dfMax) {
+            Peak3D peakMerged;
+            if (merge(peakMerged, chain, centres, nIntensityMode)) {
+                peakMerged.nID = nChain;
+                result.listShown.append(peakMerged);
+                result.listMerged.append(peakMerged);
+            } else if (hasNoWeight(chain, parameters)) {
+                ++result.nNotPositive;
+            }
+        } else if (dfLength > dfMax) {
+            for (const Peak3D& peak : chain) {
+                Peak3D peakStreak = atRawPosition(peak, centres);
+                peakStreak.nID = nChain;
+                result.listStreakIndex.append(result.listShown.size());
+                result.listShown.append(peakStreak);
+            }
+        } else {
+            report.addMessage(QStringLiteral("Abnormal chain length: %1, min:%2").arg(dfLength).arg(dfMin),
+                              Severity::Info);
+        }
+    }
+    return result;
+}
+
+void tellMerging(const PeakMergingResult& result, int nChains, int nShown, CRunReport& report)
+{
+    if (result.nOutsideLimits > 0) {
+        report.addMessage(
+            QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
+                .arg(result.nOutsideLimits),
+            Severity::Info);
+    }
+    if (result.nNotPositive > 0) {
+        report.addMessage(
+            QStringLiteral("%1 chains were dropped, as no peak of theirs has a positive intensity.")
+                .arg(result.nNotPositive),
+            Severity::Info);
+    }
+    report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
+                          .arg(result.nPeaks)
+                          .arg(nChains)
+                          .arg(nShown),
+                      Severity::Info);
+}
+
 }  // namespace
 
 bool mergeReflectionsMax(Peak3D& peakOut, const QList<Peak3D>& listChain, const BeamCentres& centres,
@@ -194,74 +264,28 @@ PeakMergingResult peakReduction3D(DataSet& dataSet, const PeakMergingParameters&
         return result;
     }
 
-    QList<QList<Peak3D>> listChain;
-    if (!linkChains(workingLists(dataSet, pvecSelected), parameters.m_dfMax2DDistance,
-                    planeHasPassed(dataSet, parameters), listChain, report)) {
+    const std::optional<QList<QList<Peak3D>>> listChain = linkChains(
+        workingLists(dataSet, pvecSelected), parameters.m_dfMax2DDistance,
+        planeHasPassed(dataSet, parameters), report);
+    if (!listChain) {
         return result;
     }
 
-    const BeamCentres centres = beamCentres(dataSet);
     const int nIntensityMode = parameters.m_bIntegrate2D ? 1 : 0;
-    const double dfMax = parameters.m_dfMax3DLength * dataSet.m_dfPixelSize;
-    const double dfMin = parameters.m_dfMin2DLength * dataSet.m_dfPixelSize;
-    QList<Peak3D> listAll;
-    QList<Peak3D> listMerged;
-    for (int nChain = 0; nChain < listChain.size(); ++nChain) {
-        const QList<Peak3D>& chain = listChain[nChain];
-        result.nPeaks += chain.size();
-        const double dfLength = double(length(chain.constFirst().point() - chain.constLast().point()));
-        if (dfMin <= dfLength && dfLength <= dfMax) {
-            Peak3D peakMerged;
-            const bool bMerged = parameters.m_bIntegrateThroughFrames
-                                     ? mergeReflectionsLineIntegration(peakMerged, chain, centres,
-                                                                       nIntensityMode)
-                                     : mergeReflectionsMax(peakMerged, chain, centres, nIntensityMode);
-            if (bMerged) {
-                peakMerged.nID = nChain;
-                listAll.append(peakMerged);
-                listMerged.append(peakMerged);
-            } else if (hasNoWeight(chain, parameters)) {
-                ++result.nNotPositive;
-            }
-        } else if (dfLength > dfMax) {
-            for (const Peak3D& peak : chain) {
-                Peak3D peakStreak = atRawPosition(peak, centres);
-                peakStreak.nID = nChain;
-                result.listStreakIndex.append(listAll.size());
-                listAll.append(peakStreak);
-            }
-        } else {
-            report.addMessage(QStringLiteral("Abnormal chain length: %1, min:%2").arg(dfLength).arg(dfMin),
-                              Severity::Info);
-        }
-    }
-    fitIntensityProfileForSharpPeaks(listChain, dataSet.m_listBeamTiltBreak, nIntensityMode, listMerged,
-                                     nJobs);
-
-    dataSet.m_listPeakChain = listChain;
+    MergedChains merged = mergeChains(*listChain, dataSet, parameters, report);
+    fitIntensityProfileForSharpPeaks(*listChain, dataSet.m_listBeamTiltBreak, nIntensityMode,
+                                     merged.listMerged, nJobs);
+    dataSet.m_listPeakChain = *listChain;
     dataSet.m_nIntensityMode = nIntensityMode;
-    dataSet.m_listPeakMergedShown = listAll;
-    dataSet.m_listPeakMerged = listMerged;
+    dataSet.m_listPeakMergedShown = merged.listShown;
+    dataSet.m_listPeakMerged = merged.listMerged;
     noteMergedMade(dataSet, parameters);
     result.outcome = {};
+    result.listStreakIndex = merged.listStreakIndex;
+    result.nPeaks = merged.nPeaks;
+    result.nNotPositive = merged.nNotPositive;
     result.nOutsideLimits = std::max(0, countSelected(dataSet.m_listPeakFrame, pvecSelected) - result.nPeaks);
-    if (result.nOutsideLimits > 0) {
-        report.addMessage(
-            QStringLiteral("%1 peaks lie outside the intensity or resolution limits and were not merged.")
-                .arg(result.nOutsideLimits),
-            Severity::Info);
-    }
-    if (result.nNotPositive > 0) {
-        report.addMessage(
-            QStringLiteral("%1 chains were dropped, as no peak of theirs has a positive intensity.")
-                .arg(result.nNotPositive),
-            Severity::Info);
-    }
-    report.addMessage(QStringLiteral("%1 peaks in %2 chains found. %3 peaks remained after merging.")
-                          .arg(result.nPeaks)
-                          .arg(listChain.size())
-                          .arg(listAll.size()),
-                      Severity::Info);
+    tellMerging(result, listChain->size(), merged.listShown.size(), report);
     return result;
 }
 

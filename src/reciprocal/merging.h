@@ -1,4 +1,4 @@
-// Merging: linking the peaks of one reflection over the frames, and reducing each chain to one record.
+// Merging: each chain of the peaks of one reflection reduced to one record.
 #pragma once
 
 #include "dataset/dataset.h"

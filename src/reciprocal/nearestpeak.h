@@ -12,9 +12,10 @@ namespace tessera {
 /// x is rounded monotonously, so the strip loses nothing, however far the places spread.
 class CNearestPeak {
 public:
+    /// @param dfMaxDistance  pixels, or whatever the places are in
     explicit CNearestPeak(double dfMaxDistance) : m_dfMaxDistance(dfMaxDistance) {}
 
-    void clear() { m_vecPlace.clear(); }
+    void clear() { m_vecPlace.clear(); }  ///< forgets all places
     /// Adds a place under its number; a place that is not a number is never found.
     void add(double dfX, double dfY, int nNumber);
     /// To be called after the last add().

@@ -36,7 +36,8 @@ public:
     static std::optional<CPeakFilter> parse(const QString& strLine, const QVector<QString>& vecTitle,
                                             QString& strReason);
 
-    bool isEmpty() const { return m_vecTerm.empty(); }
+    bool isEmpty() const { return m_vecTerm.empty(); }  ///< without terms
+    /// Whether a row meets all conditions.
     bool passes(const CPeakTable& table, int nRow) const;
     /// passes() of all rows of a table.
     std::vector<char> rowsThatPass(const CPeakTable& table) const;

@@ -30,7 +30,7 @@ public:
     CPeakTable(const QList<Peak3D>& listPeak, const DataSet& dataSet, double dfIndexThreshold,
                const QLocale& locale, const std::shared_ptr<const CIntegratedPeaks>& pIntegrated = {});
 
-    int rowCount() const { return m_listPeak.size(); }
+    int rowCount() const { return m_listPeak.size(); }  ///< one for each reflection
     /// @param nRow     below rowCount()
     /// @param nColumn  below g_nPeakTableColumns
     QString text(int nRow, int nColumn) const;

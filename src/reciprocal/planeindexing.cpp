@@ -108,13 +108,6 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
     return true;
 }
 
-QList<PlaneGroup> sayStopped(CRunReport& report)
-{
-    report.addMessage(QStringLiteral("%1>2D indexing did not finish.").arg(currentTimeStamp()),
-                      Severity::Error);
-    return {};
-}
-
 // The rows so far as one message.
 void flush(QStringList& listRow, CRunReport& report)
 {
@@ -124,10 +117,8 @@ void flush(QStringList& listRow, CRunReport& report)
     listRow.clear();
 }
 
-}  // namespace
-
-QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelSize, double dfResolutionMax,
-                                 double dfBackgroundSize, CRunReport& report)
+// The places of the peaks within the limits of d*, shortest first.
+std::vector<QPointF> pointsOf(const QList<Peak3D>& listPeaks, double dfResolutionMax)
 {
     std::vector<QPointF> vecPoint;
     for (const Peak3D& peak : listPeaks) {
@@ -136,8 +127,74 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
             vecPoint.emplace_back(peak.dfX2D, peak.dfY2D);
         }
     }
-    report.addMessage(QStringLiteral("Total: %1 points.").arg(vecPoint.size()));
     sortByLength(vecPoint);
+    return vecPoint;
+}
+
+// The vectors between all pairs, shortest first.
+std::vector<QPointF> differencesOf(const std::vector<QPointF>& vecPoint)
+{
+    std::vector<QPointF> vecDifference;
+    for (std::size_t i = 0; i < vecPoint.size(); ++i) {
+        for (std::size_t j = i + 1; j < vecPoint.size(); ++j) {
+            vecDifference.push_back(vecPoint[j] - vecPoint[i]);
+        }
+    }
+    sortByLength(vecDifference);
+    return vecDifference;
+}
+
+// One row for each d* near a length (Å⁻¹).
+QStringList rowsOfMatches(double dfLength, const std::vector<CalculatedDStar>& vecCalculated)
+{
+    QStringList listRow;
+    for (const CalculatedDStar& c : vecCalculated) {
+        const double dfDifference = std::fabs(c.dfDStar - dfLength);
+        if (dfDifference < g_dfMatch * dfLength) {
+            listRow.append(QStringLiteral("  %1 %2 %3 %4 %5 %6")
+                               .arg(c.h, 6)
+                               .arg(c.k, 6)
+                               .arg(c.l, 6)
+                               .arg(c.dfDStar, 8, 'f', 4)
+                               .arg(reciprocalOf(c.dfDStar), 8, 'f', 3)
+                               .arg(dfDifference, 8, 'f', 3));
+        }
+    }
+    return listRow;
+}
+
+// The table of the groups. False when the run was stopped.
+bool tellGroups(const QList<PlaneGroup>& listGroup, const std::vector<CalculatedDStar>& vecCalculated,
+                double dfPixelSize, CRunReport& report)
+{
+    QStringList listRow;
+    qint64 nTotal = 0;
+    for (int n = 0; n < listGroup.size(); ++n) {
+        const QPointF pt = applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) *
+                           dfPixelSize;
+        listRow.append(vectorText(n + 1, pt, dfPixelSize) +
+                       QStringLiteral(" %1").arg(listGroup[n].nCount, 3));
+        listRow += rowsOfMatches(lengthOf(pt), vecCalculated);
+        nTotal += listGroup[n].nCount;
+        if (listRow.size() >= g_nRowsPerMessage) {
+            flush(listRow, report);
+        }
+        if (!report.goOn()) {
+            return false;
+        }
+    }
+    flush(listRow, report);
+    report.addMessage(QStringLiteral("Total: %1 occ.").arg(nTotal));
+    return true;
+}
+
+}  // namespace
+
+QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelSize, double dfResolutionMax,
+                                 double dfBackgroundSize, CRunReport& report)
+{
+    const std::vector<QPointF> vecPoint = pointsOf(listPeaks, dfResolutionMax);
+    report.addMessage(QStringLiteral("Total: %1 points.").arg(vecPoint.size()));
     QStringList listRow;
     for (std::size_t n = 0; n < vecPoint.size(); ++n) {
         listRow.append(vectorText(int(n) + 1, vecPoint[n], dfPixelSize));
@@ -155,48 +212,16 @@ QList<PlaneGroup> test2DIndexing(const QList<Peak3D>& listPeaks, double dfPixelS
                           Severity::Error);
         return {};
     }
-    std::vector<QPointF> vecDifference;
-    for (std::size_t i = 0; i < vecPoint.size(); ++i) {
-        for (std::size_t j = i + 1; j < vecPoint.size(); ++j) {
-            vecDifference.push_back(vecPoint[j] - vecPoint[i]);
-        }
-    }
+    const std::vector<QPointF> vecDifference = differencesOf(vecPoint);
     report.addMessage(QStringLiteral("Total: %1 difference vectors.").arg(vecDifference.size()));
-    sortByLength(vecDifference);
 
     QList<PlaneGroup> listGroup;
-    if (!groupVectors(vecDifference, dfBackgroundSize / 100, listGroup, report)) {
-        return sayStopped(report);
+    if (!groupVectors(vecDifference, dfBackgroundSize / 100, listGroup, report) ||
+        !tellGroups(listGroup, vecCalculated, dfPixelSize, report)) {
+        report.addMessage(QStringLiteral("%1>2D indexing did not finish.").arg(currentTimeStamp()),
+                          Severity::Error);
+        return {};
     }
-    qint64 nTotal = 0;
-    for (int n = 0; n < listGroup.size(); ++n) {
-        const QPointF pt = applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) *
-                           dfPixelSize;
-        listRow.append(vectorText(n + 1, pt, dfPixelSize) +
-                       QStringLiteral(" %1").arg(listGroup[n].nCount, 3));
-        const double dfLength = lengthOf(pt);
-        for (const CalculatedDStar& c : vecCalculated) {
-            const double dfDifference = std::fabs(c.dfDStar - dfLength);
-            if (dfDifference < g_dfMatch * dfLength) {
-                listRow.append(QStringLiteral("  %1 %2 %3 %4 %5 %6")
-                                   .arg(c.h, 6)
-                                   .arg(c.k, 6)
-                                   .arg(c.l, 6)
-                                   .arg(c.dfDStar, 8, 'f', 4)
-                                   .arg(reciprocalOf(c.dfDStar), 8, 'f', 3)
-                                   .arg(dfDifference, 8, 'f', 3));
-            }
-        }
-        nTotal += listGroup[n].nCount;
-        if (listRow.size() >= g_nRowsPerMessage) {
-            flush(listRow, report);
-        }
-        if (!report.goOn()) {
-            return sayStopped(report);
-        }
-    }
-    flush(listRow, report);
-    report.addMessage(QStringLiteral("Total: %1 occ.").arg(nTotal));
     return listGroup;
 }
 

@@ -4,6 +4,7 @@
 #include "geometry/rotationgeometry.h"
 #include "imagefiles/mrcwriter.h"
 #include "imaging/contrast.h"
+#include "imaging/imageview.h"
 #include "records/availablememory.h"
 
 #include <algorithm>
@@ -88,25 +89,33 @@ FlatBox flatBox(const Grid& grid, double dfPixelSize, double dfK, const CMatrix3
     return box;
 }
 
-/// Narrows [nFirst, nLast) to the places k where dfOffset + k·dfSlope can lie in the range.
-void narrowRun(const Range& range, double dfSlope, double dfOffset, double dfPixelSize, int& nFirst,
-               int& nLast)
+/// The places from nFirst to before nLast.
+struct Run {
+    int nFirst = 0, nLast = 0;
+
+    bool isEmpty() const { return nFirst >= nLast; }
+    int length() const { return nLast - nFirst; }
+};
+
+/// What is left of a run of the places k where dfOffset + k·dfSlope can lie in the range.
+Run narrowed(Run run, const Range& range, double dfSlope, double dfOffset, double dfPixelSize)
 {
     if (!(std::fabs(dfSlope) > 1e-6 * std::fabs(dfPixelSize))) {
-        const double dfSlack = std::fabs(dfPixelSize) + std::fabs(dfSlope) * nLast;
+        const double dfSlack = std::fabs(dfPixelSize) + std::fabs(dfSlope) * run.nLast;
         if (dfOffset < range.dfLow - dfSlack || dfOffset > range.dfHigh + dfSlack) {
-            nLast = nFirst;
+            run.nLast = run.nFirst;
         }
-        return;
+        return run;
     }
     const double dfA = (range.dfLow - dfOffset) / dfSlope, dfB = (range.dfHigh - dfOffset) / dfSlope;
     const double dfFirst = std::floor(std::min(dfA, dfB)) - 2, dfLast = std::ceil(std::max(dfA, dfB)) + 3;
-    if (dfFirst > nFirst) {
-        nFirst = dfFirst < nLast ? int(dfFirst) : nLast;
+    if (dfFirst > run.nFirst) {
+        run.nFirst = dfFirst < run.nLast ? int(dfFirst) : run.nLast;
     }
-    if (dfLast < nLast) {
-        nLast = dfLast > nFirst ? int(dfLast) : nFirst;
+    if (dfLast < run.nLast) {
+        run.nLast = dfLast > run.nFirst ? int(dfLast) : run.nFirst;
     }
+    return run;
 }
 
 /// A pattern's axis, column or row: what its places add to the two coordinates of the turned pattern.
@@ -123,10 +132,75 @@ struct Axis {
     }
 };
 
+/// How the pixels of a frame are gone through: in runs, side by side on lines, which are rows or columns.
+struct Raster {
+    Axis run, line;
+    double dfRunCentre;         ///< the direct beam along the runs
+    double dfSlopeX, dfSlopeY;  ///< what a step along a run adds to the coordinates of the turned pattern
+    std::ptrdiff_t nRunStep;    ///< from pixel to pixel along a run
+    std::ptrdiff_t nLineStep;   ///< from line to line
+
+    int runLength() const { return int(run.vecX.size()); }
+    int lineCount() const { return int(line.vecX.size()); }
+};
+
+/// Runs go along the frame's side that is nearer to the rotation axis: their voxels then lie side by side.
+Raster rasterAlongAxis(int nWidth, int nHeight, const QPointF& ptCenter, double dfPixelSize,
+                       const CMatrix3& matAxis)
+{
+    const auto axis = [&](int nColumn) {
+        return Axis(nColumn == 0 ? nWidth : nHeight, nColumn == 0 ? ptCenter.x() : ptCenter.y(), dfPixelSize,
+                    matAxis.at(0, nColumn), matAxis.at(1, nColumn));
+    };
+    if (std::fabs(matAxis.at(0, 0)) >= std::fabs(matAxis.at(0, 1))) {
+        return {
+            axis(0), axis(1), ptCenter.x(), dfPixelSize * matAxis.at(0, 0), dfPixelSize * matAxis.at(1, 0),
+            1,       nWidth};
+    }
+    return {axis(1), axis(0), ptCenter.y(), dfPixelSize * matAxis.at(0, 1), dfPixelSize * matAxis.at(1, 1),
+            nWidth,  1};
+}
+
 /// Voxel coordinates of a block of pixels, before truncation.
 struct Block {
     float afX[g_nBlock], afY[g_nBlock], afZ[g_nBlock];
 };
+
+/// The slices of a volume, to put pixels into.
+class CVoxels {
+public:
+    CVoxels(const QList<CImgObj<float>*>& listSlice, const Grid& grid) : m_grid(grid)
+    {
+        for (CImgObj<float>* pSlice : listSlice) {
+            m_vecSlice.push_back(viewOf(*pSlice));
+        }
+    }
+
+    /// Puts a pixel where it is greater than what is there. The coordinates are in voxels.
+    void put(float fPixel, float x, float y, float z) const
+    {
+        // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
+        if (!(fPixel > 0.f && x > -1.f && x < m_grid.fX && y > -1.f && y < m_grid.fY && z > -1.f &&
+              z < m_grid.fZ)) {
+            return;
+        }
+        float& fVoxel = m_vecSlice[int(z)].at(int(x), int(y));
+        if (fPixel > fVoxel) {
+            fVoxel = fPixel;
+        }
+    }
+
+private:
+    const Grid m_grid;
+    std::vector<ImageView<float>> m_vecSlice;
+};
+
+Grid gridOf(const QList<CImgObj<float>*>& listSlice)
+{
+    const float fX = float(listSlice.first()->Width()), fY = float(listSlice.first()->Height()),
+                fZ = float(listSlice.size());
+    return {fX * 0.5f, fY * 0.5f, fZ * 0.5f, fX, fY, fZ};
+}
 
 struct Mapper {
     double dfK, dfInverse, dfCos, dfMinusSin, dfSin, dfCos2;
@@ -216,8 +290,7 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
     }
     const CMatrix3 matTilt = rotationX(dfTilt);
     const double dfK = 1 / m_dfWavelength;
-    const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
-                fZ = float(m_listSlice.size());
+    const Grid grid = gridOf(m_listSlice);
     const Mapper mapper = {dfK,
                            1 / m_dfPixelSize,
                            matTilt.at(1, 1),
@@ -225,52 +298,28 @@ bool CReciprocalVolume::addFrame(const CImgObj<float>* pImage, const QPointF& pt
                            matTilt.at(2, 1),
                            matTilt.at(2, 2),
                            float(dfK),
-                           {fX * 0.5f, fY * 0.5f, fZ * 0.5f, fX, fY, fZ}};
-    const FlatBox box = flatBox(mapper.grid, m_dfPixelSize, dfK, matTilt);
-
-    // Runs go along the frame's side that is nearer to the rotation axis: their voxels then lie side by side.
-    const CMatrix3& matAxis = m_matRotationAxis;
-    const bool bRunsAlongX = std::fabs(matAxis.at(0, 0)) >= std::fabs(matAxis.at(0, 1));
-    const int nWidth = pImage->Width(), nHeight = pImage->Height();
-    const int nRunColumn = bRunsAlongX ? 0 : 1, nLineColumn = 1 - nRunColumn;
-    const double dfRunCentre = bRunsAlongX ? ptCenter.x() : ptCenter.y();
-    const Axis run(bRunsAlongX ? nWidth : nHeight, dfRunCentre, m_dfPixelSize, matAxis.at(0, nRunColumn),
-                   matAxis.at(1, nRunColumn));
-    const Axis line(bRunsAlongX ? nHeight : nWidth, bRunsAlongX ? ptCenter.y() : ptCenter.x(), m_dfPixelSize,
-                    matAxis.at(0, nLineColumn), matAxis.at(1, nLineColumn));
-    const double dfSlopeX = m_dfPixelSize * matAxis.at(0, nRunColumn);
-    const double dfSlopeY = m_dfPixelSize * matAxis.at(1, nRunColumn);
-    const std::ptrdiff_t nRunStep = bRunsAlongX ? 1 : nWidth, nLineStep = bRunsAlongX ? nWidth : 1;
-
-    std::vector<float*> vecSlice;
-    for (CImgObj<float>* pSlice : qAsConst(m_listSlice)) {
-        vecSlice.push_back(pSlice->Data());
-    }
-    const std::size_t nRow = std::size_t(m_listSlice.first()->Width());
-    const int nRuns = int(run.vecX.size()), nLines = int(line.vecX.size());
+                           grid};
+    const FlatBox box = flatBox(grid, m_dfPixelSize, dfK, matTilt);
+    const Raster raster = rasterAlongAxis(pImage->Width(), pImage->Height(), ptCenter, m_dfPixelSize,
+                                          m_matRotationAxis);
+    const CVoxels voxels(m_listSlice, grid);
     Block block;
-    for (int nBlock = 0; nBlock < nRuns; nBlock += g_nBlock) {
-        for (int nLine = 0; nLine < nLines; ++nLine) {
-            const double dfX = line.vecX[nLine], dfY = line.vecY[nLine];
-            int nFirst = nBlock, nLast = std::min(nBlock + g_nBlock, nRuns);
-            narrowRun(box.x, dfSlopeX, dfX - dfSlopeX * dfRunCentre, m_dfPixelSize, nFirst, nLast);
-            narrowRun(box.y, dfSlopeY, dfY - dfSlopeY * dfRunCentre, m_dfPixelSize, nFirst, nLast);
-            if (nFirst >= nLast) {
+    for (int nBlock = 0; nBlock < raster.runLength(); nBlock += g_nBlock) {
+        for (int nLine = 0; nLine < raster.lineCount(); ++nLine) {
+            const double dfX = raster.line.vecX[nLine], dfY = raster.line.vecY[nLine];
+            Run run = {nBlock, std::min(nBlock + g_nBlock, raster.runLength())};
+            run = narrowed(run, box.x, raster.dfSlopeX, dfX - raster.dfSlopeX * raster.dfRunCentre,
+                           m_dfPixelSize);
+            run = narrowed(run, box.y, raster.dfSlopeY, dfY - raster.dfSlopeY * raster.dfRunCentre,
+                           m_dfPixelSize);
+            if (run.isEmpty()) {
                 continue;
             }
-            mapper.map(run.vecX.data() + nFirst, run.vecY.data() + nFirst, dfX, dfY, nLast - nFirst, block);
-            const float* pPixel = pImage->Data() + nLine * nLineStep + nFirst * nRunStep;
-            for (int n = 0; n < nLast - nFirst; ++n, pPixel += nRunStep) {
-                const float x = block.afX[n], y = block.afY[n], z = block.afZ[n];
-                // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
-                if (!(*pPixel > 0.f && x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ)) {
-                    continue;
-                }
-                float& fVoxel =
-                    vecSlice[std::size_t(int(z))][std::size_t(int(y)) * nRow + std::size_t(int(x))];
-                if (*pPixel > fVoxel) {
-                    fVoxel = *pPixel;
-                }
+            mapper.map(raster.run.vecX.data() + run.nFirst, raster.run.vecY.data() + run.nFirst, dfX, dfY,
+                       run.length(), block);
+            const float* pPixel = pImage->Data() + nLine * raster.nLineStep + run.nFirst * raster.nRunStep;
+            for (int n = 0; n < run.length(); ++n, pPixel += raster.nRunStep) {
+                voxels.put(*pPixel, block.afX[n], block.afY[n], block.afZ[n]);
             }
         }
     }
@@ -282,8 +331,8 @@ void CReciprocalVolume::addDistortedFrame(const CImgObj<float>& image, const QPo
     const CMatrix3 matTilt = rotationAboutAxis(dfTilt, m_distortion.dfAxisOutOfPlane);
     const CPlaceCorrection correction({}, m_distortion);
     const double dfInverse = 1 / m_dfPixelSize;
-    const float fX = float(m_listSlice.first()->Width()), fY = float(m_listSlice.first()->Height()),
-                fZ = float(m_listSlice.size());
+    const Grid grid = gridOf(m_listSlice);
+    const CVoxels voxels(m_listSlice, grid);
     const float* pPixel = image.Data();
     for (int nRow = 0; nRow < image.Height(); ++nRow) {
         for (int nColumn = 0; nColumn < image.Width(); ++nColumn, ++pPixel) {
@@ -293,16 +342,9 @@ void CReciprocalVolume::addDistortedFrame(const CImgObj<float>& image, const QPo
             const QPointF pt = correction.undone({nColumn - ptCenter.x(), nRow - ptCenter.y()});
             const Vec3D vecFlat = {float(m_dfPixelSize * pt.x()), float(m_dfPixelSize * pt.y()), 0.f};
             const Vec3D v = rotated(matTilt, ewaldPoint(rotated(m_matRotationAxis, vecFlat), m_dfWavelength));
-            const float x = float(double(v.x) * dfInverse) + fX * 0.5f;
-            const float y = float(double(v.y) * dfInverse) + fY * 0.5f;
-            const float z = float(double(v.z) * dfInverse) + fZ * 0.5f;
-            if (!(x > -1.f && x < fX && y > -1.f && y < fY && z > -1.f && z < fZ)) {
-                continue;
-            }
-            CImgObj<float>* pSlice = m_listSlice[int(z)];
-            float& fVoxel =
-                pSlice->Data()[std::size_t(int(y)) * std::size_t(pSlice->Width()) + std::size_t(int(x))];
-            fVoxel = std::max(fVoxel, *pPixel);
+            voxels.put(*pPixel, float(double(v.x) * dfInverse) + grid.fHalfX,
+                       float(double(v.y) * dfInverse) + grid.fHalfY,
+                       float(double(v.z) * dfInverse) + grid.fHalfZ);
         }
     }
 }
@@ -329,7 +371,7 @@ bool CReciprocalVolume::saveScaled(const QString& strFileName, double dfLow, dou
         return false;
     }
     const int nX = m_listSlice.first()->Width(), nY = m_listSlice.first()->Height();
-    std::vector<unsigned char> vecByte(std::size_t(nX) * std::size_t(nY));
+    std::vector<unsigned char> vecByte(viewOf(*m_listSlice.first()).count());
     CImgObj<short> imgShort;
     CMrcWriter<short> writer;
     writer.open(strFileName, nX, nY, m_listSlice.size());

@@ -20,6 +20,7 @@ namespace tessera {
 /// slice iz.
 class CReciprocalVolume {
 public:
+    /// Without voxels; create() makes them.
     CReciprocalVolume() = default;
     ~CReciprocalVolume();
     CReciprocalVolume(const CReciprocalVolume&) = delete;
@@ -59,8 +60,8 @@ public:
     double m_dfWavelength = 0.0251;
     double m_dfPixelSize = 1.0;
     double m_dfRotationAxis = 0;
-    CMatrix3 m_matRotationAxis = CMatrix3::identity();
-    QList<CImgObj<float>*> m_listSlice;  ///< owned, all of one size
+    CMatrix3 m_matRotationAxis = CMatrix3::identity();  ///< of m_dfRotationAxis
+    QList<CImgObj<float>*> m_listSlice;                 ///< owned, all of one size
 
 private:
     void release();

@@ -1,9 +1,9 @@
 #include "reciprocal/reflectiongroups.h"
 
+#include "crystal/indexkey.h"
 #include "crystal/reflectionindices.h"
 #include "crystal/spacegroupoperations.h"
 #include "crystal/spacegrouptable.h"
-#include "reciprocal/indexkey.h"
 #include "records/progress.h"
 
 #include <algorithm>

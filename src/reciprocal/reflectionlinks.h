@@ -28,6 +28,7 @@ struct FrameSpot {
 class CReflectionLinks {
 public:
     CReflectionLinks() = default;  ///< of an empty data set
+    /// Of the lists of a series as they are now.
     explicit CReflectionLinks(const SeriesData& data);
 
     /// Whether peaks, chains and reflections of the data set are those that the links were made of.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -98,11 +99,12 @@ RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorre
                                   const BeamCentres& centres, double dfMax2DDistance, CRunReport& report)
 {
     RotationAxisTest test;
-    QList<QList<Peak3D>> listChain;
     const auto isOver = [](int nFrame, const Peak3D& peakLast) {
         return nFrame - peakLast.nFrame >= g_nChainGap;
     };
-    if (!linkChains(listPeakShiftCorrected, dfMax2DDistance, isOver, listChain, report)) {
+    const std::optional<QList<QList<Peak3D>>> listChain = linkChains(listPeakShiftCorrected, dfMax2DDistance,
+                                                                     isOver, report);
+    if (!listChain) {
         report.addMessage(QStringLiteral("%1>Rotation axis test did not finish.").arg(currentTimeStamp()),
                           Severity::Error);
         return test;
@@ -110,14 +112,14 @@ RotationAxisTest testRotationAxis(const QList<QList<Peak3D>>& listPeakShiftCorre
     for (const QList<Peak3D>& listPeak : listPeakShiftCorrected) {
         test.nPeaks += listPeak.size();
     }
-    test.nChains = listChain.size();
+    test.nChains = listChain->size();
     report.addMessage(QStringLiteral("TestRotationAxis: %L1 peaks in %L2 chains found. ")
                           .arg(test.nPeaks)
                           .arg(test.nChains));
     report.goOn();
-    addChainTable(listChain, centres, report);
-    scanAngles(listChain, test, report);
-    findNormals(listChain, test, report);
+    addChainTable(*listChain, centres, report);
+    scanAngles(*listChain, test, report);
+    findNormals(*listChain, test, report);
     test.bFinished = true;
     return test;
 }

@@ -14,6 +14,7 @@ class TableModel : public QAbstractTableModel {
 public:
     using Rows = QVector<QVector<QString>>;
 
+    /// Without rows and columns.
     explicit TableModel(QObject* pParent = nullptr);
     ~TableModel() override;
 
@@ -28,6 +29,7 @@ public:
     /// The same by a function of row and column, which is asked each time that a text is needed: of a long
     /// table, whose texts would fill the memory, few are ever seen.
     void setCells(int nRows, int nColumns, const std::function<QString(int nRow, int nColumn)>& fnText);
+    /// The titles of the columns, which are as many.
     void setHeader(const QVector<QString>& vecHeader);
     /// What the tool tips of the titles say.
     void setHeaderTips(const QVector<QString>& vecTip) { m_vecHeaderTip = vecTip; }

@@ -27,6 +27,7 @@ struct TiltGeometry {
 std::optional<double> calculatedTilt(const Peak3D& peak, const ReciprocalBasis& basis,
                                      const TiltGeometry& geometry);
 
+/// What a fit found beside the parameters.
 struct TiltFitResult {
     int nInfo = 0;
     int nEvaluations = 0;

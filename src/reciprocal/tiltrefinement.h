@@ -18,11 +18,12 @@ namespace tessera {
 
 constexpr double g_dfTiltWavelength = 0.0251;  ///< Å, of electrons of 200 kV
 
+/// How a refinement is done.
 struct TiltRefinementOptions {
     double dfWavelength = g_dfTiltWavelength;  ///< Å, of the calculated tilts
     QList<HKLRef> listExcluded;                ///< left out by rounded indices; the intensities don't count
-    QString strLatticeHost = latticeServiceHost();
-    double dfFunctionError = g_dfTiltFunctionError;
+    QString strLatticeHost = latticeServiceHost();   ///< of the link in the log
+    double dfFunctionError = g_dfTiltFunctionError;  ///< relative, for the steps of the fit
 };
 
 /// What a refinement found.
@@ -45,6 +46,7 @@ double wavelengthOfTilts(const DataSet& dataSet, CRunReport& report);
 /// The rows of the log that say a basis: "a* …", "b* …", "c* …".
 void addBasisLines(const ReciprocalBasis& basis, CRunReport& report);
 
+/// A basis of positive triple product.
 struct RightHandedCell {
     ReciprocalBasis basis;
     bool bExchanged = false;  ///< a* and b* were exchanged, and with them h and k must be

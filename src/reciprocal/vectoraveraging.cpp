@@ -6,6 +6,7 @@
 #include "reciprocal/vectorpiles.h"
 #include "records/progress.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <utility>
@@ -22,89 +23,101 @@ struct VectorPile {
     int nIndex = 0;  ///< of the vector, in the list sorted by d*
 };
 
-/// Marks the lighter of two neighbours as gone, walking from the shortest pile outwards.
-///
-/// For each pile the cubes around it are walked in step, so that its neighbours behind it come in ascending
-/// order as in the plain walk, until one of them is heavier.
-std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, float fTolerance)
-{
-    const int nCount = int(vecPile.size());
-    std::vector<Vec3D> vecPoint;
-    std::vector<double> vecDStar;
-    vecPoint.reserve(vecPile.size());
-    vecDStar.reserve(vecPile.size());
-    for (const VectorPile& pile : vecPile) {
-        vecPoint.push_back(pile.v);
-        vecDStar.push_back(pile.dfDStar);
-    }
-    const LengthWindow window = windowOnLengths(vecDStar, double(fTolerance) * 0.5);
-    const float fSquareLimit = fTolerance * fTolerance;
-    const CVectorGrid grid(vecPoint, cubeSide(fTolerance));
-    std::vector<char> vecGone(vecPoint.size(), 0);
-    // Where each cube's points behind the current pile and not gone begin; only moves forward.
-    std::vector<int> vecHead;
-    vecHead.reserve(size_t(grid.cellCount()));
-    for (int nCell = 0; nCell < grid.cellCount(); ++nCell) {
-        vecHead.push_back(grid.cell(nCell).nBegin);
+/// Finds the neighbours of one pile after the other.
+class CPileNeighbours {
+public:
+    /// vecPile: ascending by d*. Neighbours are not farther away than the tolerance (Å⁻¹), and less than half
+    /// of it longer.
+    CPileNeighbours(const std::vector<VectorPile>& vecPile, float fTolerance)
+        : m_vecPile(vecPile),
+          m_fSquareLimit(fTolerance * fTolerance),
+          m_window(windowOnLengths(lengthsOf(vecPile), double(fTolerance) * 0.5)),
+          m_grid(pointsOf(vecPile), cubeSide(fTolerance))
+    {}
+
+    /// The neighbours of a pile behind it in the list and not gone, ascending; none for a pile that is not
+    /// finite.
+    std::vector<int> behind(int nPile, const std::vector<char>& vecGone)
+    {
+        const int nCube = m_grid.cellOfPoint(nPile);
+        if (nCube < 0) {
+            return {};
+        }
+        if (nCube != m_nCubeOfRanges) {
+            m_grid.neighbours(nCube, m_vecRange);
+            m_nCubeOfRanges = nCube;
+        }
+        std::vector<int> vecNeighbour;
+        for (const CVectorGrid::Range& range : m_vecRange) {
+            for (int nCell = range.nBegin; nCell < range.nEnd; ++nCell) {
+                addFromCube(nPile, nCell, vecGone, vecNeighbour);
+            }
+        }
+        std::sort(vecNeighbour.begin(), vecNeighbour.end());
+        return vecNeighbour;
     }
 
-    std::vector<CVectorGrid::Range> vecRange;
-    struct Walk {
-        int nPlace, nEnd, nIndex;
-    };
-    std::vector<Walk> vecWalk;
-    int nNeighboursOf = -1;
-    for (int nA = 0; nA < nCount; ++nA) {
-        const int nCellA = grid.cellOfPoint(nA);
-        if (vecGone[nA] || nCellA < 0) {
+private:
+    static std::vector<double> lengthsOf(const std::vector<VectorPile>& vecPile)
+    {
+        std::vector<double> vecDStar;
+        vecDStar.reserve(vecPile.size());
+        for (const VectorPile& pile : vecPile) {
+            vecDStar.push_back(pile.dfDStar);
+        }
+        return vecDStar;
+    }
+
+    static std::vector<Vec3D> pointsOf(const std::vector<VectorPile>& vecPile)
+    {
+        std::vector<Vec3D> vecPoint;
+        vecPoint.reserve(vecPile.size());
+        for (const VectorPile& pile : vecPile) {
+            vecPoint.push_back(pile.v);
+        }
+        return vecPoint;
+    }
+
+    /// The points of a cube ascend, so those behind a pile follow each other.
+    void addFromCube(int nPile, int nCube, const std::vector<char>& vecGone,
+                     std::vector<int>& vecNeighbour) const
+    {
+        const CVectorGrid::Range cube = m_grid.cell(nCube);
+        const auto itEnd = m_grid.order().begin() + cube.nEnd;
+        const int nWindowEnd = m_window.vecEnd[nPile];
+        const Vec3D vecPoint = m_vecPile[nPile].v;
+        for (auto it = std::upper_bound(m_grid.order().begin() + cube.nBegin, itEnd, nPile);
+             it != itEnd && *it < nWindowEnd; ++it) {
+            if (!vecGone[*it] && squaredLength(vecPoint - m_vecPile[*it].v) <= m_fSquareLimit) {
+                vecNeighbour.push_back(*it);
+            }
+        }
+    }
+
+    const std::vector<VectorPile>& m_vecPile;
+    const float m_fSquareLimit;
+    const LengthWindow m_window;
+    const CVectorGrid m_grid;
+    std::vector<CVectorGrid::Range> m_vecRange;  ///< around the cube that was last asked for
+    int m_nCubeOfRanges = -1;
+};
+
+/// Marks the lighter of two neighbours as gone, walking from the shortest pile outwards; of equal weights the
+/// longer one.
+std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, float fTolerance)
+{
+    CPileNeighbours neighbours(vecPile, fTolerance);
+    std::vector<char> vecGone(vecPile.size(), 0);
+    for (size_t nPile = 0; nPile < vecPile.size(); ++nPile) {
+        if (vecGone[nPile]) {
             continue;
         }
-        if (nNeighboursOf != nCellA) {
-            grid.neighbours(nCellA, vecRange);
-        }
-        nNeighboursOf = nCellA;
-        const int nWindowEnd = window.vecEnd[nA];
-        vecWalk.clear();
-        const auto advance = [&](Walk& walk) {
-            while (walk.nPlace < walk.nEnd && vecGone[size_t(grid.order()[walk.nPlace])]) {
-                ++walk.nPlace;
+        for (const int nOther : neighbours.behind(int(nPile), vecGone)) {
+            if (vecPile[nOther].dfWeight > vecPile[nPile].dfWeight) {
+                vecGone[nPile] = 1;
+                break;
             }
-            walk.nIndex = walk.nPlace < walk.nEnd ? grid.order()[walk.nPlace] : nCount;
-        };
-        for (const CVectorGrid::Range& range : vecRange) {
-            for (int nCell = range.nBegin; nCell < range.nEnd; ++nCell) {
-                int& nHead = vecHead[nCell];
-                const int nEnd = grid.cell(nCell).nEnd;
-                while (nHead < nEnd && (grid.order()[nHead] <= nA || vecGone[size_t(grid.order()[nHead])])) {
-                    ++nHead;
-                }
-                Walk walk = {nHead, nEnd, nCount};
-                advance(walk);
-                if (walk.nIndex < nWindowEnd) {
-                    vecWalk.push_back(walk);
-                }
-            }
-        }
-        while (!vecWalk.empty()) {
-            size_t nNext = 0;
-            for (size_t n = 1; n < vecWalk.size(); ++n) {
-                if (vecWalk[n].nIndex < vecWalk[nNext].nIndex) {
-                    nNext = n;
-                }
-            }
-            const int nB = vecWalk[nNext].nIndex;
-            if (squaredLength(vecPoint[nA] - vecPoint[nB]) <= fSquareLimit) {
-                if (vecPile[nB].dfWeight > vecPile[nA].dfWeight) {
-                    vecGone[nA] = 1;
-                    break;
-                }
-                vecGone[nB] = 1;
-            }
-            ++vecWalk[nNext].nPlace;
-            advance(vecWalk[nNext]);
-            if (vecWalk[nNext].nIndex >= nWindowEnd) {
-                vecWalk.erase(vecWalk.begin() + ptrdiff_t(nNext));
-            }
+            vecGone[nOther] = 1;
         }
     }
     return vecGone;

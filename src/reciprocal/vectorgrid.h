@@ -17,6 +17,7 @@ namespace tessera {
 /// which keeps neighbours neighbours. Points that are not finite are in no cube.
 class CVectorGrid {
 public:
+    /// @param dfSide  of the cubes, Å⁻¹; what is not above 0 counts as 1
     CVectorGrid(const std::vector<Vec3D>& vecPoint, double dfSide);
 
     /// A cube's place in point order, or some cubes that follow each other.
@@ -25,7 +26,7 @@ public:
         int nEnd = 0;
     };
 
-    int cellCount() const { return int(m_vecCell.size()); }
+    int cellCount() const { return int(m_vecCell.size()); }  ///< cubes that hold points
     /// The points of a cube, as a range of order().
     Range cell(int nCell) const { return m_vecCell[nCell]; }
     /// Indices of the points, cube by cube, ascending within a cube.

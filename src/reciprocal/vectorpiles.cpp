@@ -1,6 +1,7 @@
 #include "reciprocal/vectorpiles.h"
 
 #include "imaging/sidebyside.h"
+#include "reciprocal/lanes.h"
 #include "reciprocal/lengthwindow.h"
 #include "reciprocal/vectorgrid.h"
 
@@ -18,10 +19,6 @@ namespace {
 // all pairs (i, j > i) within the window on lengths, which gives to each vector k the values of its
 // neighbours in ascending order, whichever side of k they lie on. The grid finds the same neighbours; they
 // are sorted and added in that order, eight vectors k side by side.
-constexpr int g_nLanes = 8;
-typedef float FloatLanes __attribute__((vector_size(4 * g_nLanes)));
-typedef int32_t IntLanes __attribute__((vector_size(4 * g_nLanes)));
-typedef double DoubleLanes __attribute__((vector_size(8 * g_nLanes)));
 
 /// What a vector adds to a neighbour.
 struct Contribution {
@@ -31,106 +28,50 @@ struct Contribution {
     int nIndex;  ///< place in the list sorted by d*
 };
 
-/// The sums of up to eight vectors: `pOwn[nLane]` starts each, and the candidates, ascending by index, are
-/// added where they lie within the tolerance and the lane's window.
+/// Eight vectors and their sums, side by side. A lane without a vector has an empty window.
+struct PileLanes {
+    float afX[g_nLanes] = {}, afY[g_nLanes] = {}, afZ[g_nLanes] = {};
+    float afSX[g_nLanes] = {}, afSY[g_nLanes] = {}, afSZ[g_nLanes] = {}, afWeight[g_nLanes] = {};
+    int anIndex[g_nLanes] = {}, anBegin[g_nLanes] = {}, anEnd[g_nLanes] = {};
+};
+
+/// Adds the candidates, ascending by index, to each of the sums that they concern: those of the vectors
+/// within the tolerance that have the candidate in their windows.
 ///
-/// A lane that a candidate does not concern adds −0, which changes no number, so that no lane branches.
-/// bFloatWeights: all weights are single-precision numbers, and then the sum in double, rounded, is the sum
-/// in single precision (rounding twice is innocent with more than twice the digits).
-template <bool bFloatWeights>
-__attribute__((always_inline)) inline void addLanes(const Contribution* pOwn, int nLanes,
-                                                    const Contribution* pCandidate,
-                                                    const Contribution* pCandidateEnd, float fSquareLimit,
-                                                    const LengthWindow& window, PileSum* pSum)
+/// The other lanes add −0, which changes no number, so that no lane branches. A weight is added in double
+/// precision and the sum rounded.
+TESSERA_WIDE_LANES void addCandidates(PileLanes& lanes, const Contribution* pCandidate,
+                                      const Contribution* pCandidateEnd, float fSquareLimit)
 {
-    FloatLanes laneX = {}, laneY = {}, laneZ = {}, laneSX = {}, laneSY = {}, laneSZ = {}, laneW = {};
-    IntLanes laneBegin = {}, laneEnd = {};
-    for (int n = 0; n < nLanes; ++n) {
-        laneX[n] = pOwn[n].fX;
-        laneY[n] = pOwn[n].fY;
-        laneZ[n] = pOwn[n].fZ;
-        laneSX[n] = pOwn[n].fSX;
-        laneSY[n] = pOwn[n].fSY;
-        laneSZ[n] = pOwn[n].fSZ;
-        laneW[n] = float(pOwn[n].dfWeight);
-        laneBegin[n] = window.vecBegin[size_t(pOwn[n].nIndex)];
-        laneEnd[n] = window.vecEnd[size_t(pOwn[n].nIndex)];
-    }
-    const IntLanes laneMinusZero = IntLanes{} + std::numeric_limits<int32_t>::min();
-    int nNextOwn = 0;
+    PileLanes sums = lanes;
     for (; pCandidate != pCandidateEnd; ++pCandidate) {
-        const Contribution& other = *pCandidate;
-        const FloatLanes laneDX = other.fX - laneX;
-        const FloatLanes laneDY = other.fY - laneY;
-        const FloatLanes laneDZ = other.fZ - laneZ;
-        const FloatLanes laneSquare = laneDX * laneDX + laneDY * laneDY + laneDZ * laneDZ;
-        IntLanes laneNear = (laneSquare <= fSquareLimit) & (laneBegin <= other.nIndex) &
-                            (laneEnd > other.nIndex);
-        if (nNextOwn < nLanes && pOwn[nNextOwn].nIndex == other.nIndex) {
-            laneNear[nNextOwn++] = 0;  // a vector is no neighbour of itself
-        }
-        const IntLanes laneFar = ~laneNear & laneMinusZero;
-        laneSX += (FloatLanes)(((IntLanes)(FloatLanes{} + other.fSX) & laneNear) | laneFar);
-        laneSY += (FloatLanes)(((IntLanes)(FloatLanes{} + other.fSY) & laneNear) | laneFar);
-        laneSZ += (FloatLanes)(((IntLanes)(FloatLanes{} + other.fSZ) & laneNear) | laneFar);
-        if (bFloatWeights) {
-            const float fWeight = float(other.dfWeight);
-            laneW += (FloatLanes)(((IntLanes)(FloatLanes{} + fWeight) & laneNear) | laneFar);
-        } else {
-            const DoubleLanes laneSum = __builtin_convertvector(laneW, DoubleLanes) + other.dfWeight;
-            const FloatLanes laneNewW = __builtin_convertvector(laneSum, FloatLanes);
-            laneW = (FloatLanes)(((IntLanes)laneNewW & laneNear) | ((IntLanes)laneW & ~laneNear));
+        const Contribution other = *pCandidate;
+        for (int n = 0; n < g_nLanes; ++n) {
+            const float fDX = other.fX - sums.afX[n];
+            const float fDY = other.fY - sums.afY[n];
+            const float fDZ = other.fZ - sums.afZ[n];
+            // A vector is no neighbour of itself.
+            const bool bNear = (fDX * fDX + fDY * fDY + fDZ * fDZ <= fSquareLimit) &
+                               (sums.anBegin[n] <= other.nIndex) & (other.nIndex < sums.anEnd[n]) &
+                               (other.nIndex != sums.anIndex[n]);
+            sums.afSX[n] += bNear ? other.fSX : -0.f;
+            sums.afSY[n] += bNear ? other.fSY : -0.f;
+            sums.afSZ[n] += bNear ? other.fSZ : -0.f;
+            sums.afWeight[n] = float(double(sums.afWeight[n]) + (bNear ? other.dfWeight : -0.0));
         }
     }
-    for (int n = 0; n < nLanes; ++n) {
-        pSum[n] = {laneSX[n], laneSY[n], laneSZ[n], laneW[n]};
-    }
-}
-
-using AddLanes = void (*)(const Contribution*, int, const Contribution*, const Contribution*, float,
-                          const LengthWindow&, PileSum*);
-
-template <bool bFloatWeights>
-void addLanesPlain(const Contribution* pOwn, int nLanes, const Contribution* pBegin, const Contribution* pEnd,
-                   float fSquareLimit, const LengthWindow& window, PileSum* pSum)
-{
-    addLanes<bFloatWeights>(pOwn, nLanes, pBegin, pEnd, fSquareLimit, window, pSum);
-}
-
-#if defined(__x86_64__)
-// The same operations with wider registers; no fused multiply-add, so the numbers are the same.
-template <bool bFloatWeights>
-__attribute__((target("avx2"))) void addLanesWide(const Contribution* pOwn, int nLanes,
-                                                  const Contribution* pBegin, const Contribution* pEnd,
-                                                  float fSquareLimit, const LengthWindow& window,
-                                                  PileSum* pSum)
-{
-    addLanes<bFloatWeights>(pOwn, nLanes, pBegin, pEnd, fSquareLimit, window, pSum);
-}
-#endif
-
-template <bool bFloatWeights>
-AddLanes chosenAddLanes()
-{
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2")) {
-        return addLanesWide<bFloatWeights>;
-#endif
-    }
-    return addLanesPlain<bFloatWeights>;
+    lanes = sums;
 }
 
 /// Sums pile by pile for one thread: the buffers are its own.
 class CPileWorker {
 public:
     CPileWorker(const CVectorGrid& grid, const std::vector<Contribution>& vecByCube,
-                const LengthWindow& window, float fSquareLimit, AddLanes pAddLanes,
-                std::vector<PileSum>& vecSum)
+                const LengthWindow& window, float fSquareLimit, std::vector<PileSum>& vecSum)
         : m_grid(grid),
           m_vecByCube(vecByCube),
           m_window(window),
           m_fSquareLimit(fSquareLimit),
-          m_pAddLanes(pAddLanes),
           m_vecSum(vecSum)
     {}
 
@@ -145,13 +86,13 @@ public:
 
 private:
     void takeCandidates(const CVectorGrid::Range& own);
+    PileLanes lanesOf(const Contribution* pOwn, int nLanes) const;
     void sumCube(const CVectorGrid::Range& own);
 
     const CVectorGrid& m_grid;
     const std::vector<Contribution>& m_vecByCube;
     const LengthWindow& m_window;
     const float m_fSquareLimit;
-    const AddLanes m_pAddLanes;
     std::vector<PileSum>& m_vecSum;
     std::vector<CVectorGrid::Range> m_vecRange;
     std::vector<uint64_t> m_vecKey;  ///< index in the list above the place among the cubes
@@ -189,6 +130,25 @@ void CPileWorker::takeCandidates(const CVectorGrid::Range& own)
     }
 }
 
+/// Some vectors of a cube, each with itself in its sums.
+PileLanes CPileWorker::lanesOf(const Contribution* pOwn, int nLanes) const
+{
+    PileLanes lanes;
+    for (int n = 0; n < nLanes; ++n) {
+        lanes.afX[n] = pOwn[n].fX;
+        lanes.afY[n] = pOwn[n].fY;
+        lanes.afZ[n] = pOwn[n].fZ;
+        lanes.afSX[n] = pOwn[n].fSX;
+        lanes.afSY[n] = pOwn[n].fSY;
+        lanes.afSZ[n] = pOwn[n].fSZ;
+        lanes.afWeight[n] = float(pOwn[n].dfWeight);
+        lanes.anIndex[n] = pOwn[n].nIndex;
+        lanes.anBegin[n] = m_window.vecBegin[pOwn[n].nIndex];
+        lanes.anEnd[n] = m_window.vecEnd[pOwn[n].nIndex];
+    }
+    return lanes;
+}
+
 void CPileWorker::sumCube(const CVectorGrid::Range& own)
 {
     takeCandidates(own);
@@ -199,14 +159,14 @@ void CPileWorker::sumCube(const CVectorGrid::Range& own)
         const int nLanes = std::min(g_nLanes, own.nEnd - nFirst);
         const Contribution* const pOwn = m_vecByCube.data() + nFirst;
         // Ascending indices: the first lane's window begins first and the last lane's ends last.
-        const Contribution* const pBegin = std::lower_bound(
-            pCandidates, pCandidatesEnd, m_window.vecBegin[size_t(pOwn[0].nIndex)], isBefore);
-        const Contribution* const pEnd = std::lower_bound(
-            pBegin, pCandidatesEnd, m_window.vecEnd[size_t(pOwn[nLanes - 1].nIndex)], isBefore);
-        PileSum aSum[g_nLanes];
-        m_pAddLanes(pOwn, nLanes, pBegin, pEnd, m_fSquareLimit, m_window, aSum);
+        const Contribution* const pBegin = std::lower_bound(pCandidates, pCandidatesEnd,
+                                                            m_window.vecBegin[pOwn[0].nIndex], isBefore);
+        const Contribution* const pEnd = std::lower_bound(pBegin, pCandidatesEnd,
+                                                          m_window.vecEnd[pOwn[nLanes - 1].nIndex], isBefore);
+        PileLanes lanes = lanesOf(pOwn, nLanes);
+        addCandidates(lanes, pBegin, pEnd, m_fSquareLimit);
         for (int n = 0; n < nLanes; ++n) {
-            m_vecSum[size_t(pOwn[n].nIndex)] = aSum[n];
+            m_vecSum[pOwn[n].nIndex] = {lanes.afSX[n], lanes.afSY[n], lanes.afSZ[n], lanes.afWeight[n]};
         }
     }
 }
@@ -231,7 +191,6 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
     vecDStar.reserve(vecVector.size());
     vecSum.clear();
     vecSum.reserve(vecVector.size());
-    bool bFloatWeights = true;
     for (int n = 0; n < nCount; ++n) {
         const DifferenceVector& vector = vecVector[n];
         const Vec3D vecWeighted = scaledDouble(vector.v, vector.dfWeight);
@@ -239,10 +198,8 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
                           vector.dfWeight, n});
         vecPoint.push_back(vector.v);
         vecDStar.push_back(vector.dfDStar);
-        bFloatWeights = bFloatWeights && double(float(vector.dfWeight)) == vector.dfWeight;
         vecSum.push_back({vecWeighted.x, vecWeighted.y, vecWeighted.z, float(vector.dfWeight)});
     }
-    const AddLanes pAddLanes = bFloatWeights ? chosenAddLanes<true>() : chosenAddLanes<false>();
     const LengthWindow window = windowOnLengths(vecDStar, double(fTolerance) * 0.5);
     const CVectorGrid grid(vecPoint, cubeSide(fTolerance));
     std::vector<Contribution> vecByCube;
@@ -253,7 +210,7 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
     std::atomic<int> nDone{0};
     const auto makeWorker = [&]() -> FnPiece {
         const auto pWorker = std::make_shared<CPileWorker>(grid, vecByCube, window, fTolerance * fTolerance,
-                                                           pAddLanes, vecSum);
+                                                           vecSum);
         return [&, pWorker](int nPiece) {
             const int nFirst = nPiece * nCubesOfPiece;
             const int nEnd = std::min(nFirst + nCubesOfPiece, grid.cellCount());

@@ -9,6 +9,7 @@
 
 namespace tessera {
 
+/// How large the volume is, and what its voxels say.
 struct VolumeExportParameters {
     int nEdge = 500;           ///< voxels along each side
     bool bScaled = false;      ///< 0 to 255 between the contrast limits, instead of the pixel values
