@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-// From this size on a block is kept and may have huge pages; malloc has smaller ones at hand.
+// Blocks from this size on are kept and may get huge pages; malloc serves smaller ones well.
 constexpr std::size_t g_nLarge = std::size_t(4) << 20;
 // In front of a large block: room for its Front, and whole pages, so that the pixels begin one.
 constexpr std::size_t g_nFront = 4096;
@@ -50,8 +50,8 @@ void* allocateLarge(std::size_t nBytes)
         return nullptr;
 #ifdef MADV_HUGEPAGE
     }
-    // One page for 2 MB: five hundred times fewer faults, and no misses of the processor's table of pages
-    // where a transform goes down the columns. Without such pages all is as it was.
+    // A page of 2 MB means five hundred times fewer page faults, and no misses of the translation buffer when
+    // a transform goes down the columns. Where there are no such pages the call does nothing.
     madvise(pBlock + g_nFront, nBytes / g_nFront * g_nFront, MADV_HUGEPAGE);
 #endif
     return pBlock + g_nFront;
@@ -125,7 +125,7 @@ void* takeImageMemory(std::size_t nBytes)
         pMemory = allocateLarge(nBytes);
     }
     if (!pMemory && t_pMemory) {
-        t_pMemory->clear();  // what is kept is of other sizes
+        t_pMemory->clear();  // the kept blocks have other sizes
         pMemory = allocateLarge(nBytes);
     }
     if (!pMemory) {

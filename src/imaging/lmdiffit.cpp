@@ -26,7 +26,7 @@ int CLmdifFit::Run(Residuals pResiduals, int m, std::vector<double>& vecPara, vo
     m_vecStdErr.assign(nPara, dfInfinity);
     m_vecCovariance.assign(nPara * nPara, dfInfinity);
     if (m < n) {
-        return 0;  // lmdif's own answer to it
+        return 0;  // as lmdif itself answers
     }
 
     const std::size_t nRow = std::size_t(m);

@@ -13,8 +13,8 @@ namespace tessera {
 namespace {
 
 constexpr int g_nBytes = 256;
-// The exponent of a float and eight bits of its mantissa: of 1 + x, as finely as a byte of its logarithm for
-// ranges from a count on.
+// The bucket of 1 + x by the exponent of the float and eight bits of its mantissa. For ranges of one count
+// and more that is as fine as a byte of the logarithm.
 constexpr int g_nDroppedBits = 15;
 
 std::uint32_t bucketOf(float fOnePlus)
@@ -43,7 +43,7 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
         std::fill_n(pTarget, std::max(n, 0), static_cast<unsigned char>(0));
         return 1;
     }
-    // Where each byte begins, above fLow; what comes behind the last never does.
+    // The smallest value above fLow that gives each byte; never reached behind the last one.
     const double dfScale = std::log1p(double(fHigh) - double(fLow)) / (g_nBytes - 1);
     std::array<float, g_nBytes + 1> aBegin;
     for (int i = 0; i < g_nBytes; ++i) {
@@ -54,7 +54,7 @@ int FloatToByteLog(const float* pSource, unsigned char* pTarget, int n, float fL
 
     const std::uint32_t nFirst = bucketOf(1.f);
     const std::uint32_t nLast = bucketOf(1.f + (fHigh - fLow));
-    std::vector<unsigned char> vecByte(nLast - nFirst + 1);  // the byte that the lower end of a bucket has
+    std::vector<unsigned char> vecByte(nLast - nFirst + 1);  // the byte of the lower end of each bucket
     for (std::uint32_t i = 0; i < vecByte.size(); ++i) {
         const float f = floatOf(nFirst + i) - 1.f;
         const auto it = std::upper_bound(aBegin.begin(), aBegin.begin() + g_nBytes, f);

@@ -26,7 +26,8 @@ std::size_t firstMaximum(const float* pData, std::size_t nCount)
     if (nBest == nCount) {
         return 0;
     }
-    // Run after run: whether one holds a new maximum is told without branches, its place only then.
+    // Run by run: a loop without branches finds whether a run has a new maximum, and only then its place is
+    // looked for.
     constexpr std::size_t nRun = 64;
     float fBest = pData[nBest];
     for (std::size_t nStart = nBest + 1; nStart < nCount; nStart += nRun) {

@@ -8,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nSamples = 200000;  // a few milliseconds to count
+constexpr int g_nSamples = 200000;  // are counted within a few milliseconds
 constexpr double g_dfTwoDecades = 100;
 constexpr double g_dfLeastUnit = 1e-6;  // of the axis, where half of the samples are the same
 

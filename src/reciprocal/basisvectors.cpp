@@ -30,7 +30,7 @@ QList<Vec3D> findBasisVectors(const QList<Peak3D>& listVector)
     }
     listBasis.append(vecB);
     if (!bFound) {
-        return listBasis;  // all along one line; the last one tried stands
+        return listBasis;  // all vectors lie along one line; the list ends with the last one tried
     }
 
     const Vec3D vecNormal = cross(vecA, vecB);

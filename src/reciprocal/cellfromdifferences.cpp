@@ -183,7 +183,7 @@ private:
     const Peak3D& first(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nFirst]; }
     const Peak3D& second(const PeakPairPlace& place) const { return m_vecPeak[place.nList][place.nSecond]; }
 
-    // What undoing the distortions beside the stretching moves a peak by.
+    // By how much a peak moves when the distortions other than the stretching are undone.
     QPointF displacement(const Peak3D& peak) const
     {
         const QPointF pt = QPointF(peak.dfX2D, peak.dfY2D) - frameCentre(m_centres, peak.nFrame);
@@ -247,8 +247,8 @@ private:
         table.text("\n");
     }
 
-    // How far the peak was moved when it was measured anew, and the standard errors of its place, which stand
-    // where the point of reciprocal space stood; returns the error of both coordinates together.
+    // How far the new measurement moved the peak, and the standard errors of its position, which fX3D and
+    // fY3D hold at this stage. Returns the error of both coordinates together.
     double addShiftAndErrors(CNumberText& table, const Peak3D& peak)
     {
         const double dfX = double(peak.fX3D), dfY = double(peak.fY3D);
@@ -280,7 +280,8 @@ private:
     const RefinementParameters& m_parameters;
     CRunReport& m_report;
     BeamCentres m_centres;
-    CPlaceCorrection m_correction;  // without the stretching, which goes by the difference
+    CPlaceCorrection
+        m_correction;  // without the stretching, which is undone by the direction of the difference
     std::vector<Difference> m_vecDifference;
     CCrystalParaCal m_cell;
     CCrystalParaCal m_cellReference;

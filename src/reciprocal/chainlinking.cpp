@@ -33,7 +33,7 @@ std::optional<QList<QList<Peak3D>>> linkChains(const QList<QList<Peak3D>>& listP
         }
         vecOpen.resize(nStillOpen);
 
-        // Last peaks as they are before this frame: what joins or begins a chain now is no target yet.
+        // The last peaks before this frame: a peak of this frame must not join another one of this frame.
         nearest.clear();
         for (size_t n = 0; n < vecOpen.size(); ++n) {
             nearest.add(vecOpen[n].constLast().dfX2D, vecOpen[n].constLast().dfY2D, int(n));

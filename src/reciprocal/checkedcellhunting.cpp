@@ -14,8 +14,9 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfEnough = 0.5;    // share of the reflections
-constexpr double g_dfShorter = 0.95;  // of the edge that the vector to leave out stands for
+constexpr double g_dfEnough = 0.5;  // of the reflections have to be indexed
+constexpr double g_dfShorter =
+    0.95;  // times the edge of the shortest vector: an upper limit that leaves this vector out
 constexpr int g_nMostSearches = 10;
 constexpr float g_fRadius = 1.f / 3;  // Å⁻¹, as in the indexing
 

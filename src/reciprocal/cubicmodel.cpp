@@ -75,7 +75,7 @@ ReciprocalBasis cubicBasis(double dfTheta, double dfPhi, double dfPsi, double df
     const double dfSinP = std::sin(dfPhi), dfCosP = std::cos(dfPhi);
     const double aAxis[3] = {dfSinT * dfCosP, dfSinT * dfSinP, dfCosT};
     const double aB[3] = {dfCosT * dfCosP, dfCosT * dfSinP, -dfSinT};
-    // b₀ is perpendicular to the axis, so of Rodrigues' formula b₀·cos ψ + (axis × b₀)·sin ψ remains.
+    // b₀ is perpendicular to the axis, so that Rodrigues' formula becomes b₀·cos ψ + (axis × b₀)·sin ψ.
     const double dfCos = std::cos(dfPsi), dfSin = std::sin(dfPsi);
     const double aCross[3] = {aAxis[1] * aB[2] - aAxis[2] * aB[1], aAxis[2] * aB[0] - aAxis[0] * aB[2],
                               aAxis[0] * aB[1] - aAxis[1] * aB[0]};

@@ -8,14 +8,14 @@ namespace tessera {
 
 namespace {
 
-// Of a triple and its negative the one whose first number that isn't 0 is above 0.
+// Returns the triple or its negative, whichever has a positive first number that isn't 0.
 IndexKey withoutSign(const IndexKey& key)
 {
     for (int n : key) {
         if (n > 0) {
             break;
         }
-        if (n < 0) {  // by unsigned numbers, as the least int has no negative
+        if (n < 0) {  // in unsigned numbers, as the negative of the least int is no int
             return {int(0u - unsigned(key[0])), int(0u - unsigned(key[1])), int(0u - unsigned(key[2]))};
         }
     }

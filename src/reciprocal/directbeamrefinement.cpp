@@ -18,7 +18,7 @@ namespace tessera {
 namespace {
 
 constexpr int g_nParam = 6;
-constexpr int g_nPairsPerLook = 4096;  // between two looks whether to go on
+constexpr int g_nPairsPerLook = 4096;  // between two calls of goOn()
 
 Peak3D differenceRecord(const PeakPair& pair, double dfAmplitude, double dfAzimuth, double dfPixelSize)
 {

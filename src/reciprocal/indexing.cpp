@@ -33,7 +33,7 @@ namespace {
 void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisValid)
 {
     for (const Peak3D& peak : qAsConst(result.listSelection)) {
-        // Without a valid basis the indices are none, whatever numbers stand there.
+        // Without a valid basis nothing was indexed, whatever dfH, dfK and dfL are.
         if (!bBasisValid || !isCloseToInteger(peak, fThreshold)) {
             result.listUnindexedID.append(peak.nID);
         } else if ((peak.nFrame == 0 && nFrames > 2) || (peak.nFrame == nFrames - 1 && nFrames >= 3)) {
@@ -52,7 +52,7 @@ void sortOut(IndexingResult& result, float fThreshold, int nFrames, bool bBasisV
     }
 }
 
-/// Sees to it that an indexing without a reflection costs no files that hold some.
+/// Keeps copies of former result files with reflections before files without any replace them.
 /// @return false if the former files are to stay in their places
 bool keepFormerResults(const DataSet& dataSet, CRunReport& report)
 {
@@ -95,7 +95,7 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
                       CFileSet* pFiles)
 {
     if (dataSet.m_strProjectDir.isEmpty()) {
-        // Reflections of a list that was loaded for a look, with a cell that was loaded or set by hand.
+        // The reflections are of a list that was loaded alone, the cell was loaded or set by hand.
         report.addMessage(QStringLiteral("No data set is open, so no result files are written."),
                           Severity::Error);
         return;
@@ -106,8 +106,8 @@ void writeResultFiles(const DataSet& dataSet, const QList<Peak3D>& listIndexed, 
     }
     outputIndexingResultsToFile(listIndexed, cellInForce(dataSet), dataSet.m_listOverallTilt,
                                 dataSet.m_strProjectDir, dataSet.m_strProjectName, report, pFiles);
-    // The list of a former run stays on disk where there is none and none could be made, and where this run
-    // has not made it.
+    // The list of a former run stays on disk without chains and indexed peaks, as none can be made then, and
+    // where this run has indexed nothing.
     const bool bAnyList = !dataSet.m_listPeakChain.isEmpty() || !dataSet.m_vecPeakIndexedOnFrame.isEmpty();
     if (bAnyList && !(bNone && QFile::exists(fileOfProject(dataSet, ResultFile::IndexedPeaks)))) {
         outputIndexedReflectionsOnFrames(dataSet.m_vecPeakIndexedOnFrame, dataSet.m_strProjectDir,
@@ -183,8 +183,8 @@ void tellRefinedCell(const QList<Peak3D>& listRounded, const CellParameters& cel
     unitCellRefinement(listRounded, cell, report);
 }
 
-/// The share of reflections with indices says nothing of the cell, as they follow from neighbour to
-/// neighbour; so the peaks of the frames are divided by it one by one.
+/// Says how many peaks of the frames lie on the lattice when each is divided by the cell by itself. The share
+/// of indexed reflections is no measure of the cell, as indices spread from neighbour to neighbour.
 void tellFit(const DataSet& dataSet, const ReciprocalBasis& basis, CRunReport& report)
 {
     const LatticePoints listPoint = latticePoints(dataSet);

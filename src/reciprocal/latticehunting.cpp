@@ -16,14 +16,15 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfEnough = 0.5;       // honest share that needs no search in other ranges
+constexpr double g_dfEnough = 0.5;       // with this share on the lattice no search in other ranges is needed
 constexpr double g_dfAboutEqual = 0.95;  // of two shares
-// Of more reflections one search takes some ten seconds; no crystal gives as many, noise and spots that were
-// hunted again and again do, and the directions search anyway.
+// With more reflections one search takes some ten seconds. Only noise, or spots that were hunted again and
+// again, give as many, and the search over directions does without them.
 constexpr int g_nMostRepeated = 50000;
 constexpr double g_dfMuchLarger = 1.5;  // of two volumes: a supercell has at least twice that of its cell
 
-/// Of a search whose cell is not yet the one: passes on all but the cell in words and what failed.
+/// The report of a search whose cell may not be the final one: passes on all but the text of the cell and
+/// errors.
 class CCandidateReport : public CRunReport {
 public:
     explicit CCandidateReport(CRunReport& report) : m_report(report) {}
@@ -82,7 +83,7 @@ std::optional<LatticeCandidate> candidateOfDirections(const LatticePoints& listP
     std::optional<LatticeCandidate> best;
     for (const double dfFactor : {1.0, 2.0, 0.5}) {
         if (dfFactor > 1 && !range.m_bAutoRange) {
-            continue;  // a longest edge that was given is one
+            continue;  // the user has given the longest edge
         }
         DirectionSearchOptions options;
         options.dfShortest = range.m_dfCellRangeMin;

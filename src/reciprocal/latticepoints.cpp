@@ -10,7 +10,8 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfBeamRadius = 8;  // pixels: the halo of the direct beam, where no spot is told from it
+constexpr double g_dfBeamRadius =
+    8;  // pixels: inside it no spot can be told from the halo of the direct beam
 constexpr std::size_t g_nShells = 20;
 constexpr std::size_t g_nLeastDistances = 10;
 constexpr double g_dfMargin = 1.5;
@@ -31,7 +32,7 @@ Eigen::Vector3d pointOf(const Peak3D& peak)
 /// The points of each frame or list in turn, with the distance of each from its nearest neighbour.
 void appendDistances(LatticePoints listPoint, std::vector<double>& vecDistance)
 {
-    // In order of x only neighbours within the smallest distance so far are to be looked at.
+    // Sorted by x, so that only neighbours within the smallest distance so far have to be looked at.
     std::sort(listPoint.begin(), listPoint.end(),
               [](const Eigen::Vector3d& a, const Eigen::Vector3d& b) { return a.x() < b.x(); });
     const int nCount = int(listPoint.size());
@@ -50,7 +51,7 @@ void appendDistances(LatticePoints listPoint, std::vector<double>& vecDistance)
     }
 }
 
-/// The distance that a twentieth of all fall short of; none of too few.
+/// The distance that 5 % of all distances are below; none for too few.
 std::optional<double> closeDistance(std::vector<double> vecDistance)
 {
     if (vecDistance.size() < g_nLeastDistances) {

@@ -67,7 +67,7 @@ void mapPeak(Peak3D& peak, const QPointF& ptCentre, const CMatrix3& matrixAxis, 
                                    ewaldPoint(rotated(matrixAxis, vecFlat), dataSet.m_dfWavelength));
     peak.setPoint(vecPoint);
     peak.dfDStar = double(length(vecPoint));
-    peak.setHKL(0, 0, 0);  // indices of an earlier geometry mean nothing now
+    peak.setHKL(0, 0, 0);  // former indices were of the former geometry
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
 bool hasNoWeight(const QList<Peak3D>& listChain, const PeakMergingParameters& parameters)
 {
     if (parameters.m_bIntegrateThroughFrames && listChain.size() < 2) {
-        return false;  // for this one peak is too few
+        return false;  // an integral needs two peaks
     }
     const int nMode = parameters.m_bIntegrate2D && !parameters.m_bIntegrateThroughFrames ? 1 : 0;
     return std::none_of(listChain.begin(), listChain.end(),

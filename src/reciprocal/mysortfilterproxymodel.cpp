@@ -6,7 +6,7 @@ MySortFilterProxyModel::MySortFilterProxyModel(QObject* pParent) : QSortFilterPr
 
 void MySortFilterProxyModel::setSourceModel(QAbstractItemModel* pSourceModel)
 {
-    // Connected ahead of the base class, which compares cells when it hears of a change.
+    // Connected before the base class connects, as that compares cells when the source model changes.
     const auto forget = [this] { m_vecKey.clear(); };
     m_vecKey.clear();
     if (sourceModel()) {

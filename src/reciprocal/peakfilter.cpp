@@ -248,7 +248,7 @@ private:
         const bool bWanted = bAny || m_comparison == Comparison::Equal;
         return CPeakFilter::Term([=](const CPeakTable& table, int nRow) {
             const QString strText = table.text(nRow, nColumn);
-            // "flags=" with nothing behind: where there are none.
+            // "flags=" without a word: rows without flags.
             const bool bFound = bAny                 ? !strText.isEmpty()
                                 : strRight.isEmpty() ? strText.isEmpty()
                                                      : strText.contains(strRight, Qt::CaseInsensitive);

@@ -62,7 +62,7 @@ bool masksHold(const DataSet& dataSet)
     return false;
 }
 
-/// All peaks in group 0 alone, as peaks are that no group list has an entry for.
+/// Masks with all peaks in group 0 alone, as for peaks without an entry in the group list.
 QVector<QVector<QList<int>>> groupZeroAlone(const QList<QList<Peak3D>>& listPeakFrame)
 {
     QVector<QVector<QList<int>>> vecPeakGroup;
@@ -98,7 +98,7 @@ void forPeaksOfGroup(const DataSet& dataSet, int nGroup, const FnPeak& fnPeak)
     }
 }
 
-/// The new number of each group of a view that loses some; -1: gone.
+/// The new numbers of the groups when some are removed; -1 for those.
 QVector<int> numbersAfterRemoval(int nGroups, const QList<int>& listRemoved)
 {
     QVector<int> vecNew(nGroups, -1);
@@ -295,7 +295,7 @@ QList<QList<int>> pointsOfPeakGroups(const DataSet& dataSet, const QList<Peak3D>
     for (int f = 0; f < listPeakFrame.size(); ++f) {
         for (int i = 0; i < listPeakFrame[f].size() && nPoint < listViewPoint.size(); ++i) {
             if (listPeakFrame[f][i].nID != listViewPoint[nPoint].nID || listViewPoint[nPoint].nFrame != f) {
-                continue;  // one that the limits hide
+                continue;  // the limits hide this peak
             }
             for (int g : dataSet.m_vecPeakGroup[f][i]) {
                 if (g >= 0 && g < nGroups) {
@@ -315,20 +315,20 @@ void removePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listRemov
 
 void mergePeakGroups(DataSet& dataSet, int nGroups, const QList<int>& listMerged)
 {
-    if (nGroups < 2 || listMerged.size() < 2) {  // then nothing is united
+    if (nGroups < 2 || listMerged.size() < 2) {  // there is nothing to unite
         return;
     }
     const int nFirst = *std::min_element(listMerged.begin(), listMerged.end());
     QVector<int> vecNew = numbersAfterRemoval(nGroups, listMerged);
     if (nFirst == 0) {
-        renumberPeakGroups(dataSet, vecNew);  // group 0 takes who is in no other now
+        renumberPeakGroups(dataSet, vecNew);  // peaks without a group go into group 0
         std::iota(vecNew.begin(), vecNew.end(), 1);
     } else {
         for (int g = 1; g < nGroups; ++g) {
             if (listMerged.contains(g)) {
                 vecNew[g] = nFirst;
             } else if (vecNew[g] >= nFirst) {
-                ++vecNew[g];  // makes room for the united one
+                ++vecNew[g];  // makes room for the united group
             }
         }
     }

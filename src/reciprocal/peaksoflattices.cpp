@@ -71,7 +71,7 @@ QList<QList<int>> CPeaksOfLattices::amongReflections(const QList<Peak3D>& listRe
         if (nChain < 0 || nChain >= listChain.size()) {
             continue;
         }
-        std::vector<int> vecVotes(size_t(nLattices) + 1, 0);  // the last: of none
+        std::vector<int> vecVotes(size_t(nLattices) + 1, 0);  // the last entry counts peaks of no lattice
         for (const Peak3D& peak : listChain[nChain]) {
             const int nLattice = latticeOf(peak);
             ++vecVotes[size_t(nLattice >= 0 && nLattice < nLattices ? nLattice : nLattices)];

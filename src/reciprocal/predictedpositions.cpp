@@ -71,7 +71,7 @@ std::optional<TiltWindow> windowOfFrame(const DataSet& dataSet, int nFrame)
     return window;
 }
 
-// The crystal as it stands at the tilt of a frame, and what of it shows there.
+// The crystal at the tilt of a frame, and the reflections that the frame shows.
 class CFramePrediction {
 public:
     CFramePrediction(const DataSet& dataSet, const ReciprocalBasis& basis, int nFrame,
@@ -97,7 +97,7 @@ public:
         }
     }
 
-    // False for a cell that can't be walked.
+    // False for a cell whose lattice points cannot be gone through.
     bool walk(QList<Peak3D>& listPeak)
     {
         // The innermost index runs along the basis vector that leaves the plane of the frame most steeply.
@@ -169,7 +169,7 @@ private:
     }
 
     // The crossings with the sphere inside the window: turned by δ about the axis, the point must have
-    // |g|²·λ/2 along the beam, of which an axis out of the plane has its part.
+    // |g|²·λ/2 along the beam; an axis out of the plane adds its part to that.
     void addCrossings(const int* pIndex, const DoubleVector& vecLaboratory, QList<Peak3D>& listPeak)
     {
         const DoubleVector g = toAxis(vecLaboratory);
@@ -237,7 +237,7 @@ private:
 };
 
 // How far from the beam the rim of a frame is without its distortions, pixels; dfX, dfY: half the sides of a
-// frame around the beam that holds the real one. Between the places that are looked at stays some spare.
+// frame around the beam that contains the real one. A margin covers what lies between the places looked at.
 double farthestWithoutDistortion(const CPlaceCorrection& correction, double dfX, double dfY)
 {
     const int nSteps = 32;

@@ -7,8 +7,8 @@ namespace tessera {
 
 namespace {
 
-/// Whether two lists share their records, also where one has been opened for writing, which parts the lists
-/// alone.
+/// Whether two lists share their records. Writing to one of them parts the lists of frames but not the
+/// records of each frame, so that these are compared, too.
 bool areSame(const QList<QList<Peak3D>>& listA, const QList<QList<Peak3D>>& listB)
 {
     return listA.isSharedWith(listB) ||
@@ -42,7 +42,7 @@ CReflectionLinks::CReflectionLinks(const SeriesData& data)
         if (it == m_hashPlace.end()) {
             m_hashPlace.insert(peak.nID, i);
         } else if (peak.dfIPoint > qAsConst(m_listReflection)[*it].dfIPoint) {
-            *it = i;  // the peaks of a streak have one number
+            *it = i;  // all peaks of a streak have the same number
         }
     }
     m_hashReflection.reserve(nPeaks);
@@ -76,7 +76,7 @@ const Peak3D* CReflectionLinks::peak(int nPeak) const
     return it == m_hashPeak.constEnd() ? nullptr : &m_listPeakFrame.at(it->nFrame).at(it->nPlace);
 }
 
-// A peak of a chain has kept its number, frame and intensities; places and points may have been mapped anew.
+// A new mapping changes positions and points of a peak, but not its number, frame and intensities.
 const Peak3D* CReflectionLinks::linkedPeak(const Peak3D& peakOfChain) const
 {
     const Peak3D* pPeak = peak(peakOfChain.nID);

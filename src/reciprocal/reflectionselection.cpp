@@ -24,7 +24,7 @@ bool selectReflectionsForProcessing(const QList<Peak3D>& listPeakMerged, const Q
             vecID.push_back(nID);
         }
     }
-    // Sorted rather than one flag per ID: a strange ID must not cost memory.
+    // A sorted list, not one flag per ID: a huge ID from a file would need as much memory.
     std::sort(vecID.begin(), vecID.end());
     QList<Peak3D> listChosen;
     for (const Peak3D& peak : listPeakMerged) {

@@ -32,12 +32,12 @@ double farthestDStar(const DataSet& dataSet, bool bApplyStretching, int nFrame, 
     return dfFarthest;
 }
 
-/// Upwards to the right where that is on the frame: away from the names of axes and beam.
+/// The place of a label: at the upper right if that is on the frame, away from the names of axes and beam.
 std::optional<QPointF> placeOfText(const QPolygonF& polygon, const QRectF& rcFrame)
 {
     const int nPoints = polygon.size() - 1;  // the last is the first
     for (int i = 0; i < nPoints; ++i) {
-        // Points go clockwise on the screen from the right; an eighth of the way back, then in turn.
+        // The points go clockwise on the screen from the right: the first try is an eighth of a turn back.
         const QPointF& pt = polygon[(i + nPoints * 7 / 8) % nPoints];
         if (rcFrame.contains(pt)) {
             return pt;

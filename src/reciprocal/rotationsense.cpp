@@ -4,7 +4,8 @@
 
 namespace tessera {
 
-// A right sense gains less than 10 even with the axis some degrees off, a wrong one 10 to 70.
+// With the right sense the gain is below 10, even with the axis some degrees off; with the wrong one it is 10
+// to 70.
 const double g_dfLeastGain = 10;
 
 namespace {

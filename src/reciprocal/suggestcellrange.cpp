@@ -9,7 +9,7 @@ namespace tessera {
 Suggestion suggestCellRange(const DataSet& dataSet)
 {
     const CellRange range = automaticCellRange(dataSet);
-    const CellHuntingParameters page;  // whose range stands for one that the spots do not tell
+    const CellHuntingParameters page;  // its range is taken where the spots do not suggest one
     if (range.dfLongest == page.m_dfCellRangeMax && range.dfShortest == page.m_dfCellRangeMin) {
         return {};
     }

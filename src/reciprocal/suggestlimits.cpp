@@ -9,10 +9,11 @@ namespace tessera {
 
 namespace {
 
-const int g_nFree = 3;                // pixels beyond the heap of the beam's peaks
-const double g_dfPeaksOfABeam = 1.2;  // a frame: one is what a sound beam makes
-const double g_dfStray = 0.02;        // peaks a frame that may stand in what counts as free
-const double g_dfBeforeNext = 0.75;   // of the closest distance: the heap ends before the first reflections
+const int g_nFree = 3;                // pixels without peaks, behind those of the direct beam
+const double g_dfPeaksOfABeam = 1.2;  // per frame: a good beam makes one
+const double g_dfStray = 0.02;        // peaks per frame that a free pixel may still have
+const double g_dfBeforeNext =
+    0.75;  // of the closest distance between spots: the beam's peaks end before the first reflections
 
 // How many peaks of all frames lie in each pixel of distance from their direct beam.
 std::vector<int> countsByDistance(const DataSet& dataSet, int nMost)
@@ -62,7 +63,7 @@ Suggestion suggestLimits(const DataSet& dataSet, double dfClosest)
     if (!(dfRadius > 0)) {
         return {};
     }
-    // Rounded up to what the page shows, if that still ends before the reflections.
+    // Rounded up to the decimals of the page, if that is still below the first reflections.
     const double dfDStar = dfRadius * dataSet.m_dfPixelSize;
     const double dfUp = std::ceil(100 * dfDStar) / 100;
     return {

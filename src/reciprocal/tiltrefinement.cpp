@@ -202,7 +202,7 @@ std::optional<TiltRefinement> refineBasisVectors(const QList<Peak3D>& listPeak, 
                                                  CRunReport& report, const TiltRefinementOptions& options)
 {
     TiltRefinementOptions optionsAll = options;
-    optionsAll.listExcluded.clear();  // only the other refinement leaves reflections out
+    optionsAll.listExcluded.clear();  // only the refinement against the curves leaves reflections out
     return refineBasis(listPeak, dataSet,
                        {QStringLiteral("\nRunning basis vector refinement..."), QString(), 500.0, true,
                         &Peak3D::dfFrameTilt},

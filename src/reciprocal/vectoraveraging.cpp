@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace tessera {
@@ -164,14 +165,14 @@ QList<Peak3D> averageDifferenceVectors(const std::vector<DifferenceVector>& vecV
                                        CRunReport& report, int nJobs)
 {
     const int nCount = int(vecVector.size());
-    std::vector<PileSum> vecSum;
     CProgress progress(report, QStringLiteral("%p%"), 0, (nCount - 1) / 1000);
-    const bool bSummed = sumPiles(sortedByDStar(vecVector), fTolerance, nJobs, vecSum, report);
+    const std::optional<std::vector<PileSum>> vecSum = sumPiles(sortedByDStar(vecVector), fTolerance, nJobs,
+                                                                report);
     progress.end();
-    if (!bSummed) {
+    if (!vecSum) {
         return {};
     }
-    const std::vector<VectorPile> vecPile = pilesByDStar(vecSum);
+    const std::vector<VectorPile> vecPile = pilesByDStar(*vecSum);
     const std::vector<char> vecGone = suppressNeighbours(vecPile, fTolerance);
     float fMax = -std::numeric_limits<float>::infinity();
     bool bAny = false;

@@ -178,8 +178,8 @@ double cubeSide(float fTolerance)
     return std::max(double(fTolerance) * 1.001, 1e-18);
 }
 
-bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, int nJobs,
-              std::vector<PileSum>& vecSum, CRunReport& report)
+std::optional<std::vector<PileSum>> sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance,
+                                             int nJobs, CRunReport& report)
 {
     const int nCubesOfPiece = 256;
     const int nCount = int(vecVector.size());
@@ -189,7 +189,7 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
     vecOwn.reserve(vecVector.size());
     vecPoint.reserve(vecVector.size());
     vecDStar.reserve(vecVector.size());
-    vecSum.clear();
+    std::vector<PileSum> vecSum;
     vecSum.reserve(vecVector.size());
     for (int n = 0; n < nCount; ++n) {
         const DifferenceVector& vector = vecVector[n];
@@ -222,7 +222,11 @@ bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, 
         report.setProgress(nDone / 1000);
         return report.goOn();
     };
-    return sideBySide((grid.cellCount() + nCubesOfPiece - 1) / nCubesOfPiece, nJobs, makeWorker, goOn);
+    const int nPieces = (grid.cellCount() + nCubesOfPiece - 1) / nCubesOfPiece;
+    if (!sideBySide(nPieces, nJobs, makeWorker, goOn)) {
+        return std::nullopt;
+    }
+    return vecSum;
 }
 
 }  // namespace tessera

@@ -4,6 +4,7 @@
 #include "reciprocal/differencevectors.h"
 #include "records/runreport.h"
 
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -20,9 +21,9 @@ struct PileSum {
 /// The sums are in single precision: first the vector itself, then its neighbours in the order of the list.
 /// That makes them the same for any number of jobs.
 /// @param vecVector  ascending by d*
-/// @return false when the run was stopped
-bool sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance, int nJobs,
-              std::vector<PileSum>& vecSum, CRunReport& report);
+/// @return none when the run was stopped
+std::optional<std::vector<PileSum>> sumPiles(const std::vector<DifferenceVector>& vecVector, float fTolerance,
+                                             int nJobs, CRunReport& report);
 
 /// The side of the cubes to look for neighbours in, a little wider than the tolerance, as squares are
 /// rounded.
