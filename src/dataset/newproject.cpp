@@ -1,6 +1,7 @@
 #include "dataset/newproject.h"
 
 #include "dataset/projectfile.h"
+#include "records/reason.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,8 +13,8 @@
 
 namespace tessera {
 
-const int g_nDigits = 10;           // even steps keep no trace of binary fractions
-const double g_dfTolerance = 1e-8;  // of what is read back
+const int g_nDigits = 10;           // few enough that tilts in even steps show no binary fractions
+const double g_dfTolerance = 1e-8;  // relative, for numbers that are read back
 const double g_dfLeastWavelength = 0.003, g_dfGreatestWavelength = 0.2;  // Å: 3.6 MV and 3.7 kV
 const double g_dfGreatestPixelSize = 0.1;                                // Å⁻¹
 
@@ -120,7 +121,7 @@ QString distortionLines(const SeriesDistortion& distortion)
     return str;
 }
 
-// What is missing before a text can be made at all.
+// What must be given before a text can be made; empty if nothing is missing.
 QString missingPart(const NewProject& project, const QString& strProjectFile)
 {
     const int nFrames = project.listFrame.size();
@@ -162,33 +163,9 @@ QString missingPart(const NewProject& project, const QString& strProjectFile)
     return {};
 }
 
-}  // namespace
-
-bool makeProjectText(const NewProject& project, const QString& strProjectFile, QByteArray& bytesText,
-                     QString* pstrReason)
+// The lines before the list of frames.
+QString headLines(const NewProject& project)
 {
-    const auto fail = [pstrReason](const QString& strReason) {
-        if (pstrReason) {
-            *pstrReason = strReason;
-        }
-        return false;
-    };
-    const QString strMissing = missingPart(project, strProjectFile);
-    if (!strMissing.isEmpty()) {
-        return fail(strMissing);
-    }
-
-    // Through links: "../x" of a folder that is a link is beside the folder it leads to.
-    QHash<QString, QString> hashFolder;
-    const auto realFolder = [&hashFolder](const QString& strFile) {
-        const QString strFolder = QFileInfo(strFile).absolutePath();
-        if (!hashFolder.contains(strFolder)) {
-            const QString strReal = QFileInfo(strFolder).canonicalFilePath();
-            hashFolder[strFolder] = strReal.isEmpty() ? strFolder : strReal;
-        }
-        return hashFolder[strFolder];
-    };
-    const QDir dir(realFolder(strProjectFile));
     const QString strAxis = project.bAxisKnown
                                 ? QStringLiteral("ROTATIONAXIS %1\n").arg(number(project.dfRotationAxis))
                                 : QString();
@@ -207,34 +184,47 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
     if (project.rotation.kind != RotationKind::Continuous) {
         str += QStringLiteral("ROTATIONMODE %1\n").arg(rotationModeText(project.rotation));
     }
-    str += QStringLiteral("FILELIST\n");
-    QStringList listName;
-    for (int i = 0; i < project.listFrame.size(); ++i) {
-        const QString strName = dir.relativeFilePath(
-            QDir(realFolder(project.listFrame[i]))
-                .absoluteFilePath(QFileInfo(project.listFrame[i]).fileName()));
-        if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); })) {
-            return fail(
-                QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
-        }
-        listName.append(strName);
-        // Not by arg(): a name may hold a per cent sign.
-        str += QStringLiteral("FILE ") + strName + QLatin1Char(' ') + number(project.tilts.listStage[i]) +
-               QLatin1Char(' ') + number(project.tilts.listBeam[i]) + QLatin1Char(' ') +
-               number(project.tilts.listOverall[i]) + QLatin1Char('\n');
-    }
-    const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(str + QStringLiteral("ENDFILELIST\n"));
+    return str;
+}
 
-    ProjectFile read;
-    if (!read.readBytes(bytes, strProjectFile, project.bAxisKnown ? AxisLine::Needed : AxisLine::MayLack)) {
-        return fail(read.errorText());
-    }
-    for (int i = 0; i < listName.size(); ++i) {
-        if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i]) {
-            return fail(QStringLiteral("A project file cannot hold the name \"%1\".").arg(listName[i]));
+// The names of the frames relative to the folder of the project file. Links are resolved first: "../x" of a
+// folder that is a link lies beside the folder that the link leads to.
+QStringList relativeNames(const QStringList& listFrame, const QString& strProjectFile)
+{
+    QHash<QString, QString> hashFolder;
+    const auto realFolder = [&hashFolder](const QString& strFile) {
+        const QString strFolder = QFileInfo(strFile).absolutePath();
+        if (!hashFolder.contains(strFolder)) {
+            const QString strReal = QFileInfo(strFolder).canonicalFilePath();
+            hashFolder[strFolder] = strReal.isEmpty() ? strFolder : strReal;
         }
+        return hashFolder[strFolder];
+    };
+    const QDir dir(realFolder(strProjectFile));
+    QStringList listName;
+    for (const QString& strFrame : listFrame) {
+        listName.append(dir.relativeFilePath(
+            QDir(realFolder(strFrame)).absoluteFilePath(QFileInfo(strFrame).fileName())));
     }
-    bool bSame = read.frameFiles().size() == listName.size() &&
+    return listName;
+}
+
+QString frameLines(const QStringList& listName, const FrameTilts& tilts)
+{
+    QString str;
+    for (int i = 0; i < listName.size(); ++i) {
+        // The name is not put in by arg(), as it may contain a per cent sign.
+        str += QStringLiteral("FILE ") + listName[i] + QLatin1Char(' ') + number(tilts.listStage[i]) +
+               QLatin1Char(' ') + number(tilts.listBeam[i]) + QLatin1Char(' ') +
+               number(tilts.listOverall[i]) + QLatin1Char('\n');
+    }
+    return str;
+}
+
+// Whether a project that was read back has the numbers that were written. The names must have been compared.
+bool hasSameNumbers(const ProjectFile& read, const NewProject& project)
+{
+    bool bSame = read.frameFiles().size() == project.listFrame.size() &&
                  isSame(read.wavelength(), project.dfWavelength) &&
                  isSame(read.pixelSize(), project.dfPixelSize) &&
                  read.hasRotationAxis() == project.bAxisKnown &&
@@ -247,16 +237,59 @@ bool makeProjectText(const NewProject& project, const QString& strProjectFile, Q
             bSame = bSame && isSame(read.distortion().*row.pMember, project.distortion.*row.pMember);
         }
     }
-    for (int i = 0; bSame && i < listName.size(); ++i) {
+    for (int i = 0; bSame && i < project.listFrame.size(); ++i) {
         bSame = isSame(read.stageTilts()[i], project.tilts.listStage[i]) &&
                 isSame(read.beamTilts()[i], project.tilts.listBeam[i]) &&
                 isSame(read.overallTilts()[i], project.tilts.listOverall[i]);
     }
-    if (!bSame) {
-        return fail(QStringLiteral("A project file cannot hold one of the numbers."));
+    return bSame;
+}
+
+// Reads the text back and tells what has been lost; empty if nothing has.
+QString lossOnReading(const QByteArray& bytes, const QString& strProjectFile, const NewProject& project,
+                      const QStringList& listName)
+{
+    ProjectFile read;
+    if (!read.readBytes(bytes, strProjectFile, project.bAxisKnown ? AxisLine::Needed : AxisLine::MayLack)) {
+        return read.errorText();
     }
-    bytesText = bytes;
-    return true;
+    for (int i = 0; i < listName.size(); ++i) {
+        if (read.frameFiles().value(i) != read.folder() + QLatin1Char('/') + listName[i]) {
+            return QStringLiteral("A project file cannot hold the name \"%1\".").arg(listName[i]);
+        }
+    }
+    return hasSameNumbers(read, project) ? QString()
+                                         : QStringLiteral("A project file cannot hold one of the numbers.");
+}
+
+}  // namespace
+
+std::optional<QByteArray> makeProjectText(const NewProject& project, const QString& strProjectFile,
+                                          QString* pstrReason)
+{
+    const auto fail = [pstrReason](const QString& strReason) {
+        giveReason(pstrReason, strReason);
+        return std::nullopt;
+    };
+    const QString strMissing = missingPart(project, strProjectFile);
+    if (!strMissing.isEmpty()) {
+        return fail(strMissing);
+    }
+    const QStringList listName = relativeNames(project.listFrame, strProjectFile);
+    for (const QString& strName : listName) {
+        if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); })) {
+            return fail(
+                QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
+        }
+    }
+    const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(
+        headLines(project) + QStringLiteral("FILELIST\n") + frameLines(listName, project.tilts) +
+        QStringLiteral("ENDFILELIST\n"));
+    const QString strLoss = lossOnReading(bytes, strProjectFile, project, listName);
+    if (!strLoss.isEmpty()) {
+        return fail(strLoss);
+    }
+    return bytes;
 }
 
 }  // namespace tessera

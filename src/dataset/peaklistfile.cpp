@@ -11,15 +11,16 @@
 #include <QFile>
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace tessera {
 
 namespace {
 
-const qint64 g_nMaxPeakList = 2000000000;  ///< bytes: what a QByteArray holds, some 28 million peaks
+const qint64 g_nMaxPeakList = 2000000000;  ///< bytes, the most that a QByteArray holds: 28 million peaks
 
-const int g_nMaxPeakLine = 1000;  ///< bytes, far more than any line that holds a peak
+const int g_nMaxPeakLine = 1000;  ///< bytes, far longer than any line with a peak
 
 struct PeakLine {
     int nSerial;
@@ -50,8 +51,8 @@ bool scanPeakLine(const char* pBegin, const char* pEnd, PeakLine& line)
         return false;
     }
     CTextScanner scanner(pBegin, pEnd);
-    // A number must end at white space. Two that touch ("512.0-100000.0") would still scan, as three
-    // columns wrongly taken from two; better no peak than a wrong one.
+    // A number must end at white space. Two numbers that touch ("512.0-100000.0") could be scanned one after
+    // the other, but the words of the line would then be taken for the wrong columns.
     const auto readInt = [&](int& n) { return scanner.readInt(n) && scanner.atWordEnd(); };
     const auto readFloat = [&](float& f) { return scanner.readFloat(f) && scanner.atWordEnd(); };
     int nIndexOnFrame;
@@ -92,16 +93,19 @@ int countLines(const QByteArray& bytesText)
     return nLine;
 }
 
-}  // namespace
+struct PeakLines {
+    std::vector<PeakLine> vec;
+    bool bRefused = false;  // a serial number is out of order: none of the lines may be used
+};
 
-int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString& strFileName,
-                      CRunReport& report, QString* pstrReason)
+// Reads the lines up to the end or to the first that is wrong, which a reason then names.
+PeakLines readPeakLines(const QByteArray& bytesText, const QString& strFileName, CRunReport& report,
+                        QString* pstrReason)
 {
-    const QByteArray bytesText = withoutByteOrderMark(bytesFile);
     const int nLines = countLines(bytesText);
-    std::vector<PeakLine> vecLine;
-    // The shortest line that holds a peak has 12 characters; what has more lines than that is no list.
-    vecLine.reserve(size_t(qMin(nLines, bytesText.size() / 12)));
+    PeakLines lines;
+    // The shortest line with a peak has 12 characters, so a file cannot have more peaks than that.
+    lines.vec.reserve(size_t(qMin(nLines, bytesText.size() / 12)));
 
     CProgress progress(report, QStringLiteral("%p%"), 1, nLines / 1000);
     int nLine = 0;
@@ -132,25 +136,26 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
                            .arg(QString::fromLatin1(pLine, int(qMin<ptrdiff_t>(p - pLine, 100)))));
             break;
         }
-        if (size_t(line.nSerial) != vecLine.size() + 1) {
+        if (size_t(line.nSerial) != lines.vec.size() + 1) {
             giveReason(pstrReason, strFileName,
                        QStringLiteral("non-empty line %1 has the serial %2 where %3 should be")
                            .arg(nLine)
                            .arg(line.nSerial)
-                           .arg(vecLine.size() + 1));
-            return 0;
+                           .arg(lines.vec.size() + 1));
+            lines.bRefused = true;
+            break;
         }
-        vecLine.push_back(line);
+        lines.vec.push_back(line);
     }
-    progress.end();
+    return lines;
+}
 
-    if (vecLine.empty()) {
-        if (pstrReason && pstrReason->isEmpty()) {
-            giveReason(pstrReason, strFileName, QStringLiteral("no peak"));
-        }
-        return 0;
-    }
-    const int nFrames = data.m_listFrameFile.size();
+// How many peaks each frame of the data set has; nothing, with a red line and the reason, where a peak lies
+// on a frame beyond them.
+std::optional<std::vector<int>> countPeaksOfFrames(const std::vector<PeakLine>& vecLine, int nFrames,
+                                                   const QString& strFileName, CRunReport& report,
+                                                   QString* pstrReason)
+{
     std::vector<int> vecCount(size_t(nFrames), 0);
     for (const PeakLine& line : vecLine) {
         if (line.nFrame >= nFrames) {
@@ -161,11 +166,17 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
                        QStringLiteral("peaks on frame %1, counted from 0, of a data set of %2 frames")
                            .arg(line.nFrame)
                            .arg(nFrames));
-            return 0;
+            return std::nullopt;
         }
         ++vecCount[line.nFrame];
     }
+    return vecCount;
+}
 
+// Puts the peaks and their groups into the lists of their frames.
+void distributePeaks(const std::vector<PeakLine>& vecLine, const std::vector<int>& vecCount, DataSet& data)
+{
+    const int nFrames = int(vecCount.size());
     QList<QList<Peak3D>> listPeakFrame;
     QVector<QVector<QList<int>>> vecPeakGroup(nFrames);
     listPeakFrame.reserve(nFrames);
@@ -174,7 +185,7 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
         listPeakFrame.last().reserve(vecCount[nFrame]);
         vecPeakGroup[nFrame].reserve(vecCount[nFrame]);
     }
-    // Most peaks of a list have the mask of the one before, and so can share its list of groups.
+    // Most peaks have the same mask as the peak before them, whose list of groups they can then share.
     quint64 nMask = 0;
     QList<int> listGroup;
     Peak3D peak;
@@ -196,6 +207,29 @@ int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString&
     data.m_listPeakFrame = listPeakFrame;
     data.m_peakMapping.reset();
     data.m_vecPeakGroup = vecPeakGroup;
+}
+
+}  // namespace
+
+int readPeakListBytes(DataSet& data, const QByteArray& bytesFile, const QString& strFileName,
+                      CRunReport& report, QString* pstrReason)
+{
+    const PeakLines lines = readPeakLines(withoutByteOrderMark(bytesFile), strFileName, report, pstrReason);
+    if (lines.bRefused) {
+        return 0;
+    }
+    if (lines.vec.empty()) {
+        if (pstrReason && pstrReason->isEmpty()) {
+            giveReason(pstrReason, strFileName, QStringLiteral("no peak"));
+        }
+        return 0;
+    }
+    const std::optional<std::vector<int>> vecCount = countPeaksOfFrames(
+        lines.vec, data.m_listFrameFile.size(), strFileName, report, pstrReason);
+    if (!vecCount) {
+        return 0;
+    }
+    distributePeaks(lines.vec, *vecCount, data);
     return 1;
 }
 

@@ -16,7 +16,8 @@ const int g_nMaxProjectLine = 1023;
 
 namespace {
 
-// The first line with the keyword and a number as its second word.
+// Takes the number from the first line that contains the keyword and has a number as its second word.
+// @return false where there is no such line
 bool findNumber(const QStringList& listLine, const QString& strKeyword, double& dfValue)
 {
     for (const QString& strLine : listLine) {
@@ -33,7 +34,7 @@ bool findNumber(const QStringList& listLine, const QString& strKeyword, double& 
     return false;
 }
 
-// The same where the keyword is the first word itself: names of frames may hold it.
+// Does the same for a keyword that must be the first word of its line, as it may occur in names of frames.
 bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, double& dfValue)
 {
     for (const QString& strLine : listLine) {
@@ -47,11 +48,46 @@ bool findOwnNumber(const QStringList& listLine, const char* pszKeyword, double& 
     return false;
 }
 
-// A wavelength or a size of a pixel; the pages hold both alike.
+// Whether the pages can hold a number as a wavelength; the range and decimals of the pixel size are the same.
 bool isUsableLength(double dfValue)
 {
     const NumberBox& box = parameterOf(&DataSet::m_dfWavelength).box;
     return dfValue <= box.dfMaximum && spinBoxValue(dfValue, box) > 0;
+}
+
+struct ProjectLines {
+    QStringList list;  // without empty lines and comments
+    QString strFault;  // why the file cannot be a project; empty if it can
+};
+
+ProjectLines projectLines(const QByteArray& bytesFile)
+{
+    if (bytesFile.size() > g_nMaxProjectFile) {
+        return {{}, QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20)};
+    }
+    QString strText =
+        QTextCodec::codecForUtfText(bytesFile, QTextCodec::codecForLocale())->toUnicode(bytesFile);
+    if (strText.contains(QChar(0))) {
+        return {{}, QStringLiteral("The file is no text file: it holds NUL bytes.")};
+    }
+    strText.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+
+    ProjectLines lines;
+    const QStringList listAll = strText.split(QLatin1Char('\n'));
+    for (int i = 0; i < listAll.size(); ++i) {
+        if (listAll[i].isEmpty() || listAll[i].startsWith(QLatin1Char('#'))) {
+            continue;
+        }
+        if (listAll[i].size() > g_nMaxProjectLine) {
+            return {{},
+                    QStringLiteral("Line %1 has %2 characters; up to %3 can be read.")
+                        .arg(i + 1)
+                        .arg(listAll[i].size())
+                        .arg(g_nMaxProjectLine)};
+        }
+        lines.list.append(listAll[i]);
+    }
+    return lines;
 }
 
 }  // namespace
@@ -115,44 +151,18 @@ bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
     return readBytes(bytesFile, strFileName, axisLine);
 }
 
-bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileName, AxisLine axisLine)
+bool ProjectFile::takeGeometry(const QStringList& listLine, AxisLine axisLine)
 {
-    if (bytesFile.size() > g_nMaxProjectFile) {
-        return fail(QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20));
-    }
-    QString strText =
-        QTextCodec::codecForUtfText(bytesFile, QTextCodec::codecForLocale())->toUnicode(bytesFile);
-    if (strText.contains(QChar(0))) {
-        return fail(QStringLiteral("The file is no text file: it holds NUL bytes."));
-    }
-    strText.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
-
-    QStringList listLine;
-    const QStringList listAll = strText.split(QLatin1Char('\n'));
-    for (int i = 0; i < listAll.size(); ++i) {
-        if (listAll[i].isEmpty() || listAll[i].startsWith(QLatin1Char('#'))) {
-            continue;
-        }
-        if (listAll[i].size() > g_nMaxProjectLine) {
-            return fail(QStringLiteral("Line %1 has %2 characters; up to %3 can be read.")
-                            .arg(i + 1)
-                            .arg(listAll[i].size())
-                            .arg(g_nMaxProjectLine));
-        }
-        listLine.append(listAll[i]);
-    }
-
-    ProjectFile project;
     const struct {
         const char* strKeyword;
         double* pdfValue;
         bool bMustBe;
         bool bLength;
-    } aKeyword[] = {{"CCDPIXELSIZE", &project.m_dfPixelSize, true, true},
-                    {"WAVELENGTH", &project.m_dfWavelength, true, true},
-                    {"ROTATIONAXIS", &project.m_dfRotationAxis, axisLine == AxisLine::Needed, false},
-                    {"STRETCHINGAMP", &project.m_dfStretchAmplitude, false, false},
-                    {"STRETCHINGAZIMUTH", &project.m_dfStretchAzimuth, false, false}};
+    } aKeyword[] = {{"CCDPIXELSIZE", &m_dfPixelSize, true, true},
+                    {"WAVELENGTH", &m_dfWavelength, true, true},
+                    {"ROTATIONAXIS", &m_dfRotationAxis, axisLine == AxisLine::Needed, false},
+                    {"STRETCHINGAMP", &m_dfStretchAmplitude, false, false},
+                    {"STRETCHINGAZIMUTH", &m_dfStretchAzimuth, false, false}};
     for (const auto& row : aKeyword) {
         const QString strKeyword = QLatin1String(row.strKeyword);
         if (!findNumber(listLine, strKeyword, *row.pdfValue)) {
@@ -162,8 +172,8 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
             }
             continue;
         }
-        if (row.pdfValue == &project.m_dfRotationAxis) {
-            project.m_bHasRotationAxis = true;
+        if (row.pdfValue == &m_dfRotationAxis) {
+            m_bHasRotationAxis = true;
         }
         if (!std::isfinite(*row.pdfValue)) {
             return fail(QStringLiteral("The value of \"%1\" is no finite number.").arg(strKeyword));
@@ -175,11 +185,11 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
                             .arg(*row.pdfValue));
         }
     }
+    return true;
+}
 
-    if (!project.takeDistortion(listLine) || !project.takeRotation(listLine)) {
-        return fail(project.m_strError);
-    }
-
+bool ProjectFile::takeFrames(const QStringList& listLine)
+{
     // The closing line holds the opening word too, so that a list closed before it is opened is none.
     int nBegin = 0;
     while (nBegin < listLine.size() && !listLine[nBegin].contains(QLatin1String("FILELIST"))) {
@@ -192,10 +202,6 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
     if (nEnd >= listLine.size()) {
         return fail(QStringLiteral("Could not find a file list in the input file."));
     }
-
-    const QFileInfo info(strFileName);
-    project.m_strBaseName = info.completeBaseName();
-    project.m_strFolder = info.absolutePath();
     for (int i = nBegin + 1; i < nEnd; ++i) {
         if (!listLine[i].contains(QLatin1String("FILE"))) {
             continue;
@@ -212,10 +218,27 @@ bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileN
         if (!std::isfinite(dfStage) || !std::isfinite(dfBeam) || !std::isfinite(dfOverall)) {
             return fail(QStringLiteral("A tilt of the frame %1 is no finite number.").arg(strFrame));
         }
-        project.m_listFrameFile.append(project.m_strFolder + QLatin1Char('/') + strFrame);
-        project.m_listStageTilt.append(dfStage);
-        project.m_listBeamTilt.append(dfBeam);
-        project.m_listOverallTilt.append(dfOverall);
+        m_listFrameFile.append(m_strFolder + QLatin1Char('/') + strFrame);
+        m_listStageTilt.append(dfStage);
+        m_listBeamTilt.append(dfBeam);
+        m_listOverallTilt.append(dfOverall);
+    }
+    return true;
+}
+
+bool ProjectFile::readBytes(const QByteArray& bytesFile, const QString& strFileName, AxisLine axisLine)
+{
+    const ProjectLines lines = projectLines(bytesFile);
+    if (!lines.strFault.isEmpty()) {
+        return fail(lines.strFault);
+    }
+    const QFileInfo info(strFileName);
+    ProjectFile project;
+    project.m_strBaseName = info.completeBaseName();
+    project.m_strFolder = info.absolutePath();
+    if (!project.takeGeometry(lines.list, axisLine) || !project.takeDistortion(lines.list) ||
+        !project.takeRotation(lines.list) || !project.takeFrames(lines.list)) {
+        return fail(project.m_strError);
     }
     *this = project;
     return true;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -15,13 +16,13 @@ namespace tessera {
 namespace {
 
 const int g_nFramesLookedAt = 24;
-const int g_nMapSide = 256;    // frames are reduced to maps of at most this side
-const int g_nSmallBlock = 8;   // side of blocks whose pixels are sorted rather than searched
-const int g_nUsualSide = 256;  // of the region, pixels of the frame
-const int g_nLeastSide = 16;
-const int g_nBeamMargin = 64;  // between the beam anywhere on its way and the region's edge
+const int g_nMapSide = 256;    // the longer side of a map is at most this long
+const int g_nSmallBlock = 8;   // blocks up to this side get their median by sorting, larger ones by selection
+const int g_nUsualSide = 256;  // side of the region, pixels of the frame
+const int g_nLeastSide = 16;   // shorter side of a frame, pixels
+const int g_nBeamMargin = 64;  // pixels between every position of the beam and the edge of the region
 
-// A small map of a frame.
+// A frame reduced to one number for each block of pixels.
 struct Map {
     int nWidth = 0;
     int nHeight = 0;
@@ -31,7 +32,8 @@ struct Map {
     float at(int nX, int nY) const { return vec[size_t(nY) * size_t(nWidth) + size_t(nX)]; }
 };
 
-// The median of the usable pixels in a part of a frame; 0 where there are none.
+// The median of the usable pixels in a rectangle of a frame; 0 where it has none. The rectangle, which ends
+// before nRight and nBottom, may reach beyond the frame.
 float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, int nBottom,
                    std::vector<float>& vecWork)
 {
@@ -47,8 +49,9 @@ float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, i
     return vecWork.empty() ? 0.f : medianOf(vecWork);
 }
 
-// The medians of all blocks in a row of small blocks side by side: sorted without branches as far as their
-// middle. False, with nothing written, where a pixel is not usable.
+// The medians of all blocks of a row of small blocks. The blocks are sorted up to their middle elements by
+// exchanges without branches, which the compiler vectorizes across the blocks.
+// @return false, with nothing written to pMedian, where a pixel is not usable
 bool mediansOfBlocks(const float* pFrame, int nWidth, int nBlock, int nBlocks, float* pMedian,
                      std::vector<float>& vecWork)
 {
@@ -83,7 +86,7 @@ bool mediansOfBlocks(const float* pFrame, int nWidth, int nBlock, int nBlocks, f
     return true;
 }
 
-// Medians of blocks: single hot pixels are gone, and so are those without a number.
+// The map of the medians of the blocks. The median removes single hot pixels and ignores unusable ones.
 Map reduced(const CImgObj<float>& img, int nBlock)
 {
     Map map;
@@ -91,7 +94,7 @@ Map reduced(const CImgObj<float>& img, int nBlock)
     map.nHeight = img.Height() / nBlock;
     map.vec.resize(size_t(map.nWidth) * size_t(map.nHeight));
     std::vector<float> vecWork;
-    // at full size the medians of 3 x 3 pixels do the same
+    // Blocks of one pixel could not remove hot pixels: at full size the median of 3 x 3 pixels is taken.
     const int nBefore = nBlock > 1 ? 0 : 1;
     const int nAfter = nBlock > 1 ? nBlock : 2;
     for (int nY = 0; nY < map.nHeight; ++nY) {
@@ -108,8 +111,9 @@ Map reduced(const CImgObj<float>& img, int nBlock)
     return map;
 }
 
-// Takes out lines of the detector that stand out of their neighbourhood over the whole frame, such as
-// the interpolated rows and columns between the chips.
+// Subtracts from each row (or column) the excess of its median over the median of the lines around it. This
+// removes lines of the detector that are brighter or darker over the whole frame, such as the interpolated
+// rows and columns between the chips.
 void flattenLines(Map& map, bool bRows)
 {
     const int nLines = bRows ? map.nHeight : map.nWidth;
@@ -133,8 +137,9 @@ void flattenLines(Map& map, bool bRows)
     }
 }
 
-// Roots of what stands above the background, in units of its spread: the light of the beam's
-// surroundings counts beside its core, which may be clipped, wrapped or behind a stop.
+// Replaces each value by the square root of its excess over the background in units of the background's
+// spread. The root gives the halo of the beam weight beside its core, which may be saturated, wrapped around
+// in 16 bits, or hidden behind a beam stop.
 void compress(Map& map)
 {
     const RobustSpread spread = robustSpread(map.vec);
@@ -145,11 +150,10 @@ void compress(Map& map)
     }
 }
 
-// What is kept of a frame.
 struct FrameMap {
     int nWidth = 0;  // of the frame
     int nHeight = 0;
-    int nBlock = 1;  // side of what is one pixel of the map
+    int nBlock = 1;  // side of a block, pixels of the frame
     Map map;         // empty for a frame that is too small
 };
 
@@ -201,7 +205,8 @@ Map blurred(const Map& map, double dfSigma)
     return blurredAlong(blurredAlong(map, vecKernel, true), vecKernel, false);
 }
 
-// The first maximum no further than dfReach from a point; the point itself where nothing is above 0.
+// The place of the greatest value within dfReach of a point, the first in reading order of equal ones; the
+// point itself where no value is above 0.
 QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
 {
     QPointF ptBest = ptNear;
@@ -217,8 +222,9 @@ QPointF maximumNear(const Map& map, const QPointF& ptNear, double dfReach)
     return ptBest;
 }
 
-// Medians of each entry and its neighbours, up to two on both sides: a strong reflection beside the beam
-// on a frame or two does not count. The ends follow the slope behind them where their own values do.
+// The running median over each entry and up to two neighbours on both sides. It ignores a strong reflection
+// that was taken for the beam on one or two frames. An end becomes the median of itself, its neighbour and
+// the value extrapolated from the next two.
 // Source: Tukey (1977), Exploratory Data Analysis, ch. 7 (running medians, end-value rule).
 std::vector<float> smoothedTrack(const std::vector<float>& vec)
 {
@@ -241,7 +247,8 @@ std::vector<float> smoothedTrack(const std::vector<float>& vec)
     return vecResult;
 }
 
-// The even side of the region, for frames of a least side and a beam that wanders over dfWander pixels.
+// The side of the region, an even number: twice the usual one and so on until the range of the beam and its
+// margins fit, but no more than the shorter side of the frame.
 int regionSide(int nFrameSide, double dfWander)
 {
     int nSide = g_nUsualSide;
@@ -251,86 +258,121 @@ int regionSide(int nFrameSide, double dfWander)
     return nSide <= nFrameSide ? nSide : nFrameSide - nFrameSide % 2;
 }
 
-}  // namespace
-
-bool findBeamRegion(const DataSet& dataSet, CRunReport& report, QRect& rcRegion, int nJobs)
-{
-    int nWidth = 0;
+struct SeriesMaps {
+    int nWidth = 0;  // of the first frame
     int nHeight = 0;
     int nBlock = 1;
-    std::vector<Map> vecMap;
+    std::vector<Map> vec;  // of the frames of that size
+};
+
+// The maps of some frames; nothing, with a red line where the user did not stop, when there is none.
+std::optional<SeriesMaps> mapsOfSeries(const DataSet& dataSet, CRunReport& report, int nJobs)
+{
+    SeriesMaps maps;
     bool bRead = false;
     const auto take = [&](FrameMap& frame) {
         bRead = true;
-        if (vecMap.empty()) {
-            nWidth = frame.nWidth;
-            nHeight = frame.nHeight;
-            nBlock = frame.nBlock;
+        if (maps.vec.empty()) {
+            maps.nWidth = frame.nWidth;
+            maps.nHeight = frame.nHeight;
+            maps.nBlock = frame.nBlock;
         }
-        if (!frame.map.vec.empty() && frame.nWidth == nWidth && frame.nHeight == nHeight) {
-            vecMap.push_back(std::move(frame.map));
+        if (!frame.map.vec.empty() && frame.nWidth == maps.nWidth && frame.nHeight == maps.nHeight) {
+            maps.vec.push_back(std::move(frame.map));
         }
     };
     if (!forEachSampledFrame<FrameMap>(
             dataSet, g_nFramesLookedAt, nJobs, report, [] { return mapOfFrame; }, take)) {
-        return false;
+        return std::nullopt;
     }
-    if (vecMap.empty()) {
+    if (maps.vec.empty()) {
         report.fail(
             bRead ? QStringLiteral(
                         "The direct beam was not searched: on frames of %L1×%L2 pixels it needs sides of "
                         "at least %L3. Give the region (--region).")
-                        .arg(nWidth)
-                        .arg(nHeight)
-                        .arg(std::max(g_nLeastSide, nBlock))
+                        .arg(maps.nWidth)
+                        .arg(maps.nHeight)
+                        .arg(std::max(g_nLeastSide, maps.nBlock))
                   : QStringLiteral("The direct beam was not searched: no frame could be read."));
-        return false;
+        return std::nullopt;
     }
+    return maps;
+}
 
-    // Each frame has one vote, spread over its map; the beam gets it from all, a reflection from few.
-    const int nMapSide = std::max(vecMap[0].nWidth, vecMap[0].nHeight);
+int longSide(const Map& map)
+{
+    return std::max(map.nWidth, map.nHeight);
+}
+
+// The sum of the blurred maps, each scaled to a maximum of 1, so that all frames count alike. The direct beam
+// adds up over all frames, a reflection over the few frames on which it appears.
+Map votesOf(const std::vector<Map>& vecMap)
+{
     Map mapVotes = vecMap[0];
     std::fill(mapVotes.vec.begin(), mapVotes.vec.end(), 0.f);
     for (const Map& map : vecMap) {
-        const Map mapWide = blurred(map, std::max(1.5, 0.03 * nMapSide));
+        const Map mapWide = blurred(map, std::max(1.5, 0.03 * longSide(vecMap[0])));
         const float fMost = *std::max_element(mapWide.vec.begin(), mapWide.vec.end());
         for (size_t i = 0; i < mapVotes.vec.size() && fMost > 0; ++i) {
             mapVotes.vec[i] += mapWide.vec[i] / fMost;
         }
     }
-    if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
-        report.fail(QStringLiteral("The direct beam was not found: the frames looked at are blank."));
-        return false;
-    }
-    const QPoint ptMiddle(mapVotes.nWidth / 2, mapVotes.nHeight / 2);
-    const QPointF ptCoarse = maximumNear(mapVotes, QPointF(ptMiddle), nMapSide);
+    return mapVotes;
+}
 
+struct BeamTrack {
+    double dfX = 0;  // middle of its range, pixels of the frame
+    double dfY = 0;
+    double dfWander = 0;  // the larger extent of the range, pixels of the frame
+};
+
+BeamTrack trackBeam(const SeriesMaps& maps, const QPointF& ptCoarse)
+{
+    const int nMapSide = longSide(maps.vec[0]);
     std::vector<float> vecX, vecY;
-    for (const Map& map : vecMap) {
+    for (const Map& map : maps.vec) {
         const QPointF pt = maximumNear(blurred(map, std::max(1.0, 0.015 * nMapSide)), ptCoarse,
                                        0.2 * nMapSide);
-        vecX.push_back(float((pt.x() + 0.5) * nBlock - 0.5));
-        vecY.push_back(float((pt.y() + 0.5) * nBlock - 0.5));
+        vecX.push_back(float((pt.x() + 0.5) * maps.nBlock - 0.5));
+        vecY.push_back(float((pt.y() + 0.5) * maps.nBlock - 0.5));
     }
     vecX = smoothedTrack(vecX);
     vecY = smoothedTrack(vecY);
     const auto rangeX = std::minmax_element(vecX.begin(), vecX.end());
     const auto rangeY = std::minmax_element(vecY.begin(), vecY.end());
-    const double dfWander = double(std::max(*rangeX.second - *rangeX.first, *rangeY.second - *rangeY.first));
-    const double dfX = 0.5 * double(*rangeX.first + *rangeX.second);
-    const double dfY = 0.5 * double(*rangeY.first + *rangeY.second);
+    BeamTrack track;
+    track.dfWander = double(std::max(*rangeX.second - *rangeX.first, *rangeY.second - *rangeY.first));
+    track.dfX = 0.5 * double(*rangeX.first + *rangeX.second);
+    track.dfY = 0.5 * double(*rangeY.first + *rangeY.second);
+    return track;
+}
+
+}  // namespace
+
+std::optional<QRect> findBeamRegion(const DataSet& dataSet, CRunReport& report, int nJobs)
+{
+    const std::optional<SeriesMaps> maps = mapsOfSeries(dataSet, report, nJobs);
+    if (!maps) {
+        return std::nullopt;
+    }
+    const Map mapVotes = votesOf(maps->vec);
+    if (!(*std::max_element(mapVotes.vec.begin(), mapVotes.vec.end()) > 0)) {
+        report.fail(QStringLiteral("The direct beam was not found: the frames looked at are blank."));
+        return std::nullopt;
+    }
+    const QPoint ptMiddle(mapVotes.nWidth / 2, mapVotes.nHeight / 2);
+    const BeamTrack track = trackBeam(*maps, maximumNear(mapVotes, QPointF(ptMiddle), longSide(mapVotes)));
     report.addMessage(QStringLiteral("Direct beam found near (%L1, %L2), within %L3 pixels over the series.")
-                          .arg(dfX, 0, 'f', 0)
-                          .arg(dfY, 0, 'f', 0)
-                          .arg(dfWander, 0, 'f', 0),
+                          .arg(track.dfX, 0, 'f', 0)
+                          .arg(track.dfY, 0, 'f', 0)
+                          .arg(track.dfWander, 0, 'f', 0),
                       Severity::Info);
 
-    const int nSide = regionSide(std::min(nWidth, nHeight), dfWander);
+    const int nSide = regionSide(std::min(maps->nWidth, maps->nHeight), track.dfWander);
     const auto start = [nSide](double dfCentre, int nLength) {
         return std::max(0, std::min(int(std::lround(dfCentre)) - nSide / 2, nLength - nSide));
     };
-    rcRegion = QRect(start(dfX, nWidth), start(dfY, nHeight), nSide, nSide);
-    return true;
+    return QRect(start(track.dfX, maps->nWidth), start(track.dfY, maps->nHeight), nSide, nSide);
 }
 
 }  // namespace tessera

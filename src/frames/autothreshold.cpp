@@ -20,10 +20,11 @@ namespace {
 
 const int g_nFramesLookedAt = 12;
 const qint64 g_nPixelsLookedAt = 60000;
-const double g_dfDeviations = 8;   // fewer let in noise that spoils the merging, more lose weak reflections
-const double g_dfLeastQuanta = 5;  // counts that must fall together to be a peak
+const double g_dfDeviations = 8;   // fewer admit noise that spoils the merging, more lose weak reflections
+const double g_dfLeastQuanta = 5;  // a peak must have at least as many counts on one place
 
-// Pixels spread over the image: one in so many. The odd step keeps them from standing in a few columns only.
+// One pixel in so many is sampled. An odd step does not divide the usual widths, which would put all sampled
+// pixels into a few columns.
 qint64 sampleStep(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
@@ -42,7 +43,8 @@ std::vector<float> samplePixels(const CImgObj<float>& img)
     return vec;
 }
 
-// The least step between pixel values: one count, one grey level, or next to nothing in real numbers.
+// The smallest difference between two pixel values of a sample: one count or one grey level, and close to 0
+// for values that are no whole numbers.
 double leastStep(const CImgObj<float>& imgFrame)
 {
     std::vector<float> vec = samplePixels(imgFrame);
@@ -57,8 +59,8 @@ double leastStep(const CImgObj<float>& imgFrame)
     return dfStep;
 }
 
-// The greatest usable pixel, 0 if all are below: the greatest of pieces side by side, as a comparison waits
-// for the one before it.
+// The greatest usable pixel; 0 if all are negative. Sixteen maxima are formed side by side, since in a single
+// chain each comparison would have to wait for the one before it.
 float greatestPixel(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
@@ -81,15 +83,15 @@ float greatestPixel(const CImgObj<float>& img)
 }
 
 struct FrameNoise {
-    double dfThreshold = 0;  // 0 for a blank frame and where there is no transform
-    double dfStep = 0;       // least step between pixel values
-    float fGreatest = 0;     // pixel
+    double dfThreshold = 0;  // 0 for a blank frame, and where memory for the transform was lacking
+    double dfStep = 0;       // smallest difference between pixel values
+    float fGreatest = 0;     // greatest pixel value
 };
 
 FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                         CPeakFilters& filters, FrameHuntWork& work)
 {
-    // The same pixels of the band-passed frame as samplePixels() would take.
+    // Takes the same pixels of the band-passed frame as samplePixels() does, without keeping the frame.
     const qint64 nWidth = imgFrame.Width(), nStep = sampleStep(imgFrame);
     std::vector<float> vecSample;
     qint64 nNext = 0;
@@ -106,14 +108,14 @@ FrameNoise noiseOfFrame(const CImgObj<float>& imgFrame, const PeakHuntingParamet
     FrameNoise noise;
     noise.dfStep = leastStep(imgFrame);
     noise.fGreatest = greatestPixel(imgFrame);
-    // On frames where most pixels hold nothing the deviation may vanish; the least step does not.
+    // The robust deviation is 0 where most pixels of a frame are equal; the smallest step then counts.
     noise.dfThreshold = std::max(g_dfDeviations * robustSpread(std::move(vecSample)).dfDeviation,
                                  g_dfLeastQuanta * noise.dfStep * filters.m_dfImpulse);
     return noise;
 }
 
-// A power of ten that makes the greatest pixels some ten thousands; 1 for counts, and for values that are no
-// smaller than those of common pictures.
+// A power of ten that brings the greatest pixels to some ten thousands; 1 for counts, and for values of 100
+// or more, which common pictures have.
 double scaleForSmallValues(double dfGreatest, double dfStep)
 {
     const double dfSmall = 100, dfWanted = 4;
@@ -123,7 +125,7 @@ double scaleForSmallValues(double dfGreatest, double dfStep)
     return std::pow(10.0, dfWanted - std::floor(std::log10(dfGreatest)));
 }
 
-// With the two decimals of the page; below 1, where they would be too coarse, with four digits.
+// Rounds to the two decimals of the page; below 1, where these would be too coarse, to four digits.
 double rounded(double dfThreshold)
 {
     return dfThreshold >= 1 ? QString::number(dfThreshold, 'f', 2).toDouble()
@@ -132,9 +134,10 @@ double rounded(double dfThreshold)
 
 }  // namespace
 
-bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
-                           CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs,
-                           double* pdfScale)
+std::optional<PeakThreshold> estimatePeakThreshold(const DataSet& dataSet,
+                                                   const PeakHuntingParameters& parameters,
+                                                   CPeakFilters& filters, CRunReport& report, int nJobs,
+                                                   SmallValues smallValues)
 {
     CSharedPeakFilters shared(filters);
     const auto makeEstimate = [&] {
@@ -155,30 +158,30 @@ bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& 
         }
     };
     if (!forEachSampledFrame<FrameNoise>(dataSet, g_nFramesLookedAt, nJobs, report, makeEstimate, take)) {
-        return false;
+        return std::nullopt;
     }
     if (vecThreshold.empty()) {
         report.fail(bRead ? QStringLiteral("No peak threshold was found: the frames looked at are blank.")
                           : QStringLiteral("No peak threshold was found: no frame could be read."));
-        return false;
+        return std::nullopt;
     }
-    double dfScale = 1;
-    if (pdfScale) {
-        *pdfScale = dfScale = scaleForSmallValues(double(medianOf(vecGreatest)), double(medianOf(vecStep)));
+    PeakThreshold found;
+    if (smallValues == SmallValues::Scaled) {
+        found.dfScale = scaleForSmallValues(double(medianOf(vecGreatest)), double(medianOf(vecStep)));
     }
-    dfThreshold = rounded(dfScale * double(medianOf(vecThreshold)));
-    if (dfScale != 1) {
+    found.dfThreshold = rounded(found.dfScale * double(medianOf(vecThreshold)));
+    if (found.dfScale != 1) {
         report.addMessage(
             QStringLiteral("The values of the frames are small: for peaks, their threshold and their "
                            "intensities they are taken times %L1.")
-                .arg(dfScale),
+                .arg(found.dfScale),
             Severity::Info);
     }
     report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
-                          .arg(dfThreshold)
+                          .arg(found.dfThreshold)
                           .arg(vecThreshold.size()),
                       Severity::Info);
-    return true;
+    return found;
 }
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// estimatePeakThreshold: a threshold for peak hunting from the noise of the band-passed frames.
+// estimatePeakThreshold: the threshold of the peak search, from the noise of the band-passed frames.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -6,21 +6,35 @@
 #include "records/runparameters.h"
 #include "records/runreport.h"
 
+#include <optional>
+
 namespace tessera {
 
-/// Eight robust standard deviations of the band-passed image, median over frames of the series.
+/// What is done about frames whose pixel values are small, such as from 0 to 1.
+enum class SmallValues {
+    Kept,    ///< nothing
+    Scaled,  ///< the frames are to be multiplied by a power of ten
+};
+
+/// A threshold for the peak search.
+struct PeakThreshold {
+    /// In units of the band-passed image, rounded as the log shows it: to 2 decimals from 1 on, and to 4
+    /// digits below.
+    double dfThreshold = 0;
+    /// The factor by which the frames must be multiplied for this threshold: 1, or a power of ten for small
+    /// values, whose intensities would otherwise be lost by the one decimal of a peak list.
+    double dfScale = 1;
+};
+
+/// Eight robust standard deviations of the band-passed image; the median over some frames of the series.
 ///
-/// @param parameters   the radii count, the threshold does not
-/// @param dfThreshold  in units of the band-passed image, as the log tells it: from 1 on with 2
-///                     decimals, below with 4 digits
-/// @param nJobs        frames looked at side by side; the threshold is the same for each
-/// @param pdfScale     may be null; else takes what the frames are to be multiplied by, and dfThreshold
-///                     is for frames so scaled: 1, or a power of ten for values such as 0 to 1, which the
-///                     decimals of a peak list would not hold
-/// @return false, with a red line and dfThreshold untouched, when no frame can be read or all are blank;
-///         false, without a line, when the report asked to stop
-bool estimatePeakThreshold(const DataSet& dataSet, const PeakHuntingParameters& parameters,
-                           CPeakFilters& filters, CRunReport& report, double& dfThreshold, int nJobs = 1,
-                           double* pdfScale = nullptr);
+/// @param parameters  its radii are used, its threshold is not
+/// @param nJobs       frames that are read side by side; the result does not depend on it
+/// @return nothing, with a red line, when no frame can be read or all are blank; nothing, without a line,
+///         when the report asked to stop
+std::optional<PeakThreshold> estimatePeakThreshold(const DataSet& dataSet,
+                                                   const PeakHuntingParameters& parameters,
+                                                   CPeakFilters& filters, CRunReport& report, int nJobs = 1,
+                                                   SmallValues smallValues = SmallValues::Kept);
 
 }  // namespace tessera

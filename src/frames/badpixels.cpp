@@ -5,13 +5,13 @@
 
 namespace tessera {
 
-double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
+UsableMean meanOfUsablePixels(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
     const float* p = img.Data();
-    nBad = 0;
-    // Sums side by side, over short runs that are looked through first: no branch stands in the way of
-    // the additions then. Of bad pixels there are few.
+    qint64 nBad = 0;
+    // Most runs of 64 pixels have no bad pixel. They are checked first and then summed without branches, in
+    // eight sums side by side.
     constexpr qint64 nRun = 64;
     constexpr int nLanes = 8;
     double adfSum[nLanes] = {};
@@ -42,7 +42,7 @@ double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad)
         }
     }
     const double dfSum = std::accumulate(std::begin(adfSum), std::end(adfSum), 0.0);
-    return nBad < nPixels ? dfSum / double(nPixels - nBad) : 0.0;
+    return {nBad < nPixels ? dfSum / double(nPixels - nBad) : 0.0, nBad};
 }
 
 void CBadPixelLines::add(int nFrame, qint64 nBad, CRunReport& report)

@@ -1,4 +1,4 @@
-// BadPixels: pixels that hold no usable number, how many and how the user is told.
+// BadPixels: pixels without a usable number, how many there are and how the log reports them.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -10,22 +10,29 @@
 
 namespace tessera {
 
-/// Whether a pixel holds a finite number of at most 1e30 in size: sums over frames of larger ones
-/// run out of single precision.
+/// Whether a pixel is a finite number of at most 1e30 in magnitude. The sum of a frame of larger numbers
+/// could exceed the range of single precision.
 inline bool isUsablePixel(float f)
 {
     return std::fabs(f) <= 1e30f;
 }
 
-/// Mean of the usable pixels, 0 if there are none.
-/// @param nBad  takes the number of the others
-double meanOfUsablePixels(const CImgObj<float>& img, qint64& nBad);
+/// The mean of an image over its usable pixels.
+struct UsableMean {
+    double dfMean = 0;  ///< 0 if no pixel is usable
+    qint64 nBad = 0;    ///< number of the other pixels
+};
 
-/// Tells the user of such pixels, frame after frame. Detectors mark the same ones on each frame: a number
-/// that stays is told once.
+/// Finds the mean over the usable pixels and counts the others.
+UsableMean meanOfUsablePixels(const CImgObj<float>& img);
+
+/// Reports unusable pixels in the log, frame after frame. As a detector marks the same pixels on each frame,
+/// a number that does not change is reported only once.
 class CBadPixelLines {
 public:
-    /// Frames in order. @param nFrame  index from 0
+    /// To be called for the frames in their order.
+    /// @param nFrame  index from 0
+    /// @param nBad    unusable pixels of the frame
     void add(int nFrame, qint64 nBad, CRunReport& report);
 
 private:

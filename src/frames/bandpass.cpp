@@ -9,20 +9,21 @@ namespace tessera {
 
 namespace {
 
-/// @param pHalf  takes the half spectrum
+/// Writes the half spectrum of a frame to pHalf. Unusable pixels are filled first.
+/// @return the number of unusable pixels; -1 where the transform failed
 qint64 halfSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, COMPLEX* pHalf)
 {
     const int nWidth = imgFrame.Width();
     const int nHeight = imgFrame.Height();
     const qint64 nPixels = qint64(nWidth) * nHeight;
-    qint64 nBad = 0;
-    const float fMean = float(meanOfUsablePixels(imgFrame, nBad));
+    const UsableMean usable = meanOfUsablePixels(imgFrame);
+    const float fMean = float(usable.dfMean);
     CImgObj<float> imgFilled;
-    if (nBad > 0) {
+    if (usable.nBad > 0) {
         imgFilled.Copy(imgFrame);
         fillBadPixels(imgFilled);
     }
-    const float* const pPixel = nBad > 0 ? imgFilled.Data() : imgFrame.Data();
+    const float* const pPixel = usable.nBad > 0 ? imgFilled.Data() : imgFrame.Data();
     const auto lessMean = [&](int nRow, float* pRow) {
         const float* pFrame = pPixel + qint64(nRow) * nWidth;
         for (int x = 0; x < nWidth; ++x) {
@@ -33,7 +34,7 @@ qint64 halfSpectrum(const CImgObj<float>& imgFrame, CAcmlFft& fft, COMPLEX* pHal
         return -1;
     }
     pHalf[0].re += float(double(fMean) * double(nPixels));
-    return nBad;
+    return usable.nBad;
 }
 
 }  // namespace

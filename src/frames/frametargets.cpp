@@ -13,17 +13,17 @@ namespace tessera {
 
 namespace {
 
-const int g_nMostLinks = 40;  // one after the other, as many as the system follows
+const int g_nMostLinks = 40;  // in a chain; Linux does not follow more either
 
-/// One name for all ways to write a file's path. A file that exists is known by its place on the disk, so
-/// that links and the case of letters, where the file system does not mind it, make no difference.
+/// A key that is the same for all paths of one file. A file that exists is identified by its device and
+/// inode, so that links make no difference, nor the case of letters on file systems that ignore it.
 QString pathKey(const QString& strFile)
 {
     struct stat status = {};
     if (stat(QFile::encodeName(strFile).constData(), &status) == 0) {
         return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
     }
-    // A link to what is not there yet is the file that writing through it would make.
+    // A dangling link stands for the file that writing through it would create.
     QFileInfo info(strFile);
     for (int n = 0; n < g_nMostLinks && info.isSymLink(); ++n) {
         info.setFile(info.symLinkTarget());
@@ -33,46 +33,46 @@ QString pathKey(const QString& strFile)
                            info.fileName());
 }
 
-}  // namespace
-
-QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile, int* pnCount)
+// The targets that are frame files, each file once.
+QStringList framesAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile)
 {
     QSet<QString> setFrame;
     for (const QString& strFrame : listFrameFile) {
         setFrame.insert(pathKey(strFrame));
         if (const FrameName name = frameName(strFrame); name.bPart) {
-            setFrame.insert(pathKey(name.strFile));  // which holds the frame among others
+            setFrame.insert(pathKey(name.strFile));  // the file that contains the frame among others
         }
     }
     QSet<QString> setHit;
-    QString strFirst;
+    QStringList listHit;
     for (const QString& strTarget : listTarget) {
         const QString strKey = pathKey(strTarget);
-        if (!setFrame.contains(strKey)) {
-            continue;
+        if (setFrame.contains(strKey) && !setHit.contains(strKey)) {
+            setHit.insert(strKey);
+            listHit.append(strTarget);
         }
-        if (setHit.isEmpty()) {
-            strFirst = strTarget;
-        }
-        setHit.insert(strKey);
     }
-    if (pnCount) {
-        *pnCount = setHit.size();
-    }
-    return strFirst;
+    return listHit;
+}
+
+}  // namespace
+
+QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile)
+{
+    return framesAmongTargets(listTarget, listFrameFile).value(0);
 }
 
 bool overwritesFrames(const QStringList& listTarget, const QStringList& listFrameFile, CRunReport& report)
 {
-    int nCount = 0;
-    const QString strFrame = frameAmongTargets(listTarget, listFrameFile, &nCount);
-    if (strFrame.isEmpty()) {
+    const QStringList listFrame = framesAmongTargets(listTarget, listFrameFile);
+    const int nCount = listFrame.size();
+    if (nCount == 0) {
         return false;
     }
     report.fail(QStringLiteral("%1 %2of this series and would be overwritten. Nothing was exported.")
-                    .arg(strFrame, nCount == 1
-                                       ? QStringLiteral("is a frame ")
-                                       : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)));
+                    .arg(listFrame.first(),
+                         nCount == 1 ? QStringLiteral("is a frame ")
+                                     : QStringLiteral("and %1 more files are frames ").arg(nCount - 1)));
     return true;
 }
 

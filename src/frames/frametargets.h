@@ -8,12 +8,11 @@
 
 namespace tessera {
 
-/// The first frame file that one of the targets is, also by way of a link; empty if none is.
-/// @param pnCount  may be null; how many of the targets are frame files
-QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile,
-                          int* pnCount = nullptr);
+/// The first target that is one of the frame files or a link to one; empty if none is.
+QString frameAmongTargets(const QStringList& listTarget, const QStringList& listFrameFile);
 
-/// Whether a target is a frame file; then a red line says that nothing was exported.
+/// Whether any target is a frame file. If so, a red line names the first one and says that nothing was
+/// exported.
 bool overwritesFrames(const QStringList& listTarget, const QStringList& listFrameFile, CRunReport& report);
 
 }  // namespace tessera

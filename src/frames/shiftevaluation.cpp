@@ -27,27 +27,29 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tessera {
 
 namespace {
 
-// Each reader holds a whole frame for a small region of it: more of them cost memory and win nothing.
+// Each reader keeps a whole frame in memory to cut a small region out of it. More readers than this only cost
+// memory, as the files are not read faster.
 const int g_nMostReaders = 4;
 
-const int g_nLeastSide = 16;  // keeps the ring mask and the correlation's peak box in the region
+const int g_nLeastSide = 16;  // of the region; ring mask and peak box of the correlation must fit into it
 const double g_dfSaturation = 100000.0;
 const int g_nFitHalfSize = 64;
 
-// The square that is compared, in raw pixels of every frame.
+// The reference region, in raw pixels, at the same place on every frame.
 struct Square {
     int nX = 0;
     int nY = 0;
     int nSide = 0;
 };
 
-// A frame's region, ready to be aligned.
+// The spectrum of a frame's region, to be aligned with the others.
 struct RegionFrame {
     bool bUsable = false;
     CImgObj<COMPLEX> imgFT;  // centred layout, masked
@@ -55,7 +57,7 @@ struct RegionFrame {
     CDeferredReport report;
 };
 
-// Cuts the region out of single frames; each thread of a run has its own.
+// Cuts the region out of frames and transforms it. Each thread of a run has an object of its own.
 class CRegionCutter {
 public:
     /// @param series  must outlive the object
@@ -70,7 +72,7 @@ public:
             if (loadRegion(nFrame, imgRegion, frame.report)) {
                 transform(imgRegion, frame);
             }
-        } catch (const CShortMemory&) {  // it tells of the file
+        } catch (const CShortMemory&) {  // it names the file already
             throw;
         } catch (const std::bad_alloc&) {
             const std::uint64_t nBytesPerPixel = 24;  // region, spectrum, transform
@@ -129,16 +131,16 @@ private:
     CAcmlFft m_fft;
 };
 
-// Running sum of the aligned regions' spectra.
+// The running sum of the spectra of the aligned regions.
 class CRegionSum {
 public:
     explicit CRegionSum(int nSide) : m_nSide(nSide) {}
 
-    // Aligns a region with the sum and adds it; returns its shift. Without anything to align, on a blank
-    // frame, bMeasured is false and the shift 0.
-    QPointF add(CImgObj<COMPLEX>& imgFrameFT, bool& bMeasured)
+    // Aligns a region with the sum and adds it.
+    // @return its shift; nothing for a blank region, which is added without a shift
+    std::optional<QPointF> add(CImgObj<COMPLEX>& imgFrameFT)
     {
-        bMeasured = true;
+        bool bMeasured = true;
         if (!m_imgSumFT.Data()) {
             m_imgSumFT.Copy(imgFrameFT);
             return QPointF(0, 0);
@@ -150,7 +152,7 @@ public:
                   &bMeasured);
         FourierShift(imgFrameFT.Data(), m_nSide, m_nSide, -dfX, -dfY, true);
         AddComplex(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide * m_nSide);
-        return QPointF(dfX, dfY);
+        return bMeasured ? std::make_optional(QPointF(dfX, dfY)) : std::nullopt;
     }
 
     void scale(double df) { ScaleComplex(m_imgSumFT.Data(), m_nSide * m_nSide, df); }
@@ -176,7 +178,7 @@ private:
 };
 
 struct MeasuredSeries {
-    QList<QPointF> listShift;  // of the frames up to the last or to the first that ends the run
+    QList<QPointF> listShift;  // of the frames before the end of the run
     RunOutcome outcome;
 };
 
@@ -199,15 +201,15 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
             return false;
         }
         badPixelLines.add(i, frame.nBadPixels, report);
-        bool bMeasured = true;
-        const QPointF ptShift = sum.add(frame.imgFT, bMeasured);
-        if (!bMeasured) {
+        const std::optional<QPointF> measuredShift = sum.add(frame.imgFT);
+        if (!measuredShift) {
             report.addMessage(
                 QStringLiteral("Frame #%L1 has nothing to align in the reference region; its shift is "
                                "taken as 0.")
                     .arg(i + 1),
                 Severity::Error);
         }
+        const QPointF ptShift = measuredShift.value_or(QPointF(0, 0));
         measured.listShift.append(ptShift);
         if (fnFrameDone) {
             releaseFrameImages(dataSet.m_vecFrameImage);
@@ -221,7 +223,7 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
     return measured;
 }
 
-// The direct beam on the summed map, raw pixels.
+// Finds the direct beam on the sum of the aligned regions. Result in raw pixels of the first frame.
 QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
 {
     const double dfX = square.nX, dfY = square.nY;
@@ -288,7 +290,8 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
     if (nFrames == 0) {
         return {RunEnd::Refused, {}};
     }
-    const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };  // none: outside
+    // NaN becomes -1, which lies outside every frame.
+    const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };
     Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
     if (square.nSide < g_nLeastSide) {
         return refuseRun(

@@ -17,6 +17,38 @@ QString smvImageFile(const QString& strFolder, const QString& strFrame)
     return strFolder + QLatin1Char('/') + frameShortName(strFrame) + QStringLiteral(".img");
 }
 
+namespace {
+
+void setItem(QString& strHeader, const char* pszKey, double dfValue, int nDecimals)
+{
+    replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
+}
+
+// The header with the items that are the same for all frames.
+// @param dfDistance  camera length, mm
+QString headerOfSeries(const DataSet& dataSet, double dfDistance)
+{
+    QString strHeader = smvHeaderTemplate();
+    setItem(strHeader, "WAVELENGTH", dataSet.m_dfWavelength, 6);
+    setItem(strHeader, "PIXEL_SIZE", g_dfSmvPixelSize, 6);
+    setItem(strHeader, "DISTANCE", dfDistance, 2);
+    setItem(strHeader, "BEAM_CENTER_X", dataSet.m_dfCenterX, 2);
+    setItem(strHeader, "BEAM_CENTER_Y", dataSet.m_dfCenterY, 2);
+    setItem(strHeader, "DENZO_X_BEAM", dataSet.m_dfCenterY * g_dfSmvPixelSize, 2);
+    setItem(strHeader, "DENZO_Y_BEAM", dataSet.m_dfCenterX * g_dfSmvPixelSize, 2);
+    return strHeader;
+}
+
+// Whether a pixel exceeds what 16 bits can represent.
+bool isCutOff(const CImgObj<float>& image)
+{
+    const float* const pBegin = image.Data();
+    return std::any_of(pBegin, pBegin + qint64(image.Width()) * image.Height(),
+                       [](float f) { return f > 65535; });
+}
+
+}  // namespace
+
 RunOutcome exportSMVImages(const DataSet& dataSet, CRunReport& report)
 {
     const QString strFolder = dataSet.m_strProjectDir;
@@ -38,18 +70,7 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
             report, QStringLiteral("There is no camera length, as pixel size or wavelength is 0. Nothing "
                                    "was exported."));
     }
-    QString strHeader = smvHeaderTemplate();
-    const auto set = [&strHeader](const char* pszKey, double dfValue, int nDecimals) {
-        replaceSmvItem(strHeader, QLatin1String(pszKey), dfValue, nDecimals);
-    };
-    set("WAVELENGTH", dataSet.m_dfWavelength, 6);
-    set("PIXEL_SIZE", g_dfSmvPixelSize, 6);
-    set("DISTANCE", dfDistance, 2);
-    set("BEAM_CENTER_X", dataSet.m_dfCenterX, 2);
-    set("BEAM_CENTER_Y", dataSet.m_dfCenterY, 2);
-    set("DENZO_X_BEAM", dataSet.m_dfCenterY * g_dfSmvPixelSize, 2);
-    set("DENZO_Y_BEAM", dataSet.m_dfCenterX * g_dfSmvPixelSize, 2);
-
+    QString strHeader = headerOfSeries(dataSet, dfDistance);
     if (!dataSet.m_distortion.isNone()) {
         report.addMessage(
             QStringLiteral("SMV headers hold no distortion of the lens and no axis out of the "
@@ -71,14 +92,12 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
             dfStep = what.series.reading.isHoleBehind(nFrame) ? what.series.reading.stepOf(nFrame)
                                                               : listTilt[nFrame + 1] - dfTilt;
         }
-        set("SIZE1", image.Width(), 0);
-        set("SIZE2", image.Height(), 0);
-        set("PHI", dfTilt, 2);
-        set("OSC_START", dfTilt, 2);
-        set("OSC_RANGE", dfStep, 2);
-        const float* pEnd = image.Data() + qint64(image.Width()) * image.Height();
-        nCutOff += std::any_of(static_cast<const float*>(image.Data()), pEnd,
-                               [](float f) { return f > 65535; });
+        setItem(strHeader, "SIZE1", image.Width(), 0);
+        setItem(strHeader, "SIZE2", image.Height(), 0);
+        setItem(strHeader, "PHI", dfTilt, 2);
+        setItem(strHeader, "OSC_START", dfTilt, 2);
+        setItem(strHeader, "OSC_RANGE", dfStep, 2);
+        nCutOff += isCutOff(image);
         const QPointF ptShift = what.series.centres.m_listShift[nFrame];
         CyclicShift(image.Data(), image.Width(), image.Height(), -wholePixels(ptShift.x()),
                     -wholePixels(ptShift.y()));

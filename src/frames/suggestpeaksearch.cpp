@@ -12,9 +12,9 @@ namespace {
 
 const double g_dfWideToNarrow = 2.7;
 const double g_dfLeastWideToNarrow = 2;
-const double g_dfDisc = 3;  // sigmas: the disc holds 99 % of a Gaussian spot
-const double g_dfFoot = 2;  // sigmas: what of the next spot stays out of the ring, all but 14 % of it
-const double g_dfRing = 3;  // pixels, as the page has it
+const double g_dfDisc = 3;  // sigmas; the disc has 99 % of a Gaussian spot
+const double g_dfFoot = 2;  // sigmas; radius of the next spot, which has all but 14 % of it
+const double g_dfRing = 3;  // pixels, the initial value of the page
 
 QString figure(double df)
 {
@@ -90,10 +90,11 @@ bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page
     for (const SuggestedValue& value : qAsConst(listFound)) {
         parameterOf(value.member).setValue(records, value.dfValue);
     }
-    double dfThreshold = 0;
-    if (estimatePeakThreshold(dataSet, parameters, filters, report, dfThreshold, nJobs)) {
+    const std::optional<PeakThreshold> found = estimatePeakThreshold(dataSet, parameters, filters, report,
+                                                                     nJobs);
+    if (found) {
         const SuggestedValue value = suggestedValue(
-            &PeakHuntingParameters::m_dfPeakThreshold, dfThreshold,
+            &PeakHuntingParameters::m_dfPeakThreshold, found->dfThreshold,
             QStringLiteral("eight robust standard deviations of the noise with these radii"));
         if (value.dfValue > 0) {
             listFound.append(value);

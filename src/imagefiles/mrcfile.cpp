@@ -1,35 +1,37 @@
 #include "imagefiles/mrcfile.h"
 
-#include <QFile>
-#include <QtEndian>
+#include "imagefiles/filebuffer.h"
+#include "imagefiles/halffloat.h"
+#include "imagefiles/mrclayout.h"
+#include "imagefiles/mrcwriter.h"
+#include "imagefiles/pixelconvert.h"
 #include "records/regularfile.h"
 #include "records/wholefile.h"
+
+#include <QFile>
+#include <QtEndian>
 
 #include <algorithm>
 #include <iterator>
 #include <memory>
 #include <new>
 
-#include "imagefiles/filebuffer.h"
-#include "imagefiles/halffloat.h"
-#include "imagefiles/mrclayout.h"
-#include "imagefiles/mrcwriter.h"
-#include "imagefiles/pixelconvert.h"
-
 namespace tessera {
 
 namespace {
 
-constexpr size_t g_nBlockSize = size_t(1) << 20;  ///< small sections are read together, up to this many bytes
-/// Larger ones are read in strips of rows of about so many bytes, which are still in the cache when they are
-/// converted.
+/// Small sections are read together, up to this many bytes.
+constexpr size_t g_nBlockSize = size_t(1) << 20;
+/// Larger sections are read in strips of rows of about this many bytes, which are still in the cache when
+/// they are converted.
 constexpr size_t g_nStripSize = size_t(1) << 18;
 
 template <class T, bool bSwap>
 void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImage)
 {
-    // Where rows are stored bottom up, the source is walked backwards, which the processor does not foresee:
-    // the row to come is fetched strip by strip. The target is written in memory order.
+    // The target is written in memory order. Where rows are stored bottom up, the source is then read
+    // backwards row by row. The processor does not predict this, so the next row is prefetched strip by
+    // strip.
     constexpr size_t nLongest = 256, nCacheLine = 64;
     const size_t nRow = static_cast<size_t>(layout.nWidth), nRows = static_cast<size_t>(layout.nY);
     const size_t nRowBytes = layout.rowBytes();
@@ -42,9 +44,9 @@ void rowsToImage(const uint8_t* pSection, const MrcLayout& layout, float* pfImag
             if (!layout.bTopDown && y > 0) {
                 for (size_t n = 0; n < nStrip * sizeof(T); n += nCacheLine) {
                     __builtin_prefetch(pStrip - nRowBytes + n);
-#endif
                 }
             }
+#endif
             convertPixels<T, bSwap>(pStrip, nStrip, pfImage + x);
         }
     }
@@ -106,7 +108,7 @@ std::unique_ptr<CImgObj<float>> imageFromSection(const uint8_t* pSection, const 
     return pImage;
 }
 
-/// Reads a section at the place where the file stands; null when it cannot be read whole.
+/// Reads the section at the current position of the file; null when it cannot be read completely.
 std::unique_ptr<CImgObj<float>> readInStrips(QFile& file, const MrcLayout& layout)
 {
     auto pImage = imageOf(layout);
@@ -139,6 +141,46 @@ void takeOver(ImageList& vecRead, ImageList& vecImage)
     std::move(vecRead.begin(), vecRead.end(), std::back_inserter(vecImage));
 }
 
+/// Reads up to `nCount` sections of any size one by one; fewer where one cannot be read.
+ImageList readLargeSections(QFile& file, const MrcLayout& layout, int64_t nCount)
+{
+    ImageList vecRead;
+    vecRead.reserve(static_cast<size_t>(nCount));
+    for (int64_t nDone = 0; nDone < nCount; ++nDone) {
+        auto pImage = readInStrips(file, layout);
+        if (!pImage) {
+            break;
+        }
+        vecRead.push_back(std::move(pImage));
+    }
+    return vecRead;
+}
+
+/// Reads up to `nCount` sections of `nSectionBytes` bytes, several at once; fewer where one cannot be read.
+ImageList readSmallSections(QFile& file, const MrcLayout& layout, int64_t nCount, size_t nSectionBytes)
+{
+    ImageList vecRead;
+    vecRead.reserve(static_cast<size_t>(nCount));
+    const qint64 nSection = static_cast<qint64>(nSectionBytes);
+    const int64_t nTogether = std::min(
+        nCount, static_cast<int64_t>(std::max(size_t(1), g_nBlockSize / nSectionBytes)));
+    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * nSectionBytes);
+    for (int64_t nDone = 0; nDone < nCount;) {
+        const qint64 nBytes = std::min(nTogether, nCount - nDone) * nSection;
+        const qint64 nRead = file.read(reinterpret_cast<char*>(pBlock.get()), nBytes);
+        const int64_t nWhole = std::max(nRead, qint64(0)) / nSection;
+        for (int64_t z = 0; z < nWhole; ++z) {
+            vecRead.push_back(
+                imageFromSection(pBlock.get() + static_cast<size_t>(z) * nSectionBytes, layout));
+        }
+        nDone += nWhole;
+        if (nRead != nBytes) {
+            break;
+        }
+    }
+    return vecRead;
+}
+
 }  // namespace
 
 int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, ImageList& vecImage,
@@ -169,41 +211,13 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
         return 1;
     }
 
-    ImageList vecRead;
-    vecRead.reserve(static_cast<size_t>(sections.nCount));
-    const auto cannotBeRead = [&](int64_t nDone) {
+    ImageList vecRead = sections.nBytes > g_nBlockSize
+                            ? readLargeSections(file, layout, sections.nCount)
+                            : readSmallSections(file, layout, sections.nCount, sections.nBytes);
+    if (static_cast<int64_t>(vecRead.size()) < sections.nCount) {
         strReason = QStringLiteral("section %1 of %2 cannot be read: %3")
-                        .arg(QString::number(nFirst + nDone + 1), QString::number(layout.nZ),
-                             file.errorString());
-    };
-    if (sections.nBytes > g_nBlockSize) {
-        for (int64_t nDone = 0; nDone < sections.nCount; ++nDone) {
-            auto pImage = readInStrips(file, layout);
-            if (!pImage) {
-                cannotBeRead(nDone);
-                break;
-            }
-            vecRead.push_back(std::move(pImage));
-        }
-        takeOver(vecRead, vecImage);
-        return 1;
-    }
-    const int64_t nTogether = std::min(
-        sections.nCount, static_cast<int64_t>(std::max(size_t(1), g_nBlockSize / sections.nBytes)));
-    const std::shared_ptr<uint8_t> pBlock = makeFileBuffer(static_cast<size_t>(nTogether) * sections.nBytes);
-    for (int64_t nDone = 0; nDone < sections.nCount;) {
-        const qint64 nBytes = std::min(nTogether, sections.nCount - nDone) * nSection;
-        const qint64 nRead = file.read(reinterpret_cast<char*>(pBlock.get()), nBytes);
-        const int64_t nWhole = std::max(nRead, qint64(0)) / nSection;
-        for (int64_t z = 0; z < nWhole; ++z) {
-            vecRead.push_back(
-                imageFromSection(pBlock.get() + static_cast<size_t>(z) * sections.nBytes, layout));
-        }
-        nDone += nWhole;
-        if (nRead != nBytes) {
-            cannotBeRead(nDone);
-            break;
-        }
+                        .arg(QString::number(nFirst + static_cast<int64_t>(vecRead.size()) + 1),
+                             QString::number(layout.nZ), file.errorString());
     }
     takeOver(vecRead, vecImage);
     return 1;

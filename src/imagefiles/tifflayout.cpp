@@ -11,8 +11,9 @@ namespace {
 
 constexpr uint64_t g_nMostPixels = uint64_t(std::numeric_limits<int>::max());
 
-/// The most that a byte of a packing can grow to, by how its codes are made; of those that store a constant
-/// area of any size in a few bytes, more than a frame ever does.
+/// The greatest number of bytes that one packed byte can unpack to, which follows from the codes of a
+/// compression. For compressions that can store a constant area of any size in a few bytes, it is more than
+/// frames need.
 uint64_t mostGrowth(uint64_t nCompression)
 {
     switch (nCompression) {
@@ -21,22 +22,22 @@ uint64_t mostGrowth(uint64_t nCompression)
         case COMPRESSION_PACKBITS:
         case COMPRESSION_THUNDERSCAN:
         case COMPRESSION_NEXT:
-            return 128;  // two bytes repeat one up to 128 times
+            return 128;  // two bytes repeat one byte up to 128 times
         case COMPRESSION_JPEG:
         case COMPRESSION_OJPEG:
-            return 1024;  // a block of 64 values, 12 bits each, in two codes of a bit or more
+            return 1024;  // two codes of at least one bit make a block of 64 values of 12 bits
         case COMPRESSION_ADOBE_DEFLATE:
         case COMPRESSION_DEFLATE:
         case COMPRESSION_PIXARLOG:
-            return 4 * 1040;  // two bits repeat 258 bytes; a byte of PixarLog becomes up to four
+            return 4 * 1040;  // two bits repeat 258 bytes; PixarLog makes up to four bytes of one
         case COMPRESSION_LZW:
-            return 4096;  // a code of 12 bits stands for no more bytes than there are codes
+            return 4096;  // a code of 12 bits makes no more bytes than there are codes
         default:
             return 40000;
     }
 }
 
-/// Numbers of a directory that a layout is made of.
+/// The numbers of a directory that describe the pixels.
 struct Fields {
     uint64_t nWidth, nHeight, nBits, nFormat, nSamples, nCompression, nPhotometric;
     bool bOneSize;
@@ -74,14 +75,14 @@ TiffPixels pixelsOf(const Fields& fields)
         case PHOTOMETRIC_RGB:
             return bUnsigned && fields.nBits == 8 && fields.nSamples >= 3 ? TiffPixels::Colour
                                                                           : TiffPixels::Picture;
-        case PHOTOMETRIC_CFA:  // of one sample, whatever lies on it
+        case PHOTOMETRIC_CFA:  // one sample a pixel; the colour of its filter does not matter
             return TiffPixels::Counts;
         default:
             return TiffPixels::Picture;
     }
 }
 
-/// Why samples are of no kind that is read; empty if they are.
+/// Why samples of this kind cannot be read; empty if they can.
 QString unreadSamples(const Fields& fields, TiffPixels pixels)
 {
     const bool bFloat = fields.nFormat == SAMPLEFORMAT_IEEEFP, bComplex = fields.nFormat > SAMPLEFORMAT_VOID;
@@ -104,7 +105,8 @@ QString unreadSamples(const Fields& fields, TiffPixels pixels)
                                                      : QString());
 }
 
-/// Width and height of the segments, and how many there are.
+/// Fills in the size of the segments and how many there are.
+/// @return false, with the reason, where the file gives an impossible size
 bool fillSegments(CTiffBytes& tiff, const TiffDirectory& directory, TiffLayout& layout, QString& strReason)
 {
     const uint64_t nWidth = uint64_t(layout.nWidth), nHeight = uint64_t(layout.nHeight);
@@ -127,41 +129,62 @@ bool fillSegments(CTiffBytes& tiff, const TiffDirectory& directory, TiffLayout& 
     return true;
 }
 
-/// Where the segments are, and that they are within the file and long enough for what they shall become.
-bool placeSegments(CTiffBytes& tiff, const TiffDirectory& directory, uint64_t nCompression,
-                   TiffLayout& layout, QString& strReason)
+QString segmentsName(const TiffLayout& layout)
 {
-    const uint64_t nPlane = uint64_t(layout.nAcross) * uint64_t(layout.nDown);
-    const uint64_t nSegments = nPlane * uint64_t(layout.bSeparate ? layout.nSamples : 1);
+    return layout.bTiled ? QStringLiteral("tiles") : QStringLiteral("strips");
+}
+
+/// Reads the places of the segments into the layout.
+/// @return the packed lengths of the segments as the file gives them: fewer than segments, or none, where the
+///         segments are not packed or there is one only; nothing, with the reason, where too few are given
+std::optional<std::vector<uint64_t>> placesAndLengths(CTiffBytes& tiff, const TiffDirectory& directory,
+                                                      bool bPacked, TiffLayout& layout, QString& strReason)
+{
+    const uint64_t nSegments = layout.segments();
     const auto values = [&](TiffTag tagTiles, TiffTag tagStrips) {
         const TiffEntry* const pEntry = directory.find(layout.bTiled ? tagTiles : tagStrips);
         return tiff.wholeNumbers(pEntry ? pEntry : directory.find(layout.bTiled ? tagStrips : tagTiles),
                                  nSegments);
     };
     layout.vecPlace = values(TiffTag::TileOffsets, TiffTag::StripOffsets);
-    const std::vector<uint64_t> vecBytes = values(TiffTag::TileByteCounts, TiffTag::StripByteCounts);
-    const QString strSegments = layout.bTiled ? QStringLiteral("tiles") : QStringLiteral("strips");
+    std::vector<uint64_t> vecBytes = values(TiffTag::TileByteCounts, TiffTag::StripByteCounts);
     if (layout.vecPlace.size() < nSegments) {
         strReason = QStringLiteral("places of %1 of %2 %3")
                         .arg(layout.vecPlace.size())
                         .arg(nSegments)
-                        .arg(strSegments);
-        return false;
+                        .arg(segmentsName(layout));
+        return std::nullopt;
     }
+    if (vecBytes.size() < nSegments && bPacked && nSegments > 1) {
+        strReason = QStringLiteral("lengths of %1 of %2 %3")
+                        .arg(vecBytes.size())
+                        .arg(nSegments)
+                        .arg(segmentsName(layout));
+        return std::nullopt;
+    }
+    return vecBytes;
+}
+
+/// Finds where the segments lie. They must lie within the file and be long enough for their pixels.
+/// @return false, with the reason, where they do not
+bool placeSegments(CTiffBytes& tiff, const TiffDirectory& directory, uint64_t nCompression,
+                   TiffLayout& layout, QString& strReason)
+{
     const bool bPlain = nCompression == COMPRESSION_NONE;
-    if (vecBytes.size() < nSegments && !bPlain && nSegments > 1) {
-        strReason =
-            QStringLiteral("lengths of %1 of %2 %3").arg(vecBytes.size()).arg(nSegments).arg(strSegments);
+    const auto vecBytes = placesAndLengths(tiff, directory, !bPlain, layout, strReason);
+    if (!vecBytes) {
         return false;
     }
-    uint64_t nNeeded = 0, nSum = 0;  // up to which place the file has to reach; bytes of all
+    const uint64_t nSegments = layout.segments();
+    uint64_t nNeeded = 0, nSum = 0;  // end of the last segment in the file; bytes of all segments
     for (uint64_t i = 0; i < nSegments; ++i) {
-        const uint64_t nRow = i % nPlane / uint64_t(layout.nAcross), nPlace = layout.vecPlace[i];
+        const uint64_t nRow = i % layout.segmentsOfPlane() / uint64_t(layout.nAcross);
+        const uint64_t nPlace = layout.vecPlace[i];
         const uint64_t nUnpacked = layout.rowBytes() * uint64_t(layout.rowsOf(int(nRow)));
         const uint64_t nRest = tiff.fileSize() - std::min(tiff.fileSize(), nPlace);
-        const uint64_t nTold = i < vecBytes.size() ? vecBytes[i] : bPlain ? nUnpacked : nRest;
-        // One strip is as long as its rows, whatever its length says: some writers leave it out or let it
-        // overflow.
+        const uint64_t nTold = i < vecBytes->size() ? (*vecBytes)[i] : bPlain ? nUnpacked : nRest;
+        // The length of a single strip follows from its rows. The length in the file is ignored, as some
+        // writers leave it out or let it overflow.
         const uint64_t nBytes = bPlain && nSegments == 1 ? nUnpacked : nTold;
         if (nPlace == 0 || nBytes == 0 || (bPlain && nBytes < nUnpacked)) {
             strReason = QStringLiteral("%1 %2 of %3 has %4 of %5 bytes")
@@ -183,8 +206,7 @@ bool placeSegments(CTiffBytes& tiff, const TiffDirectory& directory, uint64_t nC
         strReason = QStringLiteral("truncated: %1 of %2 bytes").arg(tiff.fileSize()).arg(nNeeded);
         return false;
     }
-    const int nPlanes = layout.bSeparate ? layout.nSamples : 1;
-    if (layout.planeBytes() * nPlanes > double(nSum) * double(mostGrowth(nCompression))) {
+    if (layout.planeBytes() * layout.planes() > double(nSum) * double(mostGrowth(nCompression))) {
         strReason = QStringLiteral("%1 x %2 pixels packed in %3 bytes")
                         .arg(layout.nWidth)
                         .arg(layout.nHeight)

@@ -22,7 +22,7 @@ Eigen::Matrix3d averagedMetric(const RotationGroup& group, const Eigen::Matrix3d
     return matSum / double(group.listOperation.size());
 }
 
-/// The basis with this metric, turned so that its vectors lie as close as they can to those of another one.
+/// The basis with a given metric, rotated to be as close as possible to another basis.
 /// Source: Kabsch (1976), Acta Cryst. A32, 922–923.
 LatticeBasis basisOfMetric(const Eigen::Matrix3d& metric, const LatticeBasis& close)
 {
@@ -32,7 +32,7 @@ LatticeBasis basisOfMetric(const Eigen::Matrix3d& metric, const LatticeBasis& cl
     return matLower * svd.matrixU() * svd.matrixV().transpose();
 }
 
-/// Of the settings that the symmetry makes equal, that with the axes closest to the old ones.
+/// The setting with the axes closest to the old ones, among those that are equivalent by the symmetry.
 Eigen::Matrix3i closestToIdentity(const Eigen::Matrix3i& matRows, const Eigen::Matrix3i& matOldToReduced,
                                   const RotationGroup& group)
 {
@@ -61,7 +61,7 @@ void setMisfits(LatticeSymmetry& symmetry)
     }
 }
 
-/// In %, with the angles in radians: how much the lattice has to be strained.
+/// The strain of the lattice that the misfits mean, %, with angles in radians.
 double strainOf(const LatticeSymmetry& symmetry)
 {
     return std::max(symmetry.dfMisfitLengths, 100 * radians(symmetry.dfMisfitAngles));
@@ -127,13 +127,14 @@ std::vector<LatticeSymmetry> bestOfEachType(const std::vector<LatticeSymmetry>& 
 }
 
 std::optional<LatticeSymmetry> proposedSymmetry(const std::vector<LatticeSymmetry>& listSymmetry,
-                                                const CellErrors& errors)
+                                                const CellUncertainty& uncertainty)
 {
     const double dfDeviations = 3;
     const auto it = std::find_if(
         listSymmetry.begin(), listSymmetry.end(), [&](const LatticeSymmetry& symmetry) {
-            return symmetry.nRotations == 1 || (symmetry.dfMisfitLengths <= dfDeviations * errors.dfLengths &&
-                                                symmetry.dfMisfitAngles <= dfDeviations * errors.dfAngles);
+            return symmetry.nRotations == 1 ||
+                   (symmetry.dfMisfitLengths <= dfDeviations * uncertainty.dfLengths &&
+                    symmetry.dfMisfitAngles <= dfDeviations * uncertainty.dfAngles);
         });
     return it == listSymmetry.end() ? std::nullopt : std::make_optional(*it);
 }
@@ -163,7 +164,7 @@ QString bravaisSymbol(const LatticeSymmetry& symmetry)
     if (symmetry.system == LatticeSystem::Triclinic) {
         return QStringLiteral("aP");
     }
-    // Rhombohedral and hexagonal lattices make up one family, of which the letter is h.
+    // Rhombohedral and hexagonal lattices form one crystal family with the letter h.
     const QChar chFamily = symmetry.system == LatticeSystem::Rhombohedral ? QLatin1Char('h')
                                                                           : nameOf(symmetry.system).at(0);
     const bool bMonoclinicI = symmetry.system == LatticeSystem::Monoclinic && symmetry.chCentring == 'I';

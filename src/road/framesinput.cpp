@@ -241,15 +241,15 @@ bool writeMadeProject(RoadState& state)
     project.bAxisKnown = dataSet.m_bRotationAxisKnown;
     project.rotation = options.intensities.rotation.value_or(dataSet.m_rotation);
     project.strComment = QLatin1String(g_pszMade);
-    QByteArray bytesText;
     QString strReason;
-    if (!makeProjectText(project, strFile, bytesText, &strReason)) {
+    const std::optional<QByteArray> bytesText = makeProjectText(project, strFile, &strReason);
+    if (!bytesText) {
         state.report.addMessage(
             QStringLiteral("Warning: there is no project of these frames: %1").arg(strReason),
             Severity::Warning);
         return true;
     }
-    if (!writeWholeFile(strFile, bytesText, &strReason)) {
+    if (!writeWholeFile(strFile, *bytesText, &strReason)) {
         state.report.fail(strReason);
         return false;
     }

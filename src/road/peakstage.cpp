@@ -125,10 +125,14 @@ StageResult runPeakStage(RoadState& state)
     }
     takeOver(state.options.dfPeakThreshold, parameters.m_dfPeakThreshold);
     roundToPages(parameters);
-    if (!state.options.dfPeakThreshold && !state.options.bWindowDefaults &&
-        !estimatePeakThreshold(dataSet, parameters, filters, state.report, parameters.m_dfPeakThreshold,
-                               nJobs, &parameters.m_dfFrameScale)) {
-        return state.report.failed();
+    if (!state.options.dfPeakThreshold && !state.options.bWindowDefaults) {
+        const std::optional<PeakThreshold> found = estimatePeakThreshold(
+            dataSet, parameters, filters, state.report, nJobs, SmallValues::Scaled);
+        if (!found) {
+            return state.report.failed();
+        }
+        parameters.m_dfPeakThreshold = found->dfThreshold;
+        parameters.m_dfFrameScale = found->dfScale;
     }
     PeakHuntingOptions options;
     options.bSaveEmpty = false;

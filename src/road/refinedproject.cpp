@@ -56,11 +56,7 @@ std::optional<QByteArray> refinedProjectText(const DataSet& dataSet, const Geome
         project.tilts.append(source.tilts.listStage.value(n) + dfMore, source.tilts.listBeam.value(n),
                              dfTilt + dfMore);
     }
-    QByteArray bytesText;
-    if (!makeProjectText(project, strProjectFile, bytesText, pstrReason)) {
-        return {};
-    }
-    return bytesText;
+    return makeProjectText(project, strProjectFile, pstrReason);
 }
 
 ShiftData refinedShifts(const DataSet& dataSet, const GeometryModel& model)

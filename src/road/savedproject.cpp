@@ -67,8 +67,9 @@ bool saveSeriesAsProject(const DataSet& dataSet, const MappingParameters& mappin
                           .arg(strProjectFile);
         return false;
     }
-    QByteArray bytesProject;
-    if (!makeProjectText(projectOfSeries(dataSet, mapping), strProjectFile, bytesProject, pstrReason)) {
+    const std::optional<QByteArray> bytesProject = makeProjectText(projectOfSeries(dataSet, mapping),
+                                                                   strProjectFile, pstrReason);
+    if (!bytesProject) {
         return false;
     }
     DataSet names;  // names of the new project
@@ -83,7 +84,7 @@ bool saveSeriesAsProject(const DataSet& dataSet, const MappingParameters& mappin
         files.add(strFile, bytes);
         listFile.append(strFile);
     };
-    add(strProjectFile, bytesProject);
+    add(strProjectFile, *bytesProject);
     if (!dataSet.m_listShift.isEmpty()) {
         add(fileOfProject(names, ResultFile::Shifts),
             shiftFileText({dataSet.m_dfCenterX, dataSet.m_dfCenterY, dataSet.m_listShift}));

@@ -47,17 +47,17 @@ StageResult runShiftStage(RoadState& state)
 {
     beginStage(state, RoadStage::Shifts);
     DataSet& dataSet = state.dataSet;
-    QRect rcRegion;
-    if (state.options.rcRegion) {
-        rcRegion = *state.options.rcRegion;
-    } else if (!findBeamRegion(dataSet, state.report, rcRegion, state.options.jobs())) {
+    const std::optional<QRect> rcRegion = state.options.rcRegion
+                                              ? state.options.rcRegion
+                                              : findBeamRegion(dataSet, state.report, state.options.jobs());
+    if (!rcRegion) {
         return state.report.failed();
     }
     const QString strFile = fileOfProject(dataSet, ResultFile::Shifts);
     ShiftEvaluationOptions options;
     options.bKeepPartial = false;
     options.nJobs = state.options.jobs();
-    const RunOutcome outcome = runShiftEvaluation(dataSet, QRectF(rcRegion), state.report, options);
+    const RunOutcome outcome = runShiftEvaluation(dataSet, QRectF(*rcRegion), state.report, options);
     if (!outcome.finished()) {
         return state.report.failed(
             QStringLiteral("Shift evaluation did not reach the last frame; nothing was written."));
@@ -71,7 +71,7 @@ StageResult runShiftStage(RoadState& state)
     }
     state.results.listFile.append(strFile);
     ShiftResult& shifts = state.results.shifts.emplace();
-    shifts.rcRegion = rcRegion;
+    shifts.rcRegion = *rcRegion;
     shifts.ptCentre = QPointF(dataSet.m_dfCenterX, dataSet.m_dfCenterY);
     shifts.dfMaxShift = greatestCoordinate(dataSet.m_listShift);
     shifts.listJump = judgeShifts(dataSet.m_listShift, state.report);

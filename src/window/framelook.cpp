@@ -78,11 +78,11 @@ std::optional<QPointF> beamOf(const QString& strFrame, CRunReport& report)
     DataSet dataSet;
     dataSet.m_listFrameFile = QStringList(strFrame);
     dataSet.m_listOverallTilt = dataSet.m_listStageTilt = dataSet.m_listBeamTilt = QList<double>{0};
-    QRect rcRegion;
-    if (!findBeamRegion(dataSet, report, rcRegion)) {
+    const std::optional<QRect> rcRegion = findBeamRegion(dataSet, report);
+    if (!rcRegion) {
         return {};
     }
-    QPointF ptBeam = rcRegion.center();
+    QPointF ptBeam = rcRegion->center();
     dataSet.m_dfCenterX = ptBeam.x();
     dataSet.m_dfCenterY = ptBeam.y();
     fitDirectBeam(dataSet, report, [&](const DirectBeamOnFrame& beam) {

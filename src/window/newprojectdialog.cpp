@@ -277,8 +277,7 @@ QString NewProjectDialog::problem() const
     if (nFrames > 0 && !m_pTilts->tilts(nFrames, &strReason)) {
         return strReason;
     }
-    QByteArray bytesText;
-    if (!makeProjectText(project(), projectFile(), bytesText, &strReason) ||
+    if (!makeProjectText(project(), projectFile(), &strReason) ||
         !m_pFrames->m_pChoice->choice(nFrames, &strReason)) {
         return strReason;
     }
@@ -340,10 +339,13 @@ void NewProjectDialog::keyPressEvent(QKeyEvent* pEvent)
 
 void NewProjectDialog::accept()
 {
-    QByteArray bytesText;
+    if (!problem().isEmpty()) {
+        return;
+    }
     QString strReason;
     const QString strFile = projectFile();
-    if (!problem().isEmpty() || !makeProjectText(project(), strFile, bytesText, &strReason)) {
+    const std::optional<QByteArray> bytesText = makeProjectText(project(), strFile, &strReason);
+    if (!bytesText) {
         return;
     }
     const QStringList listFrame = m_pFrames->frames();
@@ -360,7 +362,7 @@ void NewProjectDialog::accept()
         return;
     }
     const SeriesChoice choice = m_pFrames->m_pChoice->choice(listFrame.size()).value_or(SeriesChoice());
-    if (!writeProject(strFile, bytesText, choice, &strReason)) {
+    if (!writeProject(strFile, *bytesText, choice, &strReason)) {
         QMessageBox::warning(this, windowTitle(), strReason);
         return;
     }

@@ -75,9 +75,10 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     project.dfStretchAmplitude = 1.5;
     project.dfStretchAzimuth = 33;
     const QString strFile = QStringLiteral("/data/set/x.ed3d");
-    QByteArray bytes;
     QString strReason;
-    ASSERT_TRUE(makeProjectText(project, strFile, bytes, &strReason)) << strReason.toStdString();
+    std::optional<QByteArray> text = makeProjectText(project, strFile, &strReason);
+    ASSERT_TRUE(text) << strReason.toStdString();
+    const QByteArray bytes = *text;
     EXPECT_TRUE(
         bytes.contains("FILE frames/a%1_1.mrc -1.7 0 -1.7\nFILE b.mrc -1.7 0.1 -1.6\n"
                        "FILE ../c.mrc -1.5 0 -1.5\n"))
@@ -86,9 +87,10 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
 
     EXPECT_FALSE(bytes.contains("ELLIPSE")) << "a lens that nobody told has no lines";
     project.distortion = {1.25, 10, -2, 0.5, 0.3, -160, 300, 0.25};
-    ASSERT_TRUE(makeProjectText(project, strFile, bytes, &strReason)) << strReason.toStdString();
+    text = makeProjectText(project, strFile, &strReason);
+    ASSERT_TRUE(text) << strReason.toStdString();
     ProjectFile read;
-    ASSERT_TRUE(read.readBytes(bytes, strFile));
+    ASSERT_TRUE(read.readBytes(*text, strFile));
     EXPECT_EQ(read.distortion(), project.distortion);
     EXPECT_EQ(read.stretchingAmplitude(), 1.5);
 
@@ -110,10 +112,8 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     for (const auto& row : aRow) {
         NewProject spoiled = project;
         row.fnSpoil(spoiled);
-        QByteArray bytesNone;
-        EXPECT_FALSE(makeProjectText(spoiled, strFile, bytesNone, &strReason)) << row.pchReason;
+        EXPECT_FALSE(makeProjectText(spoiled, strFile, &strReason)) << row.pchReason;
         EXPECT_TRUE(strReason.startsWith(row.pchReason)) << strReason.toStdString();
-        EXPECT_TRUE(bytesNone.isEmpty());
     }
 }
 
@@ -130,13 +130,12 @@ TEST(NewProject, NamesFramesFromBehindALink)
     project.tilts = evenTilts(1, 0, 1, 1);
     project.dfWavelength = 0.025;
     project.dfPixelSize = 0.001;
-    QByteArray bytes;
     QString strReason;
-    ASSERT_TRUE(makeProjectText(project, dir.filePath("link/a.ed3d"), bytes, &strReason))
-        << strReason.toStdString();
+    const std::optional<QByteArray> bytes = makeProjectText(project, dir.filePath("link/a.ed3d"), &strReason);
+    ASSERT_TRUE(bytes) << strReason.toStdString();
     ProjectFile read;
-    ASSERT_TRUE(read.readBytes(bytes, dir.filePath("link/a.ed3d")));
-    EXPECT_TRUE(QFileInfo::exists(read.frameFiles().value(0))) << bytes.toStdString();
+    ASSERT_TRUE(read.readBytes(*bytes, dir.filePath("link/a.ed3d")));
+    EXPECT_TRUE(QFileInfo::exists(read.frameFiles().value(0))) << bytes->toStdString();
 }
 
 TEST(NewProject, RotationModeHasALineWhereItIsNotContinuous)
@@ -146,19 +145,20 @@ TEST(NewProject, RotationModeHasALineWhereItIsNotContinuous)
     project.tilts.append(0, 0, 0);
     project.dfWavelength = 0.025;
     project.dfPixelSize = 0.003;
-    QByteArray bytes;
-    ASSERT_TRUE(makeProjectText(project, "/d/a.ed3d", bytes));
-    EXPECT_FALSE(bytes.contains("ROTATIONMODE"));
+    std::optional<QByteArray> bytes = makeProjectText(project, "/d/a.ed3d");
+    ASSERT_TRUE(bytes);
+    EXPECT_FALSE(bytes->contains("ROTATIONMODE"));
     for (const char* pszMode : {"stepped", "precession,0.85"}) {
         project.rotation = *rotationModeOf(QLatin1String(pszMode));
-        ASSERT_TRUE(makeProjectText(project, "/d/a.ed3d", bytes));
-        EXPECT_TRUE(bytes.contains(QByteArray("\nROTATIONMODE ") + pszMode + "\nFILELIST\n"));
+        bytes = makeProjectText(project, "/d/a.ed3d");
+        ASSERT_TRUE(bytes);
+        EXPECT_TRUE(bytes->contains(QByteArray("\nROTATIONMODE ") + pszMode + "\nFILELIST\n"));
         ProjectFile read;
-        ASSERT_TRUE(read.readBytes(bytes, "/d/a.ed3d"));
+        ASSERT_TRUE(read.readBytes(*bytes, "/d/a.ed3d"));
         EXPECT_TRUE(read.rotation() == project.rotation);
     }
     ProjectFile read;
-    EXPECT_FALSE(read.readBytes(bytes.replace("precession,0.85", "sideways"), "/d/a.ed3d"));
+    EXPECT_FALSE(read.readBytes(bytes->replace("precession,0.85", "sideways"), "/d/a.ed3d"));
     EXPECT_TRUE(read.errorText().contains("ROTATIONMODE"));
 }
 

@@ -162,9 +162,9 @@ TEST_F(SeriesFolder, HeadersMakeAProject)
     ASSERT_TRUE(project) << strReason.toStdString();
     EXPECT_FALSE(project->bAxisKnown);
     EXPECT_EQ(project->tilts.listOverall.first(), -9.75);
-    QByteArray bytes;
-    ASSERT_TRUE(makeProjectText(*project, m_dir.filePath("p.ed3d"), bytes, &strReason));
-    EXPECT_FALSE(bytes.contains("ROTATIONAXIS"));
+    const std::optional<QByteArray> bytes = makeProjectText(*project, m_dir.filePath("p.ed3d"), &strReason);
+    ASSERT_TRUE(bytes) << strReason.toStdString();
+    EXPECT_FALSE(bytes->contains("ROTATIONAXIS"));
 
     int nAsked = 0;
     EXPECT_FALSE(factsOfSeries(facts.listFrame, [&nAsked](int) { return ++nAsked < 3; }).bWhole);

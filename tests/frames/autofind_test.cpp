@@ -53,15 +53,14 @@ double estimate(const CImgObj<float>& img, const PeakHuntingParameters& p)
 {
     FrameSeries series;
     series.add(img);
-    double dfThreshold = -1;
-    EXPECT_TRUE(estimatePeakThreshold(series.dataSet, p, series.filters, series.report, dfThreshold));
-    return dfThreshold;
+    const auto found = estimatePeakThreshold(series.dataSet, p, series.filters, series.report);
+    EXPECT_TRUE(found);
+    return found ? found->dfThreshold : -1;
 }
 
 TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
 {
     std::mt19937 random(17);
-    QRect rc;
     for (const Trouble& row : {Trouble{"core wrapped", 7, 0, 0, false, 1, 256},
                                {"behind a stop", 0, 16, 0, false, 1, 256},
                                {"weak", 0, 0, 0, false, 0.01, 256},
@@ -70,36 +69,35 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         for (int i = 0; i < g_nFrames; ++i) {
             series.add(frameOf(row, i, random));
         }
-        ASSERT_TRUE(findBeamRegion(series.dataSet, series.report, rc)) << row.pWhat;
+        const auto region = findBeamRegion(series.dataSet, series.report);
+        ASSERT_TRUE(region) << row.pWhat;
+        const QRect rc = *region;
         EXPECT_EQ(rc.size(), QSize(row.nSide, row.nSide)) << row.pWhat;
         const double dfTolerance = row.dfStopPixels > 0 ? 30 : 8;  // a stop's arm hides one side of the halo
         EXPECT_NEAR(rc.x() + row.nSide / 2, 230 + row.dfWander / 2, dfTolerance + (row.nSide - 256) / 4)
             << row.pWhat;
         EXPECT_NEAR(rc.y() + row.nSide / 2, 300, dfTolerance) << row.pWhat;
 
-        QRect rcSideBySide;
-        EXPECT_TRUE(findBeamRegion(series.dataSet, series.report, rcSideBySide, 3));
-        EXPECT_EQ(rcSideBySide, rc);
-        double dfThreshold = -1, dfSideBySide = -2;
+        EXPECT_EQ(findBeamRegion(series.dataSet, series.report, 3), region);
         CPeakFilters filters;
-        for (const auto& [nJobs, pResult] : {std::pair(3, &dfSideBySide), {1, &dfThreshold}}) {
-            EXPECT_TRUE(
-                estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, *pResult, nJobs));
-        }
-        EXPECT_EQ(dfSideBySide, dfThreshold);
+        const auto sideBySide = estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, 3);
+        const auto alone = estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, 1);
+        ASSERT_TRUE(sideBySide && alone);
+        EXPECT_EQ(sideBySide->dfThreshold, alone->dfThreshold);
     }
     FrameSeries series;
-    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report, rc));
+    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report));
     series.add(makeImage(65, 90, [](int, int) { return 5; }));
-    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report, rc)) << "blank";
+    EXPECT_FALSE(findBeamRegion(series.dataSet, series.report)) << "blank";
     series.add(makeImage(65, 90, [](int x, int y) { return 5 + 900 * gaussian(x - 30, y - 50, 3); }));
-    EXPECT_TRUE(findBeamRegion(series.dataSet, series.report, rc));  // small: there is one size only
-    EXPECT_EQ(rc.size(), QSize(64, 64));
+    const auto region = findBeamRegion(series.dataSet, series.report);
+    ASSERT_TRUE(region);
+    EXPECT_EQ(region->size(), QSize(64, 64)) << "the greatest even side that fits";
 
     // What stands in the way is named.
     FrameSeries narrow, unread;
     narrow.add(makeImage(20000, 40, [](int, int) { return 5; }));
-    EXPECT_FALSE(findBeamRegion(narrow.dataSet, narrow.report, rc));
+    EXPECT_FALSE(findBeamRegion(narrow.dataSet, narrow.report));
     EXPECT_TRUE(
         narrow.report.said(QString("on frames of %L1×40 pixels it needs sides of at least 79.").arg(20000)))
         << narrow.report.log().toStdString();
@@ -108,9 +106,8 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         const QString strFile = unread.dataSet.m_listFrameFile.last();
         writeBytes(strFile, readBytes(strFile).replace(12, 1, "\4"));
     }
-    double dfThreshold = 0;
-    EXPECT_FALSE(findBeamRegion(unread.dataSet, unread.report, rc));
-    EXPECT_FALSE(estimatePeakThreshold(unread.dataSet, {}, unread.filters, unread.report, dfThreshold));
+    EXPECT_FALSE(findBeamRegion(unread.dataSet, unread.report));
+    EXPECT_FALSE(estimatePeakThreshold(unread.dataSet, {}, unread.filters, unread.report));
     EXPECT_EQ(unread.report.log().count(".mrc: MODE 4 (complex) is not read"), 2 * 5);
     EXPECT_EQ(unread.report.log().count("2 more of the frames looked at cannot be read."), 2);
     EXPECT_EQ(unread.report.log().count("ed: no frame could be read."), 1);
@@ -132,8 +129,11 @@ TEST(EstimatePeakThreshold, SmallValuesAreScaled)
             }));
         }
         PeakHuntingParameters p = radii(2, 5);
-        ASSERT_TRUE(estimatePeakThreshold(series.dataSet, p, series.filters, series.report,
-                                          p.m_dfPeakThreshold, 2, &p.m_dfFrameScale));
+        const auto found = estimatePeakThreshold(series.dataSet, p, series.filters, series.report, 2,
+                                                 SmallValues::Scaled);
+        ASSERT_TRUE(found);
+        p.m_dfPeakThreshold = found->dfThreshold;
+        p.m_dfFrameScale = found->dfScale;
         EXPECT_EQ(p.m_dfFrameScale, dfGreatest == 1 ? 1e5 : 1);
         EXPECT_TRUE(series.report.said(QString("Peak threshold %L1 from").arg(p.m_dfPeakThreshold)));
         EXPECT_GT(p.m_dfPeakThreshold, 1);

@@ -35,6 +35,7 @@
 #include <csignal>
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -42,15 +43,17 @@ namespace tessera {
 
 namespace {
 
-/// Whole, and what tessera-batch leaves in the place of its summary until the run has ended.
+/// Whether bytes are the complete summary that tessera-batch writes at its start, in which the run is
+/// "unfinished".
 bool isUnfinishedSummary(const QByteArray& bytes)
 {
     return QJsonDocument::fromJson(bytes).object()[QStringLiteral("failed")] == QLatin1String("unfinished");
 }
 
-/// A writer of result files of two versions, 0 and 1, into a folder.
+/// A writer of result files.
 struct Writer {
     const char* pName;
+    /// Writes version 0 or 1 of the files into a folder.
     std::function<bool(const QString& strFolder, int nVersion)> fnWrite;
     QStringList listTogether = {};  ///< files that must all be of the same version
 };
@@ -98,7 +101,7 @@ bool writeVolume(const QString& strFile, int nVersion)
     return bWritten && writer.commit();
 }
 
-/// What result files are not written by: a plain file, opened over the old one.
+/// Writes a file the way result files are not written: in place, over the old one.
 bool writeInPlace(const QString& strFolder, int nVersion)
 {
     static const QByteArray s_abytes[] = {QByteArray(1 << 22, 'o'), QByteArray(1 << 22, 'n')};
@@ -106,7 +109,29 @@ bool writeInPlace(const QString& strFolder, int nVersion)
     return file.open(QIODevice::WriteOnly) && file.write(s_abytes[nVersion]) == s_abytes[nVersion].size();
 }
 
-/// All kinds of result file, but for those that only the driver writes.
+bool writeShifts(const QString& strFile, int nVersion)
+{
+    ShiftData shift;
+    for (int i = 0; i < 900 - 300 * nVersion; ++i) {
+        shift.listShift.append(QPointF(0.25 * i, nVersion));
+    }
+    return writeShiftFile(strFile, shift);
+}
+
+bool writeProject(const QString& strFolder, const QString& strFile, int nVersion)
+{
+    NewProject project;
+    for (int i = 0; i < 2000; ++i) {
+        project.listFrame.append(strFolder + QStringLiteral("/f%1.mrc").arg(i));
+    }
+    project.tilts = evenTilts(2000, -60, 0.05 + 0.01 * nVersion);
+    project.dfWavelength = 0.0251;
+    project.dfPixelSize = 0.004;
+    const std::optional<QByteArray> bytes = makeProjectText(project, strFile);
+    return bytes && writeWholeFile(strFile, *bytes);
+}
+
+/// The writers of all kinds of result file, except of those that only the driver writes.
 std::vector<Writer> fileWriters()
 {
     const auto inFolder = [](const QString& strFolder, const char* pName) {
@@ -117,33 +142,15 @@ std::vector<Writer> fileWriters()
     return {
         {"pk",
          [=](const QString& str, int n) { return writePeakList(s_aData[n], inFolder(str, "s.pk")) == 1; }},
-        {"sc",  // the shorter list in place of the longer one, which is kept as "s.sc~"
-         [=](const QString& str, int n) {
-             ShiftData shift;
-             for (int i = 0; i < 900 - 300 * n; ++i) {
-                 shift.listShift.append(QPointF(0.25 * i, n));
-             }
-             return writeShiftFile(inFolder(str, "s.sc"), shift);
-         }},
+        // The list gets shorter, so that the longer one is kept as "s.sc~".
+        {"sc", [=](const QString& str, int n) { return writeShifts(inFolder(str, "s.sc"), n); }},
         {"uc",
          [=](const QString& str, int n) {
              DataSet data;
              data.m_listCell = s_aData[n].m_listCell;
              return saveUnitCellFile(data, inFolder(str, "s.uc"));
          }},
-        {"ed3d",
-         [=](const QString& str, int n) {
-             const QString strFile = inFolder(str, "s.ed3d");
-             NewProject project;
-             for (int i = 0; i < 2000; ++i) {
-                 project.listFrame.append(str + QStringLiteral("/f%1.mrc").arg(i));
-             }
-             project.tilts = evenTilts(2000, -60, 0.05 + 0.01 * n);
-             project.dfWavelength = 0.0251;
-             project.dfPixelSize = 0.004;
-             QByteArray bytes;
-             return makeProjectText(project, strFile, bytes) && writeWholeFile(strFile, bytes);
-         }},
+        {"ed3d", [=](const QString& str, int n) { return writeProject(str, inFolder(str, "s.ed3d"), n); }},
         {"hkl and p4p",
          [=](const QString& str, int n) {
              CRunReport report;
@@ -172,7 +179,7 @@ std::vector<Writer> fileWriters()
     };
 }
 
-/// Runs in a process of its own, so that it can be killed.
+/// Calls a function in a process of its own, which can be killed.
 pid_t forked(const std::function<bool()>& fn)
 {
     std::fflush(nullptr);
@@ -181,11 +188,12 @@ pid_t forked(const std::function<bool()>& fn)
         setpgid(0, 0);
         _exit(fn() ? 0 : 1);
     }
-    setpgid(nProcess, nProcess);  // whichever of the two comes first
+    setpgid(nProcess, nProcess);  // here and in the child, as either of them may come first
     return nProcess;
 }
 
-/// Ends a process and those that it has started, and waits until none of them can write any more.
+/// Kills a process and the processes that it has started, and waits for their end, so that none of them can
+/// write any more.
 void killGroup(pid_t nProcess)
 {
     kill(-nProcess, SIGKILL);
@@ -199,7 +207,7 @@ bool succeeded(pid_t nProcess)
     return waitpid(nProcess, &nStatus, 0) == nProcess && WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0;
 }
 
-/// The files of a folder. Digits count as zeros in the driver's log and summary, which tell the time.
+/// The files of a folder. Numbers are replaced by 0 in the driver's log and summary, as some are times.
 QMap<QString, QByteArray> filesOf(const QString& strFolder)
 {
     QMap<QString, QByteArray> mapFile;
@@ -220,98 +228,136 @@ QMap<QString, QByteArray> filesOf(const QString& strFolder)
     return mapFile;
 }
 
+/// What was found in the folder after the kills.
 struct Figures {
-    int nOld = 0, nNew = 0;  ///< files by version
-    int nTorn = 0;           ///< files that are neither
-    int nTemporary = 0;      ///< files beside the results that no reader takes for one
-    QStringList listWrong;
+    int nOld = 0, nNew = 0;  ///< number of files of each version
+    int nTorn = 0;           ///< number of files that are neither version
+    int nTemporary = 0;      ///< number of other files
+    QStringList listWrong;   ///< the faults, in words
 };
 
-/// Kills the writer `nRounds` times.
-/// The writer may be one that never returns.
-Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, std::mt19937& random)
+using FilesOfFolder = QMap<QString, QByteArray>;
+
+/// Both versions of a writer's files.
+struct Versions {
+    FilesOfFolder amapFile[2];
+    double dfOneWrite = 0;  ///< time of a write, µs
+};
+
+/// Lets the writer finish both versions, each of them twice, the second time over the other version's files.
+Versions writeVersions(const Writer& writer, const QString& strFolder, Figures& figures)
 {
-    const auto& fnWrite = writer.fnWrite;
-    Figures figures;
-    QDir().mkpath(strFolder);
-    QMap<QString, QByteArray> amapVersion[2];
+    Versions versions;
     QElapsedTimer timer;
     timer.start();
-    for (int nPass = 0; nPass < 2; ++nPass) {  // the second time over what the other version has left
+    for (int nPass = 0; nPass < 2; ++nPass) {
         for (int nVersion : {1, 0}) {
-            if (!succeeded(forked([&] { return fnWrite(strFolder, nVersion); }))) {
+            if (!succeeded(forked([&] { return writer.fnWrite(strFolder, nVersion); }))) {
                 figures.listWrong.append(QStringLiteral("version %1 cannot be written").arg(nVersion));
             }
-            amapVersion[nVersion] = filesOf(strFolder);
+            versions.amapFile[nVersion] = filesOf(strFolder);
         }
     }
-    const double dfOneWrite = double(timer.nsecsElapsed()) / 4000;  // microseconds
-    for (int nVersion : {0, 1}) {
-        amapVersion[nVersion].remove(QStringLiteral("s.sc~"));
+    versions.dfOneWrite = double(timer.nsecsElapsed()) / 4000;
+    for (FilesOfFolder& mapFile : versions.amapFile) {
+        mapFile.remove(QStringLiteral("s.sc~"));
     }
-    if (amapVersion[0] == amapVersion[1]) {
+    if (versions.amapFile[0] == versions.amapFile[1]) {
         figures.listWrong.append(QStringLiteral("the two versions are the same"));
     }
+    return versions;
+}
 
-    std::uniform_real_distribution<double> delay(0, 3 * dfOneWrite);
-    for (int nRound = 0; nRound < nRounds; ++nRound) {
-        const pid_t nProcess = forked([&] {
-            for (int nVersion = 1;; nVersion = 1 - nVersion) {
-                if (!fnWrite(strFolder, nVersion)) {
-                    return false;
-                }
+/// Starts a writer that writes the versions in turn for ever, and kills it after a time.
+void killAfter(const Writer& writer, const QString& strFolder, double dfMicroseconds)
+{
+    const pid_t nProcess = forked([&] {
+        for (int nVersion = 1;; nVersion = 1 - nVersion) {
+            if (!writer.fnWrite(strFolder, nVersion)) {
+                return false;
             }
-        });
-        usleep(static_cast<useconds_t>(delay(random)));
-        killGroup(nProcess);
+        }
+    });
+    usleep(static_cast<useconds_t>(dfMicroseconds));
+    killGroup(nProcess);
+}
 
-        const QMap<QString, QByteArray> mapFile = filesOf(strFolder);
-        for (auto it = mapFile.begin(); it != mapFile.end(); ++it) {
-            QString strName = it.key();
-            strName.replace(QStringLiteral("s.sc~"), QStringLiteral("s.sc"));
-            if (!amapVersion[0].contains(strName)) {
-                // A result's name with a further suffix, that no reader takes for one.
-                static const QRegularExpression s_suffix(QStringLiteral("\\.[A-Za-z0-9]{6}$"));
-                const bool bHarmless = s_suffix.match(strName).hasMatch() &&
-                                       amapVersion[0].contains(QString(strName).remove(s_suffix));
-                if (!bHarmless) {
-                    figures.listWrong.append(
-                        QStringLiteral("round %1: stray file %2").arg(nRound).arg(strName));
-                }
-                ++figures.nTemporary;
-                QFile::remove(strFolder + QLatin1Char('/') + it.key());
-            } else if (it.value() == amapVersion[0][strName]) {
-                ++figures.nOld;
-            } else if (it.value() == amapVersion[1][strName] || isUnfinishedSummary(it.value())) {
-                ++figures.nNew;
-            } else {
-                ++figures.nTorn;
-                figures.listWrong.append(QStringLiteral("round %1: %2 of %3 bytes is neither version")
+/// Counts a file that no finished writer leaves. It is a fault unless it is a temporary file, which has the
+/// name of a result with a further suffix, so that no reader takes it for a result.
+void judgeStrayFile(const QString& strName, const FilesOfFolder& mapResult, int nRound, Figures& figures)
+{
+    static const QRegularExpression s_suffix(QStringLiteral("\\.[A-Za-z0-9]{6}$"));
+    const bool bHarmless = s_suffix.match(strName).hasMatch() &&
+                           mapResult.contains(QString(strName).remove(s_suffix));
+    if (!bHarmless) {
+        figures.listWrong.append(QStringLiteral("round %1: stray file %2").arg(nRound).arg(strName));
+    }
+    ++figures.nTemporary;
+}
+
+/// Compares each file that a killed writer has left with both versions.
+void judgeFiles(const QString& strFolder, const FilesOfFolder& mapFile, const Versions& versions, int nRound,
+                Figures& figures)
+{
+    const FilesOfFolder& mapOld = versions.amapFile[0];
+    for (auto it = mapFile.begin(); it != mapFile.end(); ++it) {
+        QString strName = it.key();
+        strName.replace(QStringLiteral("s.sc~"), QStringLiteral("s.sc"));
+        if (!mapOld.contains(strName)) {
+            judgeStrayFile(strName, mapOld, nRound, figures);
+            QFile::remove(strFolder + QLatin1Char('/') + it.key());
+        } else if (it.value() == mapOld[strName]) {
+            ++figures.nOld;
+        } else if (it.value() == versions.amapFile[1][strName] || isUnfinishedSummary(it.value())) {
+            ++figures.nNew;
+        } else {
+            ++figures.nTorn;
+            figures.listWrong.append(QStringLiteral("round %1: %2 of %3 bytes is neither version")
+                                         .arg(nRound)
+                                         .arg(it.key())
+                                         .arg(it.value().size()));
+        }
+    }
+    for (const QString& strName : mapOld.keys()) {
+        if (!mapFile.contains(strName)) {
+            figures.listWrong.append(QStringLiteral("round %1: %2 is gone").arg(nRound).arg(strName));
+        }
+    }
+}
+
+/// Looks for files of different versions among those that must be of the same one.
+void judgeTogether(const QStringList& listTogether, const FilesOfFolder& mapFile, const Versions& versions,
+                   int nRound, Figures& figures)
+{
+    for (const QString& strName : listTogether) {
+        for (const QString& strOther : listTogether) {
+            if (mapFile[strName] != versions.amapFile[1][strName] &&
+                mapFile[strOther] != versions.amapFile[0][strOther]) {
+                figures.listWrong.append(QStringLiteral("round %1: %2 is the old one and %3 the new one")
                                              .arg(nRound)
-                                             .arg(it.key())
-                                             .arg(it.value().size()));
+                                             .arg(strName, strOther));
             }
         }
-        for (const QString& strName : writer.listTogether) {
-            for (const QString& strOther : writer.listTogether) {
-                if (mapFile[strName] != amapVersion[1][strName] &&
-                    mapFile[strOther] != amapVersion[0][strOther]) {
-                    figures.listWrong.append(QStringLiteral("round %1: %2 is the old one and %3 the new one")
-                                                 .arg(nRound)
-                                                 .arg(strName, strOther));
-                }
-            }
-        }
-        for (const QString& strName : amapVersion[0].keys()) {
-            if (!mapFile.contains(strName)) {
-                figures.listWrong.append(QStringLiteral("round %1: %2 is gone").arg(nRound).arg(strName));
-            }
-        }
+    }
+}
+
+/// Kills the writer `nRounds` times at random moments and judges each time what it has left.
+Figures killWriter(const Writer& writer, const QString& strFolder, int nRounds, std::mt19937& random)
+{
+    Figures figures;
+    QDir().mkpath(strFolder);
+    const Versions versions = writeVersions(writer, strFolder, figures);
+    std::uniform_real_distribution<double> delay(0, 3 * versions.dfOneWrite);
+    for (int nRound = 0; nRound < nRounds; ++nRound) {
+        killAfter(writer, strFolder, delay(random));
+        const FilesOfFolder mapFile = filesOf(strFolder);
+        judgeFiles(strFolder, mapFile, versions, nRound, figures);
+        judgeTogether(writer.listTogether, mapFile, versions, nRound, figures);
     }
     return figures;
 }
 
-/// Runs the driver on a simulated series; its files are those of the whole road and of the exports.
+/// Runs the driver on a simulated series through all stages, with the exports.
 bool runDriver(const QString& strDriver, const QString& strProject, const QString& strFolder, int nVersion)
 {
     const QStringList listArgument{strDriver,
@@ -345,6 +391,35 @@ bool runDriver(const QString& strDriver, const QString& strProject, const QStrin
     return succeeded(nProcess);
 }
 
+/// The driver on a series that is simulated into a folder; nothing where the simulator fails.
+std::optional<Writer> driverWriter(const QString& strSeries)
+{
+    const QString strBin = QCoreApplication::applicationDirPath();
+    if (QProcess::execute(strBin + QStringLiteral("/tessera-simulate"),
+                          {QStringLiteral("--out"), strSeries, QStringLiteral("--name"), QStringLiteral("s"),
+                           QStringLiteral("--frames"), QStringLiteral("24"), QStringLiteral("--size"),
+                           QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) !=
+        0) {
+        return std::nullopt;
+    }
+    return Writer{"tessera-batch",
+                  [=](const QString& str, int n) {
+                      return runDriver(strBin + QStringLiteral("/tessera-batch"),
+                                       strSeries + QStringLiteral("/s.ed3d"), str, n);
+                  },
+                  {QStringLiteral("s.hkl"), QStringLiteral("s.p4p"), QStringLiteral("s.ipf")}};
+}
+
+/// Prints what was found of a writer.
+void printFigures(const char* pName, const Figures& figures)
+{
+    std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n", pName,
+                figures.nOld, figures.nNew, figures.nTorn, figures.nTemporary, figures.listWrong.size());
+    for (const QString& str : figures.listWrong) {
+        std::printf("  %s\n", qPrintable(str));
+    }
+}
+
 }  // namespace
 
 }  // namespace tessera
@@ -373,22 +448,12 @@ int main(int argc, char** argv)
     prctl(PR_SET_CHILD_SUBREAPER, 1);  // so that killGroup() can wait for grandchildren
 
     std::vector<Writer> vecWriter = fileWriters();
-    const QString strBin = QCoreApplication::applicationDirPath();
-    const QString strSeries = folder.filePath(QStringLiteral("series"));
     if (!parser.isSet(QStringLiteral("no-driver"))) {
-        if (QProcess::execute(
-                strBin + QStringLiteral("/tessera-simulate"),
-                {QStringLiteral("--out"), strSeries, QStringLiteral("--name"), QStringLiteral("s"),
-                 QStringLiteral("--frames"), QStringLiteral("24"), QStringLiteral("--size"),
-                 QStringLiteral("128"), QStringLiteral("--pixel-size"), QStringLiteral("0.012")}) != 0) {
+        const std::optional<Writer> driver = driverWriter(folder.filePath(QStringLiteral("series")));
+        if (!driver) {
             return 2;
         }
-        vecWriter.push_back({"tessera-batch",
-                             [&](const QString& str, int n) {
-                                 return runDriver(strBin + QStringLiteral("/tessera-batch"),
-                                                  strSeries + QStringLiteral("/s.ed3d"), str, n);
-                             },
-                             {QStringLiteral("s.hkl"), QStringLiteral("s.p4p"), QStringLiteral("s.ipf")}});
+        vecWriter.push_back(*driver);
     }
     std::printf("%d kills of each writer, seed %u\n", nRounds, nSeed);
     bool bGood = true;
@@ -396,15 +461,10 @@ int main(int argc, char** argv)
         std::mt19937 random(nSeed);
         const Figures figures = killWriter(writer, folder.filePath(QLatin1String(writer.pName)), nRounds,
                                            random);
-        std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n",
-                    writer.pName, figures.nOld, figures.nNew, figures.nTorn, figures.nTemporary,
-                    figures.listWrong.size());
-        for (const QString& str : figures.listWrong) {
-            std::printf("  %s\n", qPrintable(str));
-        }
+        printFigures(writer.pName, figures);
         bGood = bGood && figures.listWrong.isEmpty();
     }
-    // The kills are worth something only if they tear a file that is written in its place.
+    // The kills prove something only if they tear a file that is written in place.
     std::mt19937 random(nSeed);
     const int nTorn = killWriter({"in place", writeInPlace}, folder.filePath(QStringLiteral("in place")),
                                  std::max(nRounds, 20), random)

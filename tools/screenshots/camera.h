@@ -1,4 +1,4 @@
-// CCamera: finds what is called by a text, and keeps pictures of the window as it stands on the screen.
+// CCamera: finds widgets by their texts, and saves pictures of the window as it appears on the screen.
 #pragma once
 
 #include "window/mainwindow.h"
@@ -18,7 +18,7 @@ class QWidget;
 
 namespace tessera {
 
-const int g_nSettleTime = 150;  // ms that a layout gets to come to rest
+const int g_nSettleTime = 150;  // ms, after which a layout is complete
 
 template <typename T>
 QString textOf(const T* p)
@@ -31,8 +31,8 @@ inline QString textOf(const QGroupBox* p)
     return p->title();
 }
 
-/// The widget or action of a text under `pParent`; a picture of the wrong thing is worse than none, so
-/// the program ends without it.
+/// Finds the widget or action with a text among the children of `pParent`. The program ends where there is
+/// none, as a picture of something else would be worse than no picture.
 template <typename T>
 T* find(const QObject* pParent, const QString& strText)
 {
@@ -46,12 +46,14 @@ T* find(const QObject* pParent, const QString& strText)
     std::exit(1);
 }
 
+/// Takes pictures of the main window.
 class CCamera {
 public:
     CCamera(MainWindow& window, const QDir& dirOut) : m_window(window), m_dirOut(dirOut) {}
 
     MainWindow& window() { return m_window; }
 
+    /// Opens the page of the tool box with a title.
     QWidget* openPage(const QString& strTitle)
     {
         auto* pToolBox = m_window.findChild<QToolBox*>();
@@ -65,7 +67,8 @@ public:
         std::exit(1);
     }
 
-    /// @param fnPose  what is to be done again in each size, before the picture
+    /// Saves a picture of the window in each of two sizes.
+    /// @param fnPose  is called in each size before the picture
     void shoot(const QString& strName, const std::function<void()>& fnPose = {})
     {
         for (const QSize& size : {QSize(1280, 800), QSize(1920, 1080)}) {
@@ -73,12 +76,13 @@ public:
         }
     }
 
-    /// In the smaller size alone, for rows of pictures that belong together.
+    /// Saves a picture in the smaller size only, for series of pictures that belong together.
     void shootSmall(const QString& strName, const std::function<void()>& fnPose = {})
     {
         shootIn({1280, 800}, strName, fnPose);
     }
 
+    /// Saves a picture as NAME.png.
     void keep(const QString& strName, const QPixmap& pixmap)
     {
         const QString strFile = m_dirOut.filePath(strName + QStringLiteral(".png"));
@@ -97,7 +101,7 @@ private:
             fnPose();
             QTest::qWait(g_nSettleTime);
         }
-        // From the screen: a widget's own grab leaves out what OpenGL has drawn.
+        // Taken from the screen, as QWidget::grab() leaves out what OpenGL has drawn.
         const QPixmap pixmap = m_window.screen()->grabWindow(m_window.winId());
         if (pixmap.size() != size) {
             std::fprintf(stderr, "%s could not be made in its size\n", qPrintable(strName));
@@ -110,8 +114,8 @@ private:
     QDir m_dirOut;
 };
 
-/// Answers the next file dialog with a file, typed as a user would: its whole path counts, whatever
-/// folder the dialog has come to show by then.
+/// Answers the next file dialog by typing the whole path of a file, which is independent of the folder that
+/// the dialog shows.
 void answerFileDialog(const QString& strFile);
 
 }  // namespace tessera
