@@ -23,7 +23,7 @@ QByteArray content(const QString& strFileName)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The number behind a name at the start of a line; g_nUnknown without it.
+/// The number that follows a name at the start of a line; g_nUnknown where there is none.
 std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
 {
     for (const QByteArray& bytesLine : bytesText.split('\n')) {
@@ -37,7 +37,7 @@ std::uint64_t valueOf(const QByteArray& bytesText, const QByteArray& bytesName)
     return g_nUnknown;
 }
 
-/// What is left of the limit of one group; g_nUnknown without a limit.
+/// Bytes that the limit of one group leaves; g_nUnknown without a limit.
 std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* pszUsed,
                      const char* pszPrefix)
 {
@@ -48,14 +48,14 @@ std::uint64_t leftIn(const QString& strGroup, const char* pszLimit, const char* 
         return g_nUnknown;
     }
     const QByteArray bytesStat = content(strGroup + QStringLiteral("/memory.stat"));
-    for (const char* pszCache : {"active_file", "inactive_file"}) {  // given back when memory runs short
+    for (const char* pszCache : {"active_file", "inactive_file"}) {  // the kernel frees these when needed
         const std::uint64_t nCache = valueOf(bytesStat, QByteArray(pszPrefix) + pszCache);
         nUsed -= nCache == g_nUnknown ? 0 : std::min(nCache, nUsed);
     }
     return nLimit - std::min(nLimit, nUsed);
 }
 
-/// The least that the group of this process and the groups around it have left.
+/// The least of what the limits of the group of this process and of the groups around it leave.
 std::uint64_t leftInControlGroup()
 {
     std::uint64_t nLeft = g_nUnknown;
@@ -89,7 +89,7 @@ std::uint64_t memoryLeftByLimits()
 {
     std::uint64_t nLeft = g_nUnknown;
 #ifdef __linux__
-    // In kilobytes, as the kernel holds them against the limits.
+    // The kernel compares these numbers, in kilobytes, with the limits.
     const QByteArray bytesStatus = content(QStringLiteral("/proc/self/status"));
     const auto count = [&](auto resource, const char* pszUsed) {
         rlimit limit{};

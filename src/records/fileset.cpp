@@ -43,7 +43,7 @@ bool CFileSet::holds(const QString& strFileName) const
 
 bool CFileSet::commit(QString* pstrReason)
 {
-    // All that takes time or may fail comes before the first file goes into place.
+    // What takes time or may fail is done for all files before the first one is renamed.
     for (const auto& pFile : m_vecFile) {
         if (m_strReason.isEmpty() && !pFile->giveName()) {
             m_strReason = pFile->reason();

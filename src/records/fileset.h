@@ -1,4 +1,4 @@
-// CFileSet: result files that belong together, and so appear together or not at all.
+// CFileSet: result files that belong together and are put in place all or none.
 #pragma once
 
 #include "records/wholefile.h"
@@ -11,28 +11,32 @@
 
 namespace tessera {
 
-/// Files are added when their content is known and wait beside their places, already on the disk. commit()
-/// puts them there one straight after the other, so that a program that is killed leaves one set, the former
-/// or the new one. Without commit() nothing has happened.
+/// A set of files to be written together.
+///
+/// Each file is written to the disk under a temporary name when it is added. commit() then renames them all
+/// without any other work between, so that a program that is killed leaves either the former or the new set.
+/// Without commit() the former files stay.
 class CFileSet {
 public:
-    /// Writes a file of the set, as writeWholeFile() would. A failure is one of the whole set.
+    /// Adds a file with its content.
+    /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
+    /// @return false on failure; commit() then fails, too
     bool add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason = nullptr);
     /// Adds a copy of the file `strFrom`.
     bool addCopy(const QString& strFrom, const QString& strFileName, QString* pstrReason = nullptr);
     /// Whether a file of this name has been added.
     bool holds(const QString& strFileName) const;
-    /// Why the first file that failed could not be written, with its name; empty while none has.
+    /// The name of the first file that could not be written, and why; empty while there is none.
     QString reason() const { return m_strReason; }
-    /// Puts all files in place. If one cannot go there, those that already have go back.
-    /// @param pstrReason  may be null; on failure the name of a file and what is wrong
+    /// Puts all files in place. If this fails for one of them, the former files are restored.
+    /// @param pstrReason  may be null; takes on failure the name of a file and what is wrong
     bool commit(QString* pstrReason = nullptr);
 
 private:
     bool take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason);
 
     std::vector<std::unique_ptr<CWholeFile>> m_vecFile;
-    QString m_strReason;  ///< of the first file that failed
+    QString m_strReason;  ///< of the first failure
 };
 
 }  // namespace tessera

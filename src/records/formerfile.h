@@ -1,4 +1,4 @@
-// Former result files: kept under another name when something poorer is about to take their place.
+// Former result files: copies of result files that poorer ones are about to replace.
 #pragma once
 
 #include <QString>
@@ -8,23 +8,23 @@
 
 namespace tessera {
 
-/// What became of former files.
+/// What keepFormerFiles() did.
 enum class FormerFiles {
-    NoneWorthKeeping,  ///< there are none, or they hold no more than what is to come
-    Kept,              ///< copied to their names with "~" behind
-    RicherAreKept,     ///< the names with "~" hold more already, and were left alone
-    Failed             ///< they could not be copied; nothing has changed
+    NoneWorthKeeping,  ///< there are no former files, or they are not richer than the new ones
+    Kept,              ///< the former files were copied to names that end in "~"
+    RicherAreKept,     ///< earlier copies are richer than the former files and were left as they are
+    Failed             ///< the former files could not be copied; nothing has changed
 };
 
-/// The name under which a former file is kept.
+/// The name of the copy of a former file: its name with "~" at the end.
 QString nameOfKept(const QString& strFileName);
 
-/// Copies files that belong together to their names with "~" behind, before poorer ones replace them. What is
-/// kept under such a name is never replaced by something that holds less.
-/// @param listFile    the first of them tells how much the files hold; any but this may be missing
-/// @param fnWorth     how much a file holds, such as peaks; 0 when it is not there or can't be read
-/// @param nNew        how much those hold that are to come
-/// @param pstrReason  may be null; on failure the name of a file and what is wrong
+/// Copies files that belong together to names that end in "~", before poorer ones replace them. A copy is
+/// never replaced by a poorer one.
+/// @param listFile    the worth of the first file stands for all; each of the others may be missing
+/// @param fnWorth     the worth of a file, such as its number of peaks; 0 when it cannot be read
+/// @param nNew        the worth of the new files
+/// @param pstrReason  may be null; takes on failure the name of a file and what is wrong
 FormerFiles keepFormerFiles(const QStringList& listFile, const std::function<int(const QString&)>& fnWorth,
                             int nNew, QString* pstrReason = nullptr);
 

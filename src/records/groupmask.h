@@ -13,25 +13,25 @@ namespace tessera {
 /// The mask of group 0 alone, the group of all peaks.
 constexpr quint64 g_nMaskOfAllPeaks = quint64(1) << 63;
 
-/// Group g is bit 63 - g, so that the first hexadecimal digit holds groups 0 to 3.
-/// Numbers outside 0 to 63 are dropped.
+/// The mask of a list of groups. Group g is bit 63 - g, so that the first hexadecimal digit stands for groups
+/// 0 to 3. Numbers outside 0 to 63 are ignored.
 quint64 groupMask(const QList<int>& listGroup);
 
-/// The groups of a mask, ascending; 0 gives the empty list: a peak in no group.
+/// The groups of a mask in ascending order. The list is empty for 0, the mask of a peak in no group.
 QList<int> groupsOfMask(quint64 nMask);
 
-/// The mask of a text of hexadecimal digits, fewer than 16 being the low ones; 0 if it does not parse.
+/// Reads a mask from hexadecimal digits. Fewer than 16 digits are the low ones. 0 for any other text.
 quint64 maskOfText(const QByteArray& strMask);
 
-/// Mask of one peak, by frame index and place on the frame. A peak without an entry in the store
-/// belongs to group 0 alone; a peak with an empty list to none.
+/// The mask of peak `nPeak` of frame `nFrame`, both from 0. A peak without an entry in the lists belongs to
+/// group 0 alone, a peak with an empty list to no group.
 quint64 peakGroupMask(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak);
 
 /// peakGroupMask() as 16 hexadecimal digits, upper case.
 QString peakGroupMaskText(const QVector<QVector<QList<int>>>& vecPeakGroup, int nFrame, int nPeak);
 
-/// Whether the groups were made for these peaks: the same number of frames, and on every frame the
-/// same number of peaks. Groups of a former peak list are left aside by all who use them.
+/// Whether the groups were made for these peaks: the numbers of frames are the same, and on every frame the
+/// numbers of peaks. Otherwise the groups belong to a former peak list and must not be used.
 bool groupsMatchPeaks(const QVector<QVector<QList<int>>>& vecPeakGroup,
                       const QList<QList<Peak3D>>& listPeakFrame);
 

@@ -9,7 +9,7 @@ struct HKL5 {
     int nK = 0;
     int nL = 0;
     float fI = 0;
-    float fValue5 = 0;  ///< 0 in records that the program makes itself
+    float fValue5 = 0;  ///< the fifth number of the line; 0 in records that the program makes itself
 };
 
 }  // namespace tessera

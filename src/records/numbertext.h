@@ -1,24 +1,28 @@
-// CNumberText: numbers in columns, as QString::arg() would write them, for tables of many rows.
+// CNumberText: numbers in columns, formatted as by QString::arg(), for tables with many rows.
 #pragma once
 
 #include <QString>
 
 namespace tessera {
 
-/// Appends numbers to one text. Each is filled with blanks on the left to its width, in the C locale.
+/// Builds a text from numbers in the C locale. Each number is padded with blanks on the left to its width,
+/// and all but the first of a row get a blank before them.
 class CNumberText {
 public:
+    /// Appends a whole number.
     CNumberText& whole(qint64 nValue, int nWidth) { return column(QString::number(nValue), nWidth); }
+    /// Appends a number with `nDecimals` decimals.
     CNumberText& fixed(double dfValue, int nWidth, int nDecimals)
     {
         return column(QString::number(dfValue, 'f', nDecimals), nWidth);
     }
+    /// Appends a text as it is, such as the end of a row.
     CNumberText& text(const char* pszText)
     {
         m_strText += QLatin1String(pszText);
         return *this;
     }
-    /// The text so far; nothing is left.
+    /// Returns the text so far and starts a new one.
     QString take()
     {
         QString strText;
@@ -27,7 +31,6 @@ public:
     }
 
 private:
-    // All columns but the first of a row have a blank before them.
     CNumberText& column(const QString& strNumber, int nWidth)
     {
         if (!m_strText.isEmpty() && !m_strText.endsWith(QLatin1Char('\n'))) {

@@ -1,21 +1,20 @@
-// CProgress: the progress display of a run, which ends with the object.
+// CProgress: shows the progress of a run for as long as the object lives.
 #pragma once
 
 #include "records/runreport.h"
 
 namespace tessera {
 
-/// Where progress shows beside the window that works.
+/// Where the progress is shown.
 enum class ProgressPlace {
-    Window,
-    TaskBarToo,  ///< on the program's task bar entry as well, as of long walks over all frames
+    Window,      ///< in the window that works
+    TaskBarToo,  ///< on the task bar entry of the program, too, as for long runs over all frames
 };
 
-/// Shows the progress of a report from its making to end(), or to its own end at the latest, whichever way
-/// the run goes.
+/// Shows progress from its construction to end() or its destruction, on whichever way the function is left.
 class CProgress {
 public:
-    /// @param strFormat  with %v for the value, %m for the maximum, %p for per cent
+    /// @param strFormat  text beside the bar; %v is replaced by the value, %m by the maximum, %p by per cent
     CProgress(CRunReport& report, const QString& strFormat, int nMinimum, int nMaximum,
               ProgressPlace place = ProgressPlace::Window)
         : m_pReport(&report)
@@ -26,13 +25,14 @@ public:
     CProgress(const CProgress&) = delete;
     CProgress& operator=(const CProgress&) = delete;
 
+    /// Moves the display to a value.
     void set(int nValue)
     {
         if (m_pReport) {
             m_pReport->setProgress(nValue);
         }
     }
-    /// Hides the display before what is said next; a second call does nothing.
+    /// Hides the display now, such as before further lines of the log. A second call does nothing.
     void end()
     {
         if (m_pReport) {

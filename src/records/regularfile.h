@@ -1,4 +1,4 @@
-// Regular files: what may be opened for reading without waiting for anybody.
+// Regular files: opening files for reading without the risk of waiting for ever.
 #pragma once
 
 #include <QFile>
@@ -6,9 +6,9 @@
 
 namespace tessera {
 
-/// Opens a file for reading. Anything else of that name is refused: opening a pipe would wait for its writer,
-/// and a device may never end.
-/// @return false with the reason in words, without the file's name
+/// Opens a file for reading. What is no regular file is refused: opening a pipe would wait for its writer,
+/// and reading a device may never end.
+/// @param strReason  takes on failure what is wrong, without the file's name
 [[nodiscard]] bool openRegularFile(QFile& file, QIODevice::OpenMode mode, QString& strReason);
 
 }  // namespace tessera

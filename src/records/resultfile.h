@@ -1,4 +1,4 @@
-// ResultFile: the files that runs write beside the project, and what their names end in.
+// ResultFile: the files that runs write beside the project, and their names.
 #pragma once
 
 #include <QLatin1String>
@@ -6,27 +6,28 @@
 
 namespace tessera {
 
-/// A file whose name is that of the project with a suffix of its own.
+/// A file whose name is that of the project with a suffix.
 enum class ResultFile {
-    Log,
+    Log,             ///< the messages of a run
     Shifts,          ///< direct beam, and the shift of each frame
     Peaks,           ///< all peaks of all frames with their groups
     Cell,            ///< the reciprocal basis
     Reflections,     ///< h, k, l and intensities for structure solution
     P4P,             ///< the cell as a line of text
     IndexedPeaks,    ///< the indexed peaks of each frame
-    RefinedProject,  ///< the project with the geometry as refined
-    RefinedCell,     ///< the reciprocal basis as refined with it
-    RefinedShifts,   ///< the direct beam as refined with it, and the shifts
+    RefinedProject,  ///< the project with the refined geometry
+    RefinedCell,     ///< the refined reciprocal basis
+    RefinedShifts,   ///< the refined direct beam, and the shifts
     Integrated,      ///< all integrated intensities on one scale, HKLF 4
-    Merged,          ///< the same with equivalent ones merged
-    Rejected,        ///< table of the observations that take no part, and why
+    Merged,          ///< the same intensities, equivalent ones merged
+    Rejected,        ///< table of the observations that were left out, with the reasons
     Ins,             ///< instructions of SHELX: cell, symmetry, scattering factors
     Cif,             ///< cell, symmetry, experiment and merged intensities
     Mtz,             ///< merged intensities
-    Run,             ///< what the run read, did, found and wrote
+    Run,             ///< protocol of the run: input, parameters, results and files written
 };
 
+/// All of them.
 constexpr ResultFile g_aResultFile[] = {
     ResultFile::Log,         ResultFile::Shifts,        ResultFile::Peaks,        ResultFile::Cell,
     ResultFile::Reflections, ResultFile::P4P,           ResultFile::IndexedPeaks, ResultFile::RefinedProject,
@@ -34,7 +35,7 @@ constexpr ResultFile g_aResultFile[] = {
     ResultFile::Rejected,    ResultFile::Ins,           ResultFile::Cif,          ResultFile::Mtz,
     ResultFile::Run};
 
-/// The suffix with its dot.
+/// The suffix of a file, with its dot and what comes before it.
 inline QString resultSuffix(ResultFile file)
 {
     static const char* const aszSuffix[] = {".log",
@@ -57,8 +58,8 @@ inline QString resultSuffix(ResultFile file)
     return QLatin1String(aszSuffix[int(file)]);
 }
 
-/// The name without the project's that a file is looked for under where there is none of the project's name;
-/// empty for what is only written.
+/// The name under which a file is looked for where there is no file with the project's name; empty for files
+/// that are only written.
 inline QString fixedName(ResultFile file)
 {
     switch (file) {

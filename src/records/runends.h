@@ -1,4 +1,4 @@
-// The ends of a run in words: the log gets its red line, the caller the same as a value.
+// Ends of runs: functions that write the reason to the log and return it as the outcome.
 #pragma once
 
 #include "records/runoutcome.h"
@@ -6,21 +6,22 @@
 
 namespace tessera {
 
-/// Says why a run is not begun.
+/// Refuses a run: the reason becomes a red line of the log and a part of the outcome.
 inline RunOutcome refuseRun(CRunReport& report, const QString& strReason)
 {
     report.fail(strReason);
     return {RunEnd::Refused, strReason};
 }
 
-/// Says why a run ends early.
+/// Ends a run by a fault: the reason becomes a red line of the log and a part of the outcome.
 inline RunOutcome failRun(CRunReport& report, const QString& strReason)
 {
     report.fail(strReason);
     return {RunEnd::Failed, strReason};
 }
 
-/// The outcome of a run whose fault was said where it was met: the first that the report kept.
+/// The outcome of a run whose fault has already been reported; the reason is the first one that the report
+/// has.
 inline RunOutcome failedAsSaid(const CRunReport& report)
 {
     return {RunEnd::Failed, report.reason()};

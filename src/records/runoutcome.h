@@ -5,19 +5,21 @@
 
 namespace tessera {
 
+/// How a run ended.
 enum class RunEnd {
-    Finished,  ///< all was done
-    Stopped,   ///< its user asked for the end
-    Refused,   ///< nothing was begun, as something that it needs is not there
-    Failed,    ///< ended by a fault
+    Finished,  ///< the run did all its work
+    Stopped,   ///< the user stopped it
+    Refused,   ///< it did not begin, as something that it needs is missing
+    Failed,    ///< a fault ended it
 };
 
-/// How a run ended. The reason, in words for the log, names file or frame. Of a run that finished it is
-/// empty, or says why a file that it was to write is not there.
+/// How a run ended, and why. The reason is a line for the log and names the file or frame at fault. For a run
+/// that finished it is empty, or tells why a result file could not be written.
 struct RunOutcome {
     RunEnd end = RunEnd::Finished;
     QString strReason;
 
+    /// Whether the run did all its work.
     bool finished() const { return end == RunEnd::Finished; }
 };
 

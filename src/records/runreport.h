@@ -1,4 +1,4 @@
-// CRunReport: how a run tells the world what happens, and asks whether to go on.
+// CRunReport: through which a run reports what happens and asks whether to go on.
 #pragma once
 
 #include "records/severity.h"
@@ -7,36 +7,40 @@
 
 namespace tessera {
 
-/// What a run says and asks while it works. Window, batch driver and tests each derive their own;
-/// the functions here do nothing, so a plain CRunReport is a silent one.
+/// What a run calls while it works. Window, batch driver and tests derive classes of their own. The functions
+/// of this class do nothing, so that a plain CRunReport makes a silent run.
 class CRunReport {
 public:
     virtual ~CRunReport() = default;
 
-    /// A new line of the message log.
+    /// Adds a line to the message log.
     virtual void addMessage(const QString& /*strText*/, Severity /*severity*/ = Severity::Info) {}
-    /// HTML text put at the end of the log, without a new paragraph.
+    /// Adds HTML text at the end of the log, without a new paragraph.
     virtual void addHtml(const QString& /*strHtml*/, Severity /*severity*/ = Severity::Info) {}
 
-    /// Shows the progress display. `bTaskBar`: on the program's task bar entry too.
+    /// Shows the progress display. See CProgress, which calls these three functions.
+    /// @param bTaskBar  also on the task bar entry of the program
     virtual void startProgress(const QString& /*strFormat*/, int /*nMinimum*/, int /*nMaximum*/,
                                bool /*bTaskBar*/ = false)
     {}
+    /// Moves the progress display to a value.
     virtual void setProgress(int /*nValue*/) {}
+    /// Hides the progress display.
     virtual void endProgress() {}
 
-    /// Lets waiting events be handled. Returns false once the run has been asked to stop.
+    /// Handles waiting events.
+    /// @return false once the user has asked the run to stop
     virtual bool goOn() { return true; }
 
-    /// A red line that says why a run cannot go on, with the file or the frame that it lies at. It is kept
+    /// Adds a red line that says why the run cannot go on and names the file or frame at fault, and keeps it
     /// as noteReason() does.
     void fail(const QString& strReason)
     {
         noteReason(strReason);
         addMessage(strReason, Severity::Error);
     }
-    /// Keeps a line of the log as the reason why a run fails, unless there is one: what comes later, as that
-    /// the run did not finish, follows from the first.
+    /// Keeps a line as the reason why the run fails, unless there is a reason already. Later lines, such as
+    /// that the run did not finish, are only consequences of the first.
     void noteReason(const QString& strReason)
     {
         if (m_strReason.isEmpty()) {

@@ -11,7 +11,7 @@ namespace tessera {
 namespace {
 
 const int g_nDigits = 32;                       // of MD5
-const qint64 g_nLargestFile = qint64(1) << 28;  // bytes; a list of reflections has some millions
+const qint64 g_nLargestFile = qint64(1) << 28;  // bytes; lists of reflections have some millions
 const int g_nMostNames = 100;
 
 QByteArray mark()
@@ -19,7 +19,7 @@ QByteArray mark()
     return QByteArrayLiteral("seal-");
 }
 
-/// Where the digits begin: behind the first mark that has as many; -1 without.
+/// Where the digits of the check sum begin: after the first mark that digits follow; -1 where there is none.
 int placeOfDigits(const QByteArray& bytes)
 {
     const auto isHex = [](char ch) { return (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'f'); };

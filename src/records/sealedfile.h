@@ -1,4 +1,4 @@
-// Sealed files: result files that nobody has changed since they were written.
+// Sealed files: result files with a check sum, which shows whether they were changed since they were written.
 #pragma once
 
 #include <QByteArray>
@@ -7,23 +7,23 @@
 
 namespace tessera {
 
-/// What a file has to hold, once, for sealed() to work: a word with room for a check sum.
+/// The place for the check sum: a word that the content given to sealed() must have in it once.
 QByteArray sealPlace();
 
-/// The content with the check sum of the rest in the place that is kept for it. The length stays.
+/// Returns the content with the check sum of all other bytes in its place. The length does not change.
 QByteArray sealed(const QByteArray& bytes);
 
-/// Whether the check sum is there and right.
+/// Whether bytes have a check sum that is right.
 bool isSealed(const QByteArray& bytes);
 
-/// Whether a sealed file may be written there: nothing stands there yet, or a file that has kept its seal.
-/// What other programs wrote, and what a user changed, is not to be replaced.
+/// Whether a sealed file may be written under a name: no file has it yet, or one whose check sum is right.
+/// Files that other programs wrote or that a user changed must not be replaced.
 bool isFreeForSealed(const QString& strFile);
 
 /// The first of strBase + suffix, strBase_integrated + suffix, strBase_integrated2 + suffix, and so on, that
 /// is free for a sealed file.
-/// @param listTaken  files that are not to be replaced, sealed or not
-/// @return empty where none of a hundred names is
+/// @param listTaken  files that must not be replaced even if they are sealed
+/// @return empty where none of a hundred names is free
 QString nameForSealed(const QString& strBase, const QString& strSuffix, const QStringList& listTaken = {});
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// CShortMemory: a lack of memory that tells what needed how much.
+// CShortMemory: the exception for a lack of memory.
 #pragma once
 
 #include <QByteArray>
@@ -9,13 +9,13 @@
 
 namespace tessera {
 
-/// What is thrown where memory runs out, or would, with words for the log.
+/// Thrown where memory runs out or would run out. It has a line for the log.
 class CShortMemory : public std::bad_alloc {
 public:
     /// @param strWhat  what was being done, with the name of the file
-    /// @param nBytes   about what it takes
+    /// @param nBytes   about how much memory it takes
     CShortMemory(const QString& strWhat, std::uint64_t nBytes);
-    /// "WHAT takes about N MB, which cannot be had.", and what helps.
+    /// "WHAT takes about N MB, which cannot be had.", followed by advice.
     QString text() const { return QString::fromUtf8(m_bytesText); }
     const char* what() const noexcept override { return m_bytesText.constData(); }
 

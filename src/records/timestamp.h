@@ -1,4 +1,4 @@
-// The time stamp that begins the start and end lines of a run.
+// Time stamps: the times in the lines that tell the start and the end of a run.
 #pragma once
 
 #include <QElapsedTimer>
@@ -9,8 +9,8 @@ namespace tessera {
 /// Local time as "hh:mm:ss", each with two digits.
 QString currentTimeStamp();
 
-/// The blue end line of a run that times itself, from a template with the places
-/// "%1>... in %L2 min %L3 sec.": stamp, whole minutes, remaining whole seconds.
+/// The line that tells the end of a run and how long it took.
+/// @param strTemplate  with "%1>... in %L2 min %L3 sec." for stamp, whole minutes and remaining whole seconds
 QString timedEndLine(const QString& strTemplate, const QElapsedTimer& timer);
 
 }  // namespace tessera

@@ -11,7 +11,7 @@ QString whatWasThrown()
     const QString strError = QStringLiteral("Error: %1");
     try {
         throw;
-    } catch (const CShortMemory& error) {  // has names of files, in UTF-8 whatever the locale
+    } catch (const CShortMemory& error) {  // its text is UTF-8 in any locale, as it has names of files
         return strError.arg(error.text());
     } catch (const std::exception& error) {
         return strError.arg(QString::fromLocal8Bit(error.what()));

@@ -5,9 +5,9 @@
 
 namespace tessera {
 
-/// The words of the exception at hand, as "Error: WHAT". To be called in a `catch (...)`.
+/// The text of the exception being handled, as "Error: WHAT". Must be called within `catch (...)`.
 ///
-/// Knows std::exception and the wide texts that the image shifts throw; what else was thrown is thrown on.
+/// Handles std::exception and the wide texts that the image shifts throw; anything else is rethrown.
 QString whatWasThrown();
 
 }  // namespace tessera

@@ -18,18 +18,18 @@ namespace tessera {
 
 namespace {
 
-const int g_nMaxLinks = 40;      // as many as the system follows
-const int g_nMaxNames = 100;     // tried before a folder counts as full of them
-const int g_nLongestName = 255;  // bytes, of a file in its folder
+const int g_nMaxLinks = 40;      // in a chain; Linux follows no more
+const int g_nMaxNames = 100;     // names tried before giving up
+const int g_nLongestName = 255;  // bytes, without the folder
 const qint64 g_nCopyBytes = 1 << 20;
 
-/// Folder with its slash, or empty.
+/// The folder of a path with its slash; empty for a mere name.
 QByteArray folderOf(const QByteArray& strPath)
 {
     return strPath.left(strPath.lastIndexOf('/') + 1);
 }
 
-/// What a chain of symbolic links leads to, whether it exists or not.
+/// The path that a chain of symbolic links leads to, even if nothing exists there.
 QByteArray behindLinks(QByteArray strPath)
 {
     for (int i = 0; i < g_nMaxLinks; ++i) {
@@ -44,7 +44,7 @@ QByteArray behindLinks(QByteArray strPath)
     return strPath;
 }
 
-/// The name of a file with a dot and six characters more, cut where the file system allows no longer one.
+/// A file name with a dot and six more characters, shortened to what the file system allows.
 QByteArray nameBeside(const QByteArray& strPath)
 {
     static const char s_szLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
@@ -52,7 +52,7 @@ QByteArray nameBeside(const QByteArray& strPath)
     const QByteArray strFolder = folderOf(strPath);
     QByteArray strName = strPath.mid(strFolder.size());
     while (strName.size() > g_nLongestName - nSuffix) {
-        // whole characters of UTF-8
+        // Only whole characters of UTF-8 are cut off.
         do {
             strName.chop(1);
         } while (!strName.isEmpty() && (strName.at(strName.size() - 1) & 0xC0) == 0x80);
@@ -65,7 +65,7 @@ QByteArray nameBeside(const QByteArray& strPath)
     return strFolder + strName;
 }
 
-/// The name by which the system knows an open file.
+/// The path under /proc of an open file.
 QByteArray pathOfOpenFile(int nFile)
 {
     return "/proc/self/fd/" + QByteArray::number(nFile);
@@ -108,13 +108,13 @@ bool CWholeFile::open(const QString& strFileName)
     if (bExists && S_ISDIR(info.st_mode)) {
         return fail(QStringLiteral("is a folder"));
     }
-    // A file that its owner has protected is not replaced either, though its folder would allow it.
+    // A write-protected file is not replaced, although its folder would allow it.
     if (bExists && ::access(strName.constData(), W_OK) != 0) {
         return failBySystem();
     }
     m_bDirect = bExists && !S_ISREG(info.st_mode);
     if (m_bDirect) {
-        // A pipe that nobody reads fails, instead of waiting for a reader.
+        // Opening a pipe without a reader must fail instead of waiting for one.
         m_nFile = ::open(strName.constData(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
         return (m_nFile >= 0 && ::fcntl(m_nFile, F_SETFL, 0) == 0) || failBySystem();
     }
@@ -124,14 +124,14 @@ bool CWholeFile::open(const QString& strFileName)
     m_nFile = ::open(strFolder.isEmpty() ? "." : strFolder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC,
                      0666);
     if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0) {
-        closeFile();  // without /proc it would never get a name
+        closeFile();  // without /proc it could not get a name later
 #endif
     }
     if (m_nFile < 0 && !makeNamed()) {
         return failBySystem();
     }
     if (bExists) {
-        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // not every file system knows permissions
+        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // fails on file systems without permissions
     }
     return true;
 }
@@ -166,7 +166,7 @@ bool CWholeFile::write(const void* pData, qint64 nBytes)
         if (nWritten < 0) {
             return failBySystem();
         }
-        // A disk that has just become full takes a part; what is left then fails with the reason.
+        // A disk that becomes full writes a part of the bytes. The next call then fails with the reason.
         p += nWritten;
         nBytes -= nWritten;
     }
@@ -193,7 +193,7 @@ bool CWholeFile::writeCopy(const QString& strFrom)
     return m_strReason.isEmpty();
 }
 
-/// Brings what was written to the disk. File systems of a network tell only here that it is full.
+/// Flushes the file to the disk. Network file systems report a full disk only here.
 bool CWholeFile::flush()
 {
     if (!m_strReason.isEmpty() || m_nFile < 0) {
@@ -206,7 +206,7 @@ bool CWholeFile::flush()
     return true;
 }
 
-/// Gives the file its name beside its place, if it has none, and closes it.
+/// Gives the file its temporary name, if it has none yet, and closes it.
 bool CWholeFile::giveName()
 {
     if (m_bDirect) {
@@ -227,7 +227,7 @@ bool CWholeFile::giveName()
     return closeFile() || failBySystem();
 }
 
-/// For file systems that give an unnamed file no name: its bytes go into a new file that has one.
+/// Copies the unnamed file to one with a name, for file systems that cannot name it afterwards.
 bool CWholeFile::copyToNamed()
 {
     const int nUnnamed = m_nFile;
@@ -260,7 +260,7 @@ bool CWholeFile::commit(QString* pstrReason)
     return bDone || giveReason(pstrReason, m_strReason);
 }
 
-/// Puts a file that has its name beside into place, and the former one, if there is one, beside.
+/// Exchanges the names of this file and the former one, or just renames this file if there is none.
 bool CWholeFile::exchange()
 {
     if (m_bDirect) {
@@ -269,7 +269,7 @@ bool CWholeFile::exchange()
     const char* const pszPlace = m_strPlace.constData();
     struct stat info = {};
     m_bReplaced = ::lstat(pszPlace, &info) == 0;
-    if (m_bReplaced && S_ISDIR(info.st_mode)) {  // since the file was opened
+    if (m_bReplaced && S_ISDIR(info.st_mode)) {  // made since open()
         return fail(QStringLiteral("is a folder"));
     }
     if (!m_bReplaced) {
@@ -279,15 +279,15 @@ bool CWholeFile::exchange()
         m_strBeside.clear();
         return true;
     }
-    // Freeing the room of a file takes a hundred times as long as all the names here. Held open, it is freed
-    // after the names of the whole set are in order.
+    // Freeing the blocks of a file takes a hundred times as long as renaming. The former file is kept open so
+    // that its blocks are freed only after all files of the set have their names.
     m_nFormer = ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW);
 #ifdef RENAME_EXCHANGE
     if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0) {
         return true;
 #endif
     }
-    // A file system that cannot exchange: in two steps.
+    // The file system cannot exchange names, so it is done in two steps.
     const QByteArray strFormer = nameBeside(m_strPlace);
     if (std::rename(pszPlace, strFormer.constData()) != 0) {
         return failBySystem();
@@ -312,7 +312,7 @@ void CWholeFile::goBack()
     } else {
         ::unlink(m_strPlace.constData());
     }
-    m_strBeside.clear();  // should the former file not go back, it stays there
+    m_strBeside.clear();  // if renaming back fails, the former file keeps this name
 }
 
 void CWholeFile::removeBeside()

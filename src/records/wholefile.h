@@ -1,4 +1,4 @@
-// Writing of result files, whole or not at all.
+// CWholeFile: writes result files whole or not at all.
 #pragma once
 
 #include <QByteArray>
@@ -6,37 +6,41 @@
 
 namespace tessera {
 
-/// A file that is written beside its place and goes there when all of it has reached the disk.
+/// A file that is written under a temporary name and gets its own name when all of it is on the disk.
 ///
-/// Every write, the flush to the disk and the close are looked at. The first that fails is the reason of
-/// all that follow, and a former file stands as it was. Until it goes into place the file has no name, where
-/// the file system can do that, so that a program that is killed leaves nothing behind; else a name of the
-/// same folder with six more characters, which a reader takes for no result. A symbolic link stays, and the
-/// file it leads to is replaced. What is no file, such as a device or a pipe, is written to as it is.
+/// Every write, the flush to the disk and the close are checked. After the first failure all further calls
+/// fail with the same reason, and a former file of the name stays as it was. Where the file system allows it,
+/// the file has no name at all before commit(), so that a program that is killed leaves nothing behind.
+/// Otherwise it has the final name with six more characters in the same folder, which no reader takes for a
+/// result. A symbolic link stays, and the file that it leads to is replaced. What is no regular file, such as
+/// a device or a pipe, is written to directly.
 class CWholeFile {
 public:
     CWholeFile() = default;
+    /// Without commit() nothing remains of the file.
     ~CWholeFile();
     CWholeFile(const CWholeFile&) = delete;
     CWholeFile& operator=(const CWholeFile&) = delete;
 
-    /// Once per object.
-    /// @return false when the name is empty, that of a folder or of a file that may not be written, or when
-    ///         nothing can be made beside it
+    /// Opens the file; can be called once per object.
+    /// @return false when the name is empty, when it is that of a folder or of a write-protected file, or
+    ///         when no file can be made in the folder
     bool open(const QString& strFileName);
-    /// Appends to the file.
-    /// @return false when this or anything before it has failed
+    /// Appends bytes to the file.
+    /// @return false when this or an earlier call has failed
     bool write(const void* pData, qint64 nBytes);
+    /// Does the same.
     bool write(const QByteArray& bytes) { return write(bytes.constData(), bytes.size()); }
-    /// Appends what another file holds.
+    /// Appends the content of another file.
+    /// @return false when this or an earlier call has failed
     bool writeCopy(const QString& strFrom);
-    /// Puts the file in place, or discards it when anything has failed.
-    /// @param pstrReason  may be null; on failure the file's name and what is wrong
+    /// Gives the file its name, or discards it when anything has failed.
+    /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
     bool commit(QString* pstrReason = nullptr);
 
     /// The name that open() was given.
     QString fileName() const { return m_strFileName; }
-    /// What has failed, with the file's name before it; empty as long as nothing has.
+    /// The file's name and what has failed; empty as long as nothing has.
     QString reason() const { return m_strReason; }
 
 private:
@@ -56,17 +60,17 @@ private:
 
     QString m_strFileName;
     QString m_strReason;
-    QByteArray m_strPlace;   ///< the file itself, behind all links
-    QByteArray m_strBeside;  ///< its name until it is in place; after exchange() that of the former file
+    QByteArray m_strPlace;   ///< final name, after following all links
+    QByteArray m_strBeside;  ///< temporary name; after exchange() that of the former file
     int m_nFile = -1;
-    int m_nFormer = -1;        ///< keeps the former file while its name goes, see exchange()
+    int m_nFormer = -1;        ///< the former file, kept open while its name is removed, see exchange()
     bool m_bDirect = false;    ///< a device or a pipe
     bool m_bFlushed = false;   ///< all of it is on the disk
-    bool m_bReplaced = false;  ///< by exchange(): there was a former file
+    bool m_bReplaced = false;  ///< exchange() has found a former file
 };
 
-/// Writes a file whole, as CWholeFile does.
-/// @param pstrReason  may be null; on failure the file's name and what is wrong
+/// Writes a file whole or not at all, as CWholeFile does.
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
 [[nodiscard]] bool writeWholeFile(const QString& strFileName, const QByteArray& bytes,
                                   QString* pstrReason = nullptr);
 
