@@ -1,4 +1,4 @@
-// Angles: degrees and radians, and the azimuth of a place as the user sees it.
+// Angles: degrees and radians, and azimuths as the user sees them.
 #pragma once
 
 #include <cmath>
@@ -7,23 +7,27 @@
 
 namespace tessera {
 
-// Product before quotient: results of the mapping hold to the last bit.
+// The product is formed before the quotient. Another order would change the last bits of mapped points.
+
+/// Radians of an angle in degrees.
 inline double radians(double dfDegrees)
 {
     return dfDegrees * g_dfPi / 180;
 }
+/// Degrees of an angle in radians.
 inline double degrees(double dfRadians)
 {
     return dfRadians * 180 / g_dfPi;
 }
 
-/// Azimuth in degrees, −180 to 180, counter-clockwise on the screen from 3 o'clock. Image y runs down.
+/// Azimuth of a place in image coordinates (y runs down): degrees, −180 to 180, counter-clockwise on the
+/// screen from 3 o'clock.
 inline double screenAzimuth(double dfX, double dfY)
 {
     return degrees(std::atan2(-dfY, dfX));
 }
 
-/// The same from 0 to 360.
+/// The same azimuth in the range from 0 to 360.
 inline double screenAzimuth360(double dfX, double dfY)
 {
     const double dfAzimuth = screenAzimuth(dfX, dfY);

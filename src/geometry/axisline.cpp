@@ -20,17 +20,17 @@ bool isParallel(const QLineF& first, const QLineF& second)
     return std::fabs(determinant(first.p2() - first.p1(), second.p2() - second.p1())) < g_dfParallel;
 }
 
-// The cut of two lines that are not parallel, rounded to whole pixels.
+// The intersection of two lines that are not parallel, rounded to whole pixels.
 QPointF roundedCut(const QLineF& line, const QLineF& edge)
 {
     const QPointF ptAlong = line.p2() - line.p1();
     const QPointF ptEdge = edge.p2() - edge.p1();
     const double df = determinant(edge.p1() - line.p1(), ptEdge) / determinant(ptAlong, ptEdge);
     const QPointF pt = line.p1() + df * ptAlong;
-    return {std::round(pt.x()) + 0.0, std::round(pt.y()) + 0.0};  // no zero with a sign
+    return {std::round(pt.x()) + 0.0, std::round(pt.y()) + 0.0};  // + 0.0 turns −0 into 0
 }
 
-// An axis through a corner cuts two edges at the same pixel.
+// Removes points that occur twice, as an axis through a corner meets two edges there.
 void dropRepeated(QList<QPointF>& listPoint)
 {
     for (int i = 0; i < listPoint.size();) {

@@ -7,19 +7,20 @@
 
 namespace tessera {
 
-/// The part of the rotation axis that lies on the frame.
+/// Finds the part of the rotation axis that lies on the frame.
 ///
 /// The axis is the line through the direct beam with the direction (cos φ, −sin φ) in image coordinates
-/// (x to the right, y down). It is cut with the lines along the frame's four edges; the cuts are rounded
-/// to whole pixels, and those on the frame (its edges included) are the ends. An axis along x or y keeps
-/// the beam's own coordinate unrounded, and spans the frame even where the beam lies beside it. One that
-/// touches the frame at a corner alone gives a line of no length.
+/// (x to the right, y down). It is intersected with the lines along the four edges of the frame. The
+/// intersections are rounded to whole pixels, and those on the frame, its edges included, are the ends. An
+/// axis along x or y keeps the unrounded coordinate of the beam, and spans the frame even if the beam lies
+/// outside it. An axis that touches the frame only at a corner gives a line of length 0.
 ///
+/// @param line            takes the result
 /// @param ptCentre        direct beam on the frame, raw pixels
 /// @param dfRotationAxis  φ, degrees
 /// @param sizeFrame       pixels
-/// @return false, with line as it was, when the axis passes the frame by, when the frame is empty, or when
-///         a number is not finite
+/// @return false, with `line` as it was, when the axis misses the frame, when the frame is empty, or when a
+///         number is not finite
 [[nodiscard]] bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis,
                             const QSize& sizeFrame);
 

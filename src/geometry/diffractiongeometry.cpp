@@ -4,7 +4,7 @@ namespace tessera {
 
 std::optional<FramePlace> distorted(const PlaneTerms<double>& terms, double dfRadius, const FramePlace& flat)
 {
-    // Each step shrinks the error to the part that the distortion is of the place.
+    // Each step multiplies the error by about the relative size of the distortion.
     const int nSteps = 60;
     const double dfEnough = 1e-10;  // pixels
     FramePlace place = {flat.dfX + terms.centreX, flat.dfY + terms.centreY};
@@ -40,7 +40,7 @@ UndoneShift undoneShift(const PlaneTerms<double>& terms, double dfRadius, double
         const double dfYX = -dfSpiral - y * dfScaleX - x * dfSpiralX;
         const double dfYY = 1 - dfScale - y * dfScaleY - x * dfSpiralY;
         const double dfDeterminant = dfXX * dfYY - dfXY * dfYX;
-        if (!(dfDeterminant > 0.01)) {  // next to the fold
+        if (!(dfDeterminant > 0.01)) {  // close to a fold of the plane
             break;
         }
         undone.aInverse = {dfYY / dfDeterminant, -dfXY / dfDeterminant, -dfYX / dfDeterminant,

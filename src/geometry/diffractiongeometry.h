@@ -1,4 +1,4 @@
-// DiffractionGeometry: from the indices of a reflection to its place on a frame, and back, in double
+// DiffractionGeometry: computes the place of a reflection on a frame from its indices, and back, in double
 // precision.
 #pragma once
 
@@ -12,48 +12,51 @@
 
 namespace tessera {
 
-/// What moves a place in the plane of the frame, in a scalar that may carry derivatives.
+/// The numbers of the geometry that act in the plane of the frame. T may be a scalar with derivatives.
 ///
 /// Azimuths count counter-clockwise on the screen from 3 o'clock. A distortion of amplitude A (a fraction)
-/// and azimuth φ is held as A·cos 2φ and A·sin 2φ, which have no trouble where A is 0. Each term undoes its
-/// distortion. The second and the third order are those of the projector lenses, which come last: they are
-/// undone first, exactly, by what goes with the place before them. The ellipse is taken at the place that
-/// comes out, the stretching at the measured one, and both are added.
+/// and azimuth φ is described by A·cos 2φ and A·sin 2φ, whose derivatives exist where A is 0, too. Each
+/// number describes the correction that undoes its distortion. The distortions of second and third order are
+/// those of the projector lenses, which act last. So they are undone first, and exactly: the correction is
+/// the one for the place before the distortion. Then the correction of the ellipse for the place found in
+/// this way and the correction of the stretching for the measured place are added.
 template <class T>
 struct PlaneTerms {
-    T centreX = T(0);  ///< pixels, what the direct beam of every frame is off by
-    T centreY = T(0);
+    T centreX = T(0);        ///< offset of the direct beam, the same on every frame, pixels
+    T centreY = T(0);        ///< likewise
     T axis = T(0);           ///< degrees, azimuth of the rotation axis
-    T stretchingCos = T(0);  ///< along the radius alone, as applyStretching() has it
-    T stretchingSin = T(0);
-    T ellipseCos = T(0);  ///< linear: longer along the azimuth, shorter across it, as astigmatism makes it
-    T ellipseSin = T(0);
-    T radial = T(0);        ///< third order along the radius, a fraction at the reference radius
-    T spiral = T(0);        ///< third order along the circle, clockwise on the screen, likewise
-    T parabolicCos = T(0);  ///< second order: along the radius, to the azimuth that it is strongest at
-    T parabolicSin = T(0);  ///< (B·cos φ, B·sin φ), a fraction at the reference radius
+    T stretchingCos = T(0);  ///< stretching, which moves places along the radius only: see applyStretching()
+    T stretchingSin = T(0);  ///< likewise
+    T ellipseCos = T(0);     ///< ellipse, as from astigmatism: longer along the azimuth and shorter across it
+    T ellipseSin = T(0);     ///< likewise
+    T radial = T(0);         ///< third order along the radius, a fraction at the reference radius
+    T spiral = T(0);         ///< third order along the circle, clockwise on the screen, likewise
+    T parabolicCos = T(0);  ///< second order along the radius: B·cos φ, a fraction at the reference radius,
+                            ///< with the azimuth φ at which it is strongest
+    T parabolicSin = T(0);  ///< B·sin φ
 };
 
-/// What turns the crystal.
+/// The numbers of the geometry that act on the rotation of the crystal. T may be a scalar with derivatives.
 template <class T>
 struct TurnTerms {
-    T outOfPlane = T(0);  ///< degrees, of the rotation axis towards +z
-    T scale = T(1);       ///< of the tilts, about the middle tilt
-    T offset = T(0);      ///< degrees, added to the tilts
+    T outOfPlane = T(0);  ///< angle of the rotation axis towards +z, degrees
+    T scale = T(1);       ///< factor of the tilts, counted from the middle tilt
+    T offset = T(0);      ///< degrees, added to all tilts
 };
 
-/// All numbers of a series' geometry, with the cell.
+/// All numbers of the geometry of a series, with the cell.
 ///
-/// Laboratory frame: x along the rotation axis (its projection where it leaves the plane), z along the beam.
-/// With a wavelength, an axis and a stretching alone this is the geometry of rotationgeometry.h.
+/// Laboratory frame: x along the projection of the rotation axis onto the plane of the frame, z along the
+/// beam. If only wavelength, pixel size, axis and stretching are set, the geometry is that of
+/// rotationgeometry.h.
 struct DiffractionGeometry {
     std::array<DoubleVector, 3> aBasis = {};  ///< a*, b*, c*, Å⁻¹, laboratory frame at tilt 0
-    PlaneTerms<double> plane;
-    TurnTerms<double> turn;
-    double dfWavelength = 0;  ///< Å
-    double dfPixelSize = 0;   ///< Å⁻¹ per pixel
-    double dfRadius = 256;    ///< pixels, reference of the second and third order
-    double dfMiddleTilt = 0;  ///< degrees, where the scale of the tilts leaves them
+    PlaneTerms<double> plane;                 ///< numbers of the plane
+    TurnTerms<double> turn;                   ///< numbers of the rotation
+    double dfWavelength = 0;                  ///< Å
+    double dfPixelSize = 0;                   ///< Å⁻¹ per pixel
+    double dfRadius = 256;                    ///< reference radius of the second and third order, pixels
+    double dfMiddleTilt = 0;                  ///< the tilt that the scale does not change, degrees
 };
 
 /// A place on a frame relative to its direct beam, pixels; image y runs down.
@@ -62,15 +65,18 @@ struct FramePlace {
     double dfY = 0;
 };
 
-/// A place before the second and the third order, by Newton's method.
+/// A place before the distortions of second and third order.
 struct UndoneShift {
     double dfX = 0;  ///< relative to the direct beam, pixels
     double dfY = 0;
     std::array<double, 4> aInverse = {1, 0, 0, 1};  ///< its derivatives by the place on the frame, row by row
 };
+/// Finds by Newton's method the place before the distortions of second and third order for a place on the
+/// frame, both relative to the direct beam in pixels. Where the distortion folds the plane, so that there is
+/// no such place, it returns the place itself.
 UndoneShift undoneShift(const PlaneTerms<double>& terms, double dfRadius, double dfX, double dfY);
 
-/// The number in a scalar that carries derivatives, as ceres::Jet does.
+/// The value of a scalar without its derivatives, such as of ceres::Jet.
 template <class T>
 double valueOf(const T& scalar)
 {
@@ -81,7 +87,8 @@ double valueOf(const T& scalar)
     }
 }
 
-/// What undoes the second and the third order at a place that they have not moved yet, pixels.
+/// The shift in pixels that undoes the second and the third order, for a place (dfX, dfY) before these
+/// distortions.
 template <class T>
 std::array<T, 2> projectorShift(const PlaneTerms<T>& terms, double dfRadius, double dfX, double dfY)
 {
@@ -91,9 +98,8 @@ std::array<T, 2> projectorShift(const PlaneTerms<T>& terms, double dfRadius, dou
     return {scale * dfX - spiral * dfY, scale * dfY + spiral * dfX};
 }
 
-/// Where a place would lie without the second and the third order; both relative to the direct beam, pixels.
-/// Where the distortion is so strong that it folds the frame over, what undoes it at the place itself is
-/// taken.
+/// Undoes the second and the third order. Places are relative to the direct beam, in pixels. Where the
+/// distortion folds the plane, the correction for the place itself is used.
 template <class T>
 std::array<T, 2> beforeProjector(const PlaneTerms<T>& terms, double dfRadius, const std::array<T, 2>& place)
 {
@@ -104,7 +110,7 @@ std::array<T, 2> beforeProjector(const PlaneTerms<T>& terms, double dfRadius, co
     values.parabolicSin = valueOf(terms.parabolicSin);
     const double dfPlaceX = valueOf(place[0]), dfPlaceY = valueOf(place[1]);
     const UndoneShift undone = undoneShift(values, dfRadius, dfPlaceX, dfPlaceY);
-    // The last step of Newton's method, in which the derivatives come along: those of the inverse function.
+    // The last step of Newton's method is done in T, which yields the derivatives of the inverse function.
     const std::array<T, 2> shift = projectorShift(terms, dfRadius, undone.dfX, undone.dfY);
     const T restX = place[0] + shift[0] - undone.dfX;
     const T restY = place[1] + shift[1] - undone.dfY;
@@ -112,7 +118,7 @@ std::array<T, 2> beforeProjector(const PlaneTerms<T>& terms, double dfRadius, co
             undone.dfY + undone.aInverse[2] * restX + undone.aInverse[3] * restY};
 }
 
-/// The place freed of its distortions, relative to the beam as it is, pixels.
+/// Undoes all distortions of a place. The result is relative to the direct beam after its offset, in pixels.
 /// Source: the second and third order by Brázda, Klementová, Krysiak & Palatinus (2022), IUCrJ 9, 735–755.
 template <class T>
 std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const FramePlace& place)
@@ -120,7 +126,7 @@ std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const 
     const T x = place.dfX - terms.centreX;
     const T y = place.dfY - terms.centreY;
     const T squares = x * x + y * y;
-    T along = T(0);  // of the radius; the direct beam itself has no azimuth
+    T along = T(0);  // stretching as a fraction of the radius; 0 at the direct beam, which has no azimuth
     if (squares > T(0)) {
         along = ((x * x - y * y) * terms.stretchingCos - 2.0 * x * y * terms.stretchingSin) / squares;
     }
@@ -129,11 +135,11 @@ std::array<T, 2> undistorted(const PlaneTerms<T>& terms, double dfRadius, const 
             before[1] + along * y - terms.ellipseSin * before[0] - terms.ellipseCos * before[1]};
 }
 
-/// The place that undistorted() takes to the given one, by repeated correction.
-/// @return none where the distortions are so strong that no place has it
+/// Finds by iteration the place on the frame for which undistorted() returns `flat`.
+/// @return nothing where the distortions are so strong that there is no such place
 std::optional<FramePlace> distorted(const PlaneTerms<double>& terms, double dfRadius, const FramePlace& flat);
 
-/// The point of the Ewald sphere that a place shows, laboratory frame, Å⁻¹.
+/// The point of the Ewald sphere that is seen at a place on a frame, laboratory frame, Å⁻¹.
 template <class T>
 std::array<T, 3> spherePoint(const PlaneTerms<T>& terms, const DiffractionGeometry& fixed,
                              const FramePlace& place)
@@ -149,13 +155,13 @@ std::array<T, 3> spherePoint(const PlaneTerms<T>& terms, const DiffractionGeomet
     const T y = fixed.dfPixelSize * (sine * flat[0] + cosine * flat[1]);
     const double dfK = 1 / fixed.dfWavelength;
     const T shrink = dfK / sqrt(x * x + y * y + dfK * dfK);
-    // k - k·shrink, without the difference of two large numbers
+    // This is k − k·shrink, rearranged to avoid the difference of two nearly equal numbers.
     const T lift = (x * x + y * y) * shrink * shrink / (dfK * (1.0 + shrink));
     return {x * shrink, y * shrink, lift};
 }
 
-/// The rotation, row by row, that takes a point of the crystal at tilt 0 to the laboratory at a tilt.
-/// @param dfTilt  degrees, as the series has it
+/// The rotation matrix, row by row, that turns a point from its position at tilt 0 to that at a tilt.
+/// @param dfTilt  degrees, before scale and offset are applied
 template <class T>
 std::array<T, 9> turnToLaboratory(const TurnTerms<T>& terms, double dfMiddleTilt, double dfTilt)
 {
@@ -172,26 +178,29 @@ std::array<T, 9> turnToLaboratory(const TurnTerms<T>& terms, double dfMiddleTilt
             rest * axisX * axisZ,     -s * axisX, c + rest * axisZ * axisZ};
 }
 
-/// The point of reciprocal space that a place on a frame shows, laboratory frame at tilt 0, Å⁻¹.
+/// The point of reciprocal space that is seen at a place on a frame, laboratory frame at tilt 0, Å⁻¹.
 DoubleVector pointOfPlace(const DiffractionGeometry& geometry, const FramePlace& place, double dfTilt);
 
-/// The point h·a* + k·b* + l·c* as the frame of that tilt has it: turned, laboratory frame, Å⁻¹.
+/// The point h·a* + k·b* + l·c* turned to the tilt of a frame, laboratory frame, Å⁻¹.
 DoubleVector laboratoryPoint(const DiffractionGeometry& geometry, const DoubleVector& index, double dfTilt);
 
-/// Where a reflection lies on the frame of that tilt: its point, moved along the beam onto the Ewald sphere.
-/// @return none for a point further from the beam than the sphere reaches, or where the distortions are so
-///         strong that no place has it
+/// The place of a reflection on a frame of a given tilt: its point is moved along the beam onto the Ewald
+/// sphere.
+/// @return nothing for a point that is farther from the beam than the radius of the sphere, or where the
+///         distortions are so strong that there is no such place
 std::optional<FramePlace> placeOfReflection(const DiffractionGeometry& geometry, const DoubleVector& index,
                                             double dfTilt);
 
-/// The real indices of a point in the crystal's frame; not finite where the basis spans no cell.
+/// The indices, as real numbers, of a point at tilt 0; not finite where the basis vectors are co-planar.
 DoubleVector indicesOfPoint(const DiffractionGeometry& geometry, const DoubleVector& point);
 
-/// Amplitude as a fraction and azimuth in degrees, −90 to 90, of a distortion held as A·cos 2φ and A·sin 2φ.
+/// A distortion by amplitude and azimuth.
 struct Distortion {
-    double dfAmplitude = 0;
-    double dfAzimuth = 0;
+    double dfAmplitude = 0;  ///< a fraction
+    double dfAzimuth = 0;    ///< degrees, −90 to 90
 };
+
+/// The distortion that is given by A·cos 2φ and A·sin 2φ.
 Distortion distortionOf(double dfCos, double dfSin);
 
 }  // namespace tessera

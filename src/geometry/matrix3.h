@@ -5,13 +5,15 @@
 
 namespace tessera {
 
-/// Nine doubles, row by row. The constructor leaves them as they are in memory.
+/// Nine doubles, row by row.
 ///
-/// Rows count from 1 and columns from 0; callers rely on each of the two as it is.
+/// setRow() and getRow() count rows from 1, setColumn() and getColumn() count columns from 0. Callers rely on
+/// both.
 class CMatrix3 {
 public:
     double m_dfElement[9];
 
+    /// Leaves the elements uninitialized.
     CMatrix3() {}
     /// The matrix with the given elements, row by row.
     CMatrix3(double df11, double df12, double df13, double df21, double df22, double df23, double df31,
@@ -19,13 +21,15 @@ public:
         : m_dfElement{df11, df12, df13, df21, df22, df23, df31, df32, df33}
     {}
 
+    /// The unit matrix.
     static CMatrix3 identity() { return {1, 0, 0, 0, 1, 0, 0, 0, 1}; }
 
     /// Element in row `nRow` and column `nColumn`, both from 0 to 2 (not tested).
     double& at(int nRow, int nColumn) { return m_dfElement[3 * nRow + nColumn]; }
+    /// The same for a constant matrix.
     const double& at(int nRow, int nColumn) const { return m_dfElement[3 * nRow + nColumn]; }
 
-    /// `nRow` 1, 2 or 3; any other value does nothing.
+    /// Sets row `nRow`, 1, 2 or 3; any other number does nothing.
     void setRow(int nRow, const Vec3D& v)
     {
         if (nRow < 1 || nRow > 3) {
@@ -36,7 +40,7 @@ public:
         pRow[1] = double(v.y);
         pRow[2] = double(v.z);
     }
-    /// `nRow` 1, 2 or 3, rounded to single precision; (0, 0, 0) for any other value.
+    /// Row `nRow`, 1, 2 or 3, rounded to single precision; (0, 0, 0) for any other number.
     Vec3D getRow(int nRow) const
     {
         if (nRow < 1 || nRow > 3) {
@@ -45,7 +49,7 @@ public:
         const double* pRow = &at(nRow - 1, 0);
         return {float(pRow[0]), float(pRow[1]), float(pRow[2])};
     }
-    /// `nColumn` 0, 1 or 2; any other value does nothing.
+    /// Sets column `nColumn`, 0, 1 or 2; any other number does nothing.
     void setColumn(int nColumn, const Vec3D& v)
     {
         if (nColumn < 0 || nColumn > 2) {
@@ -55,7 +59,7 @@ public:
         m_dfElement[nColumn + 3] = double(v.y);
         m_dfElement[nColumn + 6] = double(v.z);
     }
-    /// `nColumn` 0, 1 or 2, rounded to single precision; (0, 0, 0) for any other value.
+    /// Column `nColumn`, 0, 1 or 2, rounded to single precision; (0, 0, 0) for any other number.
     Vec3D getColumn(int nColumn) const
     {
         if (nColumn < 0 || nColumn > 2) {
@@ -65,21 +69,24 @@ public:
                 float(m_dfElement[nColumn + 6])};
     }
 
+    /// Determinant.
     double determinant() const
     {
         const double* p = m_dfElement;
         return p[0] * (p[4] * p[8] - p[5] * p[7]) - p[1] * (p[3] * p[8] - p[5] * p[6]) +
                p[2] * (p[3] * p[7] - p[4] * p[6]);
     }
-    /// True if the signed determinant is above 1e-7: a matrix that turns the hand is not regular here,
-    /// though it has an inverse.
+    /// Whether the signed determinant is above 1e-7. So a matrix that changes the handedness does not count
+    /// as regular, although it has an inverse.
     bool isRegular() const { return determinant() > 1e-7; }
 
+    /// The transposed matrix.
     CMatrix3 transposed() const
     {
         const double* p = m_dfElement;
         return {p[0], p[3], p[6], p[1], p[4], p[7], p[2], p[5], p[8]};
     }
+    /// Each element times a factor.
     CMatrix3 scaled(double dfFactor) const
     {
         CMatrix3 result;
@@ -88,7 +95,7 @@ public:
         }
         return result;
     }
-    /// The adjugate times 1/determinant. Not tested: a singular matrix gives elements that are not finite.
+    /// The inverse: the adjugate times 1/determinant. A singular matrix gives elements that are not finite.
     CMatrix3 inverted() const
     {
         const double* p = m_dfElement;
@@ -111,8 +118,8 @@ public:
         }
         return result;
     }
-    /// This matrix times the column `v`: components to double, each row's sum in double, the result
-    /// rounded to single precision.
+    /// This matrix times the column `v`. The sums are formed in double precision and then rounded to single
+    /// precision.
     Vec3D multiplied(const Vec3D& v) const
     {
         const double* p = m_dfElement;

@@ -42,7 +42,7 @@ std::optional<QPointF> CPlaceCorrection::putBack(const QPointF& pt) const
     if (!m_stretching) {
         return pt;
     }
-    // The factor depends on the direction alone, which it does not change.
+    // The stretching does not change the direction, on which alone its factor depends.
     const double dfAngle = -std::atan2(pt.y(), pt.x()) - radians(m_stretching->dfAzimuth);
     return pt / (1 + m_stretching->dfAmplitude / 100 * std::cos(2 * dfAngle));
 }

@@ -1,4 +1,4 @@
-// CPlaceCorrection: undoes what the lenses do to the places on a frame, and puts it back.
+// CPlaceCorrection: undoes the distortions of the lenses at places on a frame, or applies them.
 #pragma once
 
 #include "geometry/seriesdistortion.h"
@@ -9,27 +9,26 @@
 
 namespace tessera {
 
-/// The stretching that mapping is asked to undo.
+/// The stretching that the mapping is to undo.
 struct Stretching {
     double dfAmplitude = 0;  ///< per cent
     double dfAzimuth = 0;    ///< degrees, as applyStretching() takes it
 };
 
-/// The one model of the plane: the stretching by its own formula, applyStretching(), and beside it the other
-/// terms, taken at the measured place as undistorted() does. Without those the numbers are those of
-/// applyStretching() alone, to the bit.
+/// All distortions in the plane of the frame: the stretching by applyStretching(), and the others by
+/// undistorted(). Without others the result is that of applyStretching() to the bit.
 class CPlaceCorrection {
 public:
-    /// @param stretching  none where it is not undone
+    /// @param stretching  nothing where the stretching is not to be undone
     CPlaceCorrection(const std::optional<Stretching>& stretching, const SeriesDistortion& distortion);
 
-    /// Whether there is more than the stretching.
+    /// Whether there are distortions besides the stretching.
     bool hasTermsBeside() const { return m_bBeside; }
 
-    /// A place without the distortions; places are pixels relative to the direct beam, image y runs down.
+    /// Undoes the distortions of a place, in pixels relative to the direct beam; image y runs down.
     QPointF undone(const QPointF& pt) const;
-    /// The opposite: where a frame has what would be at `pt` without them.
-    /// @return none where the distortions are so strong that no place has it
+    /// Applies the distortions to a place: the inverse of undone().
+    /// @return nothing where the distortions are so strong that there is no such place
     std::optional<QPointF> putBack(const QPointF& pt) const;
 
 private:

@@ -10,7 +10,7 @@
 
 namespace tessera {
 
-/// a*, b*, c* in Å⁻¹, laboratory frame at tilt 0 (x rotation axis, z beam). They may be co-planar.
+/// a*, b*, c* in Å⁻¹, laboratory frame at tilt 0 (x rotation axis, z beam). The three may be co-planar.
 struct ReciprocalBasis {
     Vec3D a;  ///< a*
     Vec3D b;  ///< b*
@@ -21,12 +21,13 @@ struct ReciprocalBasis {
     {
         return scaled(a, float(h)) + scaled(b, float(k)) + scaled(c, float(l));
     }
+    /// The three vectors in the order a*, b*, c*.
     std::array<Vec3D, 3> vectors() const { return {a, b, c}; }
-    /// The form in which data set and files hold a cell.
+    /// The list form, which the data set and the cell files use.
     QList<Vec3D> toList() const { return {a, b, c}; }
 };
 
-/// The basis that a list holds; none unless the list has exactly three vectors.
+/// The basis of a list of three vectors; nothing for a list of another length.
 std::optional<ReciprocalBasis> basisFromList(const QList<Vec3D>& listCell);
 
 /// Whether all nine components are finite numbers.

@@ -45,7 +45,7 @@ Vec3D rotated(const CMatrix3& matrix, const Vec3D& v)
 
 Vec3D ewaldPoint(const Vec3D& vecFlat, double dfWavelength)
 {
-    // The beam itself is the origin by definition; 1/λ rounded to single would leave it some 1e-6 off.
+    // The direct beam is the origin by definition. The formula would miss it by some 1e-6, as 1/λ is rounded.
     if (vecFlat == Vec3D()) {
         return {};
     }
@@ -80,7 +80,7 @@ float calDistanceToRotationAxis(const BeamCentres& centres, double dfRotationAxi
         return 0;
     }
     const QPointF ptCentre = frameCentre(centres, nFrameNo);
-    // At ±90° the tangent is large and finite, so the quotient needs no special case.
+    // The tangent of ±90° is a large finite number here, so the division needs no special case.
     const float fTan = float(std::tan(radians(dfRotationAxis)));
     const float fSquare = fTan * fTan + 1;
     return float(std::fabs(double(fTan) * (pt.x() - ptCentre.x()) + (pt.y() - ptCentre.y())) /

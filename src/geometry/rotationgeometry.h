@@ -1,5 +1,4 @@
-// Rotation geometry: from a place on a frame to a point of reciprocal space, and the small services around
-// it.
+// Rotation geometry: the functions that take a place on a frame to a point of reciprocal space.
 #pragma once
 
 #include "geometry/matrix3.h"
@@ -16,17 +15,18 @@ namespace tessera {
 // counter-clockwise on the screen and 0 is 3 o'clock. rotationZ(φ) takes it to the laboratory x axis.
 // The beam runs along z, and the Ewald sphere has its centre at (0, 0, 1/λ).
 
-/// Where the direct beam meets each frame: the position on the first frame and the drift since then.
+/// The direct beam on each frame: its position on the first frame and its drift since then.
 struct BeamCentres {
     QList<QPointF> m_listShift;  ///< one entry per frame, pixels, with respect to the first frame
     double m_dfCenterX = 0;      ///< direct beam on the first frame, raw pixels
     double m_dfCenterY = 0;
 
+    /// Whether there is a shift of frame `nFrame`.
     bool holds(int nFrame) const { return nFrame >= 0 && nFrame < m_listShift.size(); }
 };
 
-/// The direct beam on frame `nFrame`, C(n), in raw pixels. A frame without a shift entry gets the
-/// position of the first frame.
+/// The direct beam on frame `nFrame` in raw pixels. Where the frame has no shift, the position on the first
+/// frame is returned.
 QPointF frameCentre(const BeamCentres& centres, int nFrame);
 
 /// Rotation about the beam by an angle in degrees: rows (cos, −sin, 0), (sin, cos, 0), (0, 0, 1).
@@ -36,16 +36,16 @@ CMatrix3 rotationZ(double dfDegrees);
 /// (0, sin, cos).
 CMatrix3 rotationX(double dfDegrees);
 
-/// The same about an axis that leaves the plane of the frame by `dfOutOfPlane` degrees towards +z: the line
-/// along (cos, 0, sin). In the plane it is rotationX(), to the bit.
+/// Rotation about an axis that is inclined by `dfOutOfPlane` degrees from the x axis towards +z, with the
+/// direction (cos, 0, sin). For 0 degrees it is rotationX() to the bit.
 CMatrix3 rotationAboutAxis(double dfDegrees, double dfOutOfPlane);
 
-/// A matrix applied to a vector: components widened to double, each row's sum formed in double,
-/// the result rounded to single precision.
+/// A matrix applied to a vector. The sums are formed in double precision and then rounded to single
+/// precision.
 Vec3D rotated(const CMatrix3& matrix, const Vec3D& v);
 
 /// Lifts a point of the flat pattern onto the Ewald sphere, along the line to the sphere's centre.
-/// The direct beam, (0, 0, 0), stays where it is.
+/// The direct beam (0, 0, 0) stays (0, 0, 0).
 ///
 /// @param vecFlat       relative to the direct beam, Å⁻¹, x along the rotation axis, z = 0
 /// @param dfWavelength  Å; 0 leaves the components undefined (not a number)

@@ -7,7 +7,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfWidest = 10;  // degrees; precession of a microscope reaches a few
+const double g_dfWidest = 10;  // degrees; microscopes reach a precession angle of a few degrees
 
 }  // namespace
 

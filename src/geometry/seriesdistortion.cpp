@@ -33,7 +33,7 @@ bool SeriesDistortion::operator==(const SeriesDistortion& other) const
 
 PlaneTerms<double> planeTerms(const SeriesDistortion& distortion)
 {
-    // The terms undo, so that they are longest where the pattern is shortest: the sign.
+    // The terms are corrections, which lengthen where the pattern is too short. Hence the minus sign.
     const double dfEllipse = -distortion.dfEllipseAmplitude / 100;
     const double dfParabolic = -distortion.dfParabolicAmplitude / 100;
     const double dfTwice = 2 * radians(distortion.dfEllipseAzimuth);

@@ -1,37 +1,41 @@
-// SeriesDistortion: what a project tells of the lens and the rotation axis beside the stretching.
+// SeriesDistortion: the distortions of a project file other than the stretching, and the tilt of its axis.
 #pragma once
 
 #include "geometry/diffractiongeometry.h"
 
 namespace tessera {
 
-/// The distortions of a series as its project file has them, about the direct beam of each frame.
+/// The distortions of a series in the form of its project file. They are centred at the direct beam of each
+/// frame.
 ///
-/// Azimuths are degrees, counter-clockwise on the screen from 3 o'clock, along which the pattern on the frame
-/// is longer, as STRETCHINGAZIMUTH counts. All are at work where they are not 0: the box that switches the
-/// stretching off leaves them alone.
+/// An azimuth is the direction in which the pattern on the frame is longer, in degrees counter-clockwise on
+/// the screen from 3 o'clock, as STRETCHINGAZIMUTH. A distortion that is not 0 is always corrected; the box
+/// that switches off the stretching has no effect on it.
 struct SeriesDistortion {
-    double dfEllipseAmplitude = 0;    ///< per cent; linear: the pattern is longer along, shorter across
-    double dfEllipseAzimuth = 0;      ///< degrees
-    double dfThirdOrderRadial = 0;    ///< per cent at dfRadius; above 0 a barrel, which is undone outwards
-    double dfThirdOrderSpiral = 0;    ///< likewise; above 0 the pattern is turned counter-clockwise on screen
-    double dfParabolicAmplitude = 0;  ///< per cent at dfRadius: second order, along the radius
-    double dfParabolicAzimuth = 0;    ///< degrees: to this side the pattern is longer, to the other shorter
-    double dfRadius = 256;            ///< pixels, above 0: where second and third order have their per cent
-    double dfAxisOutOfPlane = 0;      ///< degrees, of the rotation axis towards +z, the laboratory frame
+    /// Per cent; linear: the pattern is longer along the azimuth and shorter across.
+    double dfEllipseAmplitude = 0;
+    double dfEllipseAzimuth = 0;  ///< degrees
+    /// Per cent at dfRadius; above 0 barrel, so that places are corrected outwards.
+    double dfThirdOrderRadial = 0;
+    double dfThirdOrderSpiral = 0;  ///< per cent at dfRadius; above 0 the pattern is turned counter-clockwise
+    double dfParabolicAmplitude = 0;  ///< per cent at dfRadius; second order, along the radius
+    double dfParabolicAzimuth = 0;  ///< degrees; the pattern is longer on this side and shorter on the other
+    double dfRadius = 256;          ///< reference radius of the second and third order, pixels; above 0
+    double dfAxisOutOfPlane = 0;  ///< angle of the rotation axis towards +z of the laboratory frame, degrees
 
-    bool movesPlaces() const;  ///< whether a place on the frame is another one without the lens
-    bool isNone() const;       ///< whether nothing is told: the azimuths and the radius do not count then
+    bool movesPlaces() const;  ///< whether any distortion moves places on the frame
+    bool isNone() const;       ///< whether all amplitudes and the angle of the axis are 0
 
-    bool operator==(const SeriesDistortion& other) const;  ///< equal to the bit in all of these
+    bool operator==(const SeriesDistortion& other) const;  ///< whether all numbers are equal
     bool operator!=(const SeriesDistortion& other) const { return !(*this == other); }  ///< the opposite
 };
 
-/// A number of the record and its line in a project file.
+/// A number of SeriesDistortion and the keyword of its line in a project file.
 struct DistortionKeyword {
     const char* pszKeyword;
     double SeriesDistortion::*pMember;
 };
+/// All numbers, in the order of their lines.
 constexpr DistortionKeyword g_aDistortionKeyword[] = {
     {"ELLIPSEAMP", &SeriesDistortion::dfEllipseAmplitude},
     {"ELLIPSEAZIMUTH", &SeriesDistortion::dfEllipseAzimuth},
@@ -43,11 +47,11 @@ constexpr DistortionKeyword g_aDistortionKeyword[] = {
     {"AXISOUTOFPLANE", &SeriesDistortion::dfAxisOutOfPlane},
 };
 
-/// The same as terms of the plane; centre, axis and stretching are 0.
+/// The distortions as numbers of the plane, in which centre, axis and stretching are 0.
 PlaneTerms<double> planeTerms(const SeriesDistortion& distortion);
 
-/// The opposite: what a project tells of a geometry. Its centre, axis, stretching and tilts have other
-/// places.
+/// The distortions of a geometry, and the tilt of its axis, in the form of a project file. Centre, axis,
+/// stretching and tilts of the geometry are left out, as they have other lines.
 SeriesDistortion seriesDistortion(const DiffractionGeometry& geometry);
 
 }  // namespace tessera
