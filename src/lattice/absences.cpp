@@ -15,7 +15,8 @@ std::vector<Absence> findAbsences(const LatticeBasis& basis, const LatticePoints
                                   double dfTolerance)
 {
     const int nFewest = 100;
-    // A class of weak reflections has its strongest ones all the same, so one that is there shows more.
+    // Even a class of weak reflections has some strong ones, so a class that exists shows more points than
+    // this.
     const double dfMostSeen = 0.05;
     std::vector<Absence> listFound;
     dfTolerance = std::min(dfTolerance, g_dfCosetTolerance);
@@ -67,7 +68,7 @@ QString centringOf(const std::vector<Absence>& listAbsence)
                           : an[1] == 0 ? QLatin1Char('B')
                                        : QLatin1Char('C');
         }
-        // Obverse −h + k + l = 3n and reverse h − k + l = 3n, each up to its sign.
+        // The conditions are −h + k + l = 3n (obverse) and h − k + l = 3n (reverse), each up to the sign.
         else if (absence.nDenominator == 3 && (an == IndexTriple{1, 2, 2} || an == IndexTriple{1, 2, 1})) {
             strLetters += QLatin1Char('R');
         } else {

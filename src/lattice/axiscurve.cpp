@@ -10,11 +10,11 @@ namespace tessera {
 
 namespace {
 
-constexpr std::size_t g_nCurvePeaks = 900;  // more make no clearer curve
-constexpr int g_nDirections = 2000;         // more find the same rows
-constexpr int g_nCoarseStep = 6;            // degrees: about half the width of a maximum of a 60° series
-constexpr std::size_t g_nPlaces = 4;        // maxima that are looked at closer: two lattices, two senses
-constexpr double g_dfClosestSpots = 5;      // pixels: closer ones are not hunted apart
+constexpr std::size_t g_nCurvePeaks = 900;  // more peaks do not make the curve clearer
+constexpr int g_nDirections = 2000;         // more directions find the same rows
+constexpr int g_nCoarseStep = 6;        // degrees, half the width of a maximum for a range of 60° of tilts
+constexpr std::size_t g_nPlaces = 4;    // maxima that are sampled closely: two lattices in two senses
+constexpr double g_dfClosestSpots = 5;  // pixels; the peak search does not separate closer spots
 
 bool isSharper(const AxisSharpness& a, const AxisSharpness& b)
 {

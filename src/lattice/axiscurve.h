@@ -1,4 +1,4 @@
-// CAxisCurve: the sharpness of the lattice over the azimuth of the rotation axis.
+// CAxisCurve: the sharpness of the lattice as a function of the azimuth of the rotation axis.
 #pragma once
 
 #include "lattice/axissearch.h"
@@ -6,45 +6,47 @@
 
 namespace tessera {
 
-constexpr double g_dfAxisElsewhere = 20;  ///< degrees: farther away is another maximum
+constexpr double g_dfAxisElsewhere = 20;  ///< degrees; maxima closer than this are the same one
 
-/// An azimuth above −180 to 180 degrees.
+/// Brings an azimuth into the range above −180 to 180 degrees.
 double circleAzimuth(double dfAzimuth);
 
-/// How far two azimuths lie apart, degrees, 0 to 180.
+/// The difference of two azimuths, 0 to 180 degrees.
 double azimuthsApart(double dfOne, double dfOther);
 
-/// Every n-th of the peaks, so that at most so many are left.
+/// Takes every n-th peak, so that at most `nMost` are left.
 std::vector<FlatPeak> thinnedPeaks(const std::vector<FlatPeak>& vecPeak, std::size_t nMost);
 
-/// The curve as it grows: first all round, then where it is high. A sample of the peaks bounds its time.
+/// The curve, sampled first in even steps over the full circle and then closer at its maxima. Only a sample
+/// of the peaks is used, which limits the time.
 class CAxisCurve {
 public:
-    /// @param fnGoOn  asked between azimuths; must outlive the curve
+    /// @param nJobs   threads
+    /// @param fnGoOn  asked between azimuths whether to go on; must outlive the curve
     CAxisCurve(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry, int nJobs,
                const std::function<bool()>& fnGoOn);
 
-    /// All round in even steps, and closer at the highest places.
-    /// @return false when it was ended
+    /// Samples the full circle in even steps, and more closely the highest maxima.
+    /// @return false when fnGoOn has ended it
     bool trace();
 
-    /// Adds azimuths, degrees, unless they are there.
-    /// @return false when it was ended
+    /// Samples further azimuths, degrees. Those that have been sampled already are skipped.
+    /// @return false when fnGoOn has ended it
     bool add(const std::vector<double>& vecAzimuth);
 
-    /// By azimuth.
+    /// The samples in order of azimuth.
     const std::vector<AxisSharpness>& points() const { return m_vecPoint; }
 
-    /// The places that no other one within g_dfAxisElsewhere stands above, the highest first.
+    /// The local maxima, the highest first: samples that no sample within g_dfAxisElsewhere exceeds.
     std::vector<AxisSharpness> maxima() const;
 
-    /// The sharpness at an azimuth that was added.
+    /// The sharpness at an azimuth that has been sampled.
     double sharpnessAt(double dfAzimuth) const;
 
-    /// How far a sharpness stands above that of the usual azimuth, on the way to a perfect lattice: 0 to 1.
+    /// The contrast of a sharpness: 0 for the median of the curve, 1 for a perfect lattice.
     double contrastOf(double dfSharpness) const;
 
-    /// What the rows were looked for with.
+    /// The options with which rows of the lattice are searched.
     const DirectionSearchOptions& options() const { return m_options; }
 
 private:
@@ -56,7 +58,7 @@ private:
     int m_nJobs;
     const std::function<bool()>& m_fnGoOn;
     std::vector<AxisSharpness> m_vecPoint;
-    double m_dfUsual = 0;  ///< sharpness: the median all round
+    double m_dfUsual = 0;  ///< the median over the full circle
 };
 
 }  // namespace tessera

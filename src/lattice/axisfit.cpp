@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-// Nine components of the reciprocal basis, the azimuth (radians), the curvature.
+// The unknowns are the nine components of the reciprocal basis, the azimuth in radians, and the curvature.
 constexpr int g_nUnknowns = 11;
 constexpr int g_nAzimuth = 9;
 constexpr int g_nCurvature = 10;
@@ -18,11 +18,11 @@ using Unknowns = Eigen::Matrix<double, g_nUnknowns, 1>;
 using Normal = Eigen::Matrix<double, g_nUnknowns, g_nUnknowns>;
 using Derivatives = Eigen::Matrix<double, 3, g_nUnknowns>;
 
-/// One peak in a round of the fit.
+/// The equation of one peak in a round of the fit.
 struct Equation {
     std::array<int, 3> aIndex = {};
-    Eigen::Vector3d error;    ///< of the point against the lattice, Å⁻¹
-    Derivatives derivatives;  ///< of the lattice against the point by the unknowns
+    Eigen::Vector3d error;    ///< distance of the point from its lattice point, Å⁻¹
+    Derivatives derivatives;  ///< of that distance with respect to the unknowns
 };
 
 std::vector<Equation> equationsOf(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
@@ -52,20 +52,21 @@ std::vector<Equation> equationsOf(const std::vector<FlatPeak>& vecPeak, const Fl
     return vecEquation;
 }
 
-/// The inverse of the normal matrix; none where the equations leave a combination of unknowns free.
+/// The inverse of the normal matrix; nothing where a combination of unknowns is undetermined.
 std::optional<Normal> invertedNormal(const std::vector<Equation>& vecEquation)
 {
     Normal matNormal = Normal::Zero();
     for (const Equation& equation : vecEquation) {
         matNormal += equation.derivatives.transpose() * equation.derivatives;
     }
-    const Unknowns scale = matNormal.diagonal().cwiseSqrt().cwiseInverse();  // units differ
+    // The unknowns have different units.
+    const Unknowns scale = matNormal.diagonal().cwiseSqrt().cwiseInverse();
     if (!scale.allFinite()) {
         return std::nullopt;
     }
     const Eigen::SelfAdjointEigenSolver<Normal> solver(
         Normal(scale.asDiagonal() * matNormal * scale.asDiagonal()));
-    const double dfFree = 1e-9;  // of a sum of eigenvalues that is the number of unknowns
+    const double dfFree = 1e-9;  // the sum of all eigenvalues is the number of unknowns
     if (!(solver.eigenvalues()[0] > dfFree)) {
         return std::nullopt;
     }
@@ -83,7 +84,7 @@ Unknowns solutionOf(const std::vector<Equation>& vecEquation, const Normal& matI
     return matInverse * right;
 }
 
-/// Errors from what is left, summed over the peaks of a reflection first.
+/// Standard errors from the residuals, which are first summed over the peaks of each reflection.
 Unknowns standardErrors(const std::vector<Equation>& vecEquation, const Normal& matInverse)
 {
     std::map<std::array<int, 3>, Unknowns> mapSum;
@@ -116,7 +117,8 @@ std::optional<AxisFit> fitAxis(const std::vector<FlatPeak>& vecPeak, const FlatG
             return std::nullopt;
         }
         const Unknowns change = solutionOf(vecEquation, *inverse);
-        const Eigen::Matrix3d matChange = Eigen::Map<const Eigen::Matrix3d>(change.data());  // by columns
+        const Eigen::Matrix3d matChange = Eigen::Map<const Eigen::Matrix3d>(
+            change.data());  // stored by columns
         fit.nFitting = int(vecEquation.size());
         fit.basis = (fit.basis.inverse() + matChange).inverse();
         fit.dfAzimuth += degrees(change[g_nAzimuth]);

@@ -12,21 +12,22 @@ namespace tessera {
 
 namespace {
 
-constexpr std::size_t g_nLeastPeaks = 50;     // fewer make a lattice of almost anything
-constexpr std::size_t g_nSearchPeaks = 2000;  // of the lattice that the fit begins with
-constexpr std::size_t g_nFitPeaks = 8000;  // of the fit, whose errors are some hundredths of a degree by then
-constexpr double g_dfBeamRadius = 8;       // pixels: within it lie peaks on the foot of the direct beam
-constexpr double g_dfFarthest = 20;        // Å⁻¹: nothing scatters that far
-constexpr double g_dfLeastTurn = 1;        // degree: rocking curves are about as wide
-// Points without a lattice reach some hundredths of contrast, simulated and real series 0.5 to 1. A rival
-// close behind makes the best one a matter of chance.
+constexpr std::size_t g_nLeastPeaks = 50;     // fewer peaks fit a lattice at almost any azimuth
+constexpr std::size_t g_nSearchPeaks = 2000;  // sample for the lattice from which the fit begins
+// Sample for the fit; its error is then some hundredths of a degree.
+constexpr std::size_t g_nFitPeaks = 8000;
+constexpr double g_dfBeamRadius = 8;  // pixels; peaks within it lie on the tail of the direct beam
+constexpr double g_dfFarthest = 20;   // Å⁻¹; no crystal scatters that far
+constexpr double g_dfLeastTurn = 1;   // degree, about the width of rocking curves
+// The contrast is some hundredths for points without a lattice, and 0.5 to 1 for simulated and real series.
+// Where a second maximum is nearly as high as the first, it is a matter of chance which of them is higher.
 constexpr double g_dfLeastContrast = 0.15;
 constexpr double g_dfRival = 0.9;
-constexpr double g_dfLeastShare = 0.3;  // of the peaks that chance does not fit
-constexpr double g_dfMostError = 0.5;   // degrees, of the azimuth
-constexpr double g_dfMostMoved = 4;     // degrees, by the fit, from the best azimuth of the curve
-constexpr double g_dfSureErrors = 6;    // standard errors of a curvature from none
-constexpr double g_dfMostOff = 0.5;     // of a curvature from that of its sense
+constexpr double g_dfLeastShare = 0.3;  // share of the peaks that fit beyond chance
+constexpr double g_dfMostError = 0.5;   // degrees, standard error of the azimuth
+constexpr double g_dfMostMoved = 4;     // degrees, distance of the fit from the maximum of the curve
+constexpr double g_dfSureErrors = 6;    // least ratio of curvature to standard error for a certain sense
+constexpr double g_dfMostOff = 0.5;     // greatest distance of the curvature from 1
 
 double turnOf(const std::vector<FlatPeak>& vecPeak)
 {
@@ -63,7 +64,7 @@ QString textOf(const AxisSharpness& point)
         .arg(point.dfSharpness, 0, 'f', 3);
 }
 
-/// Why no azimuth can be taken from the curve; empty where its highest can.
+/// Why the maximum of the curve cannot be used; empty where it can.
 QString faultOfCurve(const CAxisCurve& curve)
 {
     const std::vector<AxisSharpness> vecMaximum = curve.maxima();
@@ -73,7 +74,7 @@ QString faultOfCurve(const CAxisCurve& curve)
         return QStringLiteral("no azimuth stands out from the others, the best being %1").arg(textOf(best));
     }
     for (const AxisSharpness& other : vecMaximum) {
-        // The other sense on the same line is no rival: the curvature tells the two apart.
+        // The opposite sense is no rival, as the curvature will decide between the two.
         const bool bSameLine = azimuthsApart(2 * other.dfAzimuth, 2 * best.dfAzimuth) < 2 * g_dfAxisElsewhere;
         if (!bSameLine && curve.contrastOf(other.dfSharpness) > g_dfRival * dfContrast) {
             return QStringLiteral("two azimuths are about as good, %1, and %2")
@@ -83,7 +84,7 @@ QString faultOfCurve(const CAxisCurve& curve)
     return {};
 }
 
-/// The fit that begins with the lattice found at an azimuth.
+/// Fits the axis, beginning with the lattice found at an azimuth.
 std::optional<AxisFit> fitAt(double dfAzimuth, const std::vector<FlatPeak>& vecPeak,
                              const FlatGeometry& geometry, const DirectionSearchOptions& options)
 {
@@ -98,7 +99,7 @@ std::optional<AxisFit> fitAt(double dfAzimuth, const std::vector<FlatPeak>& vecP
                    g_dfLatticeTolerance);
 }
 
-/// The fit in the sense that it shows itself, so in the other one if it began with the wrong one.
+/// Fits the axis; if the curvature shows the opposite sense, once more from there.
 std::optional<AxisFit> fitInItsSense(double dfAzimuth, const std::vector<FlatPeak>& vecPeak,
                                      const FlatGeometry& geometry, const DirectionSearchOptions& options)
 {
@@ -110,7 +111,7 @@ std::optional<AxisFit> fitInItsSense(double dfAzimuth, const std::vector<FlatPea
     return turned && turned->dfCurvature > fit->dfCurvature ? turned : fit;
 }
 
-/// Why the refined axis cannot be taken; empty where it can.
+/// Why the refined axis cannot be used; empty where it can.
 QString faultOfFit(const std::optional<AxisFit>& fit, double dfBegun, const LatticeFit& share)
 {
     if (!fit || !(azimuthsApart(2 * fit->dfAzimuth, 2 * dfBegun) < 2 * g_dfMostMoved)) {

@@ -1,4 +1,4 @@
-// Axis search: azimuth and sense of the rotation axis from the peaks alone, where nobody knows them.
+// Axis search: finds azimuth and sense of the rotation axis from the peaks alone.
 #pragma once
 
 #include "lattice/flatpeak.h"
@@ -11,51 +11,57 @@
 
 namespace tessera {
 
-/// One azimuth of the curve.
+/// One sample of the curve.
 struct AxisSharpness {
     double dfAzimuth = 0;    ///< degrees, above −180 to 180, counter-clockwise on the screen from 3 o'clock
-    double dfSharpness = 0;  ///< latticeSharpness() of the points, 0 to 1
+    double dfSharpness = 0;  ///< latticeSharpness() of the mapped peaks, 0 to 1
 };
 
+/// The axis that searchAxis() has found.
 struct AxisFound {
-    AxisSharpness best;           ///< the azimuth refined against all peaks
+    AxisSharpness best;           ///< refined against all peaks
     double dfAzimuthError = 0;    ///< degrees, standard error
-    AxisSharpness second;         ///< the best at another place: as a rule the other sense, 180° away
-    bool bSure = false;           ///< of the sense; the azimuth itself is certain in any case
-    QString strSense;             ///< what the sense rests on, or why it is doubtful; no full stop
-    double dfCurvature = 0;       ///< of the peaks in that of the Ewald sphere, 1 in the sense that was taken
+    AxisSharpness second;         ///< the best other maximum; usually the opposite sense, 180° away
+    bool bSure = false;           ///< whether the sense is certain; the azimuth always is
+    QString strSense;             ///< why the sense is certain or doubtful, in words without a full stop
+    double dfCurvature = 0;       ///< see AxisFit; about 1 in the right sense
     double dfCurvatureError = 0;  ///< standard error
-    double dfShareFitting = 0;    ///< of the peaks on the lattice that the axis was refined with, 0 to 1
+    double dfShareFitting = 0;    ///< share of the peaks that fit the refined lattice, 0 to 1
 };
 
+/// What searchAxis() has done, whether it has found an axis or not.
 struct AxisSearch {
-    std::vector<AxisSharpness> vecCurve;  ///< by azimuth, all round; empty where nothing could be tried
-    std::optional<AxisFound> found;
-    QString strReason;  ///< why none was found; no full stop
+    std::vector<AxisSharpness> vecCurve;  ///< samples by azimuth; empty where nothing could be tried
+    std::optional<AxisFound> found;       ///< the axis, if one was found
+    QString strReason;                    ///< why no axis was found, in words without a full stop
 };
 
-/// Finds the axis by the sharpness of the lattice that the peaks make for each azimuth all round: every 6
-/// degrees, closer at the highest places, and there by least squares together with the lattice.
+/// Finds the rotation axis. The sharpness of the lattice of the mapped peaks is computed for azimuths over
+/// the full circle, every 6 degrees and more closely at the maxima. Then the axis is refined together with
+/// the lattice.
 ///
-/// The sense shows in the curvature of the Ewald sphere alone, as without it the opposite sense gives the
-/// inverted lattice. The fit leaves the curvature free: about 1 for the sense that the peaks were mapped
-/// with, −1 for the opposite one. It is sure when the fit tells these apart by far and the sharpness agrees.
+/// Only the curvature of the Ewald sphere tells the sense, as in its absence the opposite sense gives the
+/// inverted lattice. The curvature is refined freely. It comes out as about 1 if the peaks were mapped in
+/// the right sense, and as −1 in the opposite one. The sense is certain when its error is small against
+/// this difference and the sharpness agrees.
 ///
-/// None is found, with the reason, for fewer than fifty peaks, for tilts that stand still, and where no
-/// azimuth stands out or makes most peaks fit a lattice. The time is bounded, as a sample of the peaks does.
-/// @param vecPeak  of all frames, in any order that stays the same
-/// @param nJobs    threads; the result is the same for every number
-/// @param fnGoOn   asked now and then, in the calling thread
-/// @return none when it was ended
+/// No axis is found, and the reason given, for fewer than fifty peaks, for tilts that do not change, and
+/// where no azimuth stands out or none makes most peaks fit a lattice. The time is limited by using a
+/// sample of the peaks.
+/// @param vecPeak  peaks of all frames; their order must be the same for the same result
+/// @param nJobs    threads; the result does not depend on it
+/// @param fnGoOn   asked now and then, in the calling thread, whether to go on
+/// @return nothing when fnGoOn has ended the search
 /// Source of the sums: Steller, Bolotovsky & Rossmann (1997), J. Appl. Cryst. 30, 1036–1040.
 std::optional<AxisSearch> searchAxis(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
                                      int nJobs = 1, const std::function<bool()>& fnGoOn = {});
 
-/// The sharpness of the lattice at one azimuth, degrees, as searchAxis() has it in its curve.
-/// @return 0 where the peaks or the geometry leave nothing to try
+/// The sharpness of the lattice at one azimuth, degrees, as in the curve of searchAxis().
+/// @return 0 where there are too few peaks or the geometry is unusable
 double axisSharpness(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry, double dfAzimuth);
 
-/// The peaks away from the direct beam and within what crystals scatter to: those that searchAxis() takes.
+/// The peaks that searchAxis() uses: those outside the direct beam and within the resolution that crystals
+/// scatter to.
 std::vector<FlatPeak> usablePeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry);
 
 }  // namespace tessera

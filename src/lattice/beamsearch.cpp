@@ -9,18 +9,19 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nReach = 25;      // steps each way
-constexpr double g_dfStep = 0.2;  // of the distance of two spots: the maximum is about half of that wide
-constexpr int g_nFiner = 10;      // steps of the second grid in one of the first
+constexpr int g_nReach = 25;      // steps on each side
+constexpr double g_dfStep = 0.2;  // share of the distance of two spots; the maximum is about 0.5 wide
+constexpr int g_nFiner = 10;      // steps of the finer grid in one of the first
 
-/// The indices of a peak, and how they change by pixels of the direct beam.
+/// The indices of a peak, and their change with the direct beam, per pixel.
 struct MovedIndex {
     Eigen::Vector3d index;
     Eigen::Vector3d byX;
     Eigen::Vector3d byY;
 };
 
-/// The curvature enters the indices, not their change: it is flat to the cosine of the scattering angle.
+/// The curvature of the Ewald sphere is included in the indices, but not in their change, where it matters
+/// only by the cosine of the scattering angle.
 std::vector<MovedIndex> movedIndices(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
                                      double dfAzimuth, const LatticeBasis& basis)
 {
@@ -48,7 +49,7 @@ double sharpnessOf(const std::vector<MovedIndex>& vecIndex, double dfX, double d
     return dfSum / (3 * double(vecIndex.size()));
 }
 
-/// The best of a square of places round a first one, which stays where others are only as good.
+/// The best position of a square grid around a first one, which wins if others are only as good.
 BeamMove bestAround(const BeamMove& first, const std::vector<MovedIndex>& vecIndex, double dfStep, int nReach)
 {
     BeamMove best = first;

@@ -1,4 +1,4 @@
-// Beam search: the direct beam that makes peaks lie on a lattice whose vectors are known.
+// Beam search: finds the direct beam for which the peaks lie on a known lattice.
 #pragma once
 
 #include "lattice/flatpeak.h"
@@ -7,20 +7,23 @@
 
 namespace tessera {
 
+/// A correction of the direct beam.
 struct BeamMove {
-    double dfX = 0;          ///< pixels to add to the direct beam of all frames, columns
-    double dfY = 0;          ///< rows
-    double dfSharpness = 0;  ///< mean cosine of 2π times the indices there; 1 for a perfect lattice
+    double dfX = 0;          ///< to be added to the direct beam of all frames, columns, pixels
+    double dfY = 0;          ///< likewise, rows
+    double dfSharpness = 0;  ///< mean cosine of 2π times the indices with it; 1 for a perfect lattice
 };
 
-/// Tries places of the direct beam on a grid round the present one, then closer round the best. Differences
-/// of peaks do not see the beam, so that a cell that was found from these is right with a wrong one; the
-/// peaks then miss its lattice by one vector of the frame that turns with the tilts.
+/// Tries positions of the direct beam on a grid around the present one, then on a finer grid around the
+/// best. Differences of peaks do not depend on the beam, so a cell that was found from differences can be
+/// right even if the beam is wrong. The peaks then miss the lattice by a common vector of the frame, which
+/// turns with the tilt.
 ///
-/// The grid is as fine as the longest edge needs, and reaches five spots of that edge each way: a beam that
-/// is farther off is not found. Peaks of a few tilts may fit as well one spot aside.
+/// The step of the grid follows from the longest edge, and the grid extends to five spots of that edge on
+/// each side. A beam that is farther off is not found. If the peaks are from a few tilts only, a beam that
+/// is off by one spot may fit as well.
 /// @param dfAzimuth  of the rotation axis, degrees
-/// @return none without peaks, or where the basis leaves no grid to try
+/// @return nothing without peaks, or where the basis is unusable
 std::optional<BeamMove> searchBeam(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry,
                                    double dfAzimuth, const LatticeBasis& basis);
 

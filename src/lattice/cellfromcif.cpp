@@ -24,15 +24,16 @@ constexpr qint64 g_nMostBytes = 64 << 20;
 const std::array<const char*, 6> g_aTag = {"_cell_length_a",    "_cell_length_b",   "_cell_length_c",
                                            "_cell_angle_alpha", "_cell_angle_beta", "_cell_angle_gamma"};
 
-/// The words of a CIF file: names, values without their quotes, and text fields as one word.
+/// Splits a CIF file into words: names, values without their quotes, and text fields, each as one word.
 class CCifWords {
 public:
     explicit CCifWords(const QByteArray& bytes) : m_bytes(bytes) {}
 
+    /// Goes to the next word.
     /// @return false at the end of the file, and where a quote or a text field is not closed
     bool next();
     const QByteArray& word() const { return m_word; }
-    /// Quoted words are values, whatever they look like.
+    /// Whether the word is a value. Quoted words always are.
     bool isValue() const { return m_bQuoted || !(isName() || isKeyword()); }
     bool isName() const { return !m_bQuoted && m_word.startsWith('_'); }
     bool startsBlock() const { return !m_bQuoted && m_word.toLower().startsWith("data_"); }
@@ -113,12 +114,12 @@ bool CCifWords::next()
     return true;
 }
 
-/// −1 for another name. Names do not differ by the case of their letters.
+/// Which of the six numbers a name means, 0 to 5; −1 for another name. The case of letters is ignored.
 int numberOfTag(const QByteArray& name)
 {
     const QByteArray lower = name.toLower();
     for (size_t n = 0; n < g_aTag.size(); ++n) {
-        // The macromolecular dictionary writes a dot in the place of the first line below.
+        // The macromolecular dictionary has a dot in place of the first underscore.
         if (lower == g_aTag[n] || lower == QByteArray(g_aTag[n]).replace(0, 6, "_cell.")) {
             return int(n);
         }
@@ -126,7 +127,7 @@ int numberOfTag(const QByteArray& name)
     return -1;
 }
 
-/// The texts of the six numbers in one data block; null where there is none.
+/// The texts of the six numbers of a data block; null where a number is missing.
 using CellTexts = std::array<QByteArray, 6>;
 
 bool isWhole(const CellTexts& aText)
@@ -134,7 +135,7 @@ bool isWhole(const CellTexts& aText)
     return std::none_of(aText.begin(), aText.end(), [](const QByteArray& text) { return text.isNull(); });
 }
 
-/// The first block with all six, or else what the last one has.
+/// The texts of the first block that has all six, or else of the last block.
 CellTexts findTexts(const QByteArray& bytes)
 {
     CellTexts aText;

@@ -1,4 +1,4 @@
-// The cell of a crystal as CIF files tell it.
+// Cell from CIF: reads the cell of a crystal from a CIF file.
 #pragma once
 
 #include "records/cellparameters.h"
@@ -9,12 +9,11 @@
 
 namespace tessera {
 
-/// Reads the six numbers of the cell out of the first data block that has them all. Standard uncertainties in
-/// brackets, "12.14(2)", are left out; numbers may stand in quotes, or in a loop, of which the first row
-/// counts.
+/// Reads the cell from the first data block that has all six numbers. Standard uncertainties in brackets,
+/// "12.14(2)", are dropped. Numbers may be quoted, or be in a loop, of which the first row is used.
 ///
-/// @param pstrReason  may be null; on failure what is wrong, with the file's name
-/// @return none for anything but a regular file of 64 MB at the most with six numbers that make a cell
+/// @param pstrReason  may be null; takes on failure what is wrong, with the file's name
+/// @return nothing where this is no regular file of at most 64 MB with six numbers that make a cell
 /// Source: Hall, Allen & Brown (1991), Acta Cryst. A47, 655 (the syntax).
 std::optional<CellParameters> cellFromCif(const QString& strFileName, QString* pstrReason = nullptr);
 

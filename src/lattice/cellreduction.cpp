@@ -1,6 +1,7 @@
 #include "lattice/cellreduction.h"
 
-// No other source includes this header: one of its functions is not inline, and two definitions do not link.
+// No other source may include this header. One of its functions is not inline, and two definitions would
+// not link.
 #include <gemmi/cellred.hpp>
 
 #include <cmath>
@@ -9,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// Volume over that of a box with the same edges.
+/// The volume of a cell divided by the product of its edges.
 double boxShare(const LatticeBasis& basis)
 {
     return std::abs(basis.determinant()) / (basis.row(0).norm() * basis.row(1).norm() * basis.row(2).norm());
@@ -18,7 +19,7 @@ double boxShare(const LatticeBasis& basis)
 bool spansCell(const LatticeBasis& basis)
 {
     const double dfLongest = 1e5;  // Å
-    const double dfFlat = 1e-6;    // vectors of single precision leave no more
+    const double dfFlat = 1e-6;    // co-planar vectors in single precision are flatter than this
     return basis.allFinite() && basis.rowwise().norm().maxCoeff() <= dfLongest && boxShare(basis) > dfFlat;
 }
 
@@ -27,7 +28,7 @@ bool spansCell(const LatticeBasis& basis)
 LatticeBasis niggliBasis(const LatticeBasis& basis)
 {
     const double dfShortest = 0.1;  // Å
-    const double dfSkewed = 0.3;    // of a reduced cell the share is above 1/2
+    const double dfSkewed = 0.3;    // reduced cells have more than 1/2
     if (!spansCell(basis)) {
         return LatticeBasis::Zero();
     }
@@ -39,7 +40,7 @@ LatticeBasis niggliBasis(const LatticeBasis& basis)
     gemmi::GruberVector reduction(std::array<double, 6>{
         metric(0, 0), metric(1, 1), metric(2, 2), 2 * metric(1, 2), 2 * metric(0, 2), 2 * metric(0, 1)});
     reduction.set_change_of_basis(gemmi::Op{gemmi::Op::identity().rot, {0, 0, 0}});
-    reduction.niggli_reduce(1e-6 * metric(0, 0));  // the rounding of a basis in single precision
+    reduction.niggli_reduce(1e-6 * metric(0, 0));  // the rounding error of a basis in single precision
     Eigen::Matrix3d matChange;                     // its columns are the new vectors
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int nColumn = 0; nColumn < 3; ++nColumn) {

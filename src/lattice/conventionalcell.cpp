@@ -18,7 +18,7 @@ Eigen::Matrix3i matrixOf(const Rows& rows)
     return mat;
 }
 
-/// Turns one row round where the three are left-handed.
+/// Reverses one row where the three are left-handed.
 Eigen::Matrix3i rightHanded(Rows rows, int nRowToTurn)
 {
     if (matrixOf(rows).determinant() < 0) {
@@ -37,7 +37,7 @@ bool isShorter(const Eigen::Matrix3d& metric, const Eigen::Vector3i& v, const Ei
     return scalarProduct(metric, v, v) < scalarProduct(metric, w, w);
 }
 
-/// Whether a part of a vector of the lattice is one too.
+/// Whether a lattice vector divided by a number is a lattice vector, too.
 bool isMultiple(const Eigen::Vector3i& v, int nDivisor)
 {
     return (v.array() - v.array() / nDivisor * nDivisor == 0).all();
@@ -54,14 +54,14 @@ std::vector<Eigen::Matrix3i> operationsOfOrder(const RotationGroup& group, int n
     return list;
 }
 
-/// Two vectors that span all of the lattice in the plane with these indices.
+/// Two vectors that span all lattice vectors of the plane with these indices.
 std::array<Eigen::Vector3i, 2> basisOfPlane(const Eigen::Vector3i& plane)
 {
     const int nDivisor = std::gcd(plane.x(), plane.y());
     if (nDivisor == 0) {
         return {Eigen::Vector3i::UnitX(), Eigen::Vector3i::UnitY()};
     }
-    // Bézout's numbers: s h + t k = nDivisor. A remainder of h by k shows up within |k| trials of s.
+    // Bézout's numbers s and t with s h + t k = nDivisor: one of |k| values of s leaves no remainder.
     int s = 0;
     while (plane.y() != 0 && (nDivisor - s * plane.x()) % plane.y() != 0) {
         ++s;
@@ -72,8 +72,8 @@ std::array<Eigen::Vector3i, 2> basisOfPlane(const Eigen::Vector3i& plane)
             Eigen::Vector3i(-plane.z() * s, -plane.z() * t, nDivisor)};
 }
 
-/// The three shortest vectors of the plane, shortest first; their sum is zero, and no angle between them
-/// acute.
+/// The three shortest vectors of the plane, the shortest first. Their sum is zero, and none of the angles
+/// between them is acute.
 Rows shortestOfPlane(const Eigen::Vector3i& plane, const Eigen::Matrix3d& metric)
 {
     auto [v, w] = basisOfPlane(plane);
@@ -108,13 +108,13 @@ ConventionalCell monoclinicCell(const RotationGroup& group, const Eigen::Matrix3
     if (std::abs(axis.dot(plane)) == 1) {
         return {LatticeSystem::Monoclinic, 'P', rightHanded({rows[0], axis, rows[1]}, 1)};
     }
-    // Half of b and of one of the three vectors make up a vector of the lattice: that is a of a C cell, while
-    // the two others are a and c of an I cell.
+    // One of the three vectors makes a lattice vector with b when both are halved. It is a of a C cell, and
+    // the other two are a and c of an I cell.
     const auto centred = std::find_if(
         rows.begin(), rows.end(), [&axis](const Eigen::Vector3i& row) { return isMultiple(row + axis, 2); });
     const int n = int(centred - rows.begin()) % 3;
     const Eigen::Vector3i& a = rows[n];
-    const Eigen::Vector3i& c = rows[n == 0 ? 1 : 0];  // the shorter one of the others
+    const Eigen::Vector3i& c = rows[n == 0 ? 1 : 0];  // the shorter of the other two
     const Eigen::Vector3i& other = rows[n == 2 ? 1 : 2];
     const double dfC = std::abs(cosineBetween(metric, a, c));
     const double dfOther = std::abs(cosineBetween(metric, a, other));
@@ -126,7 +126,7 @@ ConventionalCell monoclinicCell(const RotationGroup& group, const Eigen::Matrix3
     return {LatticeSystem::Monoclinic, 'C', rightHanded({a, axis, dfOther < dfC ? other : c}, 1)};
 }
 
-/// P, I or F of three axes at right angles, by the size of the cell that they span.
+/// The centring P, I or F of three orthogonal axes, from the volume that they span.
 char centringOfBox(const Rows& rows)
 {
     const int nPoints = std::abs(matrixOf(rows).determinant());
@@ -154,7 +154,7 @@ ConventionalCell orthorhombicCell(const RotationGroup& group, const Eigen::Matri
     return {LatticeSystem::Orthorhombic, chCentring, rightHanded(rows, 2)};
 }
 
-/// The shortest of the twofold axes that stand upright on the main axis.
+/// The shortest lattice vector along a twofold axis that is perpendicular to the main axis.
 Eigen::Vector3i shortestAcross(const RotationGroup& group, const Eigen::Vector3i& mainAxis,
                                const Eigen::Matrix3d& metric)
 {
@@ -177,7 +177,7 @@ ConventionalCell tetragonalCell(const RotationGroup& group, const Eigen::Matrix3
     return {LatticeSystem::Tetragonal, centringOfBox(rows), rightHanded(rows, 1)};
 }
 
-/// Of the groups with a threefold main axis.
+/// The cell of a group with a threefold or sixfold main axis.
 std::optional<ConventionalCell> hexagonalCell(const RotationGroup& group, const Eigen::Matrix3d& metric)
 {
     const Eigen::Matrix3i matThird = operationsOfOrder(group, 3).front();

@@ -1,4 +1,4 @@
-// Conventional setting: the basis of a chosen Bravais type, and the transformation matrix that leads to it.
+// Conventional setting: transforms a cell to the axes of a chosen Bravais type.
 #pragma once
 
 #include "crystal/celltransformation.h"
@@ -7,14 +7,15 @@
 
 namespace tessera {
 
-/// a*, b*, c* of the conventional cell as measured: points keep their places and get indices of that cell.
-/// @param basis  the one that the symmetry was found for
+/// a*, b*, c* of the conventional cell without its constraints. The points of reciprocal space do not move;
+/// only their indices change.
+/// @param basis  the one for which the symmetry was found
 ReciprocalBasis inConventionalSetting(const ReciprocalBasis& basis, const LatticeSymmetry& symmetry);
 
-/// The matrix that transformUnitCell() and the page of the cell need to come to the conventional setting. In
-/// real space it is matTransform: the rows make the new a, b, c from the old ones, all whole numbers. In
-/// reciprocal space its rows make the new a*, b*, c* from the old ones: the inverse of that, transposed, with
-/// halves and thirds where the cell is centred.
+/// The matrix by which transformUnitCell() and the page of the cell transform to the conventional setting.
+/// In real space it is matTransform: its rows make the new a, b, c from the old ones and are whole numbers.
+/// In reciprocal space its rows make the new a*, b*, c* from the old ones. That is the transposed inverse,
+/// with halves and thirds where the cell is centred.
 CMatrix3 transformationMatrix(const LatticeSymmetry& symmetry,
                               TransformationSpace space = TransformationSpace::Real);
 

@@ -13,11 +13,12 @@ namespace tessera {
 namespace {
 
 constexpr int g_nMostDenominator = 5;
-/// A reflection is hunted on some frames one after the other, so that counts scatter more than Poisson's:
-/// six of its standard deviations are about three real ones.
+/// A reflection is found on several frames in succession, so numbers of points scatter more than a Poisson
+/// distribution. Six of its standard deviations are about three true ones.
 constexpr double g_dfStandardDeviations = 6;
 
-/// The window of a coset: at most a third of the way to the next, so that the surroundings touch no other.
+/// The half width of the window of a coset. It is at most a third of the distance to the next coset, so
+/// that its surroundings do not touch that one.
 double windowOf(int nDenominator, double dfTolerance)
 {
     return std::min(dfTolerance, 1.0 / (3 * nDenominator));
@@ -28,7 +29,8 @@ double distanceFromLattice(const Eigen::Vector3d& index)
     return (index - index.array().round().matrix()).cwiseAbs().maxCoeff();
 }
 
-/// Halves of space: by d*, and by the size of each index.
+/// The ways to divide the points into an inner and an outer half: by d*, and by the magnitude of each
+/// index.
 struct Halves {
     static constexpr int count = 4;
     std::array<double, count> aMedian = {};
@@ -49,13 +51,13 @@ double medianOf(std::vector<double>& list)
     return *itMiddle;
 }
 
-/// What one coset holds: in all, and in the inner half of each division.
+/// The points of one coset: all, and those in the inner half of each division.
 struct Tally {
     CosetWindow all;
     std::array<CosetWindow, Halves::count> aInner;
 };
 
-/// The points on the lattice and between, divided into halves.
+/// The points on the lattice and between, with the limits of the halves.
 struct Division {
     LatticeBasis reciprocal;  // columns a*, b*, c*
     Halves halves;
@@ -134,14 +136,15 @@ double deviations(int nPoints, double dfByChance)
     return (nPoints - dfByChance) / std::sqrt(std::max(dfByChance, 1.0));
 }
 
-/// Whether the coset is there where an error of the geometry would not yet have reached it: in the half of
-/// the points next to the origin, and at the lower half of each index.
-/// @param dfEven  share of the points left over that an even spread puts on the coset
+/// Whether the coset has its points also where an error of the geometry would not have reached it: in the
+/// half of the points next to the origin, and in the lower half of each index.
+/// @param dfEven  share of the points off the lattice that an even distribution puts into the coset
 bool isInInnerHalves(const Tally& tally, const Division& division, double dfEven)
 {
-    const double dfLeastDeviations = 2.5;  // of a half each; all four have to reach it
-    // Of the inner half's share, beside the lattice's own points, to that in all. An error that grows with
-    // the index reaches nothing there; the reflections of a superlattice spread about as the others.
+    const double dfLeastDeviations = 2.5;  // for each half; all four must reach it
+    // Least ratio of the inner share of the coset to the inner share of the lattice's own points. An error
+    // that grows with the index reaches nothing in the inner half, while reflections of a superlattice are
+    // distributed like the others.
     const double dfLeastRatio = 1.0 / 3;
     const double dfByChance = std::max(dfEven * double(division.listLeft.size()), tally.all.byChance());
     const double dfShare = (tally.all.nInside - dfByChance) / std::max(division.nFitting, 1);
@@ -214,7 +217,7 @@ LatticeBasis supercell(const LatticeBasis& basis, const Coset& coset)
 LatticeWithCosets latticeAndCosets(const LatticeBasis& basis, const LatticePoints& listPoint,
                                    double dfTolerance)
 {
-    const int nMostRounds = 4;  // a face-centred cell wants two
+    const int nMostRounds = 4;  // a face-centred cell needs two
     LatticeWithCosets result;
     result.matBasis = refinedBasis(basis, listPoint, g_dfLatticeTolerance);
     result.listAbsence = findAbsences(result.matBasis, listPoint, dfTolerance);
@@ -235,7 +238,7 @@ LatticeWithCosets latticeAndCosets(const LatticeBasis& basis, const LatticePoint
         }
         const LatticeBasis longer = shortestBasis(
             refinedBasis(supercell(result.matBasis, *itDemanded), listPoint, g_dfLatticeTolerance));
-        // A fit that went astray, or a lattice that was wrong before, gains nothing by more points.
+        // If the fit went astray, or the lattice was wrong before, the longer cell explains no more points.
         const int nGain = countNear(longer, listPoint, dfTolerance) -
                           countNear(result.matBasis, listPoint, dfTolerance);
         if (nGain < itDemanded->nPoints / 2) {

@@ -9,45 +9,48 @@
 
 namespace tessera {
 
-/// A place between the points of the reciprocal lattice, together with its multiples that are of the same
-/// order: (1/3, 0, 0) stands for (2/3, 0, 0), too.
+/// A coset: a place between the points of the reciprocal lattice together with its multiples of the same
+/// order. So (1/3, 0, 0) stands for (2/3, 0, 0), too.
 struct Coset {
-    IndexTriple anNumerator = {0, 0, 0};  ///< of h, k, l, 0 to the denominator less one
+    IndexTriple anNumerator = {0, 0, 0};  ///< numerators of h, k, l, each from 0 to the denominator − 1
     int nDenominator = 1;                 ///< 2 to 5
-    int nPoints = 0;                      ///< of those that fit no point of the lattice
-    double dfByChance = 0;                ///< points that would be there all the same
-    double dfShare = 0;                   ///< nPoints of all points, 0 to 1
-    /// There also near the origin and at low indices of each axis, as reflections are. What an error of the
-    /// geometry brings there is seen far out along the worst axis alone.
+    int nPoints = 0;                      ///< points in the window of the coset that do not fit the lattice
+    double dfByChance = 0;                ///< number of such points expected by chance
+    double dfShare = 0;                   ///< nPoints as a share of all points, 0 to 1
+    /// Whether the points also occur near the origin and at low indices of each axis, as reflections do.
+    /// Points that an error of the geometry brings to the coset occur only at high indices along the worst
+    /// axis.
     bool bDemanded = false;
 };
 
-/// The cosets that hold far more points than chance would put there, the clearest first.
+/// Finds the cosets with far more points than expected by chance, the clearest first.
 ///
-/// Chance is the greater of two: the points left over spread evenly, and the density around the coset, which
-/// the smear of badly known geometry raises.
-/// @param dfTolerance  of an index, at most that of the default
+/// The number expected is the greater of two: the number for an even distribution of the points that do not
+/// fit the lattice, and the number from the density around the coset, which is raised when badly known
+/// geometry smears the points of the lattice.
+/// @param dfTolerance  of an index, at most the default value
 std::vector<Coset> findCosets(const LatticeBasis& basis, const LatticePoints& listPoint,
                               double dfTolerance = g_dfCosetTolerance);
 
-/// The shortest basis of the lattice whose reciprocal lattice holds the coset, too: the direct cell grows by
-/// the order of the coset.
+/// The shortest basis of the lattice whose reciprocal lattice includes the coset. The volume of the direct
+/// cell is multiplied by the order of the coset.
 LatticeBasis supercell(const LatticeBasis& basis, const Coset& coset);
 
+/// A lattice after absences and cosets were taken into account.
 struct LatticeWithCosets {
-    LatticeBasis matBasis;             ///< shortest basis of the primitive lattice in the end
-    QString strCentring;               ///< of the basis that was given: centringOf()
-    std::vector<Absence> listAbsence;  ///< of the basis that was given
-    std::vector<Coset> listTaken;      ///< each of the lattice as it was when the coset was taken
-    std::vector<Coset> listNamed;      ///< of the lattice in the end: not demanded, but worth a word
+    LatticeBasis matBasis;             ///< shortest basis of the resulting primitive lattice
+    QString strCentring;               ///< centring of the given basis: centringOf()
+    std::vector<Absence> listAbsence;  ///< absences of the given basis
+    std::vector<Coset> listTaken;      ///< cosets that became a supercell, each of the lattice before it
+    std::vector<Coset> listNamed;      ///< further cosets of the resulting lattice, to be reported only
 };
 
-/// Makes the lattice primitive where all its reflections keep a condition, and takes supercells for as long
-/// as the points left over demand them. The basis is refined on the way.
+/// Makes the lattice primitive where all its reflections obey a condition, and takes supercells as long as
+/// points that do not fit demand them. The basis is refined after each step.
 LatticeWithCosets latticeAndCosets(const LatticeBasis& basis, const LatticePoints& listPoint,
                                    double dfTolerance = g_dfCosetTolerance);
 
-/// "11 % of the peaks lie at (1/2, 1/2, 1/2)"
+/// A sentence such as "11 % of the peaks lie at (1/2, 1/2, 1/2)".
 QString cosetText(const Coset& coset);
 
 }  // namespace tessera

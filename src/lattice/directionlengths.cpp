@@ -16,8 +16,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nChunk = 64;             // directions of a piece of work
-constexpr int g_nLargestSize = 1 << 20;  // of a histogram: points so far out for such long edges are no data
+constexpr int g_nChunk = 64;             // directions in one piece of work
+constexpr int g_nLargestSize = 1 << 20;  // bins of a histogram; only bad data would need more
 
 struct FftwFree {
     void operator()(void* p) const { fftwf_free(p); }
@@ -31,7 +31,8 @@ struct PlanDestroy {
 };
 using PlanHandle = std::unique_ptr<std::remove_pointer_t<fftwf_plan>, PlanDestroy>;
 
-/// What a transform works on; memory of FFTW, so that all buffers are aligned as those of the plan.
+/// The arrays of a transform. FFTW allocates them, so that all are aligned like those that the plan was
+/// made for.
 struct Buffers {
     explicit Buffers(int nSize)
         : pReal(fftwf_alloc_real(std::size_t(nSize))), pHalf(fftwf_alloc_complex(std::size_t(nSize) / 2 + 1))
@@ -57,7 +58,7 @@ PlanHandle makePlan(int nSize)
     return plan;
 }
 
-/// The histogram of projections and the lengths that its transform stands for.
+/// The bins of a histogram of projections, and the lengths that the elements of its transform mean.
 struct Histogram {
     Histogram(double dfReach, const DirectionSearchOptions& options)
     {
@@ -71,7 +72,7 @@ struct Histogram {
             nSize *= 2;
         }
         dfStep = 1 / (nSize * dfBin);
-        // Below, the outline of the cloud of points stands out rather than its lattice.
+        // At shorter lengths the transform shows the outline of the cloud of points instead of its lattice.
         const double dfShortest = std::max(options.dfShortest, 1.2 / dfReach);
         if (dfShortest <= options.dfLongest) {
             nFirst = int(std::ceil(dfShortest / dfStep));
@@ -79,9 +80,9 @@ struct Histogram {
         }
     }
     double dfBin = 0;   ///< Å⁻¹
-    double dfStep = 0;  ///< Å, from one element of the transform to the next
+    double dfStep = 0;  ///< Å, step from one element of the transform to the next
     int nSize = 0;
-    int nFirst = 1;  ///< elements of the transform that are looked at; none where the last lies before
+    int nFirst = 1;  ///< first element of the transform that is looked at; none if it is after the last
     int nLast = 0;
 };
 
@@ -90,7 +91,7 @@ struct StrongVector {
     Eigen::Vector3d v = Eigen::Vector3d::Zero();
 };
 
-/// Transforms the projections on one direction after the other.
+/// Transforms the projections on one direction after another.
 class CDirectionWorker {
 public:
     CDirectionWorker(const Eigen::MatrixX3f& points, const Histogram& histogram, fftwf_plan plan)
@@ -131,7 +132,7 @@ private:
     Eigen::VectorXf m_place;
 };
 
-/// The points that the histogram has room for, a row each; none that is not finite.
+/// The finite points within the range of the histogram, one in each row.
 Eigen::MatrixX3f pointsWithin(const LatticePoints& listPoint, double dfReach)
 {
     Eigen::MatrixX3f points(Eigen::Index(listPoint.size()), 3);

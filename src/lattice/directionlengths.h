@@ -1,4 +1,4 @@
-// Direction lengths: for each direction of a hemisphere the length whose Fourier sum is the strongest.
+// Direction lengths: for each direction of a hemisphere, the length with the strongest Fourier sum.
 #pragma once
 
 #include "lattice/directionsearch.h"
@@ -7,15 +7,18 @@
 
 namespace tessera {
 
-/// Directions spread evenly over the hemisphere z > 0, on a spiral of the golden ratio.
+/// A direction of a hemisphere. Numbers 0 to nDirections − 1 give directions evenly distributed over z > 0,
+/// on a spiral of the golden ratio.
 Eigen::Vector3d hemisphereDirection(int nIndex, int nDirections);
 
-/// Vectors of real space, Å, one of each direction, the strongest Fourier sum first.
+/// Finds a vector of real space, Å, for each direction. The vector with the strongest Fourier sum comes
+/// first.
 ///
-/// The points are projected on the direction into a histogram, whose transform gives the sum for all lengths.
-/// Points that are not finite, or lie further out than the reach, are left out.
-/// @param dfReach  length of the longest of the points, Å⁻¹
-/// @return empty where the search was ended, or where no length lies in the range of the options
+/// The points are projected onto the direction into a histogram, and a transform of the histogram gives the
+/// sums for all lengths. Points that are not finite or farther out than `dfReach` are left out.
+/// @param dfReach  length of the longest point, Å⁻¹
+/// @param fnGoOn   asked now and then whether to go on
+/// @return empty where fnGoOn has ended the search, or where no length is in the range of the options
 std::vector<Eigen::Vector3d> strongestLengths(const LatticePoints& listPoint, double dfReach,
                                               const DirectionSearchOptions& options,
                                               const std::function<bool()>& fnGoOn);

@@ -11,8 +11,8 @@ namespace tessera {
 namespace {
 
 constexpr std::size_t g_nLeastPoints = 10;
-constexpr std::size_t g_nMostPoints = 8000;  // of the search: more make its vectors no better
-constexpr double g_dfFarthest = 20;  // Å⁻¹: nothing scatters to spacings of 0.05 Å, so that is no spot
+constexpr std::size_t g_nMostPoints = 8000;  // sample for the search; more points do not improve the vectors
+constexpr double g_dfFarthest = 20;          // Å⁻¹; crystals do not scatter to spacings of 0.05 Å
 
 LatticePoints usablePoints(const LatticePoints& listPoint)
 {
@@ -20,7 +20,7 @@ LatticePoints usablePoints(const LatticePoints& listPoint)
     listUsable.reserve(listPoint.size());
     for (const Eigen::Vector3d& point : listPoint) {
         const double dfLength = point.norm();
-        if (dfLength > 0 && dfLength <= g_dfFarthest) {  // false of what is no number
+        if (dfLength > 0 && dfLength <= g_dfFarthest) {  // false for NaN
             listUsable.push_back(point);
         }
     }
@@ -40,8 +40,8 @@ LatticePoints thinned(const LatticePoints& listPoint)
     return listFew;
 }
 
-/// Whether the points lie so close to one plane through the origin, by their root mean square, that an index
-/// of even the longest edge across it would be 0 for most of them: they tell nothing of that edge then.
+/// Whether the points are so close to a plane through the origin, by root mean square, that even the index
+/// of the longest edge across it would be 0 for most of them. Then nothing is known of that edge.
 bool lieInOnePlane(const LatticePoints& listPoint, double dfLongest)
 {
     Eigen::Matrix3d matSum = Eigen::Matrix3d::Zero();
@@ -53,8 +53,8 @@ bool lieInOnePlane(const LatticePoints& listPoint, double dfLongest)
     return dfThickness < 0.25 / dfLongest;
 }
 
-/// The points that fit, where their indices need all three axes; 0 where these lie in one plane, as then the
-/// third edge is made up.
+/// The number of points that fit; 0 where their indices are in one plane, as the third edge is then
+/// arbitrary.
 int countSpatial(const LatticeBasis& basis, const LatticePoints& listPoint, double dfTolerance)
 {
     int nFitting = 0;
@@ -67,7 +67,7 @@ int countSpatial(const LatticeBasis& basis, const LatticePoints& listPoint, doub
         }
     }
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(matSum, Eigen::EigenvaluesOnly);
-    return solver.eigenvalues()[0] > 0.5 ? nFitting : 0;  // sums of whole numbers, 0 in a plane
+    return solver.eigenvalues()[0] > 0.5 ? nFitting : 0;  // the sums are whole numbers, and 0 for a plane
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Direction search: lattices by Fourier sums of points of reciprocal space over directions of real space.
+// Direction search: finds lattices by Fourier sums of points over directions of real space.
 #pragma once
 
 #include "lattice/latticebasis.h"
@@ -8,27 +8,29 @@
 
 namespace tessera {
 
+/// Options of the direction search.
 struct DirectionSearchOptions {
-    double dfShortest = 2;     ///< Å, range of the lengths looked for
-    double dfLongest = 100;    ///< Å
-    int nDirections = 12000;   ///< of a hemisphere
+    double dfShortest = 2;     ///< shortest length that is searched, Å
+    double dfLongest = 100;    ///< longest length, Å
+    int nDirections = 12000;   ///< number of directions over a hemisphere
     double dfTolerance = 0.2;  ///< of an index
-    int nJobs = 1;             ///< threads; the result is the same for every number
+    int nJobs = 1;             ///< threads; the result does not depend on it
 };
 
+/// A lattice that the direction search has found.
 struct DirectionLattice {
     LatticeBasis matBasis;  ///< right-handed, short
-    int nFitting = 0;       ///< points within the tolerance, of all
-    double dfVolume = 0;    ///< Å³
+    int nFitting = 0;       ///< number of points that fit within the tolerance
+    double dfVolume = 0;    ///< of the cell, Å³
 };
 
-/// The lattice that explains most of the points with the smallest cell: the points, projected on a direction,
-/// lie on a comb of the spacing of its net planes, which a Fourier transform finds at once for all lengths.
-/// It needs no pairs of points, so neither missing reflections nor long edges harm it.
+/// Finds the lattice with the smallest cell that explains most of the points. Projected onto the normal of
+/// a set of net planes, the points form a comb, whose period a Fourier transform finds for all lengths at
+/// once. As no pairs of points are needed, neither missing reflections nor long edges matter.
 ///
 /// @param listPoint  single peaks, not merged, without the direct beam
 /// @param fnGoOn     asked now and then, in the calling thread; false ends the search without a result
-/// @return none where fewer than ten points lie on one lattice
+/// @return nothing where fewer than ten points are on one lattice
 /// Source: Steller, Bolotovsky & Rossmann (1997), J. Appl. Cryst. 30, 1036–1040.
 std::optional<DirectionLattice> searchDirections(const LatticePoints& listPoint,
                                                  const DirectionSearchOptions& options,

@@ -9,8 +9,8 @@ namespace tessera {
 
 namespace {
 
-/// Product of length and d* up to which twelve thousand directions of a hemisphere are fine enough: the next
-/// is 0.0145 at the most away, which moves a product by a fifth.
+/// The greatest product of length and d* for which twelve thousand directions over a hemisphere are enough:
+/// the next direction is at most 0.0145 radians away, which changes the product by a fifth.
 constexpr double g_dfReach = 14;
 constexpr double g_dfMostOff = 0.2;
 constexpr double g_dfDirectionsAtSpacing = 12000 * 0.0145 * 0.0145;
@@ -20,7 +20,7 @@ struct Edge {
     double dfStrength = 0;
 };
 
-/// Evenly spread over a hemisphere: a spiral by the golden angle.
+/// Directions evenly distributed over a hemisphere, on a spiral of the golden angle.
 Eigen::Vector3d directionOfHemisphere(int n, int nDirections)
 {
     const double dfZ = (n + 0.5) / nDirections;
@@ -38,8 +38,8 @@ double meanCosine(const Eigen::Vector3d& vector, const LatticePoints& listPoint)
     return dfSum / double(listPoint.size());
 }
 
-/// Points that the directions are asked about: the nearest ones as far as the directions are fine enough, but
-/// not fewer than statistics need.
+/// How many of the nearest points are used to judge the directions: those for which the directions are
+/// dense enough, but not fewer than are needed for the statistics.
 size_t countNear(double dfLength, const LatticePoints& listNearFirst)
 {
     const size_t nFewest = 150;
@@ -49,12 +49,12 @@ size_t countNear(double dfLength, const LatticePoints& listNearFirst)
     return std::min(std::max(size_t(it - listNearFirst.begin()), nFewest), listNearFirst.size());
 }
 
-/// For each direction the best of some lengths round the one that is looked for.
+/// The best of some lengths around the known one, for each direction.
 class CDirectionStrengths {
 public:
     CDirectionStrengths(double dfLength, double dfTolerance, const LatticePoints& listNearFirst)
     {
-        const double dfMostWork = 2.5e7;  // products of a direction and a point: a quarter of a second
+        const double dfMostWork = 2.5e7;  // number of products, which take a quarter of a second
         const size_t nNear = countNear(dfLength, listNearFirst);
         const double dfFarthest = listNearFirst[nNear - 1].norm();
         const double dfSpacing = g_dfMostOff / (dfLength * dfFarthest);
@@ -107,7 +107,7 @@ private:
 
     int m_nDirections = 0;
     int m_nBins = 0;
-    double m_dfBinsAUnit = 1;  // bins for one Å⁻¹
+    double m_dfBinsAUnit = 1;  // bins per Å⁻¹
     std::vector<double> m_listLength;
     Eigen::Matrix<float, 3, Eigen::Dynamic> m_matPoints;
     Eigen::MatrixXf m_matCosines;
@@ -119,7 +119,8 @@ bool isTheSame(const Eigen::Vector3d& v, const Eigen::Vector3d& w, double dfShar
     return (v - w).norm() < dfLimit || (v + w).norm() < dfLimit;
 }
 
-/// Least squares against the whole numbers next to the products, on the nearest points first.
+/// Refines an edge by least squares against the whole numbers next to its products with the points, the
+/// nearest points first.
 void refineEdge(Edge& edge, const LatticePoints& listNearFirst, size_t nNear)
 {
     const int nRounds = 2;
@@ -138,7 +139,7 @@ void refineEdge(Edge& edge, const LatticePoints& listNearFirst, size_t nNear)
                 }
             }
             const Eigen::Vector3d next = matNormal.ldlt().solve(right);
-            // Points of a plane leave a direction free: the edge stays as the search has it.
+            // Points in a plane leave one direction undetermined. Then the edge stays as it was found.
             if (!next.allFinite() || !isTheSame(edge.vector, next, 0.3)) {
                 break;
             }
@@ -151,7 +152,7 @@ void refineEdge(Edge& edge, const LatticePoints& listNearFirst, size_t nNear)
     edge.dfStrength = meanCosine(edge.vector, listNearFirst);
 }
 
-/// The strongest that differ, in order.
+/// The strongest edges that differ, the strongest first.
 std::vector<Edge> distinctEdges(std::vector<Edge> listEdge, double dfShare, size_t nMost)
 {
     std::stable_sort(listEdge.begin(), listEdge.end(),
@@ -199,7 +200,7 @@ std::vector<Eigen::Vector3d> findEdges(double dfLength, double dfTolerance,
     }
     const size_t nNear = countNear(dfLength, listNearFirst);
     const double dfApart = std::min(g_dfMostOff / (dfLength * listNearFirst[nNear - 1].norm()),
-                                    0.3);  // of one peak's width
+                                    0.3);  // share of the width of one maximum
     std::vector<Edge> listEdge = distinctEdges(
         CDirectionStrengths(dfLength, dfTolerance, listNearFirst).edges(), 2 * dfApart, nMostRefined);
     for (Edge& edge : listEdge) {

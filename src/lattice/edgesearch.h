@@ -1,4 +1,4 @@
-// Search for lattice vectors of a known length by the projections of points on directions.
+// Edge search: finds lattice vectors of a known length from projections of the points onto directions.
 #pragma once
 
 #include "lattice/latticebasis.h"
@@ -7,17 +7,18 @@
 
 namespace tessera {
 
-/// The points that are numbers and not the origin, the nearest to it first; above a number of them evenly
-/// thinned.
+/// The finite points except the origin, the nearest to it first. If there are more than nMost, they are
+/// thinned evenly.
 LatticePoints thinnedNearFirst(const LatticePoints& listPoint, size_t nMost);
 
-/// Vectors of about a length whose products with the points lie near whole numbers, the best first, at the
-/// most some dozens. A vector stands for its opposite, too.
+/// Finds vectors of about a given length whose scalar products with the points are close to whole numbers:
+/// some dozens at most, the best first. Of a vector and its opposite only one is returned.
 ///
-/// How fine the directions have to be is told by length times d*. So the search looks at the points near the
-/// origin as far as some ten thousand directions reach, and what it finds is refined further and further out.
-/// @param dfTolerance    share of the length
-/// @param listNearFirst  thinnedNearFirst()
+/// The spacing of directions that is needed is inversely proportional to length times d*. So the search
+/// begins with the points near the origin, for which some ten thousand directions are enough, and refines
+/// what it finds with more and more distant points.
+/// @param dfTolerance    of the length, as a share of it
+/// @param listNearFirst  from thinnedNearFirst()
 std::vector<Eigen::Vector3d> findEdges(double dfLength, double dfTolerance,
                                        const LatticePoints& listNearFirst);
 

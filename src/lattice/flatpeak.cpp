@@ -16,7 +16,7 @@ Eigen::Vector3d onSphere(const FlatPeak& peak, const FlatGeometry& geometry, dou
     const double dfSquare = dfX * dfX + dfY * dfY;
     const double dfLength = std::sqrt(dfSquare + dfK * dfK);
     const double dfScale = dfK / dfLength;
-    // k·(length − k)/length without the difference of two numbers that are nearly equal.
+    // This is k·(length − k)/length, rearranged to avoid the difference of two nearly equal numbers.
     return {dfX * dfScale, dfY * dfScale, dfScale * dfSquare / (dfLength + dfK)};
 }
 

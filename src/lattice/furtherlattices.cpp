@@ -13,8 +13,8 @@ namespace {
 
 constexpr size_t g_nFewestPoints = 10;
 
-/// The bases whose points are taken: each lattice with the superlattice that its left-over points demand, as
-/// these would feign a lattice of their own.
+/// The bases whose points are removed: each lattice with the superlattice that its unexplained points
+/// demand, as these would otherwise look like another lattice.
 std::vector<LatticeBasis> basesWithCosets(const std::vector<OneOfLattices>& listLattice,
                                           const LatticePoints& listPoint)
 {
@@ -49,11 +49,11 @@ bool explainsEnough(const OneOfLattices& lattice, const LatticePoints& listRest,
            dimensionsOfFit(lattice.matBasis, listRest) == 3;
 }
 
-/// Whether the edges of one lattice are whole combinations of those of the other: in reciprocal space it has
-/// all points of the other.
+/// Whether the edges of the first lattice are whole combinations of those of the second, so that its
+/// reciprocal lattice contains all points of the second one.
 bool holdsAllPointsOf(const LatticeBasis& first, const LatticeBasis& second)
 {
-    const double dfOff = 0.05;  // in edges of the first, for each that a combination counts
+    const double dfOff = 0.05;  // in edges of the first, times the number of edges combined
     const Eigen::Matrix3d matCombination = second * first.inverse();
     const Eigen::Matrix3d matWhole = matCombination.array().round();
     return std::abs(matWhole.determinant()) > 0.5 &&
@@ -69,11 +69,11 @@ bool isNew(const LatticeBasis& basis, const std::vector<OneOfLattices>& listLatt
     });
 }
 
-/// The cell of the first in another orientation.
+/// Finds the cell of the first lattice in another orientation.
 std::optional<OneOfLattices> sameCellAgain(const LatticeBasis& first, const LatticePoints& listRest,
                                            double dfLeastShare)
 {
-    const double dfMostMisfit = 0.02;  // both cells come of the same frames
+    const double dfMostMisfit = 0.02;  // small, as both cells are from the same frames
     KnownCellOptions sameCell;
     sameCell.dfLengthTolerance = 0.015;
     sameCell.dfAngleTolerance = 1.5;
@@ -90,7 +90,7 @@ std::optional<OneOfLattices> sameCellAgain(const LatticeBasis& first, const Latt
                : std::nullopt;
 }
 
-/// The better of the first's cell in another orientation and of any lattice.
+/// The better one of the first cell in another orientation and of a lattice of any cell.
 std::optional<OneOfLattices> nextLattice(const std::vector<OneOfLattices>& listLattice,
                                          const LatticePoints& listRest, const FurtherLatticesOptions& options,
                                          const std::function<bool()>& fnGoOn)
@@ -103,7 +103,8 @@ std::optional<OneOfLattices> nextLattice(const std::vector<OneOfLattices>& listL
         OneOfLattices any;
         any.matBasis = found->matBasis;
         any.fitOfRest = fitOfLattice(any.matBasis, listRest);
-        // A cell of its own has to explain clearly more than that of the first, whose points it may imitate.
+        // A lattice of another cell must explain clearly more points than one of the first cell, whose
+        // points it may imitate.
         const double dfClearly = 1.1;
         if ((!same || any.fitOfRest.nFitting > dfClearly * same->fitOfRest.nFitting) &&
             explainsEnough(any, listRest, g_dfEvidenceOfLattice, options.dfLeastShare) &&
@@ -114,7 +115,7 @@ std::optional<OneOfLattices> nextLattice(const std::vector<OneOfLattices>& listL
     return same;
 }
 
-/// Each point goes to the lattice whose next reflection is nearest in reciprocal space.
+/// Assigns each point to the lattice with the nearest reflection in reciprocal space.
 std::vector<int> labelPoints(std::vector<OneOfLattices>& listLattice, const LatticePoints& listPoint)
 {
     std::vector<LatticeBasis> listReciprocal;

@@ -15,7 +15,8 @@ namespace {
 
 constexpr size_t g_nMostPoints = 4000;
 
-/// A trial: the rotation and scale that carry the reference basis to the points, and the edges fitted freely.
+/// A trial orientation: the rotation and scale that take the reference basis to the points, and the edges
+/// fitted without constraints.
 struct Trial {
     Eigen::Matrix3d matRotation = Eigen::Matrix3d::Identity();
     double dfScale = 1;
@@ -37,7 +38,7 @@ int countFitting(const LatticeBasis& basis, const LatticePoints& listPoint, size
     return nFitting;
 }
 
-/// Trials out of the edges found for two rows of the reference.
+/// Adds the trials from the edges that were found for two rows of the reference.
 void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int nFirst, int nSecond,
                const std::vector<Eigen::Vector3d>& listFirst, const std::vector<Eigen::Vector3d>& listSecond,
                double dfAngleTolerance)
@@ -47,7 +48,8 @@ void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int
     const auto angle = [](const Eigen::Vector3d& v, const Eigen::Vector3d& w) {
         return degrees(std::atan2(v.cross(w).norm(), v.dot(w)));
     };
-    // An edge found is off by about the same in Å whatever its length, so the longer one counts more.
+    // The error of an edge is about the same in Å for all lengths, so the longer edge is the more precise
+    // direction.
     const auto triad = [](const Eigen::Vector3d& v, const Eigen::Vector3d& w) {
         Eigen::Matrix3d matRows;
         matRows << v.transpose(), w.transpose(), v.cross(w).normalized().transpose();
@@ -57,7 +59,7 @@ void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int
     const Eigen::Matrix3d matReference = triad(first, second);
     for (const Eigen::Vector3d& v : listFirst) {
         for (const Eigen::Vector3d& w : listSecond) {
-            // An edge found is one up to its sign: four pairs, of which two differ in their angle.
+            // The sign of an edge is unknown. That makes four pairs, of which two have different angles.
             for (const double dfSign : {1.0, -1.0}) {
                 if (std::abs(angle(v, dfSign * w) - dfAngle) > dfAngleTolerance) {
                     continue;
@@ -73,7 +75,8 @@ void addTrials(std::vector<Trial>& listTrial, const LatticeBasis& reference, int
     }
 }
 
-/// Lengths and angles within the tolerances: with more freedom a large cell fits the points of any crystal.
+/// Whether lengths and angles are within the tolerances. Without this condition a large cell would fit the
+/// points of any crystal.
 bool keepsCell(const LatticeBasis& basis, const LatticeBasis& reference, const KnownCellOptions& options,
                double dfTolerances = 1)
 {
@@ -88,7 +91,7 @@ bool keepsCell(const LatticeBasis& basis, const LatticeBasis& reference, const K
     return basis.determinant() > 0;
 }
 
-/// The rotation and scale by least squares over the points that fit a basis, which gives them their indices.
+/// Fits rotation and scale to the points that fit a basis. The indices are those of that basis.
 void fitRotation(Trial& trial, const LatticeBasis& basis, const LatticeBasis& reference,
                  const LatticePoints& listPoint, const KnownCellOptions& options)
 {
@@ -108,9 +111,9 @@ void fitRotation(Trial& trial, const LatticeBasis& basis, const LatticeBasis& re
     }
 }
 
-/// Fits the edges freely, from the points nearest to the origin outwards, and the rotation to the indices
-/// that come of it: with an elliptic pattern the rotation alone would give outer points wrong indices. Where
-/// the points cannot hold the edges, they are those of the rotation.
+/// Fits the edges without constraints, beginning with the points nearest to the origin, and then the
+/// rotation for the indices that result. With the rotation alone, an elliptic pattern would give outer
+/// points wrong indices. Edges that the points do not determine are those of the rotation.
 void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoints& listNearFirst,
                  const KnownCellOptions& options)
 {
@@ -121,8 +124,8 @@ void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoint
         listInner.assign(listNearFirst.begin(),
                          listNearFirst.begin() + std::ptrdiff_t(listNearFirst.size() * nStage / nStages));
         const LatticeBasis next = refinedBasis(trial.matFree, listInner, options.dfTolerance);
-        // A long c may have been taken for c + a, degrees off: the lattice is the same, which is put right
-        // later.
+        // A long c may have been confused with c + a, which is some degrees off. The lattice is the same,
+        // and the basis is corrected later.
         if (keepsCell(next, reference, options, 2)) {
             trial.matFree = next;
         }
@@ -136,7 +139,7 @@ void refineTrial(Trial& trial, const LatticeBasis& reference, const LatticePoint
     trial.nFitting = std::max(nFree, nTurned);
 }
 
-/// Empty where the search is to end.
+/// The trials, refined; empty where the search is to end.
 std::vector<Trial> trialsOf(const LatticeBasis& shortest, const LatticePoints& listNearFirst,
                             const KnownCellOptions& options, const std::function<bool()>& fnGoOn)
 {
@@ -160,17 +163,17 @@ std::vector<Trial> trialsOf(const LatticeBasis& shortest, const LatticePoints& l
     return listTrial;
 }
 
-/// The first so many that are not one another by the symmetry of the lattice.
+/// The first trials that are not equivalent by the symmetry of the lattice, at most a given number.
 std::vector<Trial> distinctTrials(const std::vector<Trial>& listTrial, const LatticeBasis& reference,
                                   size_t nMost)
 {
-    // Share of an edge, as far as trials for one orientation scatter. It has to be small: c and c + a of a
-    // long c belong to two orientations that differ by a degree.
+    // The scatter of trials for one orientation, as a share of an edge. It must be small: for a long c, the
+    // confusion of c with c + a gives an orientation that differs by only a degree.
     const double dfOff = 0.005;
     std::vector<Trial> listDistinct;
     std::vector<LatticeBasis> listBasis;
     for (const Trial& trial : listTrial) {
-        const LatticeBasis basis = trial.matRotation * reference.transpose();  // columns
+        const LatticeBasis basis = trial.matRotation * reference.transpose();  // as columns
         const bool bKnown = std::any_of(listBasis.begin(), listBasis.end(), [&](const LatticeBasis& former) {
             const Eigen::Matrix3d matWhole = (former.inverse() * basis).array().round();
             const Eigen::RowVector3d off = (former * matWhole - basis).colwise().norm();
@@ -188,7 +191,7 @@ std::optional<Trial> bestTrial(const LatticeBasis& shortest, const LatticePoints
                                const KnownCellOptions& options, const std::function<bool()>& fnGoOn)
 {
     const size_t nRefined = 30;
-    const size_t nCounted = 600;  // points are enough to tell the good trials from most others
+    const size_t nCounted = 600;  // enough points to distinguish the good trials from most others
     std::vector<Trial> listTrial = trialsOf(shortest, listNearFirst, options, fnGoOn);
     const size_t nStep = listNearFirst.size() / nCounted + 1;
     for (Trial& trial : listTrial) {
@@ -227,7 +230,7 @@ std::optional<LatticeBasis> basisOfCell(const CellParameters& cell)
     const double dfSinGamma = std::sin(radians(cell.gamma));
     const double dfY = (dfCosAlpha - dfCosBeta * dfCosGamma) / dfSinGamma;
     const double dfSquare = 1 - dfCosBeta * dfCosBeta - dfY * dfY;
-    if (!(dfSquare > 1e-4)) {  // the three edges lie in a plane, or the angles do not go together
+    if (!(dfSquare > 1e-4)) {  // the edges are co-planar, or the angles contradict each other
         return std::nullopt;
     }
     LatticeBasis basis;
@@ -250,7 +253,7 @@ std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
     if (!trial) {
         return std::nullopt;
     }
-    // One lattice may have some bases that are nearly the cell, such as c and c + a of a long c.
+    // Several bases of one lattice can be close to the cell, such as with c and c + a for a long c.
     KnownCellOrientation found;
     found.matRefined = describedAs(*reference, trial->matFree, 0.1).value_or(trial->basis(*reference));
     if (listNearFirst.size() < listPoint.size()) {
@@ -268,9 +271,9 @@ std::optional<KnownCellOrientation> orientKnownCell(const CellParameters& cell,
         found.fitRefined = fitOfLattice(scaled, listPoint, options.dfTolerance);
     }
     found.fitScaled = fitOfLattice(scaled, listPoint, options.dfTolerance);
-    // A large cell whose edges are free comes near to a multiple of any other crystal's. The cell as it is
-    // known has to explain a good part of what the free one does. A single row leaves the turn about it open;
-    // a plane fixes it.
+    // A large cell without constraints can come close to a multiple of the cell of any other crystal. So
+    // the known cell itself must explain a good part of what the unconstrained one does. Points in a single
+    // row leave the rotation about it open; points in a plane determine it.
     const double dfLeastPart = 1.0 / 3;
     const auto beyondChance = [](const LatticeFit& fit) { return fit.share() - fit.dfByChance; };
     if (evidenceOf(found.fitScaled, scaled, listPoint, options.dfTolerance) < g_dfEvidenceOfOrientation ||

@@ -8,7 +8,8 @@ namespace tessera {
 
 namespace {
 
-/// Fractions of axes are halves, thirds and sixths: rounded to them, as bases are measured ones.
+/// Rounds to sixths: coordinates of axes are multiples of halves, thirds or sixths, but computed from
+/// measured bases.
 Eigen::Matrix3d inSixths(const Eigen::Matrix3d& mat)
 {
     return (6 * mat).array().round().matrix() / 6;
@@ -19,7 +20,7 @@ LatticeType typeOf(const LatticeSymmetry& symmetry, const LatticeBasis& basis)
     return {symmetry, inSixths(symmetry.basisMeasured * basis.inverse())};
 }
 
-/// The basis without the centring that the absences tell; a face-centred cell has two of them.
+/// The primitive basis, without the centring that absences show. Face-centred cells need two steps.
 LatticeBasis primitiveBasis(LatticeBasis basis, const LatticePoints& listPoint)
 {
     const int nMostRounds = 3;
@@ -33,7 +34,8 @@ LatticeBasis primitiveBasis(LatticeBasis basis, const LatticePoints& listPoint)
     return basis;
 }
 
-/// The points that lie on no further lattice: those are on no coset of the first but by chance.
+/// The points that are on no further lattice. Points of these are on cosets of the first lattice only by
+/// chance.
 LatticePoints withoutOthers(const LatticePoints& listPoint, const std::vector<int>& vecLabel)
 {
     LatticePoints listOwn;
@@ -73,7 +75,8 @@ LatticeAnalysis analyseLattice(const LatticeBasis& basis, const LatticePoints& l
     LatticeAnalysis analysis;
     analysis.lattices = findFurtherLattices(basis, listPoint, options, fnGoOn);
     analysis.whole = latticeAndCosets(basis, withoutOthers(listPoint, analysis.lattices.vecLabel));
-    // Supercells are a matter of the search: here the cell in force stands, without its centring.
+    // Supercells are found by the search. Here the cell in force is analysed as it is, except for its
+    // centring.
     const LatticeBasis primitive = primitiveBasis(basis, listPoint);
     const std::vector<LatticeSymmetry> listSymmetry = bestOfEachType(latticeSymmetries(primitive));
     for (const LatticeSymmetry& symmetry : listSymmetry) {

@@ -35,7 +35,7 @@ void sortByLength(LatticeBasis& basis)
     }
 }
 
-/// Takes multiples of the two first rows off the third where that makes it shorter.
+/// Subtracts multiples of the first two rows from the third where that makes it shorter.
 bool shortenThird(LatticeBasis& basis)
 {
     const Eigen::RowVector3d third = basis.row(2);
@@ -88,7 +88,7 @@ CellParameters cellOf(const LatticeBasis& basis)
 
 LatticeBasis shortestBasis(LatticeBasis basis)
 {
-    const int nMostRounds = 200;  // each makes a vector shorter: far more than any lattice needs
+    const int nMostRounds = 200;  // each round makes a vector shorter; far more than any lattice needs
     for (int n = 0; n < nMostRounds && basis.allFinite(); ++n) {
         sortByLength(basis);
         if (!shortenSecond(basis) && !shortenThird(basis)) {

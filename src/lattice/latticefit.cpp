@@ -17,9 +17,9 @@ int countFitting(const LatticeBasis& basis, const LatticePoints& listPoint, doub
     }));
 }
 
-/// An orientation out of all, evenly spread: four normal numbers as a quaternion. Marsaglia (1972), Ann.
-/// Math. Stat. 43, 645. The numbers are made of uniform ones here, as those of the library differ from one to
-/// another.
+/// A random orientation out of a uniform distribution, by four normal numbers as a quaternion: Marsaglia
+/// (1972), Ann. Math. Stat. 43, 645. The normal numbers are computed here from uniform ones, as standard
+/// libraries differ in theirs.
 Eigen::Matrix3d someOrientation(std::mt19937& random)
 {
     const auto uniform = [&] { return (double(random()) + 0.5) / 4294967296.0; };
@@ -44,7 +44,7 @@ LatticeFit fitOfLattice(const LatticeBasis& basis, const LatticePoints& listPoin
     if (listPoint.empty()) {
         return fit;
     }
-    std::mt19937 random(1);  // a fixed seed: equal runs say equal numbers
+    std::mt19937 random(1);  // fixed, so that equal runs give equal results
     double dfSum = 0;
     for (int n = 0; n < nOrientations; ++n) {
         dfSum += countFitting(basis * someOrientation(random), listPoint, dfTolerance);

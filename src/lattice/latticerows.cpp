@@ -10,19 +10,19 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nRefined = 400;           // directions: many lie round each row, so these hold all rows
-constexpr int g_nRows = 30;               // make 4060 triples
-constexpr double g_dfLeastQuality = 0.2;  // points without a lattice reach some hundredths
-constexpr double g_dfFlattest = 0.2;      // volume of a triple by the product of its edges
+constexpr int g_nRefined = 400;  // vectors; many of them are around each row, so that no row is missed
+constexpr int g_nRows = 30;      // best rows, which make 4060 triples
+constexpr double g_dfLeastQuality = 0.2;  // the quality is some hundredths for points without a lattice
+constexpr double g_dfFlattest = 0.2;      // volume of a triple divided by the product of its edges
 constexpr int g_nLeastPoints = 10;
 
-/// Equal but for the sign, or nearly so.
+/// Whether two rows are nearly equal up to the sign.
 bool isSameRow(const Eigen::Vector3d& v, const Eigen::Vector3d& w)
 {
     return std::min((v - w).norm(), (v + w).norm()) < 0.03 * v.norm();
 }
 
-/// A bit for each point, set where the product with the row is close to a whole number.
+/// A bit for each point, which is set where the product with the row is close to a whole number.
 using PointBits = std::vector<std::uint64_t>;
 
 PointBits bitsOf(const Eigen::Vector3d& v, const LatticePoints& listPoint, double dfTolerance)
@@ -113,7 +113,8 @@ std::optional<LatticeBasis> bestTriple(const std::vector<LatticeRow>& vecRow, co
     if (nBest < g_nLeastPoints) {
         return std::nullopt;
     }
-    // The finer the mesh, the more points lie on it: a supercell may win by count, but hardly by much.
+    // The more points a reciprocal lattice has, the more of them fit by chance. So a supercell may have the
+    // most fitting points, but only a few more than the true cell.
     const Triple* pSmallest = nullptr;
     for (const Triple& triple : vecTriple) {
         const bool bEnough = 10LL * triple.nFitting >= 9LL * nBest;

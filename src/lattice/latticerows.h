@@ -1,4 +1,4 @@
-// Lattice rows: the best vectors of a search, refined against points, and the three that make the best cell.
+// Lattice rows: refines the vectors of a search, and chooses the three that make the best cell.
 #pragma once
 
 #include "lattice/directionsearch.h"
@@ -9,14 +9,18 @@
 
 namespace tessera {
 
-/// Refines the first few hundred vectors and keeps the best few that differ, with lengths within the range.
-/// @return in order of quality; empty where it was ended
+/// Refines the first few hundred vectors against the points and returns the best few that differ, with
+/// lengths within the range.
+/// @param dfShortest  Å; the longest length is that of the options
+/// @param fnGoOn      asked now and then whether to go on
+/// @return the best first; empty where fnGoOn has ended it
 std::vector<LatticeRow> bestRows(const std::vector<Eigen::Vector3d>& vecVector,
                                  const LatticePoints& listPoint, double dfShortest,
                                  const DirectionSearchOptions& options, const std::function<bool()>& fnGoOn);
 
-/// Of all bases of three rows that are not too flat, the smallest among those with nearly the most points.
-/// @return none where fewer than ten points fit
+/// Finds the best basis of three rows: among the bases that fit nearly the most points and are not too
+/// flat, the one with the smallest cell.
+/// @return nothing where fewer than ten points fit
 std::optional<LatticeBasis> bestTriple(const std::vector<LatticeRow>& vecRow, const LatticePoints& listPoint,
                                        double dfTolerance);
 

@@ -10,12 +10,13 @@ namespace tessera {
 
 namespace {
 
-constexpr std::size_t g_nClusters = 12;   // the three rows are among the first few
-constexpr int g_nTriesEach = 3;           // as the strongest of some neighbours may refine into nothing
-constexpr double g_dfSameCluster = 0.99;  // cosine: 8°, some times what lies between neighbouring directions
-constexpr double g_dfFlattest = 0.2;      // volume of three rows by the product of their lengths
+constexpr std::size_t g_nClusters = 12;  // the three rows are among the first few
+constexpr int g_nTriesEach = 3;          // as the strongest of several neighbours may refine to nothing
+// Cosine of 8°, which is several steps between neighbouring directions.
+constexpr double g_dfSameCluster = 0.99;
+constexpr double g_dfFlattest = 0.2;  // volume of three rows divided by the product of their lengths
 
-/// Strong vectors that lie close together, of which one row comes.
+/// Strong vectors close to each other, from which one row results.
 struct Cluster {
     Eigen::Vector3d direction;
     int nTried = 0;
@@ -40,7 +41,7 @@ std::vector<LatticeRow> rowsOfClusters(const std::vector<Eigen::Vector3d>& vecVe
         if (it->nTried++ < g_nTriesEach) {
             const LatticeRow row = refinedRow(v, listPoint);
             const double dfLength = row.v.norm();
-            // A row that was found at the shortest may get a little shorter.
+            // A row that was found at the shortest length may become slightly shorter by the refinement.
             const bool bInRange = dfLength >= 0.8 * options.dfShortest && dfLength <= 1.1 * options.dfLongest;
             if (row.dfQuality > it->best.dfQuality && bInRange) {
                 it->best = row;
@@ -66,7 +67,7 @@ bool areFlat(const Eigen::Vector3d& u, const Eigen::Vector3d& v, const Eigen::Ve
     return std::abs(u.dot(v.cross(w))) < g_dfFlattest * u.norm() * v.norm() * w.norm();
 }
 
-/// The sum of the qualities of the best three that are not in one plane.
+/// The sum of the qualities of the best three rows that are not in one plane.
 double qualityOfThree(const std::vector<LatticeRow>& vecRow)
 {
     std::vector<LatticeRow> vecBest;
@@ -92,7 +93,8 @@ double shortestClearRow(const LatticePoints& listPoint, const DirectionSearchOpt
     }
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(matSum, Eigen::EigenvaluesOnly);
     const double dfThickness = std::sqrt(std::max(0.0, solver.eigenvalues()[0]) / double(listPoint.size()));
-    // The transform of an even or a normal cloud has fallen below a tenth by half its inverse thickness.
+    // At half the inverse thickness, the transform of a uniform or normal distribution has fallen below a
+    // tenth.
     const double dfOutline = std::min(0.5 / dfThickness, options.dfLongest / 3);
     return std::max(options.dfShortest, dfOutline);
 }

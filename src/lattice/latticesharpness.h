@@ -1,20 +1,20 @@
-// Lattice sharpness: how much points look like a lattice, without a lattice.
+// Lattice sharpness: how much points look like a lattice, without knowing it.
 #pragma once
 
 #include "lattice/directionsearch.h"
 
 namespace tessera {
 
-/// The mean cosine of 2π times the products of the points with the three best rows of real space that are not
-/// in one plane: 1 for a perfect lattice, a few tenths for points that lie anywhere. A row that is missing
+/// The mean cosine of 2π times the products of the points with the three best rows of real space that are
+/// not in one plane. It is 1 for a perfect lattice and a few tenths for points at random. A missing row
 /// counts as 0.
-/// @param options  range of the rows, number of directions, threads
+/// @param options  range of the lengths, number of directions, threads
 double latticeSharpness(const LatticePoints& listPoint, const DirectionSearchOptions& options);
 
-/// The shortest rows, Å, that the sums show clearly: those of shorter ones show the outline of the cloud of
-/// points across its thinnest direction, which for a small turn of the crystal is along the beam. Multiples
-/// of rows are rows, so none is lost.
-/// @return at least the shortest of the options, at most that or a third of the longest
+/// The shortest length, Å, at which the Fourier sums show rows clearly. At shorter lengths they show the
+/// outline of the cloud of points across its thinnest direction, which for a small range of tilts is along
+/// the beam. No row is lost by this, as multiples of rows are rows, too.
+/// @return at least the shortest length of the options, and at most that or a third of the longest one
 double shortestClearRow(const LatticePoints& listPoint, const DirectionSearchOptions& options);
 
 }  // namespace tessera

@@ -10,7 +10,8 @@ namespace tessera {
 
 namespace {
 
-/// Rows of −1, 0 and 1 but for the zero row: between reduced bases of one lattice no others occur.
+/// All rows of −1, 0 and 1 except the zero row. Between reduced bases of one lattice no other coefficients
+/// occur.
 std::vector<Eigen::RowVector3d> smallRows()
 {
     std::vector<Eigen::RowVector3d> listRow;
@@ -35,10 +36,10 @@ LatticeTurn turnOf(const Eigen::Matrix3d& matFrom, const LatticeBasis& to)
 
 struct Description {
     LatticeBasis basis;  // of the first lattice
-    LatticeTurn turn;    // that carries it onto the second's
+    LatticeTurn turn;    // takes the basis to that of the second lattice
 };
 
-/// All bases of the first lattice that are like the shortest of the second, but for a turn.
+/// All bases of the first lattice that match the shortest basis of the second one apart from a rotation.
 std::vector<Description> descriptionsLike(const LatticeBasis& from, const LatticeBasis& to,
                                           double dfMostMisfit)
 {
@@ -47,7 +48,7 @@ std::vector<Description> descriptionsLike(const LatticeBasis& from, const Lattic
         return listFound;
     }
     const std::vector<Eigen::RowVector3d> listSmall = smallRows();
-    std::array<std::vector<Eigen::RowVector3d>, 3> aRow;  // those whose length is that of the edge
+    std::array<std::vector<Eigen::RowVector3d>, 3> aRow;  // rows whose length is that of the edge
     for (int n = 0; n < 3; ++n) {
         for (const Eigen::RowVector3d& small : listSmall) {
             if (std::abs((small * from).norm() - to.row(n).norm()) <= dfMostMisfit * to.norm()) {
@@ -87,8 +88,9 @@ std::optional<LatticeTurn> turnBetween(const LatticeBasis& first, const LatticeB
                                        double dfMostMisfit)
 {
     const auto listFound = descriptionsLike(shortestBasis(first), shortestBasis(second), dfMostMisfit);
-    // Bases are known to some parts in a thousand; what fits worse than that and than twice the best is no
-    // symmetry but nearly one, and twins by such a near symmetry are told by the turn that is exact.
+    // Bases are known to some parts in a thousand. A rotation that fits worse than that and worse than
+    // twice the best one is only a near symmetry, and twins by a near symmetry are described by the
+    // rotation that fits.
     const double dfLimit = std::max(2 * leastMisfit(listFound), 0.005);
     std::optional<LatticeTurn> least;
     for (const Description& description : listFound) {

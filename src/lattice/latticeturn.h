@@ -1,4 +1,5 @@
-// Lattices of the same cell: the turn between two, and the basis that is like a cell that is known.
+// Lattice turn: the rotation between two lattices of the same cell, and the basis that matches a known
+// cell.
 #pragma once
 
 #include "lattice/latticebasis.h"
@@ -7,22 +8,26 @@
 
 namespace tessera {
 
-/// A turn about an axis. By the symmetry of a lattice many turns lead to the same one: this is the least.
+/// A rotation about an axis. The symmetry of a lattice makes several rotations equivalent; this is the one
+/// with the smallest angle.
 struct LatticeTurn {
     double dfAngle = 0;                               ///< degrees, 0 to 180
-    Eigen::Vector3d axis = Eigen::Vector3d::UnitX();  ///< of length 1, in the frame of the bases
-    double dfMisfit = 0;                              ///< of the edges after the turn, share of their length
+    Eigen::Vector3d axis = Eigen::Vector3d::UnitX();  ///< unit vector in the frame of the bases
+    double dfMisfit = 0;  ///< of the edges after the rotation, as a share of their length
 };
 
-/// The turn that carries the first lattice onto the second, where their cells are the same.
+/// Finds the rotation that takes the first lattice to the second one, if their cells are the same.
 ///
-/// All bases of short vectors of the first are tried, so both may be described by any basis. Of those that
-/// fit about as well as the best one, which are the symmetry of the lattice, the least turn is taken.
-/// @param dfMostMisfit  of the edges after the best turn, share of their length
+/// All bases of short vectors of the first lattice are tried, so both lattices may be given by any basis.
+/// Among the rotations that fit about as well as the best one, which are equivalent by symmetry, the
+/// smallest is returned.
+/// @param dfMostMisfit  greatest misfit of the edges after the rotation, as a share of their length
+/// @return nothing where the cells differ
 std::optional<LatticeTurn> turnBetween(const LatticeBasis& first, const LatticeBasis& second,
                                        double dfMostMisfit = 0.03);
 
-/// The basis of a lattice whose edges are most like those of a cell, in their order, but for a turn.
+/// The basis of a lattice whose edges match those of a cell in their order, apart from a rotation.
+/// @return nothing where no basis does
 std::optional<LatticeBasis> describedAs(const LatticeBasis& cell, const LatticeBasis& lattice,
                                         double dfMostMisfit = 0.03);
 

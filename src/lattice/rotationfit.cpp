@@ -9,7 +9,7 @@ Eigen::Matrix3d CRotationFit::rotation() const
     const Eigen::JacobiSVD<Eigen::Matrix3d> svd(m_matSum, Eigen::ComputeFullU | Eigen::ComputeFullV);
     Eigen::Vector3d signs(1, 1, 1);
     if (svd.matrixU().determinant() * svd.matrixV().determinant() < 0) {
-        signs.z() = -1;  // else it would be a reflection
+        signs.z() = -1;  // else the result would be an improper rotation
     }
     return svd.matrixU() * signs.asDiagonal() * svd.matrixV().transpose();
 }

@@ -26,7 +26,7 @@ bool contains(const std::vector<Eigen::Matrix3i>& listOperation, const Eigen::Ma
     return std::find(listOperation.begin(), listOperation.end(), matOperation) != listOperation.end();
 }
 
-/// Adds products until nothing new comes. Empty when the group would be larger than any of a lattice.
+/// The group that matrices generate; empty where it would be larger than that of any lattice.
 std::vector<Eigen::Matrix3i> generated(const std::vector<Eigen::Matrix3i>& listGenerator)
 {
     std::vector<Eigen::Matrix3i> list = {Eigen::Matrix3i::Identity()};
@@ -54,7 +54,8 @@ public:
         }
     }
 
-    /// Keeps the group unless it is there already, is none, or has a twofold axis that is not in the list.
+    /// Keeps a group unless it is known already, is infinite, or has a twofold axis that is not in the
+    /// list.
     void add(const std::vector<Eigen::Matrix3i>& listGenerator)
     {
         RotationGroup group{generated(listGenerator), 0};
@@ -98,7 +99,7 @@ int orderOf(const Eigen::Matrix3i& matOperation)
         return 1;
     }
     // The trace of a rotation is 1 + 2 cos of its angle.
-    const std::array<int, 4> aOrderOfTrace = {2, 3, 4, 6};  // of -1, 0, 1, 2
+    const std::array<int, 4> aOrderOfTrace = {2, 3, 4, 6};  // for the traces −1, 0, 1, 2
     const int nTrace = matOperation.trace();
     if (nTrace < -1 || nTrace > 2) {
         return 0;
@@ -108,12 +109,13 @@ int orderOf(const Eigen::Matrix3i& matOperation)
     for (int n = 1; n < nOrder; ++n) {
         matPower = matPower * matOperation;
     }
-    return matPower == Eigen::Matrix3i::Identity() ? nOrder : 0;  // a shear can have the trace of a rotation
+    return matPower == Eigen::Matrix3i::Identity() ? nOrder : 0;  // a shear can have the same trace
 }
 
 Eigen::Vector3i axisOf(const Eigen::Matrix3i& matOperation)
 {
-    // The sum of all powers projects on the axis; any column of it that is not zero will do.
+    // The sum of all powers projects onto the axis, so each of its columns that is not zero is along the
+    // axis.
     Eigen::Matrix3i matSum = Eigen::Matrix3i::Identity();
     Eigen::Matrix3i matPower = matOperation;
     for (int n = 1; n < orderOf(matOperation); ++n) {
@@ -141,7 +143,7 @@ std::vector<RotationGroup> rotationGroups(const std::vector<TwofoldAxis>& listAx
             }
         }
     }
-    // Two axes generate the groups about one main axis. 432 is the only one that needs a third.
+    // Two twofold axes generate every group with one main axis. Only 432 needs a third one.
     const size_t nTetragonal = 8;
     for (const RotationGroup& group : collector.groups()) {
         for (const TwofoldAxis& axis : listAxis) {

@@ -24,13 +24,13 @@ constexpr double g_dfLargestIndex = 1e9;
 typedef double DoubleLanes __attribute__((vector_size(8 * g_nLanes)));
 typedef int64_t LongLanes __attribute__((vector_size(8 * g_nLanes)));
 
-/// How near an index has to be to its whole number in a round.
+/// How close to a whole number an index must be in a round.
 double nearOfRound(int nRound)
 {
     return std::max(0.1, 0.3 - 0.03 * nRound);
 }
 
-/// The points as the loops want them; those that fill up the last lanes are no numbers.
+/// The points in the layout of the loops. The last lanes are filled up with NaN.
 struct RowPoints {
     explicit RowPoints(const LatticePoints& list) : listPoint(list)
     {
@@ -51,26 +51,27 @@ struct RowPoints {
     }
     const LatticePoints& listPoint;
     std::vector<double> vecX, vecY, vecZ;
-    std::vector<std::array<double, 12>> vecProducts;  ///< the point, and what it adds to the normal equations
-    double dfReach = 0;                               ///< Å⁻¹
+    std::vector<std::array<double, 12>>
+        vecProducts;     ///< the point, and its products for the normal equations
+    double dfReach = 0;  ///< Å⁻¹
 };
 
-/// What a thread works with: the points whose index is near a whole number, and that number.
+/// The work space of a thread: the points whose index is close to a whole number, and that number.
 struct NearPoints {
     std::vector<std::uint32_t> vecPlace;
     std::vector<double> vecWhole;
 };
 
-/// Three sums of four numbers: of whole number times point, and of the products of its coordinates.
+/// Sums for the normal equations: the whole number times the three coordinates, and the products of the
+/// coordinates.
 using NormalSums = std::array<double, 12>;
 
-/// Point by point, each sum by itself as the plain loop has it. A half may be rounded either way here, as it
-/// is near no whole number.
+/// Adds up the points one by one, each sum in the order of a plain loop. An index halfway between two whole
+/// numbers may be rounded either way here, as it is not close to a whole number.
 __attribute__((always_inline)) inline int sumNear(const RowPoints& points, const double* pRow, double dfNear,
                                                   NearPoints& nearPoints, NormalSums& sums)
 {
-    const double dfWholeOnly =
-        6755399441055744.0;  // 1.5 · 2⁵²: what is added to it has no part behind the point
+    const double dfWholeOnly = 6755399441055744.0;  // 1.5 · 2⁵²; adding it rounds to a whole number
     std::size_t nNear = 0;
     for (std::size_t n = 0; n < points.vecX.size(); n += g_nLanes) {
         DoubleLanes laneX, laneY, laneZ;
@@ -113,7 +114,7 @@ int sumNearPlain(const RowPoints& points, const double* pRow, double dfNear, Nea
 }
 
 #if defined(__x86_64__)
-// The same operations with wider registers; no fused multiply-add, so the numbers are the same.
+// The same operations in wider registers. Without fused multiply-add the results are the same to the bit.
 __attribute__((target("avx2"))) int sumNearWide(const RowPoints& points, const double* pRow, double dfNear,
                                                 NearPoints& nearPoints, NormalSums& sums)
 {
@@ -131,7 +132,7 @@ SumNear chosenSumNear()
     return sumNearPlain;
 }
 
-/// Indices too large for the lanes' way of rounding.
+/// The same for indices that are too large for this way of rounding.
 int sumNearOfLarge(const RowPoints& points, const Eigen::Vector3d& v, double dfNear, NormalSums& sums)
 {
     sums = {};
@@ -149,21 +150,22 @@ int sumNearOfLarge(const RowPoints& points, const Eigen::Vector3d& v, double dfN
     return nNear;
 }
 
-/// Refines rows for one thread.
+/// Refines rows in one thread.
 class CRowWorker {
 public:
     explicit CRowWorker(const RowPoints& points) : m_points(points)
     {
-        m_near.vecPlace.resize(points.vecX.size() + 1);  // the last place is written to and not counted
+        m_near.vecPlace.resize(points.vecX.size() +
+                               1);  // the last place is a dummy for points that do not count
         m_near.vecWhole.resize(points.vecX.size() + 1);
     }
 
-    /// The row after a round, none where it is not determined.
+    /// Does one round. @return false where the row is not determined
     bool refine(const Eigen::Vector3d& v, int nRound, Eigen::Vector3d& next)
     {
         NormalSums sums;
         const double dfNear = nearOfRound(nRound);
-        const bool bSmall = v.norm() * m_points.dfReach < g_dfLargestIndex;  // false for what is no number
+        const bool bSmall = v.norm() * m_points.dfReach < g_dfLargestIndex;  // false for NaN
         const int nNear = bSmall ? m_pSumNear(m_points, v.data(), dfNear, m_near, sums)
                                  : sumNearOfLarge(m_points, v, dfNear, sums);
         Eigen::Matrix3d matNormal;
@@ -187,7 +189,7 @@ double meanCosine(const Eigen::Vector3d& v, const LatticePoints& listPoint)
     return dfSum / double(listPoint.size());
 }
 
-/// The first place of each vector that is equal to it; all are finite.
+/// For each vector the number of the first one that is equal to it. All must be finite.
 std::vector<int> firstOfEqual(const std::vector<Eigen::Vector3d>& vecVector)
 {
     std::vector<int> vecPlace(vecVector.size());
@@ -206,7 +208,7 @@ std::vector<int> firstOfEqual(const std::vector<Eigen::Vector3d>& vecVector)
     return vecFirst;
 }
 
-/// The rows that one round after the other is done with.
+/// The rows and their states between the rounds.
 class CRowRefinement {
 public:
     CRowRefinement(const std::vector<Eigen::Vector3d>& vecVector, const LatticePoints& listPoint, int nJobs,
@@ -264,7 +266,7 @@ private:
         return vecPlace;
     }
 
-    /// Of the rows of that state that are equal, only the first one goes on.
+    /// Lets only the first one of equal rows of a state go on.
     void joinEqual(State state)
     {
         const std::vector<int> vecPlace = placesOf(state);
@@ -321,7 +323,7 @@ private:
     const std::function<bool()>& m_fnGoOn;
     std::vector<LatticeRow> m_vecRow;
     std::vector<State> m_vecState;
-    std::vector<int> m_vecLike;  ///< the row that a joined one is like, itself for others
+    std::vector<int> m_vecLike;  ///< for a joined row the row that stands for it, else the row itself
 };
 
 }  // namespace

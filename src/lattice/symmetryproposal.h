@@ -1,22 +1,22 @@
-// Symmetry proposal: which of the Bravais types that a cell fits its own errors allow.
+// Symmetry proposal: chooses one of the Bravais types that a cell fits.
 #pragma once
 
 #include "lattice/latticesymmetry.h"
 
 namespace tessera {
 
-/// How far the cell is from the type, %: the worse of the misfit of its edges and of the sine of that of its
-/// angles.
+/// The misfit of a cell to a type, %: the worse of the misfit of its edges and of the sine of the misfit of
+/// its angles.
 double strainOf(const LatticeSymmetry& symmetry);
 
-/// The highest symmetry that is in keeping with the lower ones.
+/// The highest symmetry whose misfit is consistent with the lower symmetries.
 ///
-/// Nobody tells the error of a cell whose geometry is not refined: an elliptic pattern alone moves edges by a
-/// per cent and angles by a degree. The cell tells it itself, as angles that are right by a lower symmetry
-/// miss it by so much. So the types are accepted from the bottom upwards: one is, if it is hardly further off
-/// than the closest of the accepted ones that it holds.
-/// @param listSymmetry  of latticeSymmetries() or bestOfEachType()
-/// @return none of an empty list
+/// The error of a cell is unknown as long as the geometry is not refined; an elliptic distortion alone
+/// changes edges by a per cent and angles by a degree. But the cell itself shows its error: angles that a
+/// lower symmetry fixes deviate from it by so much. So the types are accepted from the lowest upwards, each
+/// if its misfit is hardly greater than the smallest misfit of the accepted types that it contains.
+/// @param listSymmetry  from latticeSymmetries() or bestOfEachType()
+/// @return nothing for an empty list
 std::optional<LatticeSymmetry> symmetryInKeeping(const std::vector<LatticeSymmetry>& listSymmetry);
 
 }  // namespace tessera

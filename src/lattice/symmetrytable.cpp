@@ -10,7 +10,7 @@ namespace {
 
 const QChar g_chFill = QLatin1Char(' ');
 
-/// "a-b+2c"
+/// An axis as a text such as "a-b+2c".
 QString axisText(const Eigen::RowVector3i& row)
 {
     QString strText;
@@ -31,7 +31,7 @@ QString axisText(const Eigen::RowVector3i& row)
     return strText;
 }
 
-/// The widths are those of lineOf().
+/// The heading, with columns of the widths of lineOf().
 QString headingOfTable()
 {
     QString strHeading = QStringLiteral("    type").leftJustified(18);

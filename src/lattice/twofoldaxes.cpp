@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// Triples without a common divisor, one of each pair of opposite ones.
+/// All triples without a common divisor, one of each pair of opposite ones.
 std::vector<Eigen::Vector3i> directions(int nMost)
 {
     std::vector<Eigen::Vector3i> list;
@@ -36,7 +36,8 @@ std::vector<TwofoldAxis> twofoldAxes(const LatticeBasis& reduced, double dfMaxOb
     for (const Eigen::Vector3i& row : listIndices) {
         const Eigen::Vector3d vecRow = reduced.transpose() * row.cast<double>();
         for (const Eigen::Vector3i& plane : listIndices) {
-            // How many net planes one step along the row crosses: with more than two no half turn is whole.
+            // The number of net planes that one step along the row crosses. With more than two, a rotation
+            // by 180° does not take the lattice to itself.
             const int nPlanes = row.dot(plane);
             if (nPlanes == 0 || std::abs(nPlanes) > 2) {
                 continue;
