@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// Turns rows of eight bits into columns: bit m of byte k changes places with bit k of byte m.
+/// Transposes a matrix of 8 × 8 bits: exchanges bit m of byte k and bit k of byte m.
 /// Source: Warren (2012), Hacker's Delight, 2nd ed., section 7-3.
 uint64_t transposed(uint64_t n)
 {
@@ -22,7 +22,7 @@ uint64_t transposed(uint64_t n)
     return n ^ nChange ^ (nChange << 28);
 }
 
-/// Elements 8·nBegin up to 8·nEnd of a block.
+/// Restores the elements 8·nBegin up to 8·nEnd of a block.
 void unshuffleGroups(const uint8_t* pSource, size_t nCount, size_t nElementSize, size_t nBegin, size_t nEnd,
                      uint8_t* pTarget)
 {
@@ -43,9 +43,9 @@ void unshuffleGroups(const uint8_t* pSource, size_t nCount, size_t nElementSize,
 
 #if defined(__SSE2__)
 
-constexpr size_t g_nGroups = 16;  ///< of eight elements, that a register holds a byte of each of
+constexpr size_t g_nGroups = 16;  ///< groups of eight elements of which a register holds one byte each
 
-/// The same as transposed(), of two words.
+/// Does the same with two words.
 __m128i transposed(__m128i n)
 {
     const auto exchanged = [&n](int nShift, int64_t nMask) {
@@ -59,7 +59,7 @@ __m128i transposed(__m128i n)
     return n;
 }
 
-/// One byte of each of 128 elements in a row, from the same 16 bytes of its eight planes.
+/// Gathers one byte of each of 128 consecutive elements from the same 16 bytes of its eight planes.
 void gatherBytes(const uint8_t* pPlane, size_t nPlane, __m128i* pOut)
 {
     __m128i aRow[8], aPair[8], aFour[8];
@@ -87,7 +87,8 @@ void store(uint8_t* pTarget, size_t n, __m128i value)
     _mm_storeu_si128(reinterpret_cast<__m128i*>(pTarget) + n, value);
 }
 
-/// Elements of 1, 2 or 4 bytes, 128 at a time. @return the groups of eight that are done
+/// Restores elements of 1, 2 or 4 bytes, 128 at a time.
+/// @return the number of groups of eight that are done
 template <size_t nSize>
 size_t unshuffleWide(const uint8_t* pSource, size_t nCount, uint8_t* pTarget)
 {

@@ -1,4 +1,4 @@
-// Bit shuffling: the bits of like weight of many elements lie together in a file, so that they pack well.
+// Bit shuffling: restores elements whose bits of equal weight are stored together for better compression.
 #pragma once
 
 #include <cstddef>
@@ -6,22 +6,22 @@
 
 namespace tessera {
 
-/// Puts the bits of a block back in order.
+/// Restores the bits of a block.
 ///
-/// Byte i/8 of plane 8j + k holds, as its bit i mod 8, bit k of byte j of element i; the planes follow each
+/// Byte i/8 of plane 8j + k has, as its bit i mod 8, bit k of byte j of element i. The planes follow each
 /// other, nCount/8 bytes each.
 ///
 /// @param pSource       nCount × nElementSize bytes
 /// @param nCount        elements, a multiple of 8
-/// @param nElementSize  bytes of an element, 1 or more
-/// @param pTarget       as many bytes, elsewhere
+/// @param nElementSize  bytes of an element, at least 1
+/// @param pTarget       takes as many bytes; must not overlap pSource
 /// Source: Masui et al. (2015), Astronomy and Computing 12, 181–190.
 void unshuffleBits(const uint8_t* pSource, size_t nCount, size_t nElementSize, uint8_t* pTarget);
 
-/// The same bit by bit in 64-bit words, as for machines without vector instructions.
+/// Does the same in 64-bit words, for machines without vector instructions.
 void unshuffleBitsPlain(const uint8_t* pSource, size_t nCount, size_t nElementSize, uint8_t* pTarget);
 
-/// Elements of a block where the file does not tell, so that it has about 8192 bytes.
+/// The number of elements of a block where the file does not give it: about 8192 bytes.
 size_t bitshuffleBlock(size_t nElementSize);
 
 }  // namespace tessera

@@ -9,7 +9,8 @@ namespace tessera {
 
 namespace {
 
-/// A difference of 2, 4 or 8 bytes, where the one byte was the lowest number. @return false if it is cut
+/// Reads a difference of 2, 4 or 8 bytes after a byte with the lowest number.
+/// @return false if it is cut off
 bool longDifference(const uint8_t*& p, const uint8_t* pEnd, int64_t& nDifference)
 {
     const auto take = [&p, pEnd, &nDifference](auto nLowest) {
@@ -31,12 +32,12 @@ template <class T>
 size_t unpack(const uint8_t* p, size_t nBytes, size_t nCount, float* pfPixel)
 {
     const uint8_t* const pEnd = p + nBytes;
-    uint64_t nValue = 0;  // unsigned, as it may overflow
+    uint64_t nValue = 0;  // unsigned, as overflow is then defined
     for (size_t i = 0; i < nCount; ++i) {
         if (p == pEnd) {
             return i;
         }
-        int64_t nDifference = int64_t(*p++ ^ 0x80) - 0x80;  // of a signed byte
+        int64_t nDifference = int64_t(*p++ ^ 0x80) - 0x80;  // sign extension of a byte
         if (nDifference == std::numeric_limits<int8_t>::min() && !longDifference(p, pEnd, nDifference)) {
             return i;
         }

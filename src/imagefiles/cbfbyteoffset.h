@@ -1,4 +1,4 @@
-// unpackByteOffset: pixels that are packed as the differences of neighbours, most of them of one byte.
+// unpackByteOffset: unpacks pixels stored as differences of neighbours, mostly of one byte.
 #pragma once
 
 #include "imagefiles/plainpixels.h"
@@ -8,14 +8,14 @@
 
 namespace tessera {
 
-/// Unpacks x-CBF_BYTE_OFFSET, in which each difference has 1 byte, or behind the lowest number of that length
-/// 2, and likewise 4 and 8, little-endian. Differences run on from row to row, and overflow as the elements
-/// do. A value below 0 marks a pixel that is not to be used and becomes NaN.
+/// Unpacks x-CBF_BYTE_OFFSET. A difference has 1 byte. If that is the lowest number of its length, 2 bytes
+/// follow, and likewise 4 and 8, little-endian. Differences continue from row to row, and sums overflow as
+/// the elements do. A value below 0 marks an invalid pixel and becomes NaN.
 ///
-/// @param nBytes   from pBytes
-/// @param element  of integers
+/// @param nBytes   number of bytes at pBytes
+/// @param element  an integer type
 /// @param pfPixel  takes `nCount` pixels
-/// @return as many as the bytes hold, at most `nCount`
+/// @return how many pixels the bytes have, at most `nCount`
 /// Source: Hall and McMahon (eds.), International Tables for Crystallography G (2006), chapter 5.6.
 size_t unpackByteOffset(const uint8_t* pBytes, size_t nBytes, PixelElement element, size_t nCount,
                         float* pfPixel);

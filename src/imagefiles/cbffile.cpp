@@ -26,7 +26,7 @@ bool openCbf(QFile& file, CbfSection& section, QString& strReason)
 
 std::unique_ptr<CImgObj<float>> readPacked(QFile& file, const CbfSection& section, QString& strReason)
 {
-    constexpr qint64 nLongestCode = 15;  // bytes of a pixel: a difference of 8 and those that lead to it
+    constexpr qint64 nLongestCode = 15;  // bytes of a pixel: a difference of 8 bytes and those before it
     const qint64 nCount = section.pixels.nWidth * section.pixels.nHeight;
     const qint64 nBytes = std::min(section.nBytes, nLongestCode * nCount);
     const std::shared_ptr<uint8_t> pBytes = makeFileBuffer(static_cast<size_t>(nBytes));
@@ -50,7 +50,7 @@ std::unique_ptr<CImgObj<float>> readPacked(QFile& file, const CbfSection& sectio
     return pImage;
 }
 
-/// Values of counters below 0, which mark pixels that are not to be used, become NaN.
+/// Replaces counts below 0, which mark invalid pixels, by NaN.
 void maskBelowZero(const PlainPixels& pixels, CImgObj<float>& image)
 {
     switch (pixels.element) {

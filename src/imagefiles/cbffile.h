@@ -1,4 +1,4 @@
-// CBF files of cameras: a text header and pixels packed as differences of bytes.
+// CBF files of cameras: a text header, and pixels packed as differences of bytes.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Reads images of a file as FrameFormat::fnRead asks for it.
+/// Reads images of a file for FrameFormat::fnRead.
 bool readCbfFrames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                    QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readCbfHeader(const QString& strFileName, int nImage);
 
 }  // namespace tessera

@@ -9,14 +9,15 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 g_nFirstLook = 16 * 1024;       ///< cameras have 4 kB before their pixels
-constexpr qint64 g_nLastLook = qint64(4) << 20;  ///< tables of imgCIF are longer
+constexpr qint64 g_nFirstLook = 16 * 1024;       ///< bytes; cameras write 4 kB before the pixels
+constexpr qint64 g_nLastLook = qint64(4) << 20;  ///< bytes; files with tables of imgCIF have more text
 const QByteArray SECTION("\n--CIF-BINARY-FORMAT-SECTION--");
-const QByteArray MARKER("\x0c\x1a\x04\xd5", 4);  ///< stands before the data
+const QByteArray MARKER("\x0c\x1a\x04\xd5", 4);  ///< precedes the data
 
 using MimeItems = std::map<QByteArray, QByteArray>;
 
-/// "Key: value" by the key in small letters; a line that begins with a blank goes on with the one before it.
+/// The lines "Key: value" by the key in lower case. A line that begins with a blank continues the one
+/// before it.
 MimeItems mimeItems(const QByteArray& bytesMime)
 {
     MimeItems mapItem;
@@ -34,7 +35,7 @@ MimeItems mimeItems(const QByteArray& bytesMime)
     return mapItem;
 }
 
-/// A whole number; `nElse` without the item, -1 for anything else.
+/// The whole number of an item: `nElse` where the item is missing, -1 where it is no whole number.
 qint64 wholeNumber(const MimeItems& mapItem, const char* pszKey, qint64 nElse)
 {
     const auto it = mapItem.find(pszKey);
@@ -49,7 +50,7 @@ QByteArray lowerText(const MimeItems& mapItem, const char* pszKey)
     return it != mapItem.end() ? it->second.toLower().replace('"', "") : QByteArray();
 }
 
-/// The name of the packing as the file writes it, in small letters; empty for none.
+/// The name of the packing as in the file, in lower case; empty where there is none.
 QByteArray packingOf(const MimeItems& mapItem)
 {
     const QByteArray bytesType = lowerText(mapItem, "content-type"), bytesKey("conversions=");
@@ -130,7 +131,7 @@ bool sizeOf(const MimeItems& mapItem, qint64 nFileSize, CbfSection& section, QSt
     const qint64 nLeft = nFileSize - pixels.nOffset;
     const qint64 nTold = wholeNumber(mapItem, "x-binary-size", nLeft);
     section.nBytes = std::min(nLeft, nTold);
-    // Packed, a pixel has at least one byte.
+    // A packed pixel has at least one byte.
     if (section.nBytes < nCount) {
         strReason = QStringLiteral("truncated: %1 bytes of pixels, but %2 x %3 of them")
                         .arg(std::max(section.nBytes, qint64(0)))

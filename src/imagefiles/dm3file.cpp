@@ -20,7 +20,7 @@ namespace {
 
 int imageFromFile(const DM3File& file, CImgObj<float>& image, QString* pReason)
 {
-    if (!file.GetImage(nullptr, pReason)) {  // everything is checked before the old image goes
+    if (!file.GetImage(nullptr, pReason)) {  // all checks are done before the former image is deleted
         return -1;
     }
     const int nWidth = file.GetDimension(0);
@@ -78,7 +78,7 @@ int DM3File::Read(const QString& strFileName, QString* pReason)
     if (!head.checkHead()) {
         return 0;
     }
-    if (head.wordAt(14) == 0) {  // no tags: the rest of the file counts for nothing
+    if (head.wordAt(14) == 0) {  // without tags the rest of the file is ignored
         return parse(pHead, CDm3TagParser::nRootTags, strReason);
     }
     const std::shared_ptr<uint8_t> pFile = makeFileBuffer(static_cast<size_t>(nSize));
@@ -136,7 +136,7 @@ int DM3File::parse(const std::shared_ptr<const uint8_t>& pFile, size_t nSize, QS
         return 0;
     }
     nTagCount = m_root.nCount;
-    m_root.nTotalSize = static_cast<uint32_t>(nOffset - 12);  // flags and count are the root's head
+    m_root.nTotalSize = static_cast<uint32_t>(nOffset - 12);  // without flags and count of the root
     return 1;
 }
 
@@ -176,7 +176,7 @@ const TagDirectory* DM3File::GetImageTag() const
     if (const TagDirectory* pThumbnails = asGroup(FindTag(m_root, "Thumbnails"))) {
         readInt(FindTag(*pThumbnails, "ImageIndex"), nThumbnail);
     }
-    const size_t nImage = nThumbnail == 0 ? 1 : 0;  // dropping any other leaves the first in front
+    const size_t nImage = nThumbnail == 0 ? 1 : 0;  // removing another one leaves the first in front
     return nImage < pList->vecChild.size() ? asGroup(pList->vecChild[nImage].get()) : nullptr;
 }
 

@@ -8,12 +8,12 @@
 
 namespace tessera {
 
-/// Reads one image of a file as FrameFormat::fnRead asks for it, by ReadDM3() if it is the first. Of a stack
-/// no more than one plane is read, however many are asked for.
+/// Reads one image of a file for FrameFormat::fnRead, by ReadDM3() if it is the first one. Of a stack only
+/// one plane is read, even if more are wanted.
 bool readDm3Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                    QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readDm3Header(const QString& strFileName, int nImage);
 
 }  // namespace tessera

@@ -11,7 +11,7 @@ namespace {
 constexpr int g_nTypeStructure = 15, g_nTypeArray = 20;
 constexpr uint8_t g_nKindGroup = 20, g_nKindEntry = 21;
 
-/// Bytes of one element, by the type codes of the info array; 0 for a code that is not known.
+/// The bytes of an element by the type code of the info array; 0 for an unknown code.
 size_t elementSize(int nType)
 {
     switch (nType) {
@@ -33,8 +33,9 @@ size_t elementSize(int nType)
     }
 }
 
-/// Adds the sizes of the fields of a structure. `nFirst` is the index of the field count in the info
-/// array, which has to end `nAfter` words behind the last field. False if the array is another.
+/// Adds up the sizes of the fields of a structure. `nFirst` is the index of the number of fields in the
+/// info array, which must end `nAfter` words after the last field.
+/// @return false if it does not
 bool structureSize(const std::vector<int>& vecInfo, size_t nFirst, size_t nAfter, uint64_t& nSize)
 {
     if (vecInfo.size() <= nFirst) {
@@ -51,8 +52,8 @@ bool structureSize(const std::vector<int>& vecInfo, size_t nFirst, size_t nAfter
     return true;
 }
 
-/// What the info array tells of the data: `nCount` elements of `nElement` bytes. False for an array of
-/// none of the known forms.
+/// The size and number of elements from the info array.
+/// @return false for an array of an unknown form
 bool dataLayout(const std::vector<int>& vecInfo, uint64_t& nElement, uint64_t& nCount)
 {
     nCount = 1;
@@ -75,8 +76,8 @@ bool dataLayout(const std::vector<int>& vecInfo, uint64_t& nElement, uint64_t& n
     return false;
 }
 
-/// A label as the log can show it: the start of a long one, with a question mark for what is no
-/// printable ASCII character.
+/// A label for the log: the beginning of a long one, with a question mark for each character that is not
+/// printable ASCII.
 QString shownLabel(const std::string& strLabel)
 {
     constexpr size_t nMostShown = 40;

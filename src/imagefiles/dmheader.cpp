@@ -9,12 +9,12 @@ namespace tessera {
 
 namespace {
 
-/// The tags of one image, asked for by the names of their groups.
+/// The tags of one image, which are found by the names of their groups.
 class CImageTags {
 public:
     CImageTags(const DmTags& tags, const DmImage& image) : m_tags(tags), m_pImage(image.pTags) {}
 
-    /// The first group of this name at any depth: where a file was processed, its tags lie in one more group.
+    /// The first group of this name at any depth, as the tags of processed files are one level deeper.
     const TagDirectory* group(const char* pLabel) const
     {
         return asGroup(DM3File::FindTag(*m_pImage, pLabel));

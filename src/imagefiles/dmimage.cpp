@@ -18,11 +18,11 @@ namespace tessera {
 namespace {
 
 constexpr int g_nMostPixels = std::numeric_limits<int>::max();
-constexpr qint64 g_nImagesTrusted = 65536;  ///< as many planes are read however small they are
-constexpr quint64 g_nImageOverhead = 96;    ///< bytes that an image takes besides its pixels
+constexpr qint64 g_nImagesTrusted = 65536;  ///< up to this many planes are read even if they are tiny
+constexpr quint64 g_nImageOverhead = 96;    ///< memory of an image besides its pixels, bytes
 
-/// A whole number of 32 bits, 0 for any other. In DM3 files any entry of 4 bytes counts as one, as DM3File
-/// reads them.
+/// A whole number of 32 bits, 0 for any other number. In DM3 files every entry of 4 bytes counts as one, as
+/// for DM3File.
 int integer(const DmTags& tags, const Tag* pTag)
 {
     if (tags.nVersion == 3) {
@@ -37,24 +37,24 @@ int integer(const DmTags& tags, const Tag* pTag)
     return df >= std::numeric_limits<int>::min() && df <= std::numeric_limits<int>::max() ? int(df) : 0;
 }
 
-/// The images of the list that "Thumbnails" names as previews, by their index.
+/// The indices of the images that "Thumbnails" names.
 std::set<double> thumbnailIndices(const DmTags& tags, const TagDirectory* pThumbnails)
 {
     std::set<double> setIndex;
     for (size_t i = 0; pThumbnails && i < pThumbnails->vecChild.size(); ++i) {
         const TagDirectory* pThumbnail = asGroup(pThumbnails->vecChild[i].get());
         const double dfIndex = dmNumber(tags, dmChild(pThumbnail, "ImageIndex"));
-        if (dfIndex >= 0) {  // false for NaN, which has no place in an order
+        if (dfIndex >= 0) {  // false for NaN, which a set cannot order
             setIndex.insert(dfIndex);
         }
     }
     return setIndex;
 }
 
-/// The groups that may be the image, the likeliest first.
+/// The groups that may be the image, the likeliest one first.
 std::vector<const TagDirectory*> candidates(const DmTags& tags)
 {
-    const bool bAnyDepth = tags.nVersion == 3;  // as DM3File looks for them
+    const bool bAnyDepth = tags.nVersion == 3;  // as DM3File searches
     const auto groupOf = [&](const char* pLabel) {
         return bAnyDepth ? asGroup(DM3File::FindTag(tags.root, pLabel)) : dmGroup(&tags.root, pLabel);
     };
@@ -78,21 +78,20 @@ std::vector<const TagDirectory*> candidates(const DmTags& tags)
     return vecImage;
 }
 
-/// A tag of the image itself; of DM4 files below "ImageData", since tags beside it may have the same name.
+/// A tag of the image. In DM4 files it must be below "ImageData", since other tags may have the same name.
 const Tag* tagOf(const DmTags& tags, const TagDirectory& image, const char* pLabel)
 {
     const TagDirectory* pData = tags.nVersion == 4 ? dmGroup(&image, "ImageData") : nullptr;
     return pData ? dmChild(pData, pLabel) : DM3File::FindTag(image, pLabel);
 }
 
-/// Frames of a stack: the product of all further dimensions.
+/// The number of frames of a stack: the product of all further dimensions.
 qint64 planesTold(const DmTags& tags, const TagDirectory* pDimensions)
 {
     qint64 nPlanes = 1;
     for (size_t i = 2; i < pDimensions->vecChild.size(); ++i) {
         const int nSize = std::max(integer(tags, pDimensions->vecChild[i].get()), 1);
-        nPlanes = nPlanes <= g_nMostPixels ? nPlanes * nSize
-                                           : nPlanes;  // more than any file has, in any case
+        nPlanes = nPlanes <= g_nMostPixels ? nPlanes * nSize : nPlanes;  // more than any file can have
     }
     return nPlanes;
 }
@@ -154,7 +153,7 @@ bool imageFromTags(const DmTags& tags, const TagDirectory* pTags, DmImage& image
 bool findDmImage(const DmTags& tags, DmImage& image, QString& strReason)
 {
     strReason = QStringLiteral("no image");
-    QString strFirst;  // why the likeliest is not read
+    QString strFirst;  // why the likeliest one cannot be read
     for (const TagDirectory* pTags : candidates(tags)) {
         image = DmImage();
         if (imageFromTags(tags, pTags, image, strReason)) {
@@ -178,7 +177,8 @@ bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFi
     const int nCount = std::min(nMaxImages, image.nPlanes - nFirst);
     const size_t nPixels = size_t(image.nWidth) * size_t(image.nHeight);
     const qint64 nBytes = qint64(image.nPlaneBytes);
-    constexpr quint64 nMemoryAsked = quint64(1) << 28;  // bytes from which it is asked whether they are there
+    constexpr quint64 nMemoryAsked = quint64(1)
+                                     << 28;  // bytes; for fewer the available memory is not checked
     const quint64 nMemory = quint64(nCount) * nPixels * sizeof(float) + image.nPlaneBytes;
     if (nMemory > nMemoryAsked && !hasMemoryFor(nMemory)) {
         strReason = QStringLiteral("not enough memory for %1 images of %2 x %3 pixels")

@@ -1,4 +1,4 @@
-// DmImage: the image of a DM3 or DM4 file, one or many planes, found in its tags and read by seeks.
+// DmImage: finds the image of a DM3 or DM4 file in its tags, and reads its planes.
 #pragma once
 
 #include "imagefiles/dmtags.h"
@@ -6,23 +6,24 @@
 
 namespace tessera {
 
+/// The image of a file, which has one or many planes.
 struct DmImage {
-    const TagDirectory* pTags = nullptr;  ///< its group in "ImageList"; belongs to the tags
+    const TagDirectory* pTags = nullptr;  ///< its group in "ImageList", which belongs to the DmTags
     int nWidth = 0;
     int nHeight = 0;
-    int nPlanes = 1;  ///< that the file holds whole: frames of a stack, sections of a volume
+    int nPlanes = 1;  ///< complete planes: frames of a stack, or sections of a volume
     qint64 nPlanesTold = 1;
     int nDataType = 0;
-    quint64 nOffset = 0;  ///< of the first plane
+    quint64 nOffset = 0;  ///< place of the first plane in the file, bytes
     quint64 nPlaneBytes = 0;
 };
 
-/// The image proper: of DM4 files the first of "ImageList" that is no thumbnail and can be read, of DM3 files
-/// the one that DM3File takes. All sizes are checked against the data that the file has.
-/// @param strReason  why there is none, in the words of DM3File::GetImage()
+/// Finds the image: in DM4 files the first one of "ImageList" that is no thumbnail and can be read, in DM3
+/// files the one that DM3File reads. All sizes are checked against the data of the file.
+/// @param strReason  takes why there is none, in the words of DM3File::GetImage()
 bool findDmImage(const DmTags& tags, DmImage& image, QString& strReason);
 
-/// Reads planes and appends them, the first row of the data as the first row of the image; arguments and
+/// Reads planes and appends them. The first row of the data is the first row of the image. Arguments and
 /// result are those of FrameFormat::fnRead.
 bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFirst, int nMaxImages,
                   ImageList& vecImage, QString& strReason);

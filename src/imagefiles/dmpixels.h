@@ -1,4 +1,4 @@
-// The pixels of DM3 and DM4 files, by the data type of an image.
+// DM pixels: converts the pixels of DM3 and DM4 files by their data type.
 #pragma once
 
 #include <QString>
@@ -8,13 +8,13 @@
 
 namespace tessera {
 
-/// Bytes of a pixel; 0 for a type that is not read: all but whole and real numbers.
+/// Bytes of a pixel; 0 for a type that is neither whole nor real numbers, which is not read.
 size_t dmPixelSize(int nDataType);
 
-/// What pixels of a type that is not read are, " (complex)"; empty for a number without a meaning.
+/// The name of a type that is not read, such as " (complex)"; empty for an unknown type.
 QString dmPixelName(int nDataType);
 
-/// Converts nCount pixels of a type that is read.
+/// Converts nCount pixels of a type that can be read.
 void dmPixelsToFloat(int nDataType, bool bBigEndian, const uint8_t* pSource, size_t nCount, float* pfTarget);
 
 }  // namespace tessera

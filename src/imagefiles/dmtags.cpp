@@ -16,20 +16,21 @@ namespace {
 constexpr int g_nTypeStructure = 15, g_nTypeArray = 20;
 constexpr uint8_t g_nKindGroup = 20, g_nKindEntry = 21;
 
-/// What the info words of an entry tell of its data.
+/// The layout of the data of an entry, from its info words.
 struct DataLayout {
     const std::vector<quint64>& vecInfo;
-    quint64 nTypes;  ///< the codes below this are known
+    quint64 nTypes;  ///< number of known type codes
     quint64 nElement = 0;
     quint64 nCount = 1;
 
-    /// Bytes of one element; 0 for a code that is not known.
+    /// The bytes of an element; 0 for an unknown code.
     size_t elementSize(quint64 nType) const
     {
         const size_t anSize[] = {0, 0, 2, 4, 2, 4, 4, 8, 1, 1, 1, 8, 8};
         return nType < nTypes ? anSize[nType] : 0;
     }
-    /// Of a structure, whose number of fields is the word nFirst; nAfter words follow the last field.
+    /// The layout of a structure, whose number of fields is the word nFirst; nAfter words follow the last
+    /// field.
     bool structure(size_t nFirst, size_t nAfter)
     {
         if (vecInfo.size() <= nFirst || vecInfo[nFirst] > vecInfo.size() ||
@@ -41,7 +42,8 @@ struct DataLayout {
         }
         return true;
     }
-    /// False for none of the known forms.
+    /// Decides which form it has.
+    /// @return false for an unknown form
     bool decide()
     {
         if (vecInfo.empty()) {
@@ -75,20 +77,21 @@ public:
 private:
     bool isLong() const { return m_tags.nVersion == 4; }
     quint64 wordSize() const { return isLong() ? 8 : 4; }
-    /// Of the tags at this depth in DM4 files, which can be passed over.
+    /// Whether a tag at this depth of a DM4 file is needed, or can be skipped.
     bool isUseful(const std::string& strLabel, int nDepth) const
     {
         if (nDepth == 0) {
             return strLabel == "ImageList" || strLabel == "Thumbnails";
         }
-        return !m_bPixelsOnly || nDepth != 2 || strLabel != "ImageTags";  // of ImageList/[k]
+        return !m_bPixelsOnly || nDepth != 2 || strLabel != "ImageTags";  // in ImageList/[k]
     }
     bool fail(const QString& strReason)
     {
         m_strReason = strReason;
         return false;
     }
-    /// Up to nWindow bytes at nOffset; false where they end behind nEnd, with the reason.
+    /// Reads up to nWindow bytes at nOffset.
+    /// @return false, with the reason, where they end after nEnd
     bool bytes(quint64 nOffset, quint64 nEnd, void* pTarget, quint64 nSize);
     bool word(quint64& nOffset, quint64 nEnd, quint64& nWord);
     bool readGroup(TagDirectory& group, quint64& nOffset, quint64 nEnd, int nDepth);
@@ -96,14 +99,14 @@ private:
     bool readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd);
     bool readInfo(std::vector<quint64>& vecInfo, quint64& nOffset, quint64 nEnd);
 
-    static constexpr qint64 nWindow = 65536;  // more than the longest label; tags are many and small
+    static constexpr qint64 nWindow = 65536;  // bytes, more than the longest label; tags are many and small
 
     QFile& m_file;
     const bool m_bPixelsOnly;
     DmTags& m_tags;
     QString& m_strReason;
     int m_nTags = 0;
-    std::vector<uint8_t> m_vecWindow = std::vector<uint8_t>(nWindow);  // of the file, from m_nWindow on
+    std::vector<uint8_t> m_vecWindow = std::vector<uint8_t>(nWindow);  // bytes of the file from m_nWindow on
     quint64 m_nWindow = 0;
     quint64 m_nInWindow = 0;
 };
@@ -153,7 +156,7 @@ bool CWalker::walk()
         return fail(QStringLiteral("version %1; this is a reader of versions 3 and 4").arg(nVersion));
     }
     m_tags.nVersion = int(nVersion);
-    quint64 nOffset = 4 + wordSize();  // behind the length of the file
+    quint64 nOffset = 4 + wordSize();  // after the length of the file
     if (!bytes(nOffset, m_tags.nFileSize, aOrder, 4)) {
         return false;
     }
@@ -253,7 +256,7 @@ bool CWalker::readInfo(std::vector<quint64>& vecInfo, quint64& nOffset, quint64 
     if (nInfo == 0 || nInfo > (nEnd - nOffset) / wordSize()) {
         return fail(QStringLiteral("info array of %1 words at byte %2").arg(nInfo).arg(nOffset));
     }
-    constexpr quint64 nMostWords = 4096;  // a structure of 2000 fields; real files have a few
+    constexpr quint64 nMostWords = 4096;  // words of a structure of 2000 fields; real files have a few
     if (nInfo > nMostWords) {
         return isLong() || fail(QStringLiteral("info array of %1 words at byte %2").arg(nInfo).arg(nOffset));
     }
@@ -272,7 +275,9 @@ bool CWalker::readEntry(DmEntry& entry, quint64& nOffset, quint64 nEnd)
     if (!readInfo(vecInfo, nOffset, nEnd)) {
         return false;
     }
-    DataLayout layout = {vecInfo, isLong() ? quint64(13) : quint64(11)};  // whole numbers of 64 bits are new
+    DataLayout layout = {
+        vecInfo,
+        isLong() ? quint64(13) : quint64(11)};  // codes for whole numbers of 64 bits came with version 4
     if (!layout.decide()) {
         return isLong() || fail(QStringLiteral("entry of an unknown form at byte %1").arg(nOffset));
     }
@@ -311,7 +316,7 @@ double element(const TagEntry& entry, bool bBigEndian)
                       : elementFromBytes<T, false>(entry.pData.get()));
 }
 
-/// Code of the first number of an entry.
+/// The type code of the first number of an entry.
 int typeOf(const TagEntry& entry)
 {
     const std::vector<int>& vecInfo = entry.vecInfo;
@@ -377,7 +382,7 @@ QString dmText(const DmTags& tags, const Tag* pTag)
                                          : qFromLittleEndian<quint16>(pEntry->pData.get() + n));
         }
     }
-    return str.left(str.indexOf(QChar(0)));  // all of it where there is none
+    return str.left(str.indexOf(QChar(0)));  // the whole text where there is no NUL
 }
 
 const Tag* dmChild(const TagDirectory* pGroup, const char* pLabel)

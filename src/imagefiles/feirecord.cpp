@@ -10,14 +10,14 @@ namespace tessera {
 
 namespace {
 
-/// Place of a field, and of the bit that says that it is filled in.
+/// The place of a field, and of the bit that tells whether it is filled in.
 struct Field {
     int nMask;  ///< from 0
     int nBit;
     int nOffset;
 };
 
-const int g_anMask[] = {8, 297, 490, 748};  // places of the masks
+const int g_anMask[] = {8, 297, 490, 748};  // offsets of the masks
 
 const Field g_fieldApplication = {0, 3, 52}, g_fieldApplicationVersion = {0, 4, 68},
             g_fieldHighTension = {0, 5, 84}, g_fieldAlphaTilt = {0, 7, 100}, g_fieldTiltAxis = {0, 12, 140},
@@ -31,7 +31,7 @@ class CRecord {
 public:
     CRecord(const QByteArray& bytes, bool bBigEndian) : m_bytes(bytes), m_bBigEndian(bBigEndian) {}
 
-    /// NaN where the record has none.
+    /// A real number; NaN where the record does not have it.
     double real(const Field& field) const
     {
         double df = std::numeric_limits<double>::quiet_NaN();
@@ -90,8 +90,9 @@ bool isAngle(double df)
 
 void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& header)
 {
-    // Metres in an image, 1/m in a diffraction pattern: nothing is as large as a metre, and no pixel of a
-    // pattern as small as 1/m. A microscope in STEM is in diffraction mode while it takes images.
+    // The size is in metres for images and in 1/m for diffraction patterns. No pixel of an image is as
+    // large as a metre, and none of a pattern as small as 1/m. The mode alone does not decide, as a
+    // microscope in STEM is in diffraction mode while it takes images.
     constexpr double dfSmallestOfPatterns = 1;
     const double dfX = record.real(g_fieldPixelX), dfY = record.real(g_fieldPixelY);
     if (!(dfX > dfSmallestOfPatterns)) {
@@ -112,8 +113,8 @@ void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& heade
     }
 }
 
-/// Start, end and step may be those of the frame or of the whole run. A run of frames that turned while they
-/// were taken has as many steps as images, one of frames that stood still a step less.
+/// Start, end and step may be those of the frame or those of the whole run. A run of frames that rotated
+/// during the exposure has as many steps as images, one of resting frames has one less.
 void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameHeader& header)
 {
     const double dfStart = record.real(g_fieldStartTilt), dfEnd = record.real(g_fieldEndTilt),
@@ -129,12 +130,13 @@ void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameH
     }
     const QString strStart = strKind + QStringLiteral(": start tilt");
     const double dfSteps = (dfEnd - dfStart) / dfStep, dfOfRun = header.nImages;
-    if (std::abs(dfSteps - 1) < 0.01 && header.nImages != 2) {  // of two it may be the way between them
+    if (std::abs(dfSteps - 1) < 0.01 &&
+        header.nImages != 2) {  // with two images it may be the step between them
         header.tiltStart = told(dfStart, strStart);
     } else if (header.nImages > 1 && std::abs(dfSteps - dfOfRun) < 0.5) {
         header.tiltStart = told(dfStart + nImage * dfStep, strStart);
     } else if (header.nImages > 1 && std::abs(dfSteps - (dfOfRun - 1)) < 0.5) {
-        return;  // each has its tilt
+        return;  // each image has its tilt
     } else {
         header.listDoubt += QStringLiteral(
                                 "Start and end tilt (%1 and %2 degrees) are those of the whole "
@@ -180,7 +182,7 @@ void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHe
 void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header)
 {
     const double dfX = record.integer(g_fieldBeamX), dfY = record.integer(g_fieldBeamY);
-    // The programs leave 0 and 0 when they know none.
+    // Programs leave 0 and 0 when the position is unknown.
     if (!(dfX >= 0 && dfX < header.size.width() && dfY >= 0 && dfY < header.size.height()) ||
         (dfX == 0 && dfY == 0)) {
         return;
@@ -194,7 +196,7 @@ void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header
 
 int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian)
 {
-    // Later versions may be longer than the 768 and 888 bytes of the first two, as the size is told.
+    // The first two versions have 768 and 888 bytes. Later ones may be longer, as the size is given.
     constexpr qint32 nSmallest = 768, nLargest = 4096;
     if (bytesFirst.size() < 4) {
         return 0;

@@ -1,4 +1,4 @@
-// What a record "FEI1" or "FEI2" of an MRC file's extended header tells of a section.
+// FEI record: a record "FEI1" or "FEI2" in the extended header of an MRC file, which describes a section.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -7,12 +7,12 @@
 
 namespace tessera {
 
-/// The number of bytes of such a record, which is its first field; 0 when these 4 bytes are none in either
-/// order. The records in a file are of one size.
-/// @param bBigEndian  the order of the file; becomes that of the records, where it is the other
+/// The size of a record, which is its first field; 0 when these 4 bytes are no valid size in either byte
+/// order. All records of a file have the same size.
+/// @param bBigEndian  byte order of the file; changed to that of the records if it differs
 int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian);
 
-/// Adds what a whole record tells to a header that has its size and number of images.
+/// Adds what a complete record tells to a header that already has its size and number of images.
 void tellFeiRecord(const QByteArray& bytesRecord, bool bBigEndian, const QString& strKind, int nImage,
                    FrameHeader& header);
 

@@ -4,9 +4,9 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t g_nMostKept = size_t(72) << 20;  ///< a frame of 4096 x 4096 floats and the tags around it
+constexpr size_t g_nMostKept = size_t(72) << 20;  ///< bytes, for a frame of 4096 x 4096 floats with its tags
 
-/// The block that this thread keeps. Plain data, so that it can still be asked while the thread ends.
+/// The block that this thread keeps. It is plain data, which can be used even while the thread ends.
 struct KeptBlock {
     uint8_t* pBlock;
     size_t nSize;
@@ -14,7 +14,7 @@ struct KeptBlock {
 };
 thread_local KeptBlock t_kept = {nullptr, 0, false};
 
-/// Frees the kept block at the end of the thread; blocks that come back later are freed at once.
+/// Frees the kept block at the end of the thread. Blocks that are released later are freed at once.
 struct KeptBlockOwner {
     ~KeptBlockOwner()
     {
@@ -31,7 +31,7 @@ void giveBack(uint8_t* pBlock, size_t nSize)
         delete[] pBlock;
         return;
     }
-    t_owner.touch();  // a thread-local object is made, and so later destroyed, at its first use
+    t_owner.touch();  // constructs the thread-local object, so that it will be destroyed
     delete[] t_kept.pBlock;
     t_kept.pBlock = pBlock;
     t_kept.nSize = nSize;
@@ -43,7 +43,7 @@ std::shared_ptr<uint8_t> makeFileBuffer(size_t nSize)
 {
     uint8_t* pBlock = nullptr;
     size_t nBlock = nSize;
-    // a much larger block is not held up by a small file
+    // A much larger block is not kept occupied by a small file.
     if (t_kept.pBlock && t_kept.nSize >= nSize && t_kept.nSize / 4 <= nSize) {
         pBlock = t_kept.pBlock;
         nBlock = t_kept.nSize;

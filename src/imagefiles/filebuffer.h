@@ -1,4 +1,4 @@
-// Memory that a file is read into, kept for the next file of the same thread.
+// File buffer: memory that a file is read into, which is kept for the next file of the same thread.
 #pragma once
 
 #include <cstddef>
@@ -7,11 +7,11 @@
 
 namespace tessera {
 
-/// A block of at least `nSize` bytes with undefined content.
+/// Returns a block of at least `nSize` bytes with undefined content.
 ///
-/// When the last owner lets go, the block is kept for the thread's next file, at most one per thread and
-/// of at most 72 MiB: a series has hundreds of frames of one size, and fresh pages from the system cost
-/// ten times what reading into known ones does.
+/// When its last owner releases it, the block is kept for the next file of the thread, at most one of at
+/// most 72 MiB per thread. A series has hundreds of frames of one size, and new pages from the system cost
+/// ten times as much as reading into used ones.
 ///
 /// @throws std::bad_alloc
 std::shared_ptr<uint8_t> makeFileBuffer(size_t nSize);

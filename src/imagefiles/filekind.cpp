@@ -11,7 +11,8 @@ namespace tessera {
 
 namespace {
 
-/// MRC files of before the year 2000 have no mark, but a length that fits their sizes to the byte.
+/// Whether a file can be an MRC file from before 2000. These have no magic bytes, but their length fits the
+/// sizes exactly.
 bool isOldMrc(const QByteArray& bytesHead, qint64 nFileSize)
 {
     if (bytesHead.size() < int(g_nMrcHeaderSize) || nFileSize < bytesHead.size()) {

@@ -1,12 +1,12 @@
-// What kind of image a file holds by its content, where its name says another.
+// File kind: recognizes files by their content where the name says another kind.
 #pragma once
 
 #include <QString>
 
 namespace tessera {
 
-/// What to do with a file whose content has no magic bytes but is known, and whose suffix belongs to another
-/// kind: an MRC file of before the year 2000; empty else. For the reason why a file could not be read.
+/// A hint for the reason why a file could not be read: what to do with a file of a known kind without magic
+/// bytes (an MRC file from before 2000) whose suffix belongs to another kind. Empty for other files.
 QString misnamedHint(const QString& strFileName);
 
 }  // namespace tessera

@@ -25,7 +25,8 @@ namespace tessera {
 
 namespace {
 
-/// Of a format whose files hold one image.
+/// The fault of a file that has only one image, when another one is wanted.
+/// @return whether there is this fault
 bool hasNoImage(int nFirst, QString& strReason)
 {
     if (nFirst > 0) {
@@ -61,7 +62,7 @@ bool hasMagic(const FrameFormat& format, const QByteArray& bytesHead)
 
 QByteArray headOf(const QString& strFileName)
 {
-    constexpr int nHeadSize = 256;  // beyond the last of the magic bytes
+    constexpr int nHeadSize = 256;  // bytes, includes all magic bytes
     QFile file(strFileName);
     QString strReason;
     return openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)
@@ -123,7 +124,7 @@ FrameHeader frameHeader(const QString& strFrame)
     const FrameName name = frameName(strFrame);
     try {
         return format.fnReadHeader ? format.fnReadHeader(name.strFile, name.nImage) : FrameHeader();
-    } catch (const std::exception&) {  // no memory for the tags: the image may be read all the same
+    } catch (const std::exception&) {  // memory for the tags was short; the image may still be read
         return {};
     }
 }

@@ -1,4 +1,4 @@
-// HalfFloat: a floating point number of 16 bits as files hold it.
+// HalfFloat: a floating point number of 16 bits.
 #pragma once
 
 #include <cstdint>
@@ -6,15 +6,16 @@
 
 namespace tessera {
 
-/// An element for convertPixels(); every value is exact as a float.
+/// An element type for convertPixels(). Every value is exact as a float.
 /// Source: IEEE 754-2008, binary16.
 struct HalfFloat {
     uint16_t nBits;
 
+    /// The value.
     explicit operator float() const
     {
-        // The fields moved to those of a float, whose exponent is biased by 112 more: the factor mends that
-        // for denormal numbers too. Infinity and NaN get the highest exponent.
+        // The fields are moved to those of a float, whose exponent has a bias that is greater by 112. The
+        // factor corrects this for denormal numbers, too. Infinity and NaN get the highest exponent.
         const uint32_t nMagnitude = uint32_t(nBits & 0x7fffu) << 13;
         const uint32_t nSign = uint32_t(nBits & 0x8000u) << 16;
         float f;

@@ -16,9 +16,9 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t g_nSmall = 64 << 20;  ///< bytes for which nobody asks how much memory is left
+constexpr uint64_t g_nSmall = 64 << 20;  ///< bytes; for fewer the available memory is not checked
 
-/// Elements between neighbours along each axis of a block.
+/// The distance of neighbours along each axis of a block, in elements.
 std::vector<uint64_t> stridesOf(const std::vector<hsize_t>& vecLength)
 {
     std::vector<uint64_t> vecStride(vecLength.size(), 1);
@@ -28,7 +28,7 @@ std::vector<uint64_t> stridesOf(const std::vector<hsize_t>& vecLength)
     return vecStride;
 }
 
-/// Whether rows and columns are the last axes, so that the plane is one piece of a block of elements.
+/// Whether rows and columns are the last two axes, so that a plane is contiguous in a block of elements.
 bool isLastAxes(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
     const int nAxes = int(layout.vecLength.size());
@@ -36,7 +36,7 @@ bool isLastAxes(const Hdf5Layout& layout, const Hdf5Plane& plane)
            (plane.nColumnAxis == nAxes - 1 && (plane.nRowAxis == nAxes - 2 || plane.nRowAxis < 0));
 }
 
-/// Whether a plane is of a size that an image may have, and that packed bytes of the file's length can give.
+/// Whether a plane has a size that an image may have and that a packed file of this length can have.
 bool isPossible(const Hdf5Layout& layout, const Hdf5Plane& plane, QString& strReason)
 {
     strReason.clear();
@@ -71,7 +71,7 @@ bool fetchByLibrary(hid_t idDataSet, const Hdf5Layout& layout, const Hdf5Plane& 
     return H5Dread(idDataSet, idType, idMemory, idSpace, H5P_DEFAULT, pTarget) >= 0;
 }
 
-/// The chunks that a plane passes through, row by row.
+/// The chunks that a plane intersects, row by row.
 std::vector<Hdf5Fetched::Chunk> chunksOf(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
     std::vector<hsize_t> vecFirst(layout.vecChunk.size());
@@ -97,7 +97,7 @@ std::vector<Hdf5Fetched::Chunk> chunksOf(const Hdf5Layout& layout, const Hdf5Pla
     return vecChunk;
 }
 
-/// As many chunks as a file of this length can hold, each with an entry of some bytes in an index.
+/// Whether a file of this length can have as many chunks, as each has an entry of some bytes in an index.
 bool canHoldChunks(const Hdf5Layout& layout, const Hdf5Plane& plane)
 {
     uint64_t nChunks = 1;
@@ -145,7 +145,7 @@ bool fetchChunks(hid_t idDataSet, const Hdf5Layout& layout, Hdf5Fetched& fetched
     return true;
 }
 
-/// Bytes of elements with steps between them.
+/// Copies elements with a constant distance from each other.
 void copyRow(const uint8_t* pSource, uint64_t nStride, uint64_t nCount, size_t nSize, uint8_t* pTarget)
 {
     if (nStride == 1) {
@@ -157,7 +157,7 @@ void copyRow(const uint8_t* pSource, uint64_t nStride, uint64_t nCount, size_t n
     }
 }
 
-/// Copies the part of a plane that lies in a chunk; without a source, the element for what was never written.
+/// Copies the part of a plane that is in a chunk. Without a source the fill value is used.
 void copyFromChunk(const Hdf5Layout& layout, const Hdf5Plane& plane, const Hdf5Fetched::Chunk& chunk,
                    const uint8_t* pChunk, uint8_t* pTarget)
 {
@@ -292,7 +292,7 @@ std::shared_ptr<uint8_t> unpackPlane(const Hdf5Layout& layout, const Hdf5Plane& 
         throw std::bad_alloc();
     }
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(nPlane);
-    // a chunk that is the plane is unpacked in its place
+    // A chunk that is the whole plane is unpacked in place.
     const bool bInPlace = fetched.vecChunk.size() == 1 && nChunk == nPlane && isLastAxes(layout, plane) &&
                           fetched.vecChunk[0].vecPlace == plane.vecPlace;
     const std::shared_ptr<uint8_t> pChunk = bInPlace ? pPlane : makeFileBuffer(size_t(nChunk));

@@ -19,7 +19,8 @@ namespace {
 
 constexpr int g_nDeflate = 1, g_nShuffle = 2, g_nChecksum = 3, g_nLz4 = 32004, g_nBitshuffle = 32008;
 constexpr size_t g_nChecksumSize = 4;
-constexpr size_t g_nPackedHeader = 12;  ///< of g_nLz4 and bitshuffle: length of all, length of a block
+/// Bytes, for g_nLz4 and bitshuffle: length of all, length of a block.
+constexpr size_t g_nPackedHeader = 12;
 constexpr unsigned g_nBitshufflePlain = 0, g_nBitshuffleLz4 = 2, g_nBitshuffleZstd = 3;
 
 unsigned clientValue(const Hdf5Filter& filter, size_t n)
@@ -27,7 +28,7 @@ unsigned clientValue(const Hdf5Filter& filter, size_t n)
     return n < filter.vecClient.size() ? filter.vecClient[n] : 0;
 }
 
-/// Bytes of a chunk as they come out of a filter.
+/// The bytes of a chunk after a filter.
 struct ChunkBytes {
     const uint8_t* p;
     size_t n;
@@ -45,7 +46,7 @@ bool damaged(const char* pszPacking, QString& strReason)
     return false;
 }
 
-/// zlib's counters have 32 bits.
+/// Undoes deflate. The counters of zlib have 32 bits, so larger chunks are refused.
 bool inflateChunk(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& strReason)
 {
     if (source.n > std::numeric_limits<uInt>::max() || nTarget > std::numeric_limits<uInt>::max()) {
@@ -66,7 +67,8 @@ bool inflateChunk(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& 
     return bWhole || damaged("deflate", strReason);
 }
 
-/// Bytes of like weight lie together. What does not fill an element stays at the end.
+/// Undoes shuffle, which stores bytes of equal weight together. The bytes of an incomplete element stay at
+/// the end.
 void unshuffleBytes(ChunkBytes source, size_t nElementSize, uint8_t* pTarget)
 {
     const size_t nCount = source.n / nElementSize;
@@ -80,8 +82,8 @@ void unshuffleBytes(ChunkBytes source, size_t nElementSize, uint8_t* pTarget)
     std::memcpy(pTarget + nDone, source.p + nDone, source.n - nDone);
 }
 
-/// Takes the header of g_nLz4 or bitshuffle off. @return false when it tells another size than that of the
-/// chunk
+/// Removes the header of g_nLz4 or bitshuffle.
+/// @return false when it gives a size other than that of the chunk
 bool takePackedHeader(ChunkBytes& source, size_t nTarget, size_t& nBlockBytes, QString& strReason)
 {
     if (source.n < g_nPackedHeader) {
@@ -97,7 +99,7 @@ bool takePackedHeader(ChunkBytes& source, size_t nTarget, size_t& nBlockBytes, Q
     return true;
 }
 
-/// Takes the next block off, with its length in front of it.
+/// Removes the next block, which follows its length.
 bool takeBlock(ChunkBytes& source, ChunkBytes& block)
 {
     if (source.n < 4) {
@@ -134,7 +136,7 @@ bool unpackLz4(ChunkBytes source, uint8_t* pTarget, size_t nTarget, QString& str
         if (!takeBlock(source, block)) {
             return tooShort(strReason);
         }
-        if (block.n == nNext) {  // what does not get smaller is stored as it is
+        if (block.n == nNext) {  // a block that packing would not shorten is stored unpacked
             std::memcpy(pTarget + nDone, block.p, nNext);
         } else if (!unpackBlock(block, pTarget + nDone, nNext)) {
             return damaged("LZ4", strReason);
@@ -179,7 +181,7 @@ bool unpackBitshuffle(const Hdf5Filter& filter, ChunkBytes source, size_t nEleme
         unshuffleBits(block.p, nNext / nElementSize, nElementSize, pTarget + nDone);
         nDone += nNext;
     }
-    if (source.n < nTarget - nDone) {  // up to seven elements are stored as they are
+    if (source.n < nTarget - nDone) {  // up to seven elements at the end are stored unpacked
         return tooShort(strReason);
     }
     std::memcpy(pTarget + nDone, source.p, nTarget - nDone);
@@ -243,9 +245,9 @@ bool decodeChunk(const std::vector<Hdf5Filter>& vecFilter, uint32_t nSkipped, si
                  const uint8_t* pSource, size_t nSource, uint8_t* pTarget, size_t nTarget, QString& strReason)
 {
     ChunkBytes source = {pSource, nSource};
-    std::shared_ptr<uint8_t> pBetween;  // holds what `source` points to after the first filter
+    std::shared_ptr<uint8_t> pBetween;  // owns the bytes of `source` after the first filter
     bool bInTarget = false;
-    // Before the filter that packs, a checksum has made the chunk longer by its four bytes.
+    // A checksum, applied before the packing filter, has made the chunk longer by four bytes.
     size_t nInside = nTarget;
     for (size_t i = 0; i < vecFilter.size() && !packs(vecFilter[i]); ++i) {
         nInside += vecFilter[i].nId == g_nChecksum && !(nSkipped >> i & 1) ? g_nChecksumSize : 0;

@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-/// A value at a path of keys.
+/// The value at a path of keys.
 QJsonValue valueAt(const QJsonObject& object, std::initializer_list<QString> listKey)
 {
     QJsonValue value = object;
@@ -39,7 +39,7 @@ ToldNumber above0(double df, const char* pszSource)
     return std::isfinite(df) && df > 0 ? ToldNumber{df, QLatin1String(pszSource)} : ToldNumber{};
 }
 
-/// The camera among the detectors that the text lists.
+/// The camera in the list of detectors of the text.
 QJsonObject cameraOf(const QJsonObject& object)
 {
     const QJsonObject detectors = object.value(QLatin1String("Detectors")).toObject();
@@ -60,7 +60,8 @@ QJsonObject cameraOf(const QJsonObject& object)
     return {};
 }
 
-/// In imaging the camera length is that of the last diffraction pattern, and pixels are lengths.
+/// Reads the scale. In imaging mode, the camera length is that of the last diffraction pattern, and pixels
+/// are lengths.
 void readVeloxScale(const QJsonObject& object, FrameHeader& header)
 {
     const QString strUnit = valueAt(object, {"BinaryResult", "PixelUnitX"}).toString();
@@ -183,7 +184,7 @@ void readBerkeley(hid_t idFile, const QString& strPath, Hdf5Series& series)
     const Hdf5Block& block = series.vecBlock.front();
     const QByteArray strGroup = block.strPath.left(block.strPath.lastIndexOf('/'));
     const size_t nAxes = block.layout.vecLength.size();
-    // axes are counted from 1 in the first version and from 0 in files of later ones
+    // Axes are counted from 1 in the first version of the layout and from 0 in later ones.
     const bool bFrom0 = openObject(idFile, strGroup + "/dim0").isOpen();
     const QByteArray strAxis = strGroup + "/dim" + QByteArray::number(qlonglong(nAxes) - (bFrom0 ? 1 : 0));
     const CHdf5Id idAxis = openDataSet(idFile, strAxis);

@@ -46,8 +46,8 @@ void convert(const Hdf5Layout& layout, const uint8_t* pSource, size_t nCount, fl
     }
 }
 
-/// Pixels of 16 bits; those with the greatest number become NaN, whose bits may all be set. In one pass, as
-/// most frames are of this kind, with an inner loop as in convertPixels().
+/// Converts pixels of 16 bits. Those with the greatest number, whose bits are all set, become NaN. All is
+/// done in one pass, as most frames are of this kind, with an inner loop as in convertPixels().
 template <bool bSwap>
 void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __restrict pTarget)
 {
@@ -73,9 +73,9 @@ void convertMarked(const uint8_t* __restrict pSource, size_t nCount, float* __re
     }
 }
 
-/// Positive numbers from a bound on become NaN. Their bits are ordered as they are themselves, and bits that
-/// are all set are a NaN: that is what lets the compiler use vector instructions, with an inner loop of fixed
-/// length.
+/// Replaces positive numbers from a bound on by NaN. As bit patterns of positive numbers are ordered like
+/// the numbers, and a pattern of ones is NaN, the compiler can use vector instructions in the inner loop of
+/// fixed length.
 void blankFrom(float fBound, float* pPixels, size_t nCount)
 {
     constexpr size_t nBlock = 64;
@@ -95,15 +95,15 @@ void blankFrom(float fBound, float* pPixels, size_t nCount)
     }
 }
 
-/// Converts pixels; those without a measurement become NaN.
+/// Converts pixels. Those without a measurement become NaN.
 void convertAndBlank(const Hdf5Series& series, const Hdf5Layout& layout, const uint8_t* pSource,
                      size_t nCount, float* pTarget)
 {
     const bool bUnsigned = !layout.bFloat && !layout.bSigned;
-    // of 32 bits and more, float has the numbers just below the mark on the mark
+    // With 32 bits and more, the numbers just below the mark are rounded to the mark, too.
     const float fMark = float(std::ldexp(1.0, int(8 * layout.nElementSize)) - 1);
     const float fLeast = float(series.dfUnderload);
-    constexpr size_t nLongest = 8192;  // stays in the processor's cache between the two steps
+    constexpr size_t nLongest = 8192;  // pixels that stay in the cache between the two steps
     for (size_t n = 0; n < nCount; n += nLongest) {
         const size_t nStrip = std::min(nLongest, nCount - n);
         const uint8_t* pStrip = pSource + n * layout.nElementSize;
@@ -130,7 +130,7 @@ void convertAndBlank(const Hdf5Series& series, const Hdf5Layout& layout, const u
     }
 }
 
-/// The block that an image lies in, and the image's number within; none for one behind the last.
+/// The block of an image, and the number of the image in it; null for a number after the last one.
 const Hdf5Block* blockOfImage(const Hdf5Series& series, int nImage, int& nInBlock)
 {
     nInBlock = nImage;
@@ -143,7 +143,7 @@ const Hdf5Block* blockOfImage(const Hdf5Series& series, int nImage, int& nInBloc
     return nullptr;
 }
 
-/// Reads under the lock and unpacks without it, so that several threads unpack at the same time.
+/// Reads with the lock and unpacks without it, so that several threads can unpack at the same time.
 std::shared_ptr<uint8_t> readPlane(const Hdf5Block& block, const Hdf5Plane& plane, QString& strReason)
 {
     Hdf5Fetched fetched;
@@ -170,6 +170,7 @@ std::shared_ptr<uint8_t> readPlane(const Hdf5Block& block, const Hdf5Plane& plan
     return unpackPlane(block.layout, plane, fetched, strReason);
 }
 
+/// Reads an image.
 /// @return null with the reason
 std::unique_ptr<CImgObj<float>> readImage(const Hdf5Series& series, int nImage, QString& strReason)
 {
@@ -196,7 +197,8 @@ std::unique_ptr<CImgObj<float>> readImage(const Hdf5Series& series, int nImage, 
     auto pImage = std::make_unique<CImgObj<float>>();
     const size_t nWidth = size_t(columnsOf(pBlock->layout, plane));
     const size_t nHeight = size_t(rowsOf(pBlock->layout, plane));
-    constexpr size_t nSmall = size_t(64) << 20;  // asking costs more than reading a small frame
+    // Bytes; checking the available memory takes longer than reading such a frame.
+    constexpr size_t nSmall = size_t(64) << 20;
     const size_t nBytes = nWidth * nHeight * sizeof(float);
     if ((nBytes > nSmall && !hasMemoryFor(nBytes)) || !pImage->Create(int(nWidth), int(nHeight))) {
         throw std::bad_alloc();
@@ -223,7 +225,7 @@ bool readHdf5Frames(const QString& strFileName, int nFirst, int nMaxImages, Imag
     ImageList vecRead;
     for (int i = nFirst; i < nImages && int(vecRead.size()) < nMaxImages; ++i) {
         auto pImage = readImage(*pSeries, i, strReason);
-        if (!pImage) {  // those behind it would move up by one
+        if (!pImage) {  // the images after it would get wrong numbers
             strReason =
                 QStringLiteral("image %1 of %2 cannot be read: %3").arg(i + 1).arg(nImages).arg(strReason);
             break;

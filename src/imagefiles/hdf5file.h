@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Reads images of a file as FrameFormat::fnRead asks for it.
+/// Reads images of a file for FrameFormat::fnRead.
 bool readHdf5Frames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                     QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readHdf5Header(const QString& strFileName, int nImage);
 
 }  // namespace tessera

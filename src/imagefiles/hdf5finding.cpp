@@ -12,9 +12,9 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t g_nMostNames = 20000;  ///< of members of a group
+constexpr size_t g_nMostNames = 20000;  ///< members of a group
 
-/// Walks through all groups of a file, each of them once however they are linked.
+/// Visits all groups of a file, each once even if several links lead to it.
 class CWalk {
 public:
     explicit CWalk(hid_t idFile) : m_idFile(idFile) {}
@@ -52,8 +52,8 @@ private:
     size_t m_nObjects = 0;
 };
 
-/// The largest of the file's data sets of two or three axes that can be read, in EMD files those of groups
-/// that are marked so.
+/// Finds the largest readable data set of two or three axes; in EMD files, only in groups that are marked
+/// as data.
 bool findLargest(hid_t idFile, const QString& strPath, Hdf5Series& series, QString& strReason)
 {
     uint64_t nLargest = 0;
@@ -103,7 +103,7 @@ bool findLargest(hid_t idFile, const QString& strPath, Hdf5Series& series, QStri
     return true;
 }
 
-/// Every image has the size of the first one that can be read.
+/// Refuses blocks whose images do not have the size of the first readable one.
 void refuseOtherSizes(Hdf5Series& series)
 {
     QSize size;

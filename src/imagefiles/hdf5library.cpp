@@ -16,7 +16,8 @@ namespace {
 constexpr size_t g_nLongestText = 65536;
 constexpr hssize_t g_nMostNumbers = 64;
 
-/// Called by HDF5 before it follows a link to another file. @return a failure, always
+/// Called by HDF5 before it follows a link to another file.
+/// @return always a failure
 herr_t refuseExternal(const char*, const char*, const char*, const char*, unsigned*, hid_t, void*)
 {
     return -1;
@@ -41,7 +42,7 @@ herr_t addName(hid_t, const char* pszName, const H5L_info_t*, void* p)
     return pList->vecName.size() < pList->nMost ? 0 : 1;
 }
 
-/// Reads one text by a function that reads elements of the type it is given.
+/// Reads a text by a function that reads elements of a given type.
 template <class READ>
 QString oneText(hid_t idType, hid_t idSpace, const READ& read)
 {
@@ -69,7 +70,8 @@ QString oneText(hid_t idType, hid_t idSpace, const READ& read)
     return read(idMemory, bytes.data()) >= 0 ? QString::fromUtf8(bytes.constData()).trimmed() : QString();
 }
 
-/// Whether a data set is stored in this file, and small enough for a library that trusts what it finds.
+/// Whether a data set is stored in this file, and small enough that the library, which does not check
+/// sizes, is safe.
 bool isPlain(hid_t idDataSet)
 {
     const CHdf5Id idCreate(H5Dget_create_plist(idDataSet));
@@ -82,7 +84,7 @@ CHdf5Lock::CHdf5Lock()
 {
     static std::recursive_mutex s_mutex;
     m_lock = std::unique_lock<std::recursive_mutex>(s_mutex);
-    H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // of this thread
+    H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);  // for this thread
     static const bool s_bNoPlugins = H5PLset_loading_state(0) >= 0;
     Q_UNUSED(s_bNoPlugins)
 }
@@ -132,7 +134,7 @@ CHdf5Id openDataSet(hid_t idWhere, const QByteArray& strPath)
 bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external)
 {
     constexpr size_t nLongestLink = 8192;
-    if (strName.contains('/')) {  // a damaged name, which HDF5 takes for a path through other files
+    if (strName.contains('/')) {  // a damaged name, which HDF5 would take for a path through other files
         return false;
     }
     const CHdf5Id idAccess = noExternalLinks();
@@ -156,8 +158,8 @@ std::vector<QByteArray> namesIn(hid_t idGroup, size_t nMost)
 {
     NameList list = {{}, nMost};
     hsize_t nIndex = 0;
-    // HDF5 1.10 frees memory that it never set when a link of a small group is damaged and all are asked
-    // for; looking for a name goes through all links as well, and only fails.
+    // When a link of a small group is damaged, asking HDF5 1.10 for all links makes it free memory that it
+    // has never set. Looking for a name visits all links as well, but only fails.
     const bool bSound = H5Lexists(idGroup, "\x01", H5P_DEFAULT) >= 0;
     if (bSound && (H5Iget_type(idGroup) == H5I_GROUP || H5Iget_type(idGroup) == H5I_FILE)) {
         H5Literate(idGroup, H5_INDEX_NAME, H5_ITER_INC, &nIndex, addName, &list);

@@ -9,8 +9,9 @@ namespace tessera {
 
 namespace {
 
-/// The names of a list without folders and case. That of the last list is kept, as a folder's files are asked
-/// for one after the other with the same list; a list that is shared is compared at once.
+/// The names of a list without folders, in lower case. Those of the last list are kept, as the files of a
+/// folder are checked one after another with the same list. Comparing with a list that shares its data is
+/// fast.
 const QSet<QString>& namesOf(const QStringList& listName)
 {
     thread_local QStringList t_listKept;

@@ -14,15 +14,15 @@ namespace {
 
 constexpr size_t g_nMostNames = 20000;
 
-/// The place of the file that the header is read from.
+/// The place in the file from which the header is read.
 struct Source {
     hid_t idFile;
     const QString& strFile;
-    std::vector<QByteArray> vecDetector;  ///< groups where values of the detector stand
-    bool bElectrons = false;              ///< the source says so
+    std::vector<QByteArray> vecDetector;  ///< groups with values of the detector
+    bool bElectrons = false;              ///< the source is one of electrons
 };
 
-/// A number above 0 in one of several places, in its plain unit.
+/// A number above 0 from the first of several places that has one, in its plain unit.
 ToldNumber numberOf(const Source& source, std::initializer_list<const char*> listName, double dfFactor = 1)
 {
     for (const char* pszName : listName) {
@@ -49,7 +49,7 @@ bool isNumbered(const QByteArray& strName)
     return strName.startsWith("data_") && bNumber;
 }
 
-/// The blocks behind one name of a group.
+/// The blocks of a member of a group.
 std::vector<Hdf5Block> blocksOf(hid_t idFile, const QString& strFile, const QByteArray& strGroup,
                                 const QByteArray& strName)
 {
@@ -80,7 +80,7 @@ std::vector<Hdf5Block> blocksOf(hid_t idFile, const QString& strFile, const QByt
     return {blockOf(idFile, strFile, strPath, false)};
 }
 
-/// Images of a group: those of all its numbered members, or of "data", or of what it calls its signal.
+/// The images of a group: all its numbered members, or "data", or what it names as its signal.
 std::vector<Hdf5Block> blocksOfGroup(hid_t idFile, const QString& strFile, const QByteArray& strGroup)
 {
     const CHdf5Id idGroup = openObject(idFile, strGroup);
@@ -105,8 +105,8 @@ std::vector<Hdf5Block> blocksOfGroup(hid_t idFile, const QString& strFile, const
     return vecBlock;
 }
 
-/// Pixels that the mask calls bad. Its lowest sixteen bits are reasons not to use a pixel; the highest marks
-/// pixels that are interpolated.
+/// Reads the mask of bad pixels. Its lowest sixteen bits are reasons not to use a pixel; the highest bit
+/// marks interpolated pixels.
 void readMask(const Source& source, Hdf5Series& series)
 {
     constexpr uint64_t nBad = 0xFFFF;
@@ -146,7 +146,8 @@ void readMask(const Source& source, Hdf5Series& series)
     }
 }
 
-/// Detectors call the energy of electrons that of photons; no X-ray source gives this much.
+/// Reads the energy of the beam. Detectors write the energy of electrons as that of photons, but no X-ray
+/// source reaches it.
 void readBeam(const Source& source, const QByteArray& strEntry, FrameHeader& header)
 {
     constexpr double dfSurelyElectrons = 100000, dfPerhapsElectrons = 60000;  // eV
@@ -186,7 +187,7 @@ void readDetector(const Source& source, Hdf5Series& series)
     if (header.beamX.isTold() != header.beamY.isTold()) {
         header.beamX = header.beamY = ToldNumber();
     }
-    // Counted from the outer corner of the first pixel, as by the definition of NXdetector's beam_center_x.
+    // NXdetector defines beam_center_x from the outer corner of the first pixel.
     constexpr double dfCornerToCentre = 0.5;
     header.beamX.df -= dfCornerToCentre;
     header.beamY.df -= dfCornerToCentre;
@@ -201,14 +202,14 @@ void readDetector(const Source& source, Hdf5Series& series)
         }
         const std::vector<double> vecUnderload = numbersIn(source.idFile, strGroup + "/underload_value",
                                                            source.strFile, 1);
-        if (vecUnderload.size() == 1 && vecUnderload[0] <= 0) {  // above 0, it is not about counts
+        if (vecUnderload.size() == 1 && vecUnderload[0] <= 0) {  // a number above 0 is no count
             series.dfUnderload = vecUnderload[0];
         }
     }
 }
 
-/// Of unsigned pixels the greatest number marks those without a measurement, the next one those that have
-/// overflown.
+/// The greatest number of unsigned pixels marks those without a measurement, the second greatest those with
+/// an overflow.
 void readMarks(Hdf5Series& series)
 {
     for (const Hdf5Block& block : series.vecBlock) {
@@ -241,7 +242,7 @@ bool findNexus(hid_t idFile, const QString& strPath, Hdf5Series& series, qint64&
 {
     for (const QByteArray& strEntry : groupsOfClass(idFile, "/", "NXentry", "entry")) {
         std::vector<QByteArray> vecGroup = groupsOfClass(idFile, strEntry, "NXdata", "data");
-        vecGroup.push_back(strEntry);  // the first masters had their links there
+        vecGroup.push_back(strEntry);  // the first master files have their links here
         for (const QByteArray& strGroup : vecGroup) {
             std::vector<Hdf5Block> vecBlock = blocksOfGroup(idFile, strPath, strGroup);
             const bool bImages = std::any_of(vecBlock.begin(), vecBlock.end(), [](const Hdf5Block& block) {

@@ -27,7 +27,7 @@ namespace tessera {
 namespace {
 
 constexpr rlim_t g_nMostProcessorTime = 60;  // s
-constexpr unsigned g_nLongest = 600;         // s on the clock, of which a slow disk may take most
+constexpr unsigned g_nLongest = 600;         // s of real time, most of which a slow disk may take
 
 /// Reads the first and the last image of a series, as the parent will do.
 void readImages(const Hdf5Series& series)
@@ -51,9 +51,9 @@ void readImages(const Hdf5Series& series)
     }
 }
 
-/// What the parent will do, without keeping anything. No CHdf5Lock is taken here: the parent's thread holds
-/// it, which is another one than the child's.
-/// @return the reason why there are no images; empty when there are
+/// Does what the parent will do, and keeps nothing. It takes no CHdf5Lock, since the thread of the parent
+/// that has it does not exist in the child.
+/// @return why there are no images; empty when there are
 QString readOnce(const QString& strPath)
 {
     Hdf5Series series;
@@ -67,13 +67,13 @@ QString readOnce(const QString& strPath)
     }
     try {
         readImages(series);
-    } catch (const std::exception&) {  // which the parent meets as well, with this image
+    } catch (const std::exception&) {  // the parent will meet it with this image, too
     }
     return {};
 }
 
-/// The address space that this process may have: what it has, and the memory that is left. HDF5 asks for as
-/// much as a damaged file tells it to, which the system promises and then takes from all others.
+/// Limits the address space of the process to what it has plus the available memory. HDF5 allocates as much
+/// as a damaged file tells it to, which the system would grant at the expense of all other programs.
 void limitMemory()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
@@ -87,8 +87,9 @@ void limitMemory()
     }
 }
 
-/// The child's life. It must not go through the parent's handlers, nor through what ends a program.
-/// @param nAnswer  where it writes '+', or '-' and the reason why there are no images
+/// Runs the child. It must not use the signal handlers of the parent, nor the functions that run at the end
+/// of a program.
+/// @param nAnswer  descriptor to which it writes '+', or '-' and the reason why there are no images
 [[noreturn]] void readAndExit(const QString& strPath, int nAnswer)
 {
     for (const int nSignal : {SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL, SIGALRM, SIGXCPU}) {
@@ -99,14 +100,14 @@ void limitMemory()
     setrlimit(RLIMIT_CPU, &processor);
     limitMemory();
     const int nNull = open("/dev/null", O_WRONLY);
-    dup2(nNull, STDERR_FILENO);  // the C library tells there what it aborts for
+    dup2(nNull, STDERR_FILENO);  // the C library writes there before it aborts
     alarm(g_nLongest);
     const QString strReason = readOnce(strPath);
     const QByteArray bytes = (strReason.isEmpty() ? QByteArray("+") : '-' + strReason.left(1000).toUtf8());
     _exit(write(nAnswer, bytes.constData(), size_t(bytes.size())) == bytes.size() ? 0 : 1);
 }
 
-/// What the child has written; it has ended, so nothing is waited for. A pipe holds more than an answer.
+/// Reads the answer of a child that has ended, so there is no waiting. The answer fits into a pipe.
 QByteArray answerOf(int nAnswer)
 {
     constexpr int nLongestAnswer = 4096;

@@ -12,15 +12,15 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t g_nMostAngles = 1 << 22;  ///< that are held at the same time
+constexpr uint64_t g_nMostAngles = 1 << 22;  ///< angles in memory at the same time
 
-/// One step of a chain of transformations.
+/// A step of a chain of transformations.
 struct Step {
     QByteArray strPath;
     bool bRotation = false;
     NexusVector vector = {0, 0, 0};
-    std::vector<double> vecAngle;  ///< degrees, of a rotation
-    QByteArray strNext;            ///< path of what it depends on; empty at the end
+    std::vector<double> vecAngle;  ///< angles of a rotation, degrees
+    QByteArray strNext;            ///< path of the step that it depends on; empty at the end
 };
 
 double dot(const NexusVector& a, const NexusVector& b)
@@ -33,7 +33,7 @@ NexusVector cross(const NexusVector& a, const NexusVector& b)
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// Of length 1; zeros for what has no direction.
+/// The vector scaled to length 1; zeros for a vector without a direction.
 NexusVector unit(const NexusVector& v)
 {
     const double dfLength = std::sqrt(dot(v, v));
@@ -42,7 +42,8 @@ NexusVector unit(const NexusVector& v)
                : NexusVector{0, 0, 0};
 }
 
-/// Turned right-handed about an axis of length 1. Source: Rodrigues (1840), J. Math. Pures Appl. 5, 380–440.
+/// Rotates a vector right-handed about an axis of length 1. Source: Rodrigues (1840), J. Math. Pures Appl.
+/// 5, 380–440.
 NexusVector turned(const NexusVector& v, const NexusVector& axis, double dfDegrees)
 {
     const double c = std::cos(dfDegrees * g_dfPi / 180), s = std::sin(dfDegrees * g_dfPi / 180);
@@ -52,7 +53,7 @@ NexusVector turned(const NexusVector& v, const NexusVector& axis, double dfDegre
             v[2] * c + across[2] * s + axis[2] * along};
 }
 
-/// The path of what is depended on: from the root, or from the group that the dependent one lies in.
+/// The path that a step depends on: from the root, or relative to the group of the step.
 QByteArray pathFrom(const QByteArray& strPath, const QByteArray& strTo)
 {
     if (strTo.isEmpty() || strTo == ".") {
@@ -61,13 +62,14 @@ QByteArray pathFrom(const QByteArray& strPath, const QByteArray& strTo)
     return strTo.startsWith('/') ? strTo : strPath.left(strPath.lastIndexOf('/') + 1) + strTo;
 }
 
-/// The steps that a file's transformations are made of. Each data set is taken once, whatever paths and links
-/// lead to it: a chain may come back to itself by a path that grows each time.
+/// The steps of the transformations of a file. Each data set is read once, whatever paths and links lead to
+/// it, since a chain may return to itself by ever longer paths.
 class CSteps {
 public:
     CSteps(hid_t idFile, const QString& strFile) : m_idFile(idFile), m_strFile(strFile) {}
 
-    /// @return false when the data set was taken before, or when there are too many steps
+    /// Adds a step.
+    /// @return false when its data set was read before, or when there are too many steps
     bool add(const QByteArray& strPath)
     {
         constexpr size_t nMostSteps = 32;
@@ -99,7 +101,7 @@ private:
         }
         step.bRotation = textAttribute(idSet, "transformation_type") == QLatin1String("rotation");
         step.strNext = pathFrom(step.strPath, textAttribute(idSet, "depends_on").toUtf8());
-        // an axis that stands still has one angle, which there is always room for
+        // An axis at rest has one angle, for which there is always room.
         const uint64_t nRoom = m_nAngles < g_nMostAngles ? g_nMostAngles - m_nAngles : 1;
         step.vecAngle = numbersIn(m_idFile, step.strPath, m_strFile, nRoom);
         m_nAngles += step.vecAngle.size();
@@ -121,7 +123,7 @@ private:
     uint64_t m_nAngles = 0;
 };
 
-/// The steps up to the end of a chain, or to where it leads back into itself.
+/// The steps to the end of a chain, or to the place where it returns to itself.
 std::vector<Step> chainFrom(hid_t idFile, const QString& strFile, QByteArray strPath)
 {
     CSteps steps(idFile, strFile);
@@ -131,7 +133,7 @@ std::vector<Step> chainFrom(hid_t idFile, const QString& strFile, QByteArray str
     return std::move(steps.steps());
 }
 
-/// A direction as it is in the laboratory: turned by all steps that it depends on.
+/// A direction in the laboratory, after all rotations that it depends on.
 NexusVector inLaboratory(NexusVector v, const std::vector<Step>& vecStep, size_t nFrom)
 {
     for (size_t i = nFrom; i < vecStep.size(); ++i) {
@@ -154,7 +156,7 @@ QString lastName(const QByteArray& strPath)
     return QString::fromUtf8(strPath.mid(strPath.lastIndexOf('/') + 1));
 }
 
-/// The angle from image to image that stands beside an axis, with its key; 0 when none does.
+/// The angle from image to image that the file gives beside an axis, with its key; 0 where there is none.
 ToldNumber widthBeside(hid_t idFile, const QString& strFile, const Step& step)
 {
     for (const char* pszEnd : {"_range_average", "_increment_set"}) {
@@ -171,7 +173,7 @@ ToldNumber widthBeside(hid_t idFile, const QString& strFile, const Step& step)
     return {std::isfinite(dfWidth) ? dfWidth : 0, lastName(step.strPath + "_end")};
 }
 
-/// The steps that the sample depends on; without that, its axes by their usual names.
+/// The steps that the sample depends on; if unknown, its axes by their usual names.
 std::vector<Step> sampleSteps(hid_t idFile, const QString& strFile, const QByteArray& strSample)
 {
     const QByteArray strFirst = textIn(idFile, strSample + "/depends_on").toUtf8();
@@ -243,11 +245,11 @@ bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVe
                  QString& strReason)
 {
     constexpr double dfSquare = 0.02, dfAcross = 0.95, dfInPlane = 0.3;
-    const NexusVector normal = cross(slow, fast);  // out of the image, to who looks at it
+    const NexusVector normal = cross(slow, fast);  // out of the image, towards the viewer
     const auto isUnit = [](const NexusVector& v) { return std::fabs(dot(v, v) - 1) < dfSquare; };
     if (!isUnit(axis) || !isUnit(fast) || !isUnit(slow) || std::fabs(dot(fast, slow)) > dfSquare) {
         strReason = QStringLiteral("the directions of axis, rows and columns are not told");
-    } else if (-normal[2] < dfAcross) {  // to the source, against the beam
+    } else if (-normal[2] < dfAcross) {  // towards the source
         strReason = QStringLiteral("the detector is not across the beam, or is seen from behind");
     } else if (std::fabs(dot(axis, normal)) > dfInPlane) {
         strReason = QStringLiteral("it does not lie in the plane of the detector");

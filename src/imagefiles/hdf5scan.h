@@ -1,12 +1,13 @@
-// The scan of a NeXus file: which axis turned, from where to where, and how it lies on the image.
+// HDF5 scan: the rotation of a NeXus file: its axis, its angles, and the direction of the axis on the
+// image.
 #pragma once
 
 #include "imagefiles/hdf5series.h"
 
 namespace tessera {
 
-/// Reads the angles of each image and the axis of rotation; needs a CHdf5Lock. What cannot be told for sure
-/// is left untold, with a line in the header's list of doubts.
+/// Reads the angles of each image and the rotation axis. Needs a CHdf5Lock. What is not certain is left
+/// out, with a line in the list of doubts of the header.
 /// @param strEntry     path of the NXentry
 /// @param strDetector  path of the NXdetector; may be empty
 /// @param bElectrons   the file says that its probe is electrons

@@ -16,8 +16,8 @@ namespace {
 
 constexpr qint64 g_nMostWithoutFile = 100000;
 
-/// Images of a block whose file is missing; 0 when that cannot be told.
-/// @param nBefore  images before it
+/// The number of images of a block whose file is missing; 0 when it cannot be determined.
+/// @param nBefore  number of images before it
 qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBefore, qint64 nTotal)
 {
     qint64 nPresent = 0, nMissing = 0, nOther = 0;
@@ -26,7 +26,7 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
         nPresent += block.nCount;
         nMissing += block.nCount == 0 ? 1 : 0;
         if (block.strMissing.isEmpty() && nOther == 0 && i + 1 < vecBlock.size()) {
-            nOther = block.nCount;  // all files but the last are equally long
+            nOther = block.nCount;  // all files except the last are equally long
         }
     }
     qint64 nCount = 0;
@@ -42,12 +42,12 @@ qint64 countOf(const std::vector<Hdf5Block>& vecBlock, size_t nBlock, qint64 nBe
     return nCount <= g_nMostWithoutFile ? std::max(nCount, qint64(0)) : 0;
 }
 
-/// The most images that a series may have. One that no file holds is only the master's word, which costs it
-/// no byte, whereas each is listed, and has a name and a tilt: of such there may be as many as there are
-/// held, half of a series being lost, and on top what a detector writes in a few scans.
+/// The greatest number of images that a series may have. Images in missing files cost the master no bytes,
+/// but each of them is listed and gets a name and a tilt. So there may be as many of them as of existing
+/// images, as if half of a series were lost, plus the number that a detector writes in a few scans.
 qint64 mostImages(const std::vector<Hdf5Block>& vecBlock)
 {
-    std::map<std::pair<QString, QByteArray>, qint64> mapHeld;  // as a data set may be mapped more than once
+    std::map<std::pair<QString, QByteArray>, qint64> mapHeld;  // a data set may be used more than once
     for (const Hdf5Block& block : vecBlock) {
         if (block.strMissing.isEmpty()) {
             qint64& nHeld = mapHeld[std::make_pair(block.strFile, block.strPath)];
@@ -80,7 +80,7 @@ int imagesIn(const Hdf5Layout& layout, bool bFramesLast)
     const size_t nRow = bFramesLast && nAxes > 2 ? 0 : nAxes - 2;
     const uint64_t nHeight = layout.vecLength[nRow], nWidth = layout.vecLength[nRow + 1];
     if (nHeight > uint64_t(std::numeric_limits<int>::max()) / nWidth) {
-        return int(std::min<uint64_t>(nImages, 1));  // too large to be read, which the reading tells
+        return int(std::min<uint64_t>(nImages, 1));  // too large to be read; reading will tell so
     }
     const uint64_t nHeld = layout.nStored * g_nHdf5BestRatio / (nHeight * nWidth * layout.nElementSize) + 1;
     const uint64_t nCount = layout.vecChunk.empty() ? nImages
@@ -113,12 +113,12 @@ QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
     qint64 nBefore = 0;
     for (size_t i = 0; i < vecBlock.size(); ++i) {
         if (!vecBlock[i].strMissing.isEmpty()) {
-            const qint64 nTold = vecBlock[i].nCount;  // by a virtual data set
+            const qint64 nTold = vecBlock[i].nCount;  // given by a virtual data set
             const qint64 nCount = nTold > 0 ? nTold : countOf(vecBlock, i, nBefore, nTotal);
             if (strReason.isEmpty()) {
                 strReason = vecBlock[i].strMissing;
             }
-            if (nCount == 0) {  // whatever comes behind has no number
+            if (nCount == 0) {  // the following images have no number
                 strReason = i + 1 < vecBlock.size()
                                 ? vecBlock[i].strMissing + QStringLiteral(
                                                                "; how many images it has is not "
@@ -158,8 +158,9 @@ QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QSt
                         .arg(strLinked.left(200));
         return {};
     }
-    // A symbolic link may lead anywhere. Those of a whole series lead to the folder of the real master.
-    const QString strReal = QFileInfo(strPath).canonicalFilePath();  // empty where there is no file
+    // Symbolic links may lead anywhere. If all files of a series are links, they lead to the folder of the
+    // real master.
+    const QString strReal = QFileInfo(strPath).canonicalFilePath();  // empty where the file does not exist
     const auto isBelow = [&](const QString& strRealFolder) {
         return !strRealFolder.isEmpty() && strReal.startsWith(strRealFolder.endsWith(QLatin1Char('/'))
                                                                   ? strRealFolder
@@ -177,7 +178,8 @@ QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QSt
 std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString& strReason)
 {
     constexpr size_t nMostKept = 4;
-    static std::vector<std::shared_ptr<const Hdf5Series>> s_vecKept;  // the one used last comes first
+    static std::vector<std::shared_ptr<const Hdf5Series>>
+        s_vecKept;  // the most recently used one comes first
     static CHdf5Faults s_faults;
     const CHdf5Lock lock;
     const QString strPath = QFileInfo(strFileName).absoluteFilePath();

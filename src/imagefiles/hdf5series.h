@@ -1,4 +1,4 @@
-// Hdf5Series: where the images of an HDF5 file lie, and what it tells of all of them.
+// Hdf5Series: the images of an HDF5 file, where they are stored, and their header.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -9,56 +9,59 @@
 
 namespace tessera {
 
-/// Images that follow each other in one data set.
+/// Consecutive images of one data set.
 struct Hdf5Block {
     QString strFile;     ///< path
-    QByteArray strPath;  ///< of the data set in the file
+    QByteArray strPath;  ///< path of the data set in the file
     Hdf5Layout layout;
-    int nFirst = 0;      ///< image of the data set that comes first
+    int nFirst = 0;      ///< number of the first image in the data set
     int nCount = 0;      ///< images
-    int nNumber = 0;     ///< that the data set gives its first image, from 1; 0 when it does not tell
+    int nNumber = 0;     ///< number that the data set gives its first image, from 1; 0 if none
     QString strMissing;  ///< why these images cannot be read; empty if they can
 };
 
+/// All images of a file.
 struct Hdf5Series {
+    /// The layout of the file.
     enum class Kind { PLAIN, NEXUS, VELOX, BERKELEY };
 
     Kind kind = Kind::PLAIN;
     std::vector<Hdf5Block> vecBlock;
-    bool bFramesLast = false;  ///< the image is counted by the last axis, else by all but the last two
-    bool bMarked = false;      ///< the greatest number of unsigned pixels marks those without a measurement
-    double dfUnderload = std::numeric_limits<double>::quiet_NaN();  ///< counts below are no measurement
-    std::vector<uint32_t> vecMasked;                                ///< pixels, row by row
-    FrameHeader header;            ///< of all images alike, with their number
-    std::vector<double> vecStart;  ///< degrees, where each image begins; as many as there are, or none
-    double dfWidth = 0;            ///< degrees from one image to the next; 0 when not told
+    bool bFramesLast = false;  ///< images are counted by the last axis, else by all but the last two
+    bool bMarked = false;      ///< the greatest number of unsigned pixels marks invalid ones
+    double dfUnderload = std::numeric_limits<double>::quiet_NaN();  ///< smaller counts are no measurement
+    std::vector<uint32_t> vecMasked;                                ///< masked pixels, row by row
+    FrameHeader header;            ///< common to all images, with their number
+    std::vector<double> vecStart;  ///< tilt at the start of each image, degrees; as many as images, or none
+    double dfWidth = 0;            ///< degrees from one image to the next; 0 when unknown
     QString strTiltSource;
     QString strWidthSource;
-    QByteArray strMetadata;  ///< data set with a text for each image (Velox)
-    QString strReason;       ///< which part of the series is missing
+    QByteArray strMetadata;  ///< data set with the text of each image (Velox)
+    QString strReason;       ///< tells which part of the series is missing
     QDateTime timeRead;
     std::vector<Hdf5Stamp> vecStamp;
 };
 
-/// Finds the images of a file. The last few answers are kept while none of their files changes.
-/// @return null with the reason, when there are none
+/// Finds the images of a file. The last few results are kept as long as none of their files changes.
+/// @return null, with the reason, when there are none
 std::shared_ptr<const Hdf5Series> hdf5Series(const QString& strFileName, QString& strReason);
 
-/// Images of a data set, by its lengths and by what its stored bytes can hold.
+/// The number of images of a data set, by its lengths and by what its stored bytes can contain.
 int imagesIn(const Hdf5Layout& layout, bool bFramesLast);
 
 /// The plane of an image of a data set.
 Hdf5Plane planeOf(const Hdf5Layout& layout, bool bFramesLast, int nImage);
 
-/// Counts the images of blocks whose file is missing, so that those behind them keep their numbers: by the
-/// number that the next block has, by the total, or by the length of the others.
-/// @param nTotal  that the file tells; 0 when it does not
-/// @return what is missing, in words; where it cannot be counted the series ends, and where more images than
-///         files hold, and 100000 besides, would be in no file
+/// Determines the number of images of blocks whose file is missing, so that the following ones keep their
+/// numbers. It follows from the number of the next block, from the total, or from the length of the other
+/// blocks.
+/// @param nTotal  total in the file; 0 when unknown
+/// @return what is missing, in words. Where the number cannot be determined, the series ends there; also
+///         where the images in missing files would be more than those in existing ones and 100000
 QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal);
 
-/// The path of a file that a master names; empty with the reason unless it lies in the master's folder or
-/// below it.
+/// The path of a file that a master file names; empty, with the reason, unless it is in the folder of the
+/// master or below it.
 QString pathBesideMaster(const QString& strMaster, const QString& strLinked, QString& strReason);
 
 }  // namespace tessera

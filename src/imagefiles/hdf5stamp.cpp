@@ -14,7 +14,7 @@ Hdf5Stamp stampOf(const QString& strFile)
 
 bool isCurrent(const std::vector<Hdf5Stamp>& vecStamp, const QDateTime& timeRead)
 {
-    constexpr qint64 nSettled = 2000;  // ms, the tick of the coarsest file systems
+    constexpr qint64 nSettled = 2000;  // ms, time resolution of the coarsest file systems
     return std::all_of(vecStamp.begin(), vecStamp.end(), [&](const Hdf5Stamp& stamp) {
         const Hdf5Stamp now = stampOf(stamp.strFile);
         const qint64 nAge = stamp.nSize < 0 ? nSettled + 1 : stamp.time.msecsTo(timeRead);

@@ -1,4 +1,4 @@
-// Virtual data sets of HDF5: images that lie in other data sets.
+// HDF5 virtual data sets: images that are stored in other data sets.
 #include "imagefiles/hdf5finding.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-/// A selection that is one box.
+/// A selection that is a single box.
 struct Box {
     std::vector<hsize_t> vecFirst, vecLast;
 };
@@ -49,10 +49,10 @@ bool boxOf(hid_t idSpace, Box& box)
     return H5Sget_select_npoints(idSpace) == hssize_t(nElements);
 }
 
-/// Images that one entry of the virtual data set maps.
+/// The images that an entry of the virtual data set maps.
 struct Mapping {
     hsize_t nFirst = 0, nCount = 0, nFirstOfSource = 0;
-    std::vector<hsize_t> vecImage;  ///< rows and columns of the virtual image that it fills
+    std::vector<hsize_t> vecImage;  ///< rows and columns of the virtual image that it covers
     Hdf5External source;
 };
 
@@ -69,8 +69,9 @@ QByteArray textOf(const GET& get)
     return bytes;
 }
 
-/// Where the images of a source begin. @return false when the selection is not of as many whole images; where
-/// it is of the whole source, the file does not tell how large that is
+/// Finds where the images of a source begin.
+/// @return false when the selection is not as many complete images. If the whole source is selected, the
+///         file does not tell its size
 bool takeSource(hid_t idSource, Mapping& mapping)
 {
     if (H5Sget_select_type(idSource) == H5S_SEL_ALL) {
@@ -122,7 +123,7 @@ Hdf5Block missingBlock(const QString& strFile, int nCount, const QString& strRea
     return block;
 }
 
-/// The images of a mapping, in a data set that is opened once for all mappings that lead to it.
+/// The images of a mapping. The data set is opened once for all mappings that use it.
 Hdf5Block blockOfMapping(hid_t idDataSet, const QString& strFile, const Mapping& mapping,
                          std::map<std::pair<QString, QByteArray>, Hdf5Block>& mapKnown)
 {
@@ -154,7 +155,7 @@ Hdf5Block blockOfMapping(hid_t idDataSet, const QString& strFile, const Mapping&
 std::vector<Hdf5Block> virtualBlocks(hid_t idDataSet, const QString& strFile, QString& strReason)
 {
     constexpr size_t nMostMappings = 20000;
-    constexpr hsize_t nMostImages = 100000;  // as images that nobody has written cost no byte of the file
+    constexpr hsize_t nMostImages = 100000;  // limit, as images never written cost the file no bytes
     const CHdf5Id idCreate(H5Dget_create_plist(idDataSet));
     size_t nMappings = 0;
     strReason = QStringLiteral("a virtual data set that is not put together of whole images is not read");

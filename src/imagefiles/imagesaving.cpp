@@ -34,7 +34,7 @@ bool saveImage(const CImgObj<unsigned char>* pImage, const QString& strFileName,
     }
     QImage image(pImage->Data(), pImage->Width(), pImage->Height(), pImage->Width(), QImage::Format_Indexed8);
     image.setColorTable(greyTable());
-    // A writer of pictures may go back in its file, so the picture is made in memory first.
+    // Writers of pictures may move backwards in the file, so the picture is made in memory first.
     QBuffer buffer;
     const QByteArray bytesFormat = QFileInfo(strFileName).suffix().toLower().toLatin1();
     if (bytesFormat.isEmpty() || !buffer.open(QIODevice::ReadWrite) ||

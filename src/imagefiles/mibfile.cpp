@@ -20,16 +20,17 @@ namespace tessera {
 
 namespace {
 
-constexpr quint64 g_nMemoryAsked = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
-constexpr quint64 g_nImageOverhead = 96;              ///< bytes that an image takes besides its pixels
+/// Bytes; for fewer the available memory is not checked, as this takes time.
+constexpr quint64 g_nMemoryAsked = quint64(1) << 26;
+constexpr quint64 g_nImageOverhead = 96;  ///< memory of an image besides its pixels, bytes
 constexpr bool g_bSwap = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
 
-/// A file and what its first header tells of all its frames.
+/// A file, and what its first header tells of all its frames.
 struct MibStream {
     QFile file;
     MibHeader header;
-    qint64 nImages = 0;  ///< whole ones
-    bool bCut = false;   ///< a part of one more follows
+    qint64 nImages = 0;  ///< number of complete images
+    bool bCut = false;   ///< a part of another image follows
 };
 
 bool openStream(const QString& strFileName, MibStream& stream, QString& strReason)
@@ -53,7 +54,8 @@ bool openStream(const QString& strFileName, MibStream& stream, QString& strReaso
     return true;
 }
 
-/// Pixels as a chip sends them: words of 64 bits, big-endian, each with its first pixel lowest.
+/// Unpacks pixels as a chip sends them: big-endian words of 64 bits, the first pixel in the lowest bits of
+/// each.
 template <int BITS>
 void unpackPixels(const uint8_t* pSource, float* pfTarget)
 {
@@ -67,8 +69,8 @@ void unpackPixels(const uint8_t* pSource, float* pfTarget)
     }
 }
 
-/// One row of one chip.
-/// @param nPixel  its first pixel, counted over all that the chips send
+/// Unpacks one row of one chip.
+/// @param nPixel  number of its first pixel among all that the chips send
 void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, float* pfTarget)
 {
     if (header.nDepth == 1) {
@@ -78,7 +80,7 @@ void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, f
     } else {
         unpackPixels<16>(pPixels + 2 * nPixel, pfTarget);
     }
-    if (header.nDepth == 24) {  // the upper halves of all pixels come first, then the lower ones
+    if (header.nDepth == 24) {  // the upper halves of all pixels come before the lower ones
         float afLower[g_nMibChip];
         unpackPixels<16>(pPixels + header.pixelBytes() / 2 + 2 * nPixel, afLower);
         for (int x = 0; x < g_nMibChip; ++x) {
@@ -87,7 +89,7 @@ void unpackRow(const uint8_t* pPixels, const MibHeader& header, size_t nPixel, f
     }
 }
 
-/// The first row that the camera sends is the lowest on the screen.
+/// Unpacks a chip. The first row that the camera sends is the lowest one on the screen.
 void unpackChip(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
 {
     for (int y = 0; y < header.nRows; ++y) {
@@ -96,8 +98,8 @@ void unpackChip(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>&
     }
 }
 
-/// The chips send their rows beside each other, the fourth first. Chips 1 and 2 are the lower half on the
-/// screen, upright as the camera has it; 3 and 4 are the upper half, turned by 180°.
+/// Unpacks four chips. They send their rows side by side, the fourth chip first. Chips 1 and 2 are the
+/// lower half on the screen, upright; 3 and 4 are the upper half, turned by 180°.
 void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>& image)
 {
     float afRow[g_nMibChip];
@@ -114,8 +116,8 @@ void unpackQuad(const uint8_t* pPixels, const MibHeader& header, CImgObj<float>&
     }
 }
 
-/// The source is walked backwards by rows, which the processor does not foresee, so the row to come is
-/// fetched beside this one.
+/// Converts rows from the last to the first. As the processor does not predict reading backwards, the next
+/// row is prefetched.
 template <class T>
 void convertUpward(const uint8_t* pPixels, CImgObj<float>& image)
 {
@@ -159,8 +161,8 @@ std::unique_ptr<CImgObj<float>> imageFromBytes(const uint8_t* pPixels, const Mib
     return pImage;
 }
 
-/// Appends an image of the stream, if it is of the kind of the first.
-/// @param pBlock  room for the text and the pixels of an image
+/// Appends an image if it has the same layout as the first one.
+/// @param pBlock  space for the text and the pixels of an image
 bool readImage(MibStream& stream, qint64 nImage, uint8_t* pBlock, ImageList& vecRead, QString& strReason)
 {
     const MibHeader& header = stream.header;
@@ -185,15 +187,16 @@ bool readImage(MibStream& stream, qint64 nImage, uint8_t* pBlock, ImageList& vec
     return true;
 }
 
-/// Pixels that the camera's program has put in at each seam between chips, whose edge pixels are wider.
-/// @return 0 when the image has no room for any, or not the same at each seam
+/// The number of pixels that the program of the camera has inserted at each seam between chips, as the
+/// pixels at the edges of chips are wider.
+/// @return 0 when there is no room for any, or the seams would differ
 int seamWidth(int nPixels, int nChips)
 {
     const int nMore = nPixels - g_nMibChip * nChips;
     return nChips > 1 && nMore > 0 && nMore % (nChips - 1) == 0 ? nMore / (nChips - 1) : 0;
 }
 
-/// For each column or row whether it lies in a seam.
+/// Whether each column, or each row, is in a seam.
 std::vector<char> seamsOf(int nPixels, int nChips)
 {
     std::vector<char> vecSeam(size_t(nPixels), 0);
@@ -204,7 +207,7 @@ std::vector<char> seamsOf(int nPixels, int nChips)
     return vecSeam;
 }
 
-/// Whether the pixels at the seams are filled with zeros, which are no counts.
+/// Whether the pixels of the seams are filled with zeros, which are no counts.
 bool hasEmptySeams(const MibHeader& header, const QString& strFileName)
 {
     return (seamWidth(header.nColumns, header.nAcross) > 0 || seamWidth(header.nRows, header.nUp) > 0) &&
@@ -254,7 +257,7 @@ ToldNumber told(double df, const char* pszSource)
     return {df, QLatin1String(pszSource)};
 }
 
-/// What holds for all frames of a file.
+/// Adds to a header what is the same for all frames of a file.
 void tellCamera(const MibHeader& header, FrameHeader& result)
 {
     if (!header.strChip.isEmpty()) {

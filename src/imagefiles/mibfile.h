@@ -1,4 +1,4 @@
-// MIB files: frames of a Medipix detector, each behind a header of text.
+// MIB files: frames of a Medipix detector, each after a header of text.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Reads images of a file as FrameFormat::fnRead asks for it.
+/// Reads images of a file for FrameFormat::fnRead.
 bool readMibFrames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                    QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readMibHeader(const QString& strFileName, int nImage);
 
 }  // namespace tessera

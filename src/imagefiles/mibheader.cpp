@@ -14,10 +14,10 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nFirstFields = 8;  ///< up to the layout of the chips
+constexpr int g_nFirstFields = 8;  ///< number of fields up to the layout of the chips
 
-/// By Merlin's manual the last field is the depth; in files of before 2019 it is a setting of the chip, which
-/// has leading zeros.
+/// The depth of the counters. By the manual of Merlin it is the last field, but in files from before 2019
+/// that is a setting of the chip with leading zeros.
 int depthOf(const QList<QByteArray>& listField)
 {
     const auto it = std::find_if(listField.rbegin(), listField.rend(),
@@ -38,7 +38,7 @@ bool pixelsOf(const QByteArray& field, MibPixels& pixels)
     return nKind >= 0;
 }
 
-/// "2x2", "3x1", "2x2G". What it does not tell is one chip.
+/// Reads a layout such as "2x2", "3x1" or "2x2G". Any other text means one chip.
 void parseLayout(const QByteArray& field, MibHeader& header)
 {
     static const QRegularExpression s_rx(QStringLiteral("^([1-9])x([1-9])G?$"),
@@ -48,7 +48,7 @@ void parseLayout(const QByteArray& field, MibHeader& header)
     header.nUp = match.hasMatch() ? match.captured(2).toInt() : 1;
 }
 
-/// From the size as the chips send it to that of the image.
+/// Computes the size of the image from the size that the chips send.
 bool sizeRawImage(MibHeader& header, QString& strReason)
 {
     const bool bQuad = header.nChips == 4 && header.nAcross == 2 && header.nUp == 2;
@@ -64,7 +64,7 @@ bool sizeRawImage(MibHeader& header, QString& strReason)
         return false;
     }
     const int nColumns = g_nMibChip * header.nChips;
-    // the two halves of counters of 24 bits stand behind each other, and count as columns
+    // The two halves of counters of 24 bits follow each other and count as columns.
     if ((header.nColumns != nColumns && !(header.nDepth == 24 && header.nColumns == 2 * nColumns)) ||
         header.nRows > g_nMibChip) {
         strReason = QStringLiteral("raw frame of %1 x %2 pixels on chips of %3 x %3")
@@ -113,7 +113,7 @@ qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason)
         return 0;
     }
     const int nBytes = listField[2].toInt();
-    constexpr int nLargest = 99999;  // what its field has room for
+    constexpr int nLargest = 99999;  // greatest number that fits into the field
     if (nBytes < g_nMibLineLength || nBytes > nLargest) {
         strReason = QStringLiteral("header of \"%1\" bytes").arg(QString::fromLatin1(listField[2]));
         return 0;
@@ -163,7 +163,7 @@ bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReas
 
 QMap<QString, QString> mibSideFile(const QString& strFileName)
 {
-    constexpr qint64 nMost = 65536;  // they have 2048 bytes
+    constexpr qint64 nMost = 65536;  // bytes; such files have 2048 bytes
     QMap<QString, QString> mapValue;
     const QFileInfo info(strFileName);
     const QString strBase = info.path() + QLatin1Char('/') + info.completeBaseName();

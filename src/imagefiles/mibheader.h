@@ -1,4 +1,4 @@
-// MibHeader: the text before each frame of a MIB file, and the one in the file's .hdr.
+// MibHeader: the text before each frame of a MIB file, and that of the .hdr file beside it.
 #pragma once
 
 #include <QByteArray>
@@ -7,41 +7,44 @@
 
 namespace tessera {
 
-/// How pixels lie in the file. Numbers are big-endian; raw ones are as the chips send them.
+/// How pixels are stored. Numbers are big-endian; raw ones are as the chips send them.
 enum class MibPixels { Byte, Word, Long, Raw };
 
-/// What the text before a frame tells, checked.
+/// The text before a frame, checked.
 struct MibHeader {
-    qint64 nBytes = 0;  ///< of the text, with its filling
+    qint64 nBytes = 0;  ///< length of the text, including its padding
     int nChips = 1;
-    int nColumns = 0, nRows = 0;  ///< of the image; those of a raw quad are of its four chips put together
+    int nColumns = 0, nRows = 0;  ///< of the image; of a raw quad those of its four chips together
     MibPixels pixels = MibPixels::Byte;
-    int nDepth = 0;            ///< of the counters, bits; 0 when it is not told
-    int nAcross = 1, nUp = 1;  ///< chips side by side and above each other
+    int nDepth = 0;            ///< depth of the counters, bits; 0 when unknown
+    int nAcross = 1, nUp = 1;  ///< chips side by side and one above another
     double dfShutter = 0;      ///< seconds
-    bool bColour = false;      ///< four pixels count as one, with more thresholds
-    QString strChip;           ///< "Medipix 3RX"; empty when not told
+    bool bColour = false;      ///< four pixels are combined to one, with more thresholds
+    QString strChip;           ///< such as "Medipix 3RX"; empty when unknown
 
+    /// Length of the pixels, bytes.
     qint64 pixelBytes() const;
+    /// Distance from frame to frame, bytes.
     qint64 stride() const { return nBytes + pixelBytes(); }
+    /// Whether the pixels are raw ones of four chips.
     bool isRawQuad() const { return pixels == MibPixels::Raw && nChips == 4; }
-    /// Whether frames with these headers may follow each other in a file.
+    /// Whether frames with both headers can be in one file.
     bool isLike(const MibHeader& other) const;
 };
 
-constexpr int g_nMibChip = 256;       ///< columns, and at most as many rows, of a chip
-constexpr int g_nMibLineLength = 64;  ///< bytes of a header that tell how long it is
+constexpr int g_nMibChip = 256;       ///< columns of a chip, and greatest number of its rows
+constexpr int g_nMibLineLength = 64;  ///< bytes of a header that are enough to find its length
 
-/// Bytes of the header that begins here, of which g_nMibLineLength are enough; 0 with a reason when it is
-/// none.
+/// The length of the header that begins with these bytes, at least g_nMibLineLength; 0, with the reason,
+/// where there is no header.
 qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason);
 
-/// Takes the header apart, which is as long as mibHeaderBytes() tells.
-/// @return false with a reason when there are no images that can be read
+/// Parses a header of the length of mibHeaderBytes().
+/// @return false, with the reason, when the images cannot be read
 bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReason);
 
-/// What NAME.hdr beside NAME.mib tells: values by their keys, "Gap Fill Mode", without the choices that some
-/// keys name in brackets. Empty when there is none.
+/// Reads NAME.hdr beside NAME.mib: the values by their keys, such as "Gap Fill Mode", without the choices
+/// that some keys list in brackets. Empty when there is no such file.
 QMap<QString, QString> mibSideFile(const QString& strFileName);
 
 }  // namespace tessera

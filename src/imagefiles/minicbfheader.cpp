@@ -14,7 +14,7 @@ namespace tessera {
 namespace {
 
 struct Words {
-    QByteArray bytesLine;  ///< behind the key
+    QByteArray bytesLine;  ///< the rest of the line after the key
     QList<QByteArray> listWord;
 
     double number(int n) const
@@ -23,7 +23,7 @@ struct Words {
         const double df = listWord.value(n).toDouble(&bNumber);
         return bNumber && std::isfinite(df) ? df : std::numeric_limits<double>::quiet_NaN();
     }
-    /// In metres; the unit may stand behind it.
+    /// A length in metres, with or without a unit after it.
     double length(int n) const
     {
         const QByteArray bytesUnit = listWord.value(n + 1).toLower();
@@ -32,7 +32,7 @@ struct Words {
     }
 };
 
-/// The lines by their keys in small letters.
+/// The lines by their keys in lower case.
 class MiniCbfLines {
 public:
     explicit MiniCbfLines(const QByteArray& bytesText)
@@ -74,7 +74,7 @@ ToldNumber toldAboveZero(double df, const char* pszSource)
 void tellDetectorPixel(const Words& words, FrameHeader& header)
 {
     header.detectorPixel = toldAboveZero(words.length(0) * 1e6, "Pixel_size");
-    double dfOther = std::numeric_limits<double>::quiet_NaN();  // "75e-6 m x 75e-6 m"
+    double dfOther = std::numeric_limits<double>::quiet_NaN();  // second length of "75e-6 m x 75e-6 m"
     for (int n = 1; n < words.listWord.size() && !std::isfinite(dfOther); ++n) {
         dfOther = words.length(n) * 1e6;
     }
@@ -87,7 +87,7 @@ void tellDetectorPixel(const Words& words, FrameHeader& header)
     }
 }
 
-/// Start and width of the frame, or those of the axis that turned where they are not told.
+/// Reads start and width of the frame, or those of the rotated axis where the former are missing.
 void tellTilt(const MiniCbfLines& lines, FrameHeader& header)
 {
     const char* pszStart = "Start_angle";
@@ -125,8 +125,8 @@ void tellBeam(const Words& words, FrameHeader& header)
                                     .arg(dfRow));
         return;
     }
-    // Programs that read these files multiply by the pixel size and count from the outer corner of the first
-    // pixel.
+    // Programs that read these files multiply by the pixel size and count from the outer corner of the
+    // first pixel.
     constexpr double dfCornerToCentre = 0.5;
     header.beamX = {dfColumn - dfCornerToCentre, QStringLiteral("Beam_xy")};
     header.beamY = {dfRow - dfCornerToCentre, QStringLiteral("Beam_xy")};

@@ -1,4 +1,4 @@
-// tellMiniCbf: the lines that cameras write before the pixels of a CBF file.
+// tellMiniCbf: reads the lines that cameras write before the pixels of a CBF file.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// Takes what the lines "# Key value unit" of a text tell into a header. How a line is punctuated makes no
-/// difference, and of two lines with one key the first counts. The text of Oscillation_axis names an axis of
-/// a goniometer, which is no direction on the screen: it is not used.
-/// @param header  has the size, so far as it is known: the beam is not told where it lies beyond
+/// Reads the lines "# Key value unit" of a text into a header. Punctuation is ignored, and of two lines
+/// with the same key the first one counts. Oscillation_axis is not used, as it names an axis of a
+/// goniometer, which is no direction on the screen.
+/// @param header  has the size if it is known; a beam position outside it is ignored
 void tellMiniCbf(const QByteArray& bytesText, FrameHeader& header);
 
 }  // namespace tessera

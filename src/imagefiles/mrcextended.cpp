@@ -15,7 +15,7 @@ namespace {
 
 constexpr qint64 g_nHeaderSize = 1024;
 
-/// Up to nSize bytes of the extended header from nOffset on; fewer at its end.
+/// Reads up to nSize bytes of the extended header at nOffset; fewer at its end.
 QByteArray bytesAt(QFile& file, const MrcExtended& extended, quint64 nOffset, qint64 nSize)
 {
     if (nOffset >= extended.nBytes || !file.seek(g_nHeaderSize + qint64(nOffset))) {
@@ -49,11 +49,11 @@ void tellFei(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& 
     }
 }
 
-/// Bytes of a section in a file of SerialEM by the flags of what it has; 0 when its number of bytes is
-/// another.
+/// The bytes of a section in a file of SerialEM by the flags of its fields; 0 when the header gives another
+/// number.
 int serialEmSize(const MrcExtended& extended)
 {
-    const int anBytes[] = {2, 6, 4, 2, 2, 4, 2, 4, 2, 4, 2};  // of the flags 1, 2, 4, ... 1024
+    const int anBytes[] = {2, 6, 4, 2, 2, 4, 2, 4, 2, 4, 2};  // for the flags 1, 2, 4, ... 1024
     int nSize = 0;
     for (int i = 0; i < 11; ++i) {
         nSize += (extended.nReals >> i & 1) * anBytes[i];
@@ -80,12 +80,12 @@ void tellSerialEm(QFile& file, const MrcExtended& extended, int nImage, FrameHea
     }
 }
 
-/// The older records of FEI: 1024 of them in each file, of 32 real numbers.
+/// Reads the older records of FEI: 1024 in each file, each of 32 real numbers.
 void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
 {
     const auto value = [&](int i) { return real(bytes, 4 * i, bBigEndian); };
     const double dfVolts = value(13), dfExposure = value(8), dfPixel = value(11), dfAxis = value(10);
-    // A record that was never filled in has no voltage.
+    // A record that was not filled in has no voltage.
     if (!(dfVolts > 0 && std::isfinite(dfVolts))) {
         return;
     }
@@ -94,7 +94,7 @@ void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
     if (dfExposure > 0 && std::isfinite(dfExposure)) {
         header.exposure = {dfExposure, QStringLiteral("FEI: exposure time")};
     }
-    if (dfPixel > 1 && std::isfinite(dfPixel)) {  // 1/m; that of an image is a small part of a metre
+    if (dfPixel > 1 && std::isfinite(dfPixel)) {  // 1/m; in an image it would be a small fraction of a metre
         header.pixelSize = {dfPixel * 1e-10, QStringLiteral("FEI: pixel size")};
     }
     if (dfAxis != 0 && std::abs(dfAxis) <= 360) {
@@ -108,7 +108,7 @@ void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
 void tellAgard(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
 {
     constexpr int nOldFeiBytes = 131072, nOldFeiRecord = 128;
-    // Some programs wrote the bytes of a section for its integers.
+    // Some programs have written the bytes of a section in place of its integers.
     const int nIntegers = extended.nIntegers == 128 && extended.nReals == 32 ? 0 : extended.nIntegers;
     if (nIntegers < 0 || extended.nReals < 1) {
         return;

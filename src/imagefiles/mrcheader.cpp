@@ -17,7 +17,7 @@ namespace {
 
 MrcExtended extendedOf(const uint8_t* pHeader, const MrcLayout& layout)
 {
-    const auto count = [&](int nOffset) {  // 16 bits
+    const auto count = [&](int nOffset) {  // numbers of 16 bits
         return int(layout.bBigEndian ? qFromBigEndian<qint16>(pHeader + nOffset)
                                      : qFromLittleEndian<qint16>(pHeader + nOffset));
     };

@@ -1,4 +1,4 @@
-// What the header and the extended header of an MRC file tell, and its sections as frames.
+// MRC header: what header and extended header of an MRC file tell, and its sections as frames.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Reads sections of a file as FrameFormat::fnRead asks for it; ReadMRC() with a first section.
+/// Reads sections of a file for FrameFormat::fnRead, as readMrcSections().
 bool readMrcFrames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                    QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readMrcHeader(const QString& strFileName, int nImage);
 
 }  // namespace tessera

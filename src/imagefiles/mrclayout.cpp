@@ -11,10 +11,10 @@ namespace tessera {
 
 namespace {
 
-constexpr int64_t g_nImagesTrusted = 65536;  ///< as many sections are read however small they are
-constexpr uint64_t g_nImageOverhead = 96;    ///< bytes that an image takes besides its pixels
+constexpr int64_t g_nImagesTrusted = 65536;  ///< up to this many sections are read even if they are tiny
+constexpr uint64_t g_nImageOverhead = 96;    ///< memory of an image besides its pixels, bytes
 
-/// The fields of a header in one order of bytes.
+/// The fields of a header in one byte order.
 class CFields {
 public:
     CFields(const uint8_t* pHeader, bool bBigEndian) : m_pHeader(pHeader), m_bBigEndian(bBigEndian) {}
@@ -43,7 +43,7 @@ public:
         return std::find(std::begin(anMode), std::end(anMode), integer(12)) != std::end(anMode) &&
                isSize(0) && isSize(4) && isSize(8);
     }
-    /// Of the flags that IMOD writes; 0 in files of others.
+    /// Whether a flag of IMOD is set; false in files of other programs.
     bool hasImodFlag(int nFlag) const { return hasImodStamp() && (integer(156) & nFlag) != 0; }
     bool hasImodStamp() const { return integer(152) == 1146047817; }
 
@@ -59,8 +59,8 @@ bool isBigEndian(const uint8_t* pHeader)
                                                                                             : !bStamp;
 }
 
-/// MODE 0 is signed in MRC2014 and was unsigned in much older software: what IMOD stamped tells it, else the
-/// extreme values. Where these are not those of any pixels, MRC2014 holds.
+/// Decides whether MODE 0 is signed, as it is in MRC2014, or unsigned, as in much older software. The flag
+/// of IMOD tells it, or else the extreme values. Where these are impossible, MRC2014 is followed.
 void decideSign(const CFields& fields, MrcLayout& layout)
 {
     if (fields.hasImodStamp()) {
@@ -73,7 +73,7 @@ void decideSign(const CFields& fields, MrcLayout& layout)
     layout.bUnsigned = bTold && fMax >= 128 && fMax - 127 > -fMin;
 }
 
-/// Some programs halve NX and store two pixels in a byte of MODE 0.
+/// Whether a program has halved NX and stored two pixels in each byte of MODE 0.
 bool isPackedMode0(const uint8_t* pHeader, const CFields& fields)
 {
     const char* const pMark = "4 bits packed";
@@ -82,7 +82,7 @@ bool isPackedMode0(const uint8_t* pHeader, const CFields& fields)
     return fields.hasImodFlag(32) || std::search(pLabels, pEnd, pMark, pMark + std::strlen(pMark)) != pEnd;
 }
 
-/// Bytes per pixel; 0 for a mode that is not read, or of which a pixel has no whole byte.
+/// The bytes per pixel; 0 for a mode that is not read, or whose pixels are no whole bytes.
 size_t pixelSize(int nMode)
 {
     switch (nMode) {
@@ -99,7 +99,7 @@ size_t pixelSize(int nMode)
     }
 }
 
-/// What pixels of a mode that is not read are; empty for a number without a meaning.
+/// The name of a mode that is not read; empty for an unknown mode.
 QString pixelName(int nMode)
 {
     switch (nMode) {
@@ -113,7 +113,7 @@ QString pixelName(int nMode)
     }
 }
 
-/// Bytes of the extended header, 0 when the file can't have the one that NSYMBT tells of.
+/// The length of the extended header, 0 when the file cannot have NSYMBT bytes of it.
 uint64_t extendedSize(const CFields& fields, const MrcLayout& layout, uint64_t nFileSize)
 {
     const int32_t nTold = fields.integer(92);
@@ -128,7 +128,7 @@ uint64_t extendedSize(const CFields& fields, const MrcLayout& layout, uint64_t n
     const bool bSizes = layout.nX > 0 && layout.nY > 0 && layout.nZ > 0;
     const uint64_t nRows = bSizes ? static_cast<uint64_t>(layout.nY) * static_cast<uint64_t>(layout.nZ) : 0;
     const uint64_t nRoom = nFileSize - g_nMrcHeaderSize;
-    // told by division, as the product of all sizes may overflow
+    // Checked by division, as the product of all sizes may overflow.
     const bool bWithout = nRows > 0 && layout.rowBytes() > 0 && nRoom % nRows == 0 &&
                           nRoom / nRows == layout.rowBytes();
     return bWithout ? 0 : static_cast<uint64_t>(nTold);

@@ -1,4 +1,4 @@
-// MrcLayout: where the pixels of an MRC file lie and what they are, by its header and its length.
+// MrcLayout: the layout of the pixels of an MRC file, from its header and its length.
 #pragma once
 
 #include <QString>
@@ -10,46 +10,51 @@ namespace tessera {
 
 constexpr size_t g_nMrcHeaderSize = 1024;
 
-/// The header as its bytes tell it, and what follows from it.
+/// The header of an MRC file, and what follows from it.
 ///
-/// The order of bytes is the one of the machine stamp; where the stamp is none, or gives a MODE that does not
-/// exist, the one in which MODE and sizes are possible, else little-endian. The sections begin behind the
-/// extended header, at byte 1024 + NSYMBT. A file with less than NSYMBT bytes has no extended header, and
-/// neither has one that is to the byte as long as without and names no known kind of it (EXTTYP).
+/// The byte order is that of the machine stamp. Where the stamp is invalid, or gives a MODE that does not
+/// exist, it is the order in which MODE and sizes are possible, or else little-endian. The sections begin
+/// after the extended header, at byte 1024 + NSYMBT. A file with less than NSYMBT bytes has no extended
+/// header, nor has a file whose length fits exactly without one and that names no known kind of it
+/// (EXTTYP).
 ///
 /// Rows are stored bottom up, so the first row of a section is the last row of its image. The first row is
-/// on top where MAPR is -2, and in files with the records "FEI1" or "FEI2" of version 20140.
+/// at the top where MAPR is -2, and in files with the records "FEI1" or "FEI2" of version 20140.
 ///
 /// Sources: Cheng et al. (2015), J. Struct. Biol. 192, 146, and MRC2014 at www.ccpem.ac.uk; for signs of
-/// MODE 0, for packed pixels and for rows on top the description of the format at bio3d.colorado.edu/imod.
+/// MODE 0, for packed pixels and for rows from the top the description of the format at
+/// bio3d.colorado.edu/imod.
 struct MrcLayout {
     int32_t nX = 0, nY = 0, nZ = 0, nMode = 0;
     bool bBigEndian = false;
-    int nWidth = 0;             ///< columns of the image: NX, twice that for two pixels in a byte of MODE 0
-    bool bPacked = false;       ///< two pixels of 4 bits in a byte, the left one in the lower half
-    bool bUnsigned = false;     ///< pixels of MODE 0 from 0 to 255, not from -128 to 127
-    bool bSignGuessed = false;  ///< of MODE 0, where the header tells nothing of it
+    int nWidth = 0;          ///< columns of the image: NX, or twice that if a byte of MODE 0 has two pixels
+    bool bPacked = false;    ///< a byte has two pixels of 4 bits, the left one in the lower half
+    bool bUnsigned = false;  ///< pixels of MODE 0 range from 0 to 255, not from -128 to 127
+    bool bSignGuessed = false;  ///< of MODE 0: the header does not tell the sign
     bool bTopDown = false;      ///< the first row in the file is the first row of the image
-    uint64_t nExtended = 0;     ///< bytes of the extended header
+    uint64_t nExtended = 0;     ///< length of the extended header, bytes
 
+    /// Place of the first section in the file, bytes.
     uint64_t begin() const { return g_nMrcHeaderSize + nExtended; }
-    size_t rowBytes() const;  ///< 0 for a MODE that is not read
+    size_t rowBytes() const;  ///< bytes of a row; 0 for a MODE that is not read
 };
 
+/// Finds the layout of a file.
 /// @param pHeader    1024 bytes
-/// @param nFileSize  bytes, at least as many
+/// @param nFileSize  length of the file, at least 1024 bytes
 MrcLayout mrcLayout(const uint8_t* pHeader, uint64_t nFileSize);
 
-/// The sections that can be read of those that are asked for.
+/// The sections that can be read.
 struct MrcSections {
-    int64_t nCount = 0;   ///< from the first that is asked for
-    int64_t nInFile = 0;  ///< all that the file holds whole, of the NZ that it tells of
-    size_t nBytes = 0;    ///< per section
+    int64_t nCount = 0;   ///< number of wanted sections, from the first wanted one
+    int64_t nInFile = 0;  ///< number of all complete sections of the file, at most NZ
+    size_t nBytes = 0;    ///< bytes of a section
 };
 
+/// Finds the sections that can be read of those wanted.
 /// @param nFirst        from 0
 /// @param nMaxSections  none are read when it is below 1
-/// @param strReason     why there are fewer than NZ or nMaxSections allow; else as it was
+/// @param strReason     takes why there are fewer than NZ or nMaxSections allow; else it is unchanged
 MrcSections mrcSections(const MrcLayout& layout, uint64_t nFileSize, int nFirst, int nMaxSections,
                         QString& strReason);
 

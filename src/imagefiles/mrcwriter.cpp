@@ -40,14 +40,14 @@ void headerToBytes(int32_t nX, int32_t nY, int32_t nZ, int32_t nMode, uint8_t* p
     for (const auto& field : aField) {
         qToLittleEndian(field.nValue, pHeader + field.nOffset);
     }
-    floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell: one unit per pixel
+    floatToBytes(static_cast<float>(nX), pHeader + 40);  // the cell, one unit per pixel
     floatToBytes(static_cast<float>(nY), pHeader + 44);
     floatToBytes(static_cast<float>(nZ), pHeader + 48);
     pHeader[212] = 0x44;  // machine stamp: little-endian
     pHeader[213] = 0x41;
 }
 
-/// The fields that notes have, in the version of 2014.
+/// Writes the fields of the notes, as in the format of 2014.
 void notesToBytes(const MrcNotes& notes, const int32_t (&anSize)[3], uint8_t* pHeader)
 {
     const int nVersion = 20140;

@@ -21,16 +21,17 @@ namespace tessera {
 
 namespace {
 
-/// A picture's size is only its header's word. Below this many pixels it is believed; above, the file
-/// must be long enough for them at deflate's best ratio, 1032, with eight pixels in a byte.
+/// Up to this many pixels the size in the header of a picture is trusted. For more pixels, the file must be
+/// long enough at the best ratio of deflate, 1032, and eight pixels in a byte.
 constexpr int64_t g_nTrustedPixels = int64_t(1) << 26;
 constexpr int64_t g_nPixelsPerByte = 8 * 1032;
-/// As many pixels as an int counts, of 8 bytes each. Some formats are searched to the end of the file.
+/// Length of a picture of as many pixels as an int counts, of 8 bytes each. Some formats are searched to
+/// the end of the file.
 constexpr int64_t g_nMostBytes = int64_t(1) << 34;
-/// Up to this many pixels nobody asks how much memory is left.
+/// Up to this many pixels the available memory is not checked.
 constexpr int64_t g_nSmallPixels = int64_t(1) << 24;
 
-/// Why the pixels of a BMP are not all there; empty if they are. The reader itself does not tell.
+/// Why pixels of a BMP are missing; empty if none are. The reader itself does not tell.
 QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
 {
     constexpr int nHeadSize = 54, nOldHead = 12;
@@ -39,31 +40,34 @@ QString cutBmp(const QByteArray& bytesHead, int64_t nFileSize)
     }
     const auto wordAt = [&](int n) { return qFromLittleEndian<quint32>(bytesHead.constData() + n); };
     const auto shortAt = [&](int n) { return qFromLittleEndian<quint16>(bytesHead.constData() + n); };
-    int64_t nBytes = wordAt(34);  // of packed pixels, if the file tells it
+    int64_t nBytes = wordAt(34);  // length of packed pixels, if the file has it
     if (wordAt(14) == nOldHead) {
         nBytes = (int64_t(shortAt(18)) * shortAt(24) + 31) / 32 * 4 * shortAt(20);
-    } else if (wordAt(30) != 1 && wordAt(30) != 2) {  // not run-length packed
+    } else if (wordAt(30) != 1 && wordAt(30) != 2) {  // not run-length encoded
         nBytes = (int64_t(wordAt(18)) * shortAt(28) + 31) / 32 * 4 *
-                 std::abs(int64_t(static_cast<qint32>(wordAt(22))));  // below 0: the first row comes first
+                 std::abs(
+                     int64_t(static_cast<qint32>(wordAt(22))));  // below 0 where the first row comes first
     }
     const int64_t nNeeded = wordAt(10) + nBytes;
     return nNeeded <= nFileSize ? QString()
                                 : QStringLiteral("truncated: %1 of %2 bytes").arg(nFileSize).arg(nNeeded);
 }
 
-/// Likewise for a JPEG. A reader of JPEG paints what is missing grey.
+/// Does the same for a JPEG, whose reader paints a missing part grey.
 QString cutJpeg(const QByteArray& bytes)
 {
     int n = 2;
-    while (n + 4 <= bytes.size() && bytes[n] == '\xff' && bytes[n + 1] != '\xda') {  // to the start of a scan
+    while (n + 4 <= bytes.size() && bytes[n] == '\xff' &&
+           bytes[n + 1] != '\xda') {  // to the beginning of a scan
         n += bytes[n + 1] == '\xff' ? 1 : 2 + qFromBigEndian<quint16>(bytes.constData() + n + 2);
     }
-    // within a scan, a byte 0xff of the pixels is followed by 0
+    // Within a scan, a byte 0xff of the pixels is followed by 0.
     return n < bytes.size() && bytes.indexOf("\xff\xd9", n) >= 0 ? QString()
                                                                  : QStringLiteral("truncated: no end marker");
 }
 
-/// Why a picture that could be read is not whole; empty if it is, or if its format has readers that tell.
+/// Why a picture that was read is not complete; empty if it is, or if the reader of its format would have
+/// told.
 QString cutPicture(const QString& strFileName, const QByteArray& bytesFormat)
 {
     QFile file(strFileName);
@@ -84,19 +88,19 @@ std::unique_ptr<CImgObj<float>> imageFromPicture(const QImage& picture)
     }
     float* pfTarget = pImage->Data();
     if (picture.format() ==
-        QImage::Format_Grayscale16) {  // counts, of which a conversion keeps the upper half
+        QImage::Format_Grayscale16) {  // counts; a conversion would keep only the upper half of the bits
         const size_t nWidth = size_t(picture.width());
         for (int y = 0; y < picture.height(); ++y) {
             convertPixels<quint16, false>(picture.constScanLine(y), nWidth, pfTarget + size_t(y) * nWidth);
         }
         return pImage;
     }
-    constexpr int nStrip = 64;  // rows converted together: a whole copy of 4 bytes a pixel would add up
+    constexpr int nStrip = 64;  // rows converted together, as a copy of all would need 4 bytes per pixel
     for (int nTop = 0; nTop < picture.height(); nTop += nStrip) {
         const QImage strip = picture.copy(0, nTop, picture.width(), std::min(nStrip, picture.height() - nTop))
                                  .convertToFormat(QImage::Format_RGB32);
         if (strip.isNull()) {
-            throw std::bad_alloc();  // QImage tells a lack of memory only so
+            throw std::bad_alloc();  // this is how QImage reports a lack of memory
         }
         for (int y = 0; y < strip.height(); ++y) {
             const QRgb* pSource = reinterpret_cast<const QRgb*>(strip.constScanLine(y));
@@ -114,7 +118,7 @@ bool mayBePicture(const QString& strFileName, QString& strReason)
 {
     const QFileInfo info(strFileName);
     if (info.exists() && !info.isFile()) {
-        strReason = QStringLiteral("not a file");  // opening a pipe would wait for its writer
+        strReason = QStringLiteral("not a file");  // as opening a pipe would wait for its writer
         return false;
     }
     if (info.size() > g_nMostBytes) {
@@ -131,9 +135,10 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     }
     const QFileInfo info(strFileName);
     QImageReader reader(strFileName);
-    const QSize size = reader.size();  // -1, -1 when the format tells no size beforehand
+    const QSize size = reader.size();  // -1, -1 when the format does not tell the size before reading
     const int64_t nWidth = std::abs(static_cast<int64_t>(size.width()));
-    const int64_t nHeight = std::abs(static_cast<int64_t>(size.height()));  // a BMP from the top has a minus
+    const int64_t nHeight = std::abs(
+        static_cast<int64_t>(size.height()));  // negative for a BMP stored from the top
     const int64_t nPixels = nWidth * nHeight;
     if (nPixels > std::numeric_limits<int>::max() ||
         (nPixels > g_nTrustedPixels && nPixels / g_nPixelsPerByte > info.size())) {
@@ -142,7 +147,7 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
                              QString::number(info.size()));
         return 0;
     }
-    constexpr uint64_t nBytesPerPixel = 8 + sizeof(float);  // of the largest format, and of the frame
+    constexpr uint64_t nBytesPerPixel = 8 + sizeof(float);  // of the largest format and the frame together
     const uint64_t nBytes = static_cast<uint64_t>(nPixels) * nBytesPerPixel;
     if (nPixels > g_nSmallPixels && !hasMemoryFor(nBytes)) {
         throw CShortMemory(QStringLiteral("%1: a picture of %2 x %3 pixels")
@@ -150,10 +155,9 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
                            nBytes);
     }
     const QByteArray bytesFormat = reader.format();
-    // What the file has no bytes for stays as it is in the picture that is handed over: black.
+    // Pixels that the file does not have keep their values in the given picture: black.
     QImage picture;
-    const int nFormat = static_cast<int>(
-        reader.imageFormat());  // of a damaged JPEG anything, none of the enum
+    const int nFormat = static_cast<int>(reader.imageFormat());  // may be any number for a damaged JPEG
     if (nFormat > QImage::Format_Invalid && nFormat < QImage::NImageFormats) {
         picture = QImage(static_cast<int>(nWidth), static_cast<int>(nHeight),
                          static_cast<QImage::Format>(nFormat));

@@ -1,4 +1,4 @@
-// Conversion of pixels as they lie in a file to float.
+// Pixel conversion: converts elements of a file to float.
 #pragma once
 
 #include <QtEndian>
@@ -10,7 +10,7 @@
 
 namespace tessera {
 
-/// One element of type `T` from its bytes at any address, which are reversed when `bSwap` is set.
+/// An element of type `T` from its bytes at any address. The bytes are reversed when `bSwap` is set.
 template <class T, bool bSwap>
 inline T elementFromBytes(const uint8_t* p)
 {
@@ -37,9 +37,9 @@ inline T elementFromBytes(const uint8_t* p)
     return value;
 }
 
-/// Converts `nCount` elements of type `T` from `pSource` (any address) to `pTarget`; the two don't overlap.
+/// Converts `nCount` elements of type `T` at any address to `pTarget`, which must not overlap them.
 ///
-/// The inner loop has a fixed length: that is what lets the compiler use vector instructions at -O2.
+/// The inner loop has a fixed length, so that the compiler uses vector instructions at -O2.
 template <class T, bool bSwap>
 void convertPixels(const uint8_t* __restrict pSource, size_t nCount, float* __restrict pTarget)
 {

@@ -13,8 +13,8 @@ namespace tessera {
 
 namespace {
 
-/// Elements that are read and converted together: little enough to be still in the processor's cache when
-/// they are converted.
+/// Elements that are read and converted together: few enough to be still in the cache when they are
+/// converted.
 constexpr qint64 g_nBlockElements = qint64(1) << 17;
 
 using Convert = void (*)(const uint8_t*, size_t, float*);
@@ -114,7 +114,7 @@ std::unique_ptr<CImgObj<float>> readPlainPixels(QFile& file, const PlainPixels& 
     if (!holdsPixels(pixels, file.size(), strReason)) {
         return nullptr;
     }
-    constexpr qint64 nMemoryAsked = qint64(1) << 28;  // bytes from which it is asked whether they are there
+    constexpr qint64 nMemoryAsked = qint64(1) << 28;  // bytes; for fewer the available memory is not checked
     const qint64 nMemory = pixels.nWidth * pixels.nHeight * qint64(sizeof(float));
     if (nMemory > nMemoryAsked && !hasMemoryFor(quint64(nMemory))) {
         strReason =

@@ -10,15 +10,15 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 g_nFirstLook = 4096;           ///< HEADER_BYTES stands at the beginning
-constexpr qint64 g_nLongestText = 1024 * 1024;  ///< d*TREK headers of image plates have some 16 kB
+constexpr qint64 g_nFirstLook = 4096;           ///< bytes; HEADER_BYTES is at the beginning
+constexpr qint64 g_nLongestText = 1024 * 1024;  ///< bytes; d*TREK headers of image plates have some 16 kB
 
 struct ElementName {
     const char* pszName;
     PixelElement element;
 };
 
-/// As TYPE and Data_type have them, without the words that make no difference.
+/// The names in TYPE and Data_type, without words that do not matter.
 constexpr ElementName g_aElement[] = {
     {"unsigned short", PixelElement::UInt16}, {"short", PixelElement::Int16},
     {"signed short", PixelElement::Int16},    {"unsigned char", PixelElement::UInt8},
@@ -26,9 +26,9 @@ constexpr ElementName g_aElement[] = {
     {"unsigned", PixelElement::UInt32},       {"long", PixelElement::Int32},
     {"signed long", PixelElement::Int32},     {"float", PixelElement::Float32}};
 
-/// Takes the items of the text.
-/// @return whether the text has its end, the line with "}". A brace elsewhere is no end: programs have left
-///         place holders in braces.
+/// Reads the items of the text.
+/// @return whether the text has its end, the line with "}". A brace within a line is no end, as programs
+///         have left placeholders in braces.
 bool parseItems(const QByteArray& bytesText, std::map<QByteArray, QByteArray>& mapItem)
 {
     const QList<QByteArray> listLine = bytesText.mid(bytesText.indexOf('{') + 1).split('\n');
@@ -52,7 +52,7 @@ bool elementOf(const SmvHeader& header, PixelElement& element, QString& strReaso
 {
     const QByteArray bytesType = header.text(header.mapItem.count("TYPE") ? "TYPE" : "DATA_TYPE");
     if (bytesType.isEmpty()) {
-        return true;  // unsigned 16-bit, as nearly all files have it
+        return true;  // unsigned 16-bit, as in nearly all files
     }
     QList<QByteArray> listWord = bytesType.toLower().replace('_', ' ').simplified().split(' ');
     listWord.removeAll("int");
@@ -79,7 +79,7 @@ bool byteOrderOf(const SmvHeader& header, bool& bBigEndian, QString& strReason)
     return false;
 }
 
-/// What the items tell of the pixels.
+/// Finds the layout of the pixels from the items.
 bool layoutOf(SmvHeader& header, QString& strReason)
 {
     const QByteArray bytesDim = header.text("DIM"), bytesPacked = header.text("COMPRESSION");
@@ -156,7 +156,7 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
 
 bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason)
 {
-    constexpr qint64 nPadding = 4096;  // to a block of any disk
+    constexpr qint64 nPadding = 4096;  // bytes, a block of any disk
     if (!holdsPixels(header.pixels, nFileSize, strReason)) {
         return false;
     }

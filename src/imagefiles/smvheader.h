@@ -1,4 +1,4 @@
-// SmvHeader: the items of an SMV file's text header, and what they tell of the pixels behind it.
+// SmvHeader: the items of the text header of an SMV file, and what they tell of the pixels.
 #pragma once
 
 #include "imagefiles/plainpixels.h"
@@ -11,28 +11,30 @@
 
 namespace tessera {
 
-/// The text is "{", then lines "KEY=value;", then a line that "}" begins; HEADER_BYTES of it tells where the
-/// pixels lie. Files of the d*TREK family have a Data_type where the others have a TYPE, and may have many.
+/// The text header: "{", then lines "KEY=value;", then a line that begins with "}". HEADER_BYTES is the
+/// place of the pixels. Files of the d*TREK family have a Data_type in place of TYPE, and may have many
+/// more items.
 struct SmvHeader {
     std::map<QByteArray, QByteArray>
-        mapItem;  ///< by the key in capitals; of two items with one key the first
+        mapItem;  ///< values by the key in upper case; the first one of equal keys
     PlainPixels pixels;
 
-    /// The value without the blanks round it; empty without such an item.
+    /// The value of an item without blanks around it; empty without the item.
     QByteArray text(const char* pszKey) const;
-    /// The value as a number of the C locale; NaN where it is none, as in "PHI={phi:.4f};", and without item.
+    /// The value of an item as a number in the C locale; NaN without the item, and where the value is no
+    /// number, as in "PHI={phi:.4f};".
     double number(const char* pszKey) const;
 };
 
-/// Reads the header of an open file. HEADER_BYTES may be anything that the file is long enough for, but no
-/// more than a megabyte of it is looked through.
-/// @return false with the reason when the file has no such header, or tells of pixels that are not read. That
-///         the file holds the pixels is for holdsSmvPixels() to say.
+/// Reads the header of an open file. HEADER_BYTES may be any number within the file, but at most a megabyte
+/// is searched.
+/// @return false, with the reason, when the file has no such header, or pixels of a type that is not read.
+///         Whether the file has all pixels must be checked by holdsSmvPixels().
 bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason);
 
-/// Whether a file of so many bytes is as long as the header tells; else the reason is told. A longer one is
-/// refused too, but for a padding: programs have written the number of rows for that of columns, which
-/// would give a sheared picture.
+/// Whether the length of a file agrees with the header; if not, with the reason. A longer file is refused,
+/// too, except for some padding. Programs have confused rows and columns in the header, and such a picture
+/// would be sheared.
 bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason);
 
 }  // namespace tessera

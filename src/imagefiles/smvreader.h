@@ -1,4 +1,4 @@
-// SMV files of cameras, read: a text header in braces and 16-bit pixels.
+// SMV reader: reads SMV files of cameras, which have a text header in braces and 16-bit pixels.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Reads images of a file as FrameFormat::fnRead asks for it.
+/// Reads images of a file for FrameFormat::fnRead.
 bool readSmvFrames(const QString& strFileName, int nFirst, int nMaxImages, ImageList& vecImage,
                    QString& strReason);
 
-/// Reads the header of one image as FrameFormat::fnReadHeader asks for it.
+/// Reads the header of an image for FrameFormat::fnReadHeader.
 FrameHeader readSmvHeader(const QString& strFileName, int nImage);
 
 }  // namespace tessera

@@ -10,7 +10,8 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nLargestCount = 65535;  ///< of unsigned 16-bit pixels: writers cut off there
+/// Greatest count of unsigned 16-bit pixels, at which writers cut off.
+constexpr int g_nLargestCount = 65535;
 
 ToldNumber told(double df, const char* pszSource)
 {
@@ -23,7 +24,8 @@ ToldNumber toldAboveZero(const SmvHeader& smv, const char* pszKey)
     return df > 0 ? told(df, pszKey) : ToldNumber();
 }
 
-/// PIXEL_SIZE is in mm; no camera has pixels of a millimetre, so a greater number is in micrometres.
+/// Reads PIXEL_SIZE, which is in mm. No camera has pixels of a millimetre, so a greater number is in
+/// micrometres.
 void tellDetectorPixel(const SmvHeader& smv, FrameHeader& header)
 {
     header.detectorPixel = toldAboveZero(smv, "PIXEL_SIZE");
@@ -43,7 +45,7 @@ void tellTilt(const SmvHeader& smv, FrameHeader& header)
     const ToldNumber start = bOscStart              ? told(dfOscStart, "OSC_START")
                              : std::isfinite(dfPhi) ? told(dfPhi, "PHI")
                                                     : ToldNumber();
-    if (std::abs(dfOscStart - dfPhi) > 0.001) {  // degrees; less than any frame turns
+    if (std::abs(dfOscStart - dfPhi) > 0.001) {  // degrees, less than the width of any frame
         header.listDoubt.append(
             QStringLiteral("OSC_START %1 was taken, but PHI is %2").arg(dfOscStart).arg(dfPhi));
     }
@@ -57,14 +59,15 @@ void tellTilt(const SmvHeader& smv, FrameHeader& header)
 }
 
 struct PixelPlace {
-    double dfColumn, dfRow;  ///< the outer corner of the first pixel is 0, 0
+    double dfColumn, dfRow;  ///< counted from the outer corner of the first pixel
 };
 
-/// The place of the beam in whichever of its dialects BEAM_CENTER_X and _Y are.
+/// The place of the beam from BEAM_CENTER_X and _Y, in either of their meanings.
 ///
-/// ADSC writes mm, X along the columns of the image and Y along its rows: (Y, X) is (column, row). Programs
-/// of hybrid cameras write pixels, X the column. A number that would lie beyond the frame's end in mm is in
-/// pixels; so are numbers that DENZO_Y_BEAM and DENZO_X_BEAM, the column and the row in mm, confirm as such.
+/// ADSC writes mm, X along the columns of the image and Y along its rows, so (Y, X) is (column, row).
+/// Programs of hybrid cameras write pixels, with X as the column. A number that would be outside the frame
+/// in mm is in pixels. So are numbers that are confirmed as pixels by DENZO_Y_BEAM and DENZO_X_BEAM, the
+/// column and the row in mm.
 /// @param dfPixel  mm
 PixelPlace beamCenter(const SmvHeader& smv, double dfX, double dfY, double dfPixel, FrameHeader& header)
 {
@@ -96,7 +99,7 @@ void tellBeam(const SmvHeader& smv, FrameHeader& header)
     PixelPlace place = {};
     QString strName = QStringLiteral("BEAM_CENTER");
     if (!(dfPixel > 0)) {
-        return;  // mm or pixels, and how many
+        return;  // it is unknown whether they are mm or pixels
     }
     if (dfX > 0 && dfY > 0) {
         place = beamCenter(smv, dfX, dfY, dfPixel, header);
@@ -117,15 +120,15 @@ void tellBeam(const SmvHeader& smv, FrameHeader& header)
                                     .arg(dfY));
         return;
     }
-    // mm count from the outer corner of the first pixel in all programs that read the format. The pixels of
-    // hybrid cameras' programs are these mm by the pixel size (DENZO_Y_BEAM = BEAM_CENTER_X * PIXEL_SIZE),
-    // and in two series the core of the beam lay at the told place less 0.4 pixels on the average.
+    // All programs that read the format count mm from the outer corner of the first pixel. The pixels in
+    // files of hybrid cameras are these mm divided by the pixel size (DENZO_Y_BEAM = BEAM_CENTER_X *
+    // PIXEL_SIZE). In two series, the core of the beam was 0.4 pixels before the given place on average.
     constexpr double dfCornerToCentre = 0.5;
     header.beamX = {place.dfColumn - dfCornerToCentre, strName};
     header.beamY = {place.dfRow - dfCornerToCentre, strName};
 }
 
-/// BIN is "2x2".
+/// The binning, from an item such as "2x2".
 int binning(const SmvHeader& smv)
 {
     const QByteArray bytesBin = smv.text("BIN");
@@ -142,7 +145,7 @@ void tellSaturation(const SmvHeader& smv, FrameHeader& header)
     }
     if (!saturation.isTold() && smv.text("BEAMLINE").toUpper().startsWith("CETAD")) {
         const int nBinning = binning(smv);
-        constexpr int nCetaSaturation = 8000;  // counts of one pixel of this camera
+        constexpr int nCetaSaturation = 8000;  // counts of a pixel of this camera
         saturation = told(nCetaSaturation * nBinning * nBinning, "BEAMLINE, BIN");
         header.listDoubt.append(QStringLiteral("a Ceta camera was taken to be linear up to %1 counts")
                                     .arg(nCetaSaturation * nBinning * nBinning));
@@ -150,7 +153,7 @@ void tellSaturation(const SmvHeader& smv, FrameHeader& header)
     if (smv.pixels.element == PixelElement::UInt16 && !(saturation.df < g_nLargestCount)) {
         saturation = told(g_nLargestCount, "TYPE");
     }
-    // Counts come with the pedestal taken off.
+    // The pedestal has been subtracted from the counts.
     const int nPedestal = smvPedestal(smv);
     if (saturation.df > nPedestal) {
         saturation.df -= nPedestal;

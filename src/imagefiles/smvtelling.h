@@ -6,12 +6,12 @@
 
 namespace tessera {
 
-/// What is subtracted from each count: IMAGE_PEDESTAL where it is a whole number that pixels can have, else
-/// 0.
+/// The number to be subtracted from each count: IMAGE_PEDESTAL where it is a whole number within the range
+/// of pixels, else 0.
 int smvPedestal(const SmvHeader& smv);
 
-/// All but the size, which needs the length of the file. No item of the format tells the direction of the
-/// rotation axis.
+/// The header without the size, which depends on the length of the file. No item of the format gives the
+/// direction of the rotation axis.
 FrameHeader frameHeaderOfSmv(const SmvHeader& smv);
 
 }  // namespace tessera

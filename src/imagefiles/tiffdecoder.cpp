@@ -11,19 +11,19 @@ namespace tessera {
 
 namespace {
 
-/// Beside what it was asked to unpack to, libtiff takes memory for tags and tables of its own.
+/// Memory of libtiff for tags and tables, besides the unpacked pixels.
 constexpr uint64_t g_nOwnMemory = uint64_t(64) << 20;
 
 int keepError(TIFF*, void* pReason, const char* pszModule, const char* pszFormat, va_list args)
 {
     QString& strReason = *static_cast<QString*>(pReason);
-    if (strReason.isEmpty()) {  // the first is the cause
+    if (strReason.isEmpty()) {  // the first message is the cause
         char szText[512];
         std::vsnprintf(szText, sizeof(szText), pszFormat, args);
         strReason = pszModule && *pszModule ? QString::fromUtf8(pszModule) + QStringLiteral(": ") : QString();
         strReason += QString::fromUtf8(szText).simplified();
     }
-    return 1;  // nobody else is told
+    return 1;  // the message goes nowhere else
 }
 
 int dropWarning(TIFF*, void*, const char*, const char*, va_list)
@@ -93,14 +93,14 @@ void CTiffDecoder::open()
     if (!pOptions) {
         throw std::bad_alloc();
     }
-    constexpr double dfLargest = 4e18;  // below the greatest number of bytes
+    constexpr double dfLargest = 4e18;  // less than the greatest number of bytes
     const double dfMost = std::min(
         m_layout.planeBytes() + double(m_layout.nPackedBytes) + double(g_nOwnMemory), dfLargest);
     TIFFOpenOptionsSetMaxSingleMemAlloc(pOptions.get(), tmsize_t(dfMost));
     TIFFOpenOptionsSetErrorHandlerExtR(pOptions.get(), keepError, &m_strReason);
     TIFFOpenOptionsSetWarningHandlerExtR(pOptions.get(), dropWarning, nullptr);
-    // h: the directory of the page alone is read; m: no mapping, as a file that is cut meanwhile would end
-    // the program
+    // h: only the directory of the page is read; m: no memory mapping, as a file that is shortened
+    // meanwhile would crash the program.
     m_pTiff = TIFFClientOpenExt("", "rhm", &m_source, fnRead, writeNothing, fnSeek, closeNothing, fnSize,
                                 nullptr, nullptr, pOptions.get());
     if (m_pTiff && !TIFFSetSubDirectory(m_pTiff, m_layout.nDirectory) && m_strReason.isEmpty()) {
@@ -149,7 +149,7 @@ bool CTiffDecoder::readPicture(uint32_t* p)
     m_strReason.clear();
     uint16_t nOrientation = ORIENTATION_TOPLEFT;
     TIFFGetFieldDefaulted(m_pTiff, TIFFTAG_ORIENTATION, &nOrientation);
-    // Asked for in the orientation that it has, it is left as stored.
+    // The page is requested in its own orientation, so libtiff leaves the pixels as stored.
     return TIFFReadRGBAImageOriented(m_pTiff, uint32_t(m_layout.nWidth), uint32_t(m_layout.nHeight), p,
                                      nOrientation, 1) == 1;
 }

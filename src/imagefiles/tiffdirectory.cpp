@@ -13,9 +13,9 @@ namespace tessera {
 namespace {
 
 constexpr uint64_t g_nMostText = uint64_t(1) << 20;
-constexpr uint64_t g_nMostEntries = 65535;  ///< of a classic file, whose count has two bytes
+constexpr uint64_t g_nMostEntries = 65535;  ///< in a classic file, which counts them with two bytes
 
-/// Types of values by their number in the file.
+/// The types of values by their numbers in the file.
 enum : uint16_t {
     BYTE = 1,
     ASCII,
@@ -35,7 +35,7 @@ enum : uint16_t {
     IFD8
 };
 
-/// Bytes of one value; 0 for a type that does not exist.
+/// The bytes of a value; 0 for an unknown type.
 uint64_t sizeOfType(uint16_t nType)
 {
     const uint8_t anSize[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
@@ -131,7 +131,7 @@ std::optional<TiffDirectory> CTiffBytes::directory(uint64_t nPlace)
     if (nPlace < 8 || nPlace >= m_nSize) {
         return std::nullopt;
     }
-    // One read for a directory of usual length.
+    // A directory of usual length is read at once.
     QByteArray bytes = bytesAt(nPlace, std::min(uint64_t(512), m_nSize - nPlace));
     if (uint64_t(bytes.size()) < nCountSize) {
         return std::nullopt;

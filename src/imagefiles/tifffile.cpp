@@ -12,14 +12,14 @@ namespace tessera {
 
 namespace {
 
-/// The images of a file whose pages lie open.
+/// The images of an open file.
 struct Images {
     TiffSeries series;
-    std::optional<TiffLayout> firstLayout;  ///< of the first page of a stack in one page
-    uint64_t nImages = 0;                   ///< up to as many as were asked for
+    std::optional<TiffLayout> firstLayout;  ///< of the page of a stack in one page
+    uint64_t nImages = 0;                   ///< at most as many as wanted
 };
 
-/// Where an image of a stack in one page lies: as far behind the first as images before it take.
+/// The layout of an image of a stack in one page: each image follows the one before it.
 TiffLayout inStack(TiffLayout layout, uint64_t nImage)
 {
     const uint64_t nBytes = layout.rowBytes() * uint64_t(layout.nHeight);
@@ -29,7 +29,7 @@ TiffLayout inStack(TiffLayout layout, uint64_t nImage)
     return layout;
 }
 
-/// Whether the strips of a page follow one another, so that images can follow them.
+/// Whether the strips of a page are contiguous, so that further images can follow them.
 bool isInOnePiece(const TiffLayout& layout)
 {
     const uint64_t nStrip = layout.rowBytes() * uint64_t(layout.nSegmentHeight);
@@ -41,7 +41,7 @@ bool isInOnePiece(const TiffLayout& layout)
     return layout.bPlain && !layout.bTiled && !layout.bSeparate && layout.pixels != TiffPixels::Picture;
 }
 
-/// The directory of a page; one without tags where the file has changed meanwhile.
+/// The directory of a page; without tags where the file has changed meanwhile.
 TiffDirectory pageOf(CTiffBytes& tiff, const TiffSeries& series, uint64_t nPage)
 {
     return tiff.directory(series.vecPage[nPage]).value_or(TiffDirectory());
@@ -56,7 +56,7 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
     if (images.series.nInOne > 1) {
         images.firstLayout = tiffLayout(tiff, pageOf(tiff, images.series, 0), strReason);
         if (!images.firstLayout) {
-            images.nImages = 1;  // the reading tells why
+            images.nImages = 1;  // reading will tell why
         } else if (!isInOnePiece(*images.firstLayout)) {
             images.series.strEnd = QStringLiteral(
                                        "the text tells of %1 images, but they don't follow one another")
@@ -82,8 +82,8 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
     return images;
 }
 
-/// Detectors of Dectris write -1 for a pixel in a gap between modules and -2 for a bad one, into signed
-/// counts.
+/// Replaces the marks of Dectris detectors by NaN: in signed counts -1 marks a gap between modules and -2 a
+/// bad pixel.
 void dropGaps(const TiffLayout& layout, const QByteArray& textOfPage, CImgObj<float>& image)
 {
     constexpr int nSigned = 2;
@@ -126,8 +126,8 @@ bool readTiffFrames(const QString& strFileName, int nFirst, int nMaxImages, Imag
     for (uint64_t i = nFrom; i < std::min(images.nImages, nMost); ++i) {
         QString strWrong;
         const std::optional<TiffLayout> layout = layoutOf(tiff, images, i, strWrong);
-        // Pages of their own pixels have together no more of them than the file; others would grow beyond
-        // bounds.
+        // Pages with pixels of their own have together at most the bytes of the file. Pages that share
+        // pixels could expand to any size.
         nPacked += layout ? layout->nPackedBytes : 0;
         if (nPacked > tiff.fileSize()) {
             strWrong = QStringLiteral("its pixels are those of other pages");

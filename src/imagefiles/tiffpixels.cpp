@@ -14,12 +14,11 @@ namespace tessera {
 
 namespace {
 
-constexpr uint64_t g_nPiece = uint64_t(1)
-                              << 20;  ///< bytes read together, which stay in the processor's cache
+constexpr uint64_t g_nPiece = uint64_t(1) << 20;  ///< bytes read together, few enough to stay in the cache
 constexpr double g_dfSmall = double(uint64_t(1)
-                                    << 26);  ///< up to so many bytes nobody asks how much memory is left
+                                    << 26);  ///< bytes; for fewer the available memory is not checked
 
-/// Whole rows of plain strips: strips that follow one another in the file are read together.
+/// Reads unpacked strips of whole rows. Contiguous strips are read together.
 bool readStrips(CTiffBytes& tiff, const TiffLayout& layout, CTiffRows& rows)
 {
     const uint64_t nRowBytes = layout.rowBytes();
@@ -47,7 +46,7 @@ bool readStrips(CTiffBytes& tiff, const TiffLayout& layout, CTiffRows& rows)
     return true;
 }
 
-/// Segment by segment, each by `fnRead(segment, bytes, target)`.
+/// Reads segment by segment through `fnRead(segment, bytes, target)`.
 template <class FnRead>
 bool readSegments(const TiffLayout& layout, CTiffRows& rows, FnRead fnRead)
 {
@@ -109,7 +108,7 @@ bool readPacked(CTiffBytes& tiff, const TiffLayout& layout, float* pfImage, QStr
     return bRead;
 }
 
-/// Reverses the columns of each row, in place.
+/// Reverses each row in place.
 void mirror(CImgObj<float>& image)
 {
     for (int y = 0; y < image.Height(); ++y) {
@@ -118,7 +117,7 @@ void mirror(CImgObj<float>& image)
     }
 }
 
-/// Reverses the rows, in place.
+/// Reverses the order of the rows in place.
 void turnOver(CImgObj<float>& image)
 {
     const size_t nRow = size_t(image.Width());
@@ -128,7 +127,7 @@ void turnOver(CImgObj<float>& image)
     }
 }
 
-/// Rows become columns.
+/// Exchanges rows and columns.
 std::unique_ptr<CImgObj<float>> transposed(const CImgObj<float>& image)
 {
     auto pImage = std::make_unique<CImgObj<float>>();
@@ -144,8 +143,8 @@ std::unique_ptr<CImgObj<float>> transposed(const CImgObj<float>& image)
     return pImage;
 }
 
-/// Turns an image from where its orientation tells rows and columns to begin: the first row is the top for 1
-/// and 2, the bottom for 3 and 4, the left edge for 5 and 8, the right for 6 and 7; the first column
+/// Rotates or mirrors an image as its orientation tells. The first stored row is the top for 1 and 2, the
+/// bottom for 3 and 4, the left edge for 5 and 8, and the right edge for 6 and 7; the first column
 /// likewise.
 std::unique_ptr<CImgObj<float>> turned(std::unique_ptr<CImgObj<float>> pImage, int nOrientation)
 {
@@ -180,7 +179,7 @@ std::unique_ptr<CImgObj<float>> tiffImage(CTiffBytes& tiff, const TiffLayout& la
         throw std::bad_alloc();
     }
     if (layout.bSeparate && layout.pixels == TiffPixels::Colour) {
-        pImage->Clear();  // planes are added up
+        pImage->Clear();  // planes are added to zeros
     }
     const bool bDirect = layout.bPlain && layout.pixels != TiffPixels::Picture;
     if (!(bDirect ? readPlain : readPacked)(tiff, layout, pImage->Data(), strReason)) {

@@ -1,4 +1,4 @@
-// The pixels of a page of a TIFF file as an image.
+// TIFF pixels: reads the pixels of a page of a TIFF file as an image.
 #pragma once
 
 #include "imagefiles/tifflayout.h"
@@ -8,10 +8,10 @@
 
 namespace tessera {
 
-/// Reads a page: counts unscaled, those of pictures by the rule of ReadPicture(), turned as its orientation
-/// says.
-/// @param strReason  what is wrong, in words, when there is no image
-/// @throws std::bad_alloc, also before memory is taken for packed pixels that the machine has no room for
+/// Reads a page: counts without scaling, pictures by the rule of ReadPicture(), rotated as the orientation
+/// tells.
+/// @param strReason  takes what is wrong when there is no image
+/// @throws std::bad_alloc, also before memory for packed pixels is allocated that is not available
 std::unique_ptr<CImgObj<float>> tiffImage(CTiffBytes& tiff, const TiffLayout& layout, QString& strReason);
 
 }  // namespace tessera

@@ -10,8 +10,8 @@ namespace tessera {
 
 namespace {
 
-constexpr float g_fGreyWeight = 64;                    ///< what the weights of the colours add up to
-constexpr float g_afColourWeight[] = {19, 2 * 19, 7};  ///< red, green, blue, as of every picture
+constexpr float g_fGreyWeight = 64;                    ///< sum of the weights of the colours
+constexpr float g_afColourWeight[] = {19, 2 * 19, 7};  ///< red, green, blue, as for all pictures
 constexpr float g_fWhite = 255;
 
 void convertHalves(const uint8_t* p, size_t nCount, bool bSwap, float* pf)
@@ -28,7 +28,7 @@ void convertHalves(const uint8_t* p, size_t nCount, bool bSwap, float* pf)
     }
 }
 
-/// Samples of fewer than 16 bits stand one behind another from the high bit of each byte on.
+/// Converts samples of fewer than 16 bits, which are packed from the high bit of each byte on.
 void convertBits(const uint8_t* p, size_t nCount, int nBits, bool bSigned, float* pf)
 {
     uint32_t nKept = 0;

@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// Of a reduced copy or a transparency mask of another page.
+/// Whether a page is a reduced copy or a transparency mask of another one.
 bool isAside(CTiffBytes& tiff, const TiffDirectory& directory)
 {
     constexpr uint64_t nReduced = 1, nMask = 4, nOldReduced = 2;
@@ -26,7 +26,7 @@ std::pair<uint64_t, uint64_t> sizeOf(CTiffBytes& tiff, const TiffDirectory& dire
     return nOrientation >= 5 && nOrientation <= 8 ? std::make_pair(size.second, size.first) : size;
 }
 
-/// The number of images that ImageJ tells of a file with one page; 1 where it tells none.
+/// The number of images that the text of ImageJ gives for a file with one page; else 1.
 uint64_t imagesInOne(CTiffBytes& tiff, const TiffDirectory& directory)
 {
     const QByteArray text = tiff.text(directory, TiffTag::ImageDescription);
@@ -40,7 +40,7 @@ uint64_t imagesInOne(CTiffBytes& tiff, const TiffDirectory& directory)
     return 1;
 }
 
-/// Walks all pages, or all but those aside.
+/// Goes through all pages, or through all that are no copies or masks.
 TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
 {
     TiffSeries series;
@@ -63,7 +63,7 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
             break;
         }
         nBytes += directory->nBytes;
-        if (nBytes > tiff.fileSize()) {  // directories side by side are no longer than the file
+        if (nBytes > tiff.fileSize()) {  // non-overlapping directories are no longer than the file
             series.strEnd = QStringLiteral("the directory of page %1 overlaps others").arg(nPage);
             break;
         }
@@ -98,7 +98,7 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
 TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost)
 {
     TiffSeries series = walk(tiff, nMost, false);
-    if (series.vecPage.empty() && series.strEnd.isEmpty()) {  // a file of thumbnails alone
+    if (series.vecPage.empty() && series.strEnd.isEmpty()) {  // a file with thumbnails only
         series = walk(tiff, nMost, true);
     }
     return series;

@@ -10,20 +10,22 @@
 
 namespace tessera {
 
-/// Pages that are smaller copies or masks of others are none of the images. Images are those up to the first
-/// of another size than the first one's.
+/// The images of a file, up to the first one that differs in size from the first. Pages that are reduced
+/// copies or masks of others are no images.
 struct TiffSeries {
-    /// Place of the directory of each image, up to as many as were asked for. A directory may have half a
-    /// mebibyte, and a file many pages, so none is kept.
+    /// The places of the directories of the images, at most as many as wanted. The directories are not
+    /// kept, as a file may have many pages, and a directory may have half a mebibyte.
     std::vector<uint64_t> vecPage;
-    /// Above 1: so many images stand one behind another where the only page has its first. ImageJ writes so.
+    /// Above 1 where the only page is followed by this many images in all, which have no pages. ImageJ
+    /// writes such files.
     uint64_t nInOne = 1;
-    QString strEnd;  ///< why there are no more, in words, where it is not that the file has no more
+    QString strEnd;  ///< why the series ends, if not because the file has no further image
 
+    /// Number of images.
     uint64_t images() const { return vecPage.empty() ? 0 : vecPage.size() * nInOne; }
 };
 
-/// Goes from page to page without looking at pixels.
+/// Goes through the pages without reading pixels.
 TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost);
 
 }  // namespace tessera

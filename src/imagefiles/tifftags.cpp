@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-/// A value above 0 with its source; nothing else is told.
+/// Stores a value with its source if it is above 0.
 void tell(ToldNumber& told, double df, const char* pszSource)
 {
     if (std::isfinite(df) && df > 0) {
@@ -21,7 +21,7 @@ void tell(ToldNumber& told, double df, const char* pszSource)
     }
 }
 
-/// Text of any of the encodings met in these files: UTF-8, Latin-1, or letters as "\u00B5".
+/// A text in any of the encodings found in these files: UTF-8, Latin-1, or letters as "\u00B5".
 QString textOf(const QByteArray& bytes)
 {
     const QString strUtf8 = QString::fromUtf8(bytes);
@@ -32,7 +32,7 @@ QString textOf(const QByteArray& bytes)
     return str.replace(QChar(0x212b), QStringLiteral("Å")).replace(QChar(0x3bc), QStringLiteral("µ"));
 }
 
-/// What a pixel of one such unit is in Å⁻¹; 0 for another unit.
+/// The factor from a unit to Å⁻¹; 0 for another unit.
 double perAngstrom(const QString& strUnit)
 {
     QString str = strUnit.trimmed();
@@ -47,7 +47,7 @@ double perAngstrom(const QString& strUnit)
     return 0;
 }
 
-/// "key: value" or "key=value", a line each; the first of a key counts.
+/// Lines "key: value" or "key=value"; the first one of equal keys counts.
 QMap<QString, QString> linesOf(const QString& strText, QChar chSplit)
 {
     QMap<QString, QString> map;
@@ -60,7 +60,7 @@ QMap<QString, QString> linesOf(const QString& strText, QChar chSplit)
     return map;
 }
 
-/// A scale that only tells what a pixel is in an image, or whose unit is not known, with its unit.
+/// A line of doubt for a scale of an image, or of an unknown unit.
 QString unusedScale(const char* pszSource, double df, const QString& strUnit)
 {
     return QStringLiteral(
@@ -69,7 +69,7 @@ QString unusedScale(const char* pszSource, double df, const QString& strUnit)
              strUnit.isEmpty() ? QStringLiteral("(no unit)") : strUnit);
 }
 
-/// Takes a pixel of a unit of reciprocal space, and tells of any other.
+/// Stores a pixel size in a unit of reciprocal space; any other becomes a line of doubt.
 void tellPixel(double df, const QString& strUnit, const char* pszSource, FrameHeader& header)
 {
     if (!(std::isfinite(df) && df > 0)) {
@@ -83,13 +83,13 @@ void tellPixel(double df, const QString& strUnit, const char* pszSource, FrameHe
     }
 }
 
-/// XResolution is in pixels per unit, and the unit stands in the text.
+/// Reads the tags of ImageJ. XResolution is in pixels per unit, and the unit is in the text.
 void tellImageJ(CTiffBytes& tiff, const TiffDirectory& directory, const QString& strText, FrameHeader& header)
 {
     const double dfX = 1 / tiff.real(directory, TiffTag::XResolution);
     const double dfY = 1 / tiff.real(directory, TiffTag::YResolution);
     const QString strUnit = linesOf(strText, QLatin1Char('=')).value(QStringLiteral("unit"));
-    constexpr double dfSame = 1e-3;  // both are rounded to six digits
+    constexpr double dfSame = 1e-3;  // both numbers are rounded to six digits
     if (std::abs(dfX - dfY) > dfSame * std::abs(dfX)) {
         header.listDoubt.append(
             QStringLiteral("ImageJ: XResolution and YResolution differ; they are not used"));
@@ -98,7 +98,7 @@ void tellImageJ(CTiffBytes& tiff, const TiffDirectory& directory, const QString&
     }
 }
 
-/// Its text is a YAML mapping, whose numbers have no units.
+/// Reads the text of instamatic, a YAML mapping whose numbers have no units.
 void tellInstamatic(const QString& strText, FrameHeader& header)
 {
     const QMap<QString, QString> map = linesOf(strText, QLatin1Char(':'));
@@ -114,7 +114,7 @@ void tellInstamatic(const QString& strText, FrameHeader& header)
     }
 }
 
-/// Lines such as "# Exposure_time 0.09 s": the unit is part of the line.
+/// Reads the lines of Dectris, such as "# Exposure_time 0.09 s", which include the unit.
 void tellDectris(const QString& strText, FrameHeader& header)
 {
     const auto number = [&](const char* pszKey, const char* pszUnit) {
@@ -131,7 +131,7 @@ void tellDectris(const QString& strText, FrameHeader& header)
     tell(header.saturation, number("Count_cutoff", "counts"), "Count_cutoff");
 }
 
-/// A structure of EM-MENU (TVIPS), always of little-endian numbers.
+/// Reads the structure of EM-MENU (TVIPS), whose numbers are always little-endian.
 void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header)
 {
     constexpr int nSize = 6312, nVersionTwo = 2, nMark = 6308;
@@ -147,7 +147,7 @@ void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& he
         std::memcpy(&f, &nBits, sizeof(f));
         return double(f);
     };
-    constexpr double dfLeastVolts = 10000;  // no microscope has as many kilovolts, and none as few volts
+    constexpr double dfLeastVolts = 10000;  // limit between kilovolts and volts
     const double dfHt = real(3272);
     tell(header.kilovolts, dfHt >= dfLeastVolts ? dfHt / 1000 : dfHt, "TVIPS: HT");
     constexpr double dfNanometres = 1e-3;
@@ -170,14 +170,14 @@ void tellTvips(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& he
     }
 }
 
-/// Of Olympus SIS the camera's name is taken, and its scale, in metres, is told.
+/// Reads the name of the camera from the tags of Olympus SIS, and reports its scale in metres as a doubt.
 void tellSis(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header)
 {
     const TiffEntry* const pEntry = directory.find(TiffTag::Sis);
     if (!pEntry) {
         return;
     }
-    // The tag holds the place of the structure, or is the structure.
+    // The tag has the place of the structure, or the structure itself.
     const uint64_t nPlace = pEntry->nCount > 1 ? pEntry->nPlace
                                                : tiff.wholeNumber(directory, TiffTag::Sis, 0);
     const QByteArray head = tiff.bytesAt(nPlace, 60);
@@ -207,7 +207,8 @@ void tellSis(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& head
     }
 }
 
-/// DigitalMicrograph names a unit for each direction; which is which matters only where they differ.
+/// Reads the scale of DigitalMicrograph, which has a unit for each direction. Which is which matters only
+/// where they differ.
 void tellDm(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header)
 {
     const QString strUnit = textOf(tiff.text(directory, TiffTag::DmUnitX));
@@ -221,7 +222,7 @@ void tellDm(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& heade
     }
 }
 
-/// The first number of a line "PixelWidth=1e-9" of the section "[Scan]", metres.
+/// Reads the first number of a line "PixelWidth=1e-9" of the section "[Scan]", metres.
 void tellFei(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header)
 {
     for (const TiffTag tag : {TiffTag::FeiSfeg, TiffTag::FeiHelios}) {

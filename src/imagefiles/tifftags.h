@@ -1,4 +1,4 @@
-// What programs leave in a TIFF file beside its pixels.
+// TIFF tags: what programs write into a TIFF file besides its pixels.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -7,9 +7,9 @@
 namespace tessera {
 
 /// Adds to a header what the tags of a page tell of microscope and camera: the text of ImageJ, that of
-/// instamatic, the structure of EM-MENU, the tags of Olympus SIS, those of DigitalMicrograph's export, and
-/// the lines "# key value unit" of Dectris. What has no unit, or one that is no use for diffraction, becomes
-/// a line of doubt.
+/// instamatic, the structure of EM-MENU, the tags of Olympus SIS, those of DigitalMicrograph exports, and
+/// the lines "# key value unit" of Dectris. A number without a unit, or with one that is useless for
+/// diffraction, becomes a line of doubt.
 void tellTiffTags(CTiffBytes& tiff, const TiffDirectory& directory, FrameHeader& header);
 
 }  // namespace tessera

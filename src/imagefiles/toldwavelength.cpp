@@ -6,17 +6,18 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfLongest =
-    0.05;  ///< Å, of electrons of 57 kV; microscopes for diffraction have 80 and more
+/// Å, for electrons of 57 kV; microscopes for diffraction have at least 80 kV.
+constexpr double g_dfLongest = 0.05;
 
-/// kV and Å: h / sqrt(2 m e V (1 + e V / 2 m c²)) with the constants of CODATA 2018.
+/// Voltages in kV and wavelengths in Å: h / sqrt(2 m e V (1 + e V / 2 m c²)) with the constants of CODATA
+/// 2018.
 constexpr struct {
     int nKilovolts;
     double dfWavelength;
 } USUAL[] = {{80, 0.0417572},  {100, 0.0370144}, {120, 0.0334922},
              {160, 0.0285101}, {200, 0.0250793}, {300, 0.0196875}};
 
-/// How many decimals a number has, zeros at the end apart; `nMost` when it has as many or more.
+/// The number of decimals without zeros at the end, at most `nMost`.
 int decimalsOf(double df, int nMost)
 {
     double dfPower = 1;

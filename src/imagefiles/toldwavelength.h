@@ -1,4 +1,4 @@
-// tellWavelength: a wavelength of electrons as a header writes it, and how far it can be trusted.
+// tellWavelength: reads a wavelength of electrons from a header and checks whether it can be trusted.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -7,14 +7,14 @@
 
 namespace tessera {
 
-/// Takes a wavelength into a header as it stands.
+/// Stores a wavelength in a header without changing it.
 ///
-/// One with four decimals or fewer that a usual voltage's would be rounded to is told all the same, with a
-/// doubt that names the voltage: 0.0251 for 200 kV is 0.08 % too long, and so is every d-spacing then. One
-/// above 0.05 Å, of X-rays, is not told but doubted: programs for X-rays write what their station was left
-/// at. What is no number above 0 is not told.
+/// A wavelength with four decimals or fewer that may be the rounded one of a usual voltage gets a doubt
+/// that names the voltage: 0.0251 for 200 kV is 0.08 % too long, and all d-spacings are then wrong by as
+/// much. One above 0.05 Å, which is for X-rays, is not stored and becomes a doubt, since programs for
+/// X-rays may write the setting of their beam line. Numbers not above 0 are ignored.
 /// @param bytesValue  the number, Å
-/// @param strSource   what it is called in the file
+/// @param strSource   its name in the file
 void tellWavelength(const QByteArray& bytesValue, const QString& strSource, FrameHeader& header);
 
 }  // namespace tessera

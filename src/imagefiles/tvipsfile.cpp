@@ -21,17 +21,19 @@ namespace tessera {
 namespace {
 
 constexpr qint64 g_nSeriesHeader = 256;
-constexpr qint64 g_nSmallImageHeader = 12;      ///< counter, seconds, milliseconds: all that version 1 has
-constexpr qint64 g_nLargestImageHeader = 4096;  ///< the known ones have 256 bytes at most
-constexpr quint64 g_nMemoryAsked = quint64(1) << 26;  ///< bytes; less is there, and asking takes its time
-constexpr quint64 g_nImageOverhead = 96;              ///< bytes that an image takes besides its pixels
+/// Bytes: counter, seconds and milliseconds, which is all of version 1.
+constexpr qint64 g_nSmallImageHeader = 12;
+constexpr qint64 g_nLargestImageHeader = 4096;  ///< bytes; known headers have at most 256
+/// Bytes; for fewer the available memory is not checked, as this takes time.
+constexpr quint64 g_nMemoryAsked = quint64(1) << 26;
+constexpr quint64 g_nImageOverhead = 96;  ///< memory of an image besides its pixels, bytes
 
-/// What the beginning of the first file tells of all images.
+/// The header of the first file, which is valid for all images.
 struct SeriesHeader {
     quint32 nVersion = 0;
     int nWidth = 0, nHeight = 0;
     int nPixelBytes = 0;
-    quint32 nBinning = 1;    ///< 0 where the two directions differ
+    quint32 nBinning = 1;    ///< 0 where it differs between the two directions
     quint32 nPixelSize = 0;  ///< nm or 1/nm
     quint32 nKilovolts = 0;
     qint64 nImageHeader = 0;  ///< bytes
@@ -43,9 +45,9 @@ struct SeriesHeader {
 /// One file of a series.
 struct SeriesPart {
     QString strFile;
-    qint64 nStart = 0;   ///< byte of the first image
-    qint64 nImages = 0;  ///< whole ones
-    bool bCut = false;   ///< a part of one more follows
+    qint64 nStart = 0;   ///< place of the first image, bytes
+    qint64 nImages = 0;  ///< number of complete images
+    bool bCut = false;   ///< a part of another image follows
 };
 
 quint32 wordAt(const QByteArray& bytes, int nOffset)
@@ -64,7 +66,7 @@ bool hasSeriesHeader(const QByteArray& bytes)
            (wordAt(bytes, 4) == 1 || wordAt(bytes, 4) == 2);
 }
 
-/// NAME of NAME_012.tvips and the number behind it; -1 for another name.
+/// Splits NAME_012.tvips into NAME and its number; -1 for another name.
 int partNumber(const QString& strFileName, QString& strBase, QString& strSuffix)
 {
     static const QRegularExpression s_rx(
@@ -94,7 +96,8 @@ QString noHeader(const QString& strFileName)
         .arg(QFileInfo(strBase + QStringLiteral("000") + strSuffix).fileName());
 }
 
-/// @return whether `header` tells images that can be read
+/// Parses the header.
+/// @return whether the images can be read
 bool parseHeader(const QByteArray& bytes, const QString& strFileName, SeriesHeader& header,
                  QString& strReason)
 {
@@ -137,7 +140,7 @@ SeriesPart partOf(const QString& strFile, qint64 nStart, const SeriesHeader& hea
 }
 
 /// The files of a series in their order, up to the one with image `nLast`.
-/// @param strReason  is set when a file is missing between others
+/// @param strReason  takes a message when a file between others is missing
 std::vector<SeriesPart> partsOf(const QString& strFileName, const SeriesHeader& header, qint64 nLast,
                                 QString& strReason)
 {
@@ -158,7 +161,7 @@ std::vector<SeriesPart> partsOf(const QString& strFileName, const SeriesHeader& 
             }
             break;
         }
-        if (hasSeriesHeader(headOf(strPart, 8))) {  // another series
+        if (hasSeriesHeader(headOf(strPart, 8))) {  // the beginning of another series
             break;
         }
         vecPart.push_back(partOf(strPart, 0, header));
@@ -183,7 +186,7 @@ std::unique_ptr<CImgObj<float>> imageFromBytes(const uint8_t* pPixels, const Ser
 }
 
 /// Appends images of one file.
-/// @return false with a reason when one of them cannot be read
+/// @return false, with the reason, when one of them cannot be read
 bool readPart(const SeriesPart& part, qint64 nFirst, qint64 nCount, const SeriesHeader& header,
               ImageList& vecRead, QString& strReason)
 {
@@ -217,7 +220,7 @@ qint64 imagesOf(const std::vector<SeriesPart>& vecPart)
     return nImages;
 }
 
-/// Bytes of an image's own header; empty where the image is not.
+/// The header of an image; empty where the file does not have the image.
 QByteArray imageHeader(const std::vector<SeriesPart>& vecPart, qint64 nImage, const SeriesHeader& header)
 {
     for (const SeriesPart& part : vecPart) {
@@ -240,7 +243,7 @@ ToldNumber told(double df, const char* pszSource)
     return {df, QLatin1String(pszSource)};
 }
 
-/// The stage's first tilt. Where no stage was connected all its numbers are 0.
+/// Reads the first tilt of the stage. If no stage was connected, all its numbers are 0.
 void tellStage(const QByteArray& bytes, FrameHeader& result)
 {
     bool bStage = false;
@@ -248,17 +251,17 @@ void tellStage(const QByteArray& bytes, FrameHeader& result)
         bStage = bStage || floatAt(bytes, nOffset) != 0;
     }
     const double dfAlpha = double(floatAt(bytes, 40));
-    if (bStage && std::abs(dfAlpha) <= 180) {  // not when it is NaN
+    if (bStage && std::abs(dfAlpha) <= 180) {  // false for NaN
         result.tilt = told(dfAlpha, "image header: alpha");
     }
 }
 
-/// The one number of the series header that may be the size of a pixel on the camera or, by the mode of the
-/// image, of one in its picture: nm or 1/nm. The file does not tell which.
+/// Reads the pixel size of the series header. The number may be the pixel size of the camera or, depending
+/// on the mode, that of the image, in nm or 1/nm; the file does not tell which.
 void tellPixel(const SeriesHeader& header, quint32 nMode, FrameHeader& result)
 {
-    constexpr quint32 nCameraPixel = 1000;  // nm; the pixels of cameras have 5 to 100 µm
-    constexpr double dfFarthest = 51;       // Å⁻¹: scattered by 90°, at 300 kV
+    constexpr quint32 nCameraPixel = 1000;  // nm; pixels of cameras have 5 to 100 µm
+    constexpr double dfFarthest = 51;       // Å⁻¹, scattering by 90° at 300 kV
     if (header.nPixelSize == 0) {
         return;
     }
@@ -327,7 +330,7 @@ bool readTvipsFrames(const QString& strFileName, int nFirst, int nMaxImages, Ima
     if (!parseHeader(file.read(g_nSeriesHeader), strFileName, header, strReason)) {
         return false;
     }
-    const qint64 nEnd = qint64(nFirst) + nMaxImages;  // behind the last
+    const qint64 nEnd = qint64(nFirst) + nMaxImages;  // after the last one
     const std::vector<SeriesPart> vecPart = partsOf(strFileName, header, nEnd - 1, strReason);
     const qint64 nImages = imagesOf(vecPart), nCount = std::min(nEnd, nImages) - nFirst;
     if (nCount < 1) {
