@@ -13,7 +13,8 @@ namespace {
 
 using Loop = std::vector<QPoint>;
 
-// The region and the blocks around it, also by the corner; flags on a grid with a rim of one block.
+// The region and the blocks that touch it, also those at the corners: flags on a grid with a margin of one
+// block.
 struct Flags {
     int nWidth, nHeight;
     std::vector<char> vecIn;
@@ -39,8 +40,8 @@ Flags widened(const std::vector<size_t>& vecBlock, int nWidth, int nHeight)
     return flags;
 }
 
-// Closed ways along the sides of the blocks, with the region to the right: clockwise around it on the
-// screen, the other way around holes.
+// Closed paths along the sides of the blocks with the region on the right, which is clockwise around the
+// region on the screen and anticlockwise around holes.
 std::vector<Loop> loopsAround(const Flags& flags)
 {
     const auto order = [](const QPoint& a, const QPoint& b) {
@@ -76,7 +77,7 @@ std::vector<Loop> loopsAround(const Flags& flags)
         }
         vecLoop.push_back(std::move(loop));
     }
-    return vecLoop;  // the first begins at the topmost corner, and so goes around the outside
+    return vecLoop;  // the first path begins at the topmost corner, so it is the outer one
 }
 
 double distanceFromLine(const QPoint& pt, const QPoint& ptFrom, const QPoint& ptTo)
@@ -88,10 +89,10 @@ double distanceFromLine(const QPoint& pt, const QPoint& ptFrom, const QPoint& pt
                : std::hypot(ptAway.x(), ptAway.y());
 }
 
-// Which corners are needed. Source: Douglas & Peucker (1973), Cartographica 10, 112.
+// Marks the corners that are needed. Source: Douglas & Peucker (1973), Cartographica 10, 112.
 void markCorners(const Loop& loop, std::vector<char>& vecKept)
 {
-    const double dfTolerance = 0.75;  // blocks: less than what the region was widened by
+    const double dfTolerance = 0.75;  // blocks, less than the widening of the region
     std::vector<std::pair<size_t, size_t>> vecPiece = {{0, loop.size() - 1}};
     while (!vecPiece.empty()) {
         const auto [nFrom, nTo] = vecPiece.back();
@@ -130,7 +131,7 @@ QPolygonF blockOutline(const std::vector<size_t>& vecBlock, int nWidth, int nHei
                 polygon.append(inPixels(loop[i]));
             }
         }
-        polygon.append(polygon.first());  // a seam leads on from here, and back to here
+        polygon.append(polygon.first());  // the seams to the holes begin and end here
     }
     return polygon;
 }

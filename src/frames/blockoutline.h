@@ -8,13 +8,15 @@
 
 namespace tessera {
 
-/// The outline of a region of square blocks, widened by a block all round, with few corners: none lies
-/// further than about a block from the stairs of the blocks.
+/// The outline of a region of square blocks, widened by one block on all sides and simplified: it deviates
+/// from the steps of the blocks by at most about one block.
 ///
-/// The outlines of holes follow that of the region, each there and back over one seam, so that the odd-even
-/// rule leaves the holes out.
+/// Outlines of holes follow that of the region. Each is connected to it by a seam that runs there and back,
+/// so that the odd-even rule leaves the holes out.
 /// @param vecBlock  places of the blocks, y * nWidth + x, at least one
-/// @param nSide     pixels; the pixel (0, 0) is the centre of the first
+/// @param nWidth    blocks in a row
+/// @param nSide     side of a block, pixels; pixel (0, 0) is the centre of the first pixel
+/// @return in pixels
 QPolygonF blockOutline(const std::vector<size_t>& vecBlock, int nWidth, int nHeight, int nSide);
 
 }  // namespace tessera

@@ -40,7 +40,7 @@ Position centroidOf(const CImgObj<float>& img, const RefIntPara& window)
         }
     }
     const Position pt{dfSumX / double(fSum), dfSumY / double(fSum)};
-    // Half a pixel for the rounding of the products; also false for a quotient that is no number.
+    // Half a pixel is allowed for the rounding of the products. The comparison is false for NaN, too.
     const bool bInDisc = std::hypot(pt.dfX - ptCentre.dfX, pt.dfY - ptCentre.dfY) <= nR + 0.5;
     return bInDisc ? pt : ptCentre;
 }

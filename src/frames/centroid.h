@@ -9,11 +9,13 @@
 
 namespace tessera {
 
-/// Replaces the positions by the centroids of the pixels within the windows' discs, in their order.
+/// Replaces the positions by the centroids of the pixels within the discs of the windows, in the order of
+/// the windows.
 ///
-/// A window whose disc and ring together do not lie inside the image leaves its centre (nX, nY), as does one
-/// whose pixels give no centroid inside the disc: a sum of 0, or pixels of both signs that nearly cancel.
-/// @param listX, listY  column and row in image pixels; their former contents are not read
+/// Where disc and ring are not wholly inside the image, the position is the centre (nX, nY) of the window.
+/// The same holds where the pixels give no centroid inside the disc, since their sum is 0, or pixels of
+/// both signs nearly cancel.
+/// @param listX, listY  take column and row in image pixels; their former contents are not used
 void refine2DPeakPosition(std::list<double>& listX, std::list<double>& listY, const CImgObj<float>& fImgObj,
                           const std::vector<RefIntPara>& vecRefIntPara);
 

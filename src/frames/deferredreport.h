@@ -1,4 +1,4 @@
-// CDeferredReport: lines of another thread, kept until it is their turn.
+// CDeferredReport: keeps the lines of another thread for the log.
 #pragma once
 
 #include "records/runreport.h"
@@ -8,14 +8,14 @@
 
 namespace tessera {
 
-/// Keeps what is said while a frame is worked on ahead of its turn.
+/// Keeps the lines that are reported while a frame is processed ahead of its turn.
 class CDeferredReport : public CRunReport {
 public:
     void addMessage(const QString& strText, Severity severity) override
     {
         m_vecLine.emplace_back(strText, severity);
     }
-    /// Says all lines, in order, and hands the reason on.
+    /// Passes all lines on in their order, and the reason.
     void sayTo(CRunReport& report) const
     {
         report.noteReason(reason());

@@ -1,4 +1,4 @@
-// fitDirectBeam: the direct beam fitted on each frame, beside where the shifts expect it.
+// fitDirectBeam: fits the direct beam on each frame and compares it with the place that the shifts give.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -15,18 +15,20 @@ namespace tessera {
 /// The beam on one frame, raw pixels.
 struct DirectBeamOnFrame {
     int nFrame = 0;              ///< from 0
-    QPointF ptExpected;          ///< the beam on the first frame plus the frame's shift
-    QPointF ptFitted;            ///< ptExpected where the box lies outside the frame
-    std::vector<double> vecFit;  ///< the values of FitPeak2D
+    QPointF ptExpected;          ///< the direct beam on the first frame plus the shift of the frame
+    QPointF ptFitted;            ///< equal to ptExpected where the box is outside the frame
+    std::vector<double> vecFit;  ///< the values that FitPeak2D() returns
 };
 
-/// Fits the direct beam on each frame and logs it beside its expected place; stores nothing.
+/// Fits the direct beam on each frame and writes the results to the log. The data set keeps nothing of
+/// them.
 ///
-/// Lorentzian in a box of half size 50 around the expected place, pixels from 3000 left out. One line a
-/// frame: frame from 1, expected x and y, fitted x and y, their differences, height, squared half widths,
-/// info of the fit. A frame that cannot be loaded is skipped. A frame without a shift counts as unshifted.
-/// @param fnFrameDone  after a frame's line; its images stand in m_vecFrameImage
-/// @return Refused for the call during a run that stops it
+/// A Lorentzian is fitted in a box of half size 50 around the expected place, without pixels of 3000 or
+/// more. Each frame has one line: frame from 1, expected x and y, fitted x and y, their differences,
+/// height, squared half widths, info of the fit. A frame that cannot be loaded is skipped. A frame without
+/// a shift is taken as unshifted.
+/// @param fnFrameDone  called after the line of a frame, when m_vecFrameImage has its images
+/// @return Refused when the call was made during a run and stops it
 RunOutcome fitDirectBeam(DataSet& dataSet, CRunReport& report,
                          const std::function<void(const DirectBeamOnFrame&)>& fnFrameDone = {});
 

@@ -13,11 +13,11 @@ namespace {
 
 constexpr double g_dfLowShare = 0.01, g_dfHighShare = 0.997;
 constexpr int g_nRadiiPerSide = 16;
-// A block of the search: a quarter of the disc's radius, so that its corners are far inside when it is the
-// one.
+// The side of a block is a quarter of the radius of the disc, so that the corners of the brightest block
+// are well inside.
 constexpr int g_nBlocksPerSide = 64;
-constexpr int g_nLeastBlock = 4;  // pixels: one alone is no beam
-// No pixel counts for more than the brightest thousandth begins with, or a single hot one would win.
+constexpr int g_nLeastBlock = 4;  // pixels; a single pixel is no beam
+// Brighter pixels count as this quantile, as otherwise a single hot pixel could win.
 constexpr double g_dfClipShare = 0.999;
 
 double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide, double dfMost)
@@ -34,7 +34,8 @@ double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide, doubl
             }
         }
     }
-    // Half a block at least: what is left of one beside a gap would stand out by chance.
+    // At least half of a block must be usable. The mean of a few pixels beside a gap could be high by
+    // chance.
     return 2 * nUsable >= (x1 - x0) * (y1 - y0) && nUsable > 0 ? dfSum / nUsable : -INFINITY;
 }
 

@@ -1,4 +1,4 @@
-// firstImage: the image of a frame that a run works on, or what there is to say without one.
+// firstImage: loads the image of a frame that a run works on.
 #pragma once
 
 #include "dataset/seriessnapshot.h"
@@ -11,15 +11,16 @@
 
 namespace tessera {
 
-/// What a run says of a frame that it cannot use, in red.
+/// The red lines for a frame that a run cannot use.
 struct FrameFaults {
-    QString strNotLoaded;  ///< with %1 for the file, after the loader's own lines; empty: these suffice
-    QString strThen = QStringLiteral(" Stop.");  ///< ends the line on a file without an image
+    QString strNotLoaded;  ///< with %1 for the file, follows the lines of the loader; empty: no further line
+    QString strThen = QStringLiteral(" Stop.");  ///< end of the line for a file without an image
 };
 
+/// What happens when memory runs out.
 enum class OnShortMemory {
-    Say,    ///< the frame cannot be loaded
-    Throw,  ///< a CShortMemory, for a caller that can try again with more room
+    Say,    ///< a red line, and the frame counts as not loaded
+    Throw,  ///< CShortMemory is thrown, for callers that can try again with more memory
 };
 
 /// Loads the first image of a frame of a series, with the hot pixels repaired.

@@ -14,18 +14,20 @@ namespace tessera {
 
 namespace {
 
-const size_t g_nLeastFrames = 5;   // over which a reflection moves on
-const int g_nMostBorder = 6;       // columns or rows that a defect of the edge is wide at most
-const int g_nMostSpikes = 2000;    // of a frame; more is noise
-const double g_dfDeviations = 10;  // of the noise, that a hot pixel stands above its neighbours
-const double g_dfAlone = 5;        // times as high as the highest of its neighbours, both over their mean
+const size_t g_nLeastFrames = 5;  // over so many frames reflections have moved
+const int g_nMostBorder = 6;      // greatest width of a defect at the edge, columns or rows
+const int g_nMostSpikes = 2000;   // on a frame; more are noise
+// Standard deviations of the noise by which a hot pixel exceeds its neighbours.
+const double g_dfDeviations = 10;
+// Least ratio of its height over the mean of the neighbours to that of the highest neighbour.
+const double g_dfAlone = 5;
 
 float pixel(const CImgObj<float>& img, int nX, int nY)
 {
     return img.Data()[qint64(nY) * img.Width() + nX];
 }
 
-// Mean of the middle half of some pixels of a line: neither reflections nor hot pixels count.
+// The mean of the middle half of some pixels of a line, which reflections and hot pixels do not affect.
 float lineLevel(const CImgObj<float>& img, int nLine, bool bColumn)
 {
     const int nLength = bColumn ? img.Height() : img.Width();
@@ -61,7 +63,7 @@ void lookAtBorders(const CImgObj<float>& img, FrameSigns& signs)
     }
 }
 
-// Noise from the differences of pixels two apart.
+// The noise, from the differences of pixels two apart.
 double noiseOf(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();
@@ -102,7 +104,7 @@ void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
     }
     for (int y = 1; y + 1 < img.Height(); ++y) {
         const float* p = img.Data() + qint64(y) * nWidth;
-        // Next to no row holds a spike: counting passes over it without a branch.
+        // Hardly any row has a spike, so each row is first checked by counting without branches.
         int nHigh = 0;
         for (int x = 1; x < nWidth - 1; ++x) {
             nHigh += ((p[x] > p[x - 1] + fStep) & (p[x] > p[x + 1] + fStep)) ? 1 : 0;
@@ -119,7 +121,7 @@ void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
     }
 }
 
-// How many of the outermost lines differ from those further in, which are alike.
+// How many of the outermost lines differ from the lines further inside, which must be alike.
 int borderWidth(const std::vector<FrameSigns>& vecFrame, size_t nEdge)
 {
     std::array<float, g_nBorderLines> afLevel{};
@@ -134,7 +136,8 @@ int borderWidth(const std::vector<FrameSigns>& vecFrame, size_t nEdge)
     std::vector<float> vecInner(afLevel.begin() + g_nBorderLines / 2, afLevel.end());
     const double dfInner = double(medianOf(vecInner));
     const auto [itLeast, itGreatest] = std::minmax_element(vecInner.begin(), vecInner.end());
-    // A third more or less than the lines within, and far more than these differ among each other.
+    // A line differs if it is a third brighter or darker than the lines inside, and if the difference is
+    // large against the differences among these.
     const double dfShare = 1.0 / 3, dfTimes = 3;
     const double dfLimit = std::max(
         {dfShare * std::fabs(dfInner), dfTimes * double(*itGreatest - *itLeast), 1e-30});
@@ -188,11 +191,11 @@ bool liesIn(const QList<QPolygonF>& listArea, const QPointF& pt)
                        [&](const QPolygonF& polygon) { return polygon.containsPoint(pt, Qt::OddEvenFill); });
 }
 
-// Pieces of the edges that lie in no shadow while the pixels opposite do.
+// Parts of the edges outside shadows whose opposite pixels are in a shadow.
 QList<QPolygonF> wrappedEdges(const FrameDefects& defects)
 {
-    // Where frames are continued by their mirror image instead, of the peaks in the second line none stays,
-    // of those in the third most, and of those further in all; the first has no peaks.
+    // Compared with frames that are continued by their mirror image, none of the peaks in the second line
+    // is real, most in the third line are, and all further inside. The first line has no peaks.
     const int nDepth = 2;
     QList<QPolygonF> listPiece;
     for (int nEdge = 0; nEdge < 4; ++nEdge) {  // left, right, upper, lower
@@ -240,7 +243,7 @@ FrameSigns signsOfFrame(const CImgObj<float>& imgFrame)
     signs.nWidth = imgFrame.Width();
     signs.nHeight = imgFrame.Height();
     if (std::min(signs.nWidth, signs.nHeight) < 2 * g_nBorderLines) {
-        return signs;  // too small to know the usual from the unusual
+        return signs;  // too small to tell defects from other lines
     }
     signs.lines = linesOfFrame(imgFrame);
     signs.vecBlockMean = blockMeans(imgFrame);

@@ -1,4 +1,4 @@
-// FrameDefects: what of the frames is no measurement, seen over some frames of a series.
+// FrameDefects: parts of the frames that are no measurement, found by comparing some frames of a series.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -19,49 +19,54 @@
 
 namespace tessera {
 
-constexpr int g_nBorderLines = 16;  ///< that are looked at along each edge
+constexpr int g_nBorderLines = 16;  ///< lines along each edge that are examined
 
-/// What one frame says of defects.
+/// What is taken from one frame for the search for defects.
 struct FrameSigns {
     int nWidth = 0;  ///< pixels
     int nHeight = 0;
-    FrameLines lines = {CLineWatch(0), CLineWatch(0)};
-    std::vector<float> vecBlockMean;  ///< as by blockMeans()
-    /// Brightness of the outermost lines, from the edge inwards: left, right, top, bottom.
+    FrameLines lines = {CLineWatch(0), CLineWatch(0)};  ///< its columns and rows
+    std::vector<float> vecBlockMean;                    ///< blockMeans() of the frame
+    /// Brightness of the outermost lines of each edge, from the edge inwards. Order: left, right, top,
+    /// bottom.
     std::array<std::array<float, g_nBorderLines>, 4> aBorder = {};
-    QList<QPoint> listSpike;            ///< single pixels that stand high above all their neighbours
+    QList<QPoint> listSpike;            ///< single pixels much brighter than all their neighbours
     std::vector<PixelRun> vecUnusable;  ///< pixels without a usable number
 };
 
+/// The defects of the frames of a series.
 struct FrameDefects {
     int nWidth = 0;  ///< of the frames, pixels
     int nHeight = 0;
-    std::vector<LineRun> vecColumn;    ///< dead, copied or interpolated columns
-    std::vector<LineRun> vecRow;       ///< such rows
-    std::array<int, 4> anBorder = {};  ///< columns or rows along an edge: left, right, top, bottom
-    QList<QPolygonF> listShadow;       ///< of an aperture or a beam stop, pixels
-    /// Pieces of an edge whose opposite lies in a shadow, pixels. The transform of the hunting continues a
-    /// frame by its opposite edge, and the band-pass makes a ridge of peaks along the step between them.
+    std::vector<LineRun> vecColumn;  ///< dead, copied or interpolated columns
+    std::vector<LineRun> vecRow;     ///< dead, copied or interpolated rows
+    /// Width of the unusable columns or rows at an edge: left, right, top, bottom.
+    std::array<int, 4> anBorder = {};
+    QList<QPolygonF> listShadow;  ///< shadows of an aperture or a beam stop, pixels
+    /// Parts of an edge, in pixels, whose opposite part is in a shadow. The Fourier transform of the peak
+    /// search continues a frame periodically, and the band-pass makes a ridge of false peaks along the step
+    /// between the two edges.
     QList<QPolygonF> listWrapped;
     QList<QPoint> listHotPixel;  ///< column, row
-    QList<QPolygonF> listGap;    ///< as by gapAreas(): what all frames mark as no measurement
-    qint64 nUnusable = 0;        ///< pixels that they mark so, those in no area as well
+    QList<QPolygonF> listGap;  ///< gaps of the detector, which all frames mark as no measurement: gapAreas()
+    qint64 nUnusable = 0;      ///< number of all pixels that are marked so, including those outside the areas
 };
 
-/// Looks at one frame; any size.
+/// Examines one frame of any size.
 FrameSigns signsOfFrame(const CImgObj<float>& imgFrame);
 
-/// The defects out of the signs of some frames; frames of another size than the first do not count.
+/// Finds the defects from the signs of some frames. Frames of another size than the first one are left out.
 ///
-/// A reflection, a ring, the halo of the beam are none: what counts is the same on all frames and ends
-/// sharply. Fewer than five frames say nothing of hot pixels and shadows.
-/// What the frames mark as no measurement is believed of one, unless it is all of it.
+/// Reflections, rings and the halo of the beam are no defects: a defect is the same on all frames and has a
+/// sharp edge. Hot pixels and shadows are found only with at least five frames. Pixels that frames mark as
+/// no measurement are accepted even from a single frame, unless they are the whole frame.
 FrameDefects defectsOf(const std::vector<FrameSigns>& vecFrame);
 
-/// The defects as areas that hunting leaves out, in the order of tellDefects(); hot pixels are no areas.
+/// The defects as areas to be left out in the peak search, in the order of tellDefects(). Hot pixels get no
+/// area.
 MaskData maskOfDefects(const FrameDefects& defects);
 
-/// A line of the log for each kind of defect; none without defects.
+/// One line of the log for each kind of defect.
 QStringList tellDefects(const FrameDefects& defects);
 
 /// Looks at some frames of the series.

@@ -13,10 +13,11 @@ namespace tessera {
 
 namespace {
 
-const int g_nLeastSide = 16;          // pixels, of an area the longer way
-const size_t g_nMostRectangles = 64;  // of one area: a detector of 8 × 4 modules has some 30
+const int g_nLeastSide = 16;          // pixels, longer side of an area
+const size_t g_nMostRectangles = 64;  // for one area; a detector of 8 × 4 modules has some 30
 
-/// Which runs hang together, by sides or corners: the number of a run of the same area, the least of it.
+/// For each run the number of its area: the least number of a run that is connected with it by sides or
+/// corners.
 std::vector<size_t> areasOf(const std::vector<PixelRun>& vecRun)
 {
     std::vector<size_t> vecParent(vecRun.size());
@@ -27,7 +28,7 @@ std::vector<size_t> areasOf(const std::vector<PixelRun>& vecRun)
         }
         return n;
     };
-    size_t nAbove = 0;  // the first run that can still touch one of this row
+    size_t nAbove = 0;  // first run of the row above that can touch a run of this row
     for (size_t n = 0; n < vecRun.size(); ++n) {
         while (vecRun[nAbove].nY < vecRun[n].nY - 1 ||
                (vecRun[nAbove].nY == vecRun[n].nY - 1 && vecRun[nAbove].nLast < vecRun[n].nFirst - 1)) {
@@ -51,10 +52,11 @@ QPolygonF rectangle(const PixelRun& run, int nTop, int nBottom)
         {{dfLeft, nTop - 0.5}, {dfRight, nTop - 0.5}, {dfRight, nBottom + 0.5}, {dfLeft, nBottom + 0.5}});
 }
 
-/// Runs of the same columns in rows one below the other are one rectangle.
+/// Combines runs with the same columns in successive rows to rectangles.
 QList<QPolygonF> rectanglesOf(const std::vector<PixelRun>& vecRun)
 {
-    std::map<std::pair<int, int>, std::pair<int, int>> mapOpen;  // columns, to the first and the last row
+    std::map<std::pair<int, int>, std::pair<int, int>>
+        mapOpen;  // first and last column, with the first and the last row
     QList<QPolygonF> listRectangle;
     const auto close = [&](const std::pair<int, int>& columns, const std::pair<int, int>& rows) {
         listRectangle.append(rectangle({0, columns.first, columns.second}, rows.first, rows.second));
@@ -92,7 +94,7 @@ std::vector<PixelRun> unusableRuns(const CImgObj<float>& img)
     const int nWidth = img.Width();
     for (int y = 0; y < img.Height(); ++y) {
         const float* p = img.Data() + std::ptrdiff_t(y) * nWidth;
-        // Most rows have none: counting passes over them without a branch.
+        // Most rows have no such pixel, so each row is first checked by counting without branches.
         int nBad = 0;
         for (int x = 0; x < nWidth; ++x) {
             nBad += isUsablePixel(p[x]) ? 0 : 1;

@@ -14,9 +14,9 @@ namespace tessera {
 
 namespace {
 
-const double g_dfCandidateFraction = 0.01;  // of the pixels of a frame
+const double g_dfCandidateFraction = 0.01;  // share of the pixels of a frame
 
-/// How near to a gap a maximum is none: a spot of twice the width of the narrow filter lies on both sides.
+/// The distance from a gap within which maxima are left out: twice the width of the narrow filter.
 int reachOfGap(const PeakHuntingParameters& parameters)
 {
     const int nLeast = 2;
@@ -47,7 +47,7 @@ void removePeaksAtGaps(const CImgObj<float>& img, int nReach, QList<double>& lis
     listY = listKeptY;
 }
 
-/// Discs and rings on the smoothed frame that the work space keeps: window by window through a copy of it.
+/// Integrates discs and rings on the smoothed frame in the work space, which is copied window by window.
 void integrateKept(const CImgObj<COMPLEX>& imgWork, int nWidth, int nHeight,
                    std::vector<RefIntPara>& vecWindow)
 {
@@ -57,7 +57,7 @@ void integrateKept(const CImgObj<COMPLEX>& imgWork, int nWidth, int nHeight,
         const qint64 nReach = qint64(window.nRadius) + window.nBackground;
         if (window.nX - nReach < 0 || window.nX + nReach >= nWidth || window.nY - nReach < 0 ||
             window.nY + nReach >= nHeight) {
-            continue;  // as IntegratePeaks(): a peak at the edge has no intensity
+            continue;  // as IntegratePeaks(), which gives a peak at the edge no intensity
         }
         const int nSide = int(2 * nReach) + 1;
         imgWindow.Create(nSide, nSide);
@@ -79,7 +79,7 @@ void integrateKept(const CImgObj<COMPLEX>& imgWork, int nWidth, int nHeight,
 FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work)
 {
-    const float fLeast = -100.f;  // of the band-passed frame; what is below is beside something very bright
+    const float fLeast = -100.f;  // of the band-passed frame; lower values occur beside very bright pixels
     FramePeaks peaks;
     CMaximaOfRows maxima(imgFrame.Width(), imgFrame.Height(), float(parameters.m_dfPeakThreshold),
                          g_dfCandidateFraction);

@@ -1,4 +1,4 @@
-// huntFrame: the diffraction spots of one frame with their intensities.
+// huntFrame: finds the diffraction spots of one frame with their intensities.
 #pragma once
 
 #include "dataset/maskdata.h"
@@ -12,29 +12,30 @@
 
 namespace tessera {
 
-/// What is found on one frame: lists of equal length, in row-major order of the positions.
+/// The peaks of one frame: lists of equal length, row by row.
 struct FramePeaks {
     QList<double> listX;       ///< column on the raw frame, pixels, whole numbers
     QList<double> listY;       ///< row
-    QList<double> listIPoint;  ///< smoothed frame at the position
-    QList<double> listI2D;     ///< disc less ring on the smoothed frame; 0 at the frame's edge
-    bool bHunted = false;      ///< false: no pixels, or no room for the transform; then nothing is known
-    bool bTooMany = false;     ///< more candidates than 1 % of the pixels, which is noise: no peak is taken
-    qint64 nBadPixels = 0;     ///< pixels that held no usable number (frameSpectrum)
+    QList<double> listIPoint;  ///< value of the smoothed frame at the position
+    QList<double> listI2D;     ///< disc minus ring on the smoothed frame; 0 where the window crosses the edge
+    bool bHunted = false;   ///< false: the frame has no pixels, or memory was lacking; the peaks are unknown
+    bool bTooMany = false;  ///< more candidates than 1 % of the pixels, which is noise: there are no peaks
+    qint64 nBadPixels = 0;  ///< pixels without a usable number, see frameSpectrum()
 };
 
-/// Work images of one hunting thread, kept from frame to frame so that they are allocated once.
+/// Work images of one thread. They are kept from frame to frame to be allocated only once.
 struct FrameHuntWork {
     CAcmlFft fft;
-    CImgObj<COMPLEX> imgWork;  ///< of bandPassRows()
+    CImgObj<COMPLEX> imgWork;  ///< work space of bandPassRows()
 };
 
-/// Hunts one frame: the one path of the run and of the live preview.
+/// Finds the peaks of one frame. The run over a series and the live preview both use this function.
 ///
-/// Strict local maxima of the band-passed frame at or above the threshold, outside the mask, and not in a gap
-/// of the detector nor as near to one as two widths of the narrow filter: a spot there lacks a part. More
-/// than 1 % of the pixels as candidates give no peaks. An image without pixels has none either.
-/// @param filters  made to fit; if they fit already they are only read, so threads may share them
+/// Peaks are strict local maxima of the band-passed frame at or above the threshold and outside the mask.
+/// Those in a gap of the detector, or within two widths of the narrow filter from one, are left out, as a
+/// part of the spot may be missing. If the candidates are more than 1 % of the pixels, there are no peaks,
+/// nor are there any on an image without pixels.
+/// @param filters  made anew if they do not fit; otherwise only read, so that threads may share them
 FramePeaks huntFrame(const CImgObj<float>& imgFrame, const PeakHuntingParameters& parameters,
                      const MaskData& mask, CPeakFilters& filters, FrameHuntWork& work);
 

@@ -18,9 +18,10 @@ namespace tessera {
 
 namespace {
 
-const std::uint64_t g_nMemoryOfFile = 3;  // the file itself, and 4 bytes for the 1, 2 or 4 of a pixel
+// Memory by file size: the file, and 4 bytes for each pixel of 1, 2 or 4 bytes.
+const std::uint64_t g_nMemoryOfFile = 3;
 
-/// Of its file, or of one image of many as far as the header tells its size.
+/// The memory for a frame, from the size of its file, or of one image of a stack if the header tells it.
 std::uint64_t bytesOfFrame(const QString& strFileName)
 {
     const FrameName name = frameName(strFileName);
@@ -52,7 +53,7 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     if (vecRead.empty() && !strReason.isEmpty()) {
         strReason += misnamedHint(name.strFile);
         report.noteReason(
-            QStringLiteral("%1: %2").arg(strFileName, strReason));  // said after a line with the file alone
+            QStringLiteral("%1: %2").arg(strFileName, strReason));  // follows a line with only the file
     }
     if (nResult != 1) {
         report.fail(QStringLiteral("%1: failed to load").arg(strFileName));
@@ -74,7 +75,7 @@ int read(ImageList& vecImage, const QString& strFileName, const QList<QPoint>& l
     return 1;
 }
 
-/// The sum of the first images of some files, in blocks of pixels.
+/// Sums the first images of some files, in blocks of pixels.
 int readSum(ImageList& vecImage, const FrameSource& source, CRunReport& report)
 {
     CFrameSum sum(source.nBin, source.dfSaturation);
@@ -84,7 +85,7 @@ int readSum(ImageList& vecImage, const FrameSource& source, CRunReport& report)
             return 0;
         }
         if (vecRead.empty()) {
-            return 1;  // as of a single file whose image cannot be read; a red line says why
+            return 1;  // as for a single file without a readable image; a red line tells the reason
         }
         QString strReason;
         if (!sum.add(*vecRead.front(), &strReason)) {
@@ -131,7 +132,7 @@ int readFirstImage(ImageList& vecImage, const FrameSource& source, CRunReport& r
 {
     try {
         return read(vecImage, source, report, 1);
-    } catch (const CShortMemory&) {  // it knows better
+    } catch (const CShortMemory&) {  // it has a more precise reason
         throw;
     } catch (const std::bad_alloc&) {
         const std::uint64_t nFrames = source.isPlain() ? g_nMemoryOfFile : g_nMemoryOfFile + 1;

@@ -1,4 +1,4 @@
-// CFrameRun: what the runs that measure again on the frames share.
+// CFrameRun: a run that measures something again on the frames of a series.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -12,33 +12,36 @@
 
 namespace tessera {
 
-/// One run over the frames of a series: start line, progress, stop requests, frame after frame, end line.
+/// One run over the frames of a series, with its start line, progress, stop requests and end line.
 class CFrameRun {
 public:
-    /// @param strName  begins the lines: "%1>NAME started.", "... finished.", "... did not finish."
+    /// @param strName  name of the run in the lines "%1>NAME started.", "... finished.", "... did not
+    ///                 finish."
     CFrameRun(DataSet& dataSet, CRunReport& report, const QString& strName);
     CFrameRun(const CFrameRun&) = delete;
     CFrameRun& operator=(const CFrameRun&) = delete;
 
-    /// Shows the progress and says that the run started. A report that asks for a stop here lets walk() end
+    /// Shows the progress and logs the start of the run. If the report asks to stop here, walk() will end
     /// before its first frame.
     void begin();
 
-    /// Calls fnFrame for each frame in order until it returns false, hides the progress.
+    /// Calls fnFrame for each frame in order until it returns false, and then hides the progress.
     ///
-    /// A stop is seen before the next frame and after the last. A frame that memory has no room for ends the
-    /// walk with a red line.
-    /// @return Finished if all frames were done and nobody asked the run to stop
+    /// Stop requests are handled before each frame and after the last one. If memory runs out, a red line
+    /// is logged and the walk ends.
+    /// @return Finished if all frames were done and the user did not stop the run
     RunOutcome walk(const std::function<bool(int nFrame)>& fnFrame);
 
     /// Loads a frame into m_vecFrameImage, whose former images are freed.
     /// @return its first image; null, with red lines, when it cannot be loaded or has no image
     const CImgObj<float>* load(int nFrame);
 
-    /// Says how the run ended, in blue or red.
+    /// Logs how the run ended, in blue or red.
     void sayEnd(const RunOutcome& outcome);
 
+    /// The series as it was at the start of the run.
     const SeriesSnapshot& series() const { return m_series; }
+    /// Number of frames.
     int frameCount() const { return m_series.frameCount(); }
 
 private:

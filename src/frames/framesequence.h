@@ -1,4 +1,4 @@
-// CFrameSequence: what is made of the frames of a series, in order, by threads that run ahead.
+// CFrameSequence: computes a result for each frame of a series in order, by threads that work ahead.
 #pragma once
 
 #include "imaging/imagememory.h"
@@ -15,39 +15,41 @@
 
 namespace tessera {
 
-/// Hands out one result for each frame in order, made by some threads that run only so far ahead that
-/// no more than one result a thread is in memory beside the one that the caller has. With one job all is done
-/// by the caller's thread.
+/// Returns one result for each frame in order. Threads compute the results of the next frames, but only so
+/// far ahead that there is at most one result per thread in memory beside the one that the caller has. With
+/// one job, the calling thread does all the work.
 ///
-/// The memory of large images that were let go is kept for those of the next frames (CImageMemory).
+/// The memory of large images is reused for the next frames (CImageMemory).
 ///
-/// What is made does not depend on the number of jobs as long as the result of a frame depends on that
-/// frame alone. A frame for which memory runs out (std::bad_alloc) is made again by half the threads, whose
-/// results and work space are freed first, and at last by the caller's thread alone.
+/// The results do not depend on the number of jobs as long as each depends on its frame only. If memory
+/// runs out for a frame (std::bad_alloc), the results and work space of the threads are freed and the frame
+/// is done again by half as many threads, and finally by the calling thread alone.
 template <class Result>
 class CFrameSequence {
 public:
-    /// Makes the result of a frame, counted from 0. What it throws, take() throws, but for a lack of memory
-    /// that fewer threads make good.
+    /// Computes the result of a frame, counted from 0. An exception that it throws is thrown by take(),
+    /// except for a lack of memory that fewer threads can avoid.
     using FnFrame = std::function<Result(int nFrame)>;
 
-    /// @param fnMakeWorker  called here once for each thread: gives the thread's own FnFrame, with the work
-    ///                      space that it keeps from frame to frame
+    /// @param fnMakeWorker  called by the constructor once for each thread: returns the FnFrame of the
+    ///                      thread, with the work space that it keeps from frame to frame
     CFrameSequence(int nFrames, int nJobs, const std::function<FnFrame()>& fnMakeWorker)
         : m_fnMakeWorker(fnMakeWorker), m_nFrames(nFrames), m_memory(size_t(std::max(1, nJobs)) * 2 + 1)
     {
         start(std::min(nJobs, nFrames), 0);
     }
 
+    /// Waits for the threads.
     ~CFrameSequence() { end(); }
 
     CFrameSequence(const CFrameSequence&) = delete;
     CFrameSequence& operator=(const CFrameSequence&) = delete;
 
-    /// Threads at work; 1 when the caller's does all.
+    /// Number of threads; 1 if the calling thread does all the work.
     int jobs() const { return std::max(1, int(m_vecThread.size())); }
 
-    /// Frames in order, each once; taking frame n frees the place of those before it.
+    /// The result of a frame. Frames must be taken in order and only once. The places of former frames
+    /// become free for further results.
     Result take(int nFrame)
     {
         while (!m_vecThread.empty()) {
@@ -64,14 +66,14 @@ public:
     }
 
 private:
-    // A place for each frame that may wait for its turn, so that handing over asks for no memory.
+    // A place for each result that may wait for its turn, so that handing over allocates no memory.
     struct DoneFrame {
         int nFrame = -1;
         Result result;
         std::exception_ptr pError;
     };
 
-    // Threads that go on at a frame; with fewer than 2 the caller's thread does.
+    // Starts threads that continue at a frame. With fewer than 2, the calling thread does the work.
     void start(int nThreads, int nFirst)
     {
         m_fnFrame = m_fnMakeWorker();
@@ -87,11 +89,12 @@ private:
                     [this, fnFrame = i > 0 ? m_fnMakeWorker() : m_fnFrame] { work(fnFrame); });
             }
         } catch (const std::exception&) {
-            // fewer threads than asked for do the same work, and none leaves it to the caller
+            // The system allows fewer threads than wanted. They do the same work; if there are none, the
+            // caller does.
         }
     }
 
-    // Waits for the threads and frees what they made.
+    // Stops the threads, waits for them, and frees their results.
     void end()
     {
         {
@@ -154,8 +157,8 @@ private:
     std::function<FnFrame()> m_fnMakeWorker;
     FnFrame m_fnFrame;
     int m_nFrames;
-    CImageMemory m_memory;  // of the frames and what is made of them, handed round
-    int m_nPlaces = 1;      // of results, the one that the caller has among them
+    CImageMemory m_memory;  // of frames and results, passed on to the next ones
+    int m_nPlaces = 1;      // places for results, including the one that the caller has
     int m_nNext = 0;
     int m_nTaken = 0;
     bool m_bStop = false;

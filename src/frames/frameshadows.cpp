@@ -12,13 +12,13 @@ namespace tessera {
 
 namespace {
 
-const float g_fContrast = 3;            // of the brightness beyond the edge of a shadow to that within
-const double g_dfNextToAll = 0.85;      // of an edge; reflections and the beam's light may fall on the rest
-const int g_nLeastBlocks = 30;          // of a shadow
-const double g_dfGreatestShare = 0.45;  // of the frame: the corners around a round aperture make 0.21
-const float g_fThresholdStep = 0.8f;    // from one brightness that parts to the next
+const float g_fContrast = 3;        // ratio of the brightness beyond the edge of a shadow to that within
+const double g_dfNextToAll = 0.85;  // share of the edge; reflections and light of the beam may cover the rest
+const int g_nLeastBlocks = 30;      // least number of blocks of a shadow
+const double g_dfGreatestShare = 0.45;  // share of the frame; the corners around a round aperture make 0.21
+const float g_fThresholdStep = 0.8f;    // ratio of a threshold to the one before it
 
-// Blocks of the frame with their brightness.
+// The blocks of a frame with their brightness.
 struct Grid {
     int nWidth, nHeight;
     std::vector<float> vecLevel;
@@ -41,8 +41,8 @@ Grid gridOf(const std::vector<std::vector<float>>& vecFrame, int nWidth, int nHe
     Grid grid = {
         (nWidth + g_nShadowBlock - 1) / g_nShadowBlock, (nHeight + g_nShadowBlock - 1) / g_nShadowBlock, {}};
     grid.vecLevel.resize(size_t(grid.nWidth) * size_t(grid.nHeight));
-    // Many blocks at once, as exchanges of whole rows of numbers take no branch: the smallest of each block
-    // comes first, then the second, up to the middle one.
+    // Many blocks are sorted side by side by exchanges of whole rows of numbers without branches: first the
+    // smallest number of each block, then the second smallest, up to the middle one.
     const size_t nFrames = vecFrame.size(), nMany = 256;
     std::vector<float> vecRow(nFrames * nMany);
     for (size_t nFrom = 0; nFrom < grid.vecLevel.size(); nFrom += nMany) {
@@ -60,7 +60,8 @@ Grid gridOf(const std::vector<std::vector<float>>& vecFrame, int nWidth, int nHe
     return grid;
 }
 
-// The blocks below a brightness that hang together with a first one, by their sides. They are taken off.
+// The connected blocks below a threshold that a first one belongs to, by their sides. They are removed from
+// vecDark.
 std::vector<size_t> takeRegion(const Grid& grid, std::vector<char>& vecDark, size_t nFirst)
 {
     std::vector<size_t> vecRegion = {nFirst};
@@ -78,7 +79,8 @@ std::vector<size_t> takeRegion(const Grid& grid, std::vector<char>& vecDark, siz
     return vecRegion;
 }
 
-// Whether it is bright a block beyond the region's edge, and dark a block within, along next to all of it.
+// Whether the blocks just beyond the edge are bright and those just within are dark, along nearly the whole
+// edge.
 bool hasSharpEdge(const Grid& grid, const std::vector<size_t>& vecRegion)
 {
     std::vector<char> vecIn(grid.vecLevel.size());
@@ -114,7 +116,7 @@ std::vector<float> blockMeans(const CImgObj<float>& imgFrame)
     const int nAcross = (nWidth + g_nShadowBlock - 1) / g_nShadowBlock;
     std::vector<float> vecMean;
     vecMean.reserve(size_t(nAcross) * size_t((nHeight + g_nShadowBlock - 1) / g_nShadowBlock));
-    // Of the columns within a row of blocks; zeros follow the last one, up to a whole block.
+    // Sums of the columns within a row of blocks, filled up with zeros to whole blocks.
     std::vector<float> vecSum;
     std::vector<int> vecCount;
     int nEmpty = 0;
@@ -165,7 +167,8 @@ QList<QPolygonF> findShadows(const std::vector<std::vector<float>>& vecFrame, in
     QList<QPolygonF> listShadow;
     std::vector<char> vecTaken(grid.vecLevel.size());
     size_t nTaken = 0;
-    // From the darkest level upwards, so that a shadow does not take the slope of its edge along.
+    // The thresholds are tried from the darkest upwards, so that a shadow is found before the slope at its
+    // edge joins it.
     std::vector<float> vecLevel;
     for (float f = fBrightest; f > 0 && f > fDarkest && vecLevel.size() < 60; f *= g_fThresholdStep) {
         vecLevel.push_back(f);

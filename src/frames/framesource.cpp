@@ -15,7 +15,7 @@ FrameSource sourceOf(const QStringList& listFrame, const QList<QPoint>& listHotP
     FrameSource source = {reading.listFile.mid(reading.listFirst.value(nFrame), reading.choice.nSum),
                           listHotPixel, std::max(1, reading.choice.nBin), reading.listHotPixel,
                           reading.dfSaturation};
-    if (source.listFile.isEmpty()) {  // of a state of work that somebody has tampered with
+    if (source.listFile.isEmpty()) {  // can only come from a manipulated state file
         source.listFile.append(listFrame[nFrame]);
     }
     return source;

@@ -1,4 +1,4 @@
-// FrameSource: the files and the arithmetic that one frame of a series comes from.
+// FrameSource: the files of one frame of a series, and how they are summed and binned.
 #pragma once
 
 #include "dataset/seriessnapshot.h"
@@ -10,18 +10,21 @@
 
 namespace tessera {
 
-/// One frame: a file, or the sum of several; of pixels as they are, or of blocks of them.
+/// The source of one frame: a file or the sum of several ones, with single pixels or blocks of pixels.
 struct FrameSource {
-    QStringList listFile;        ///< one, or as many as are summed; what is said names the first
-    QList<QPoint> listHotPixel;  ///< repaired on what comes out: column, row
-    int nBin = 1;                ///< pixels along the side of a block that becomes one
-    QList<QPoint> listRawPixel;  ///< hot pixels that are repaired before that
-    double dfSaturation = 0;     ///< counts of a pixel of the files that are not to be trusted; 0: not told
+    QStringList listFile;        ///< one file, or those that are summed; messages name the first
+    QList<QPoint> listHotPixel;  ///< hot pixels to be repaired on the result: column, row
+    int nBin = 1;                ///< side in pixels of a block that becomes one pixel
+    QList<QPoint> listRawPixel;  ///< hot pixels to be repaired on each file before summing
+    double dfSaturation = 0;     ///< counts from which a pixel of a file is saturated; 0: unknown
 
+    /// Whether the frame is one file without binning.
     bool isPlain() const { return listFile.size() == 1 && nBin == 1; }
 };
 
+/// The source of a frame, counted from 0.
 FrameSource frameSource(const SeriesSnapshot& series, int nFrame);
+/// Does the same.
 FrameSource frameSource(const SeriesData& series, int nFrame);
 
 }  // namespace tessera

@@ -11,14 +11,14 @@ namespace tessera {
 
 namespace {
 
-// Keeps what the loader has to say.
+// Keeps the messages of the loader.
 class CReasonReport : public CRunReport {
 public:
     void addMessage(const QString& strText, Severity = Severity::Info) override { m_strReason = strText; }
     QString m_strReason;
 };
 
-// As the row of the table has it; of pictures that only QImage knows, their suffix.
+// The name of the format in the table of formats, or the suffix of a picture that only QImage can read.
 QString formatName(const QString& strFrame)
 {
     const FrameFormat& format = frameFormatOf(strFrame);

@@ -1,4 +1,4 @@
-// FrameSummary: what a frame file tells of itself before a project stands.
+// FrameSummary: what a frame file and its header tell about a series.
 #pragma once
 
 #include <QString>
@@ -6,24 +6,25 @@
 
 namespace tessera {
 
+/// What is known from one frame file.
 struct FrameSummary {
     int nWidth = 0;  ///< pixels
     int nHeight = 0;
     QString strFormat;       ///< such as "MRC"
-    double dfKilovolts = 0;  ///< accelerating voltage, kV; 0 when not told
-    double dfPixelSize = 0;  ///< in reciprocal space, Å⁻¹; 0 when not told
+    double dfKilovolts = 0;  ///< accelerating voltage, kV; 0: unknown
+    double dfPixelSize = 0;  ///< size of a pixel in reciprocal space, Å⁻¹; 0: unknown
 };
 
-/// Reads the first image of a frame file as loadFirstImage() does and keeps its size; also what the header
-/// tells of the microscope, in a format that has it.
-/// @param pstrReason  may be null; on failure what is wrong with the file
-/// @return false, with `summary` as it was, when there is no image in it
+/// Reads the first image of a frame file, as loadFirstImage() does, and the header, if the format has one
+/// that tells about the microscope.
+/// @param pstrReason  may be null; takes on failure what is wrong with the file
+/// @return false, with `summary` as it was, when the file has no readable image
 [[nodiscard]] bool readFrameSummary(const QString& strFileName, FrameSummary& summary,
                                     QString* pstrReason = nullptr);
 
-/// Whether all files of a series are there and of the size of the first. Only what can differ is read:
-/// files of another length or format, and of these no more than the header if that tells the size.
-/// @param pstrReason  may be null; else names the first file that is not alike
+/// Whether all files of a series exist and have the size of the first one. Only files of another length or
+/// format are read, and if possible only their headers.
+/// @param pstrReason  may be null; takes the first file that differs
 [[nodiscard]] bool areFramesAlike(const QStringList& listFile, QString* pstrReason = nullptr);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// CFrameWalk: the one walk over the frames of a series.
+// CFrameWalk: the loop over the frames of a series that all runs use.
 #pragma once
 
 #include "frames/framesequence.h"
@@ -12,35 +12,37 @@
 
 namespace tessera {
 
-/// Where a walk asks its report whether to go on.
+/// When a walk asks the report whether to go on.
 enum class StopAsked {
-    BeforeEachFrame,  ///< after the progress, the first frame included
-    BetweenFrames,    ///< after each frame; after the last the work is done, and a no changes nothing
-    AfterEachFrame,   ///< after the last as well, and a no there means that the run did not finish
+    BeforeEachFrame,  ///< before each frame including the first, after the progress is shown
+    BetweenFrames,    ///< after each frame except that a stop after the last one has no effect
+    AfterEachFrame,   ///< after each frame; a stop after the last one means that the run did not finish
 };
 
-/// Goes from frame to frame with progress, stop and exceptions in one place, by itself or with threads that
-/// work ahead.
+/// Goes through the frames, and handles progress, stop requests and exceptions. The work is done by the
+/// calling thread or by threads that work ahead.
 class CFrameWalk {
 public:
+    /// @param report  must outlive the walk
     CFrameWalk(int nFrames, StopAsked stopAsked, CRunReport& report)
         : m_nFrames(nFrames), m_stopAsked(stopAsked), m_report(report)
     {}
 
-    /// Shows "frame/frames" from here to the end of the walk.
+    /// Shows the progress as "frame/frames" until the end of the walk.
     void showProgress(ProgressPlace place, int nMinimum = 0);
-    /// Hides it before its time, where the walk does not begin.
+    /// Hides the progress if the walk does not begin.
     void endProgress() { m_progress.reset(); }
 
     /// Calls fnFrame for each frame in order, counted from 0, until it returns false.
     ///
-    /// What fnFrame throws, such as a lack of memory, ends the walk with a red line.
-    /// @return Finished, Stopped, or Failed with the report's reason where fnFrame returned false or threw
+    /// An exception of fnFrame, such as for a lack of memory, ends the walk with a red line.
+    /// @return Finished, Stopped, or Failed with the reason of the report where fnFrame returned false or
+    ///         threw
     RunOutcome run(const std::function<bool(int nFrame)>& fnFrame);
 
-    /// The same with a result for each frame that up to nJobs threads make ahead of its turn
-    /// (CFrameSequence). fnFrame is called by the calling thread and may take the result away. A lack of
-    /// memory is told as by takeFrame().
+    /// Does the same with a result for each frame, which up to nJobs threads compute in advance
+    /// (CFrameSequence). fnFrame is called by the calling thread and may move the result. A lack of memory
+    /// is reported as by takeFrame().
     template <class Result>
     RunOutcome runAhead(int nJobs,
                         const std::function<typename CFrameSequence<Result>::FnFrame()>& fnMakeWorker,
@@ -53,8 +55,9 @@ public:
         });
     }
 
+    /// Number of frames.
     int frameCount() const { return m_nFrames; }
-    /// Frames for which fnFrame returned true.
+    /// Number of frames for which fnFrame returned true.
     int doneCount() const { return m_nDone; }
 
 private:

@@ -10,18 +10,19 @@ namespace tessera {
 
 namespace {
 
-/// The nearest usable pixel to one side of a bad one.
+/// The nearest usable pixel on one side of an unusable one.
 struct Side {
     float fValue = 0;
-    int nDistance = 0;  ///< pixels; 0: there is none up to the edge of the frame
+    int nDistance = 0;  ///< pixels; 0: there is none on this side
 };
 
-/// What a line through a bad pixel tells of it.
+/// The value and weight that a line through an unusable pixel gives.
 struct Told {
     double dfValue, dfWeight;
 };
 
-/// The bad pixels of a frame. They are few, so all but finding them goes by their number.
+/// The unusable pixels of a frame. As they are few, all steps except finding them take time by their number
+/// only.
 class CBadPixels {
 public:
     explicit CBadPixels(CImgObj<float>& img) : m_img(img), m_vecRun(unusableRuns(img))
@@ -41,7 +42,7 @@ public:
 
     size_t count() const { return m_nPixels; }
 
-    /// Writes what the surroundings tell; a pixel whose row and column hold nothing stays as it is.
+    /// Fills the pixels. A pixel whose row and column have no usable pixel stays as it is.
     void fill()
     {
         const std::vector<Side> vecAbove = sides(-1), vecBelow = sides(1);
@@ -83,8 +84,8 @@ private:
         return Told{one.nDistance > 0 ? dfOne : dfOther, 0.5 / nSpan};
     }
 
-    /// Of all bad pixels what lies above (nStep −1) or below them (1): what their neighbour there is, or what
-    /// that one has where it is bad as well.
+    /// For all unusable pixels the nearest usable one above (nStep −1) or below (1): their neighbour, or
+    /// the one already found for that neighbour.
     std::vector<Side> sides(int nStep) const
     {
         std::vector<Side> vecSide(m_nPixels);
@@ -116,8 +117,8 @@ private:
 
     CImgObj<float>& m_img;
     const std::vector<PixelRun> m_vecRun;
-    std::vector<size_t> m_vecRow;    // the first run of each row, and the end
-    std::vector<size_t> m_vecStart;  // pixels before each run
+    std::vector<size_t> m_vecRow;    // first run of each row; the last entry is the end
+    std::vector<size_t> m_vecStart;  // number of pixels before each run
     size_t m_nPixels = 0;
 };
 
@@ -127,7 +128,7 @@ qint64 fillBadPixels(CImgObj<float>& img)
 {
     const size_t nPixels = size_t(std::max(0, img.Width())) * size_t(std::max(0, img.Height()));
     qint64 nBad = 0;
-    // A usable pixel fills its row, and that row reaches into each column: two rounds are enough.
+    // A usable pixel fills its row in the first round, and this row reaches into each column in the second.
     for (int nRound = 0; nRound < 2; ++nRound) {
         CBadPixels bad(img);
         nBad = nRound == 0 ? qint64(bad.count()) : nBad;

@@ -1,4 +1,4 @@
-// fillBadPixels: pixels that hold no usable number take what their surroundings tell, before a transform.
+// fillBadPixels: fills pixels without a usable number from their surroundings, before a transform.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -9,13 +9,14 @@ namespace tessera {
 
 /// Gives every pixel without a usable number (isUsablePixel()) a value from its surroundings.
 ///
-/// A transform spreads each step of a frame: the mean of the frame in a gap of the detector makes an edge
-/// along it wherever the background there is another one, and the band-pass turns edges into ridges of peaks.
-/// So a gap is bridged: along its row and along its column, a pixel is interpolated between the nearest
-/// usable ones on both sides, at the edge of the frame the one there is goes on, and the two ways are
-/// averaged, the shorter one counting more (by the inverse of its length). Pixels whose row and column hold
-/// none, as where gaps cross, take what their neighbours were given. All of a frame without any become 0.
-/// @return how many pixels there were
+/// Filling a gap of the detector with the mean of the frame would make a step along the gap wherever the
+/// background there differs from the mean, and the band-pass turns such steps into ridges of false peaks.
+/// So gaps are bridged. A pixel is interpolated along its row and along its column between the nearest
+/// usable pixels on both sides; at the edge of the frame the one pixel there is continued. The two values
+/// are averaged with the inverse distance as weight. Pixels whose row and column have no usable pixel, as
+/// where gaps cross, are filled from the values given to their neighbours. On a frame without any usable
+/// pixel all become 0.
+/// @return the number of such pixels
 qint64 fillBadPixels(CImgObj<float>& img);
 
 }  // namespace tessera

@@ -9,7 +9,7 @@ namespace tessera {
 
 namespace {
 
-// Mean of the neighbours that hold a usable number, as beside a gap of the detector; NaN where none does.
+// The mean of the neighbours with a usable number, as beside a gap of the detector; NaN if there is none.
 float meanOfUsable(const float* pf, std::ptrdiff_t nRow)
 {
     double dfSum = 0;

@@ -1,4 +1,4 @@
-// Hot pixels: camera pixels that always shine, replaced by what lies around them.
+// Hot pixels: repairs pixels of the camera that are always bright.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -10,12 +10,12 @@ namespace tessera {
 
 /// Replaces each listed pixel by the mean of its eight neighbours (sum in double precision times 0.125).
 ///
-/// Of neighbours without a usable number the others count alone; a pixel with none that counts becomes NaN.
+/// Neighbours without a usable number are left out of the mean; if none has one, the pixel becomes NaN.
 ///
-/// Pixels on the image's edge and outside stay as they are. The repair works down the list in place, so
-/// that a pixel beside an already repaired one sees the repaired value: the order counts.
+/// Pixels at the edge and outside of the image are not changed. The list is processed in its order and in
+/// place, so a pixel beside a repaired one uses the repaired value.
 ///
-/// @param image         any size; an empty one stays empty
+/// @param image         any size, also empty
 /// @param listHotPixel  column, row
 void repairHotPixels(CImgObj<float>& image, const QList<QPoint>& listHotPixel);
 

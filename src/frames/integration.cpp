@@ -7,9 +7,9 @@ namespace tessera {
 
 namespace {
 
-const double g_dfFar = 1e9;  // beyond every image and still an int
+const double g_dfFar = 1e9;  // outside every image, but within int
 
-// Half away from zero; what is no number, or beyond an int, lands outside every image.
+// Rounds half away from zero. NaN and numbers beyond int become a position outside every image.
 int roundPosition(double df)
 {
     if (!(std::fabs(df) <= g_dfFar)) {
@@ -18,7 +18,7 @@ int roundPosition(double df)
     return int(std::round(df));
 }
 
-// Of each column of the window the largest |dy| with dx² + dy² <= radius², -1 where there is none.
+// For each column of the window the largest |dy| with dx² + dy² <= radius²; -1 where there is none.
 void columnReaches(int nRadius, int nColumns, std::vector<int>& vecReach)
 {
     vecReach.assign(size_t(nColumns) + 1, -1);
@@ -73,7 +73,7 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
 {
     const qint64 nWidth = img.Width();
     const qint64 nHeight = img.Height();
-    std::vector<int> vecDisc, vecWhole;  // column reaches of the last radii met
+    std::vector<int> vecDisc, vecWhole;  // reaches of the columns for the last radii
     int nDiscRadius = -1;
     int nWholeRadius = -1;
     for (RefIntPara& window : vecWindow) {
@@ -85,7 +85,7 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
             window.fIntensity = 0.f;
             continue;
         }
-        const int nT = int(nReach);  // fits: the window lies inside the image
+        const int nT = int(nReach);  // does not overflow, as the window is inside the image
         if (nR != nDiscRadius || nT != nWholeRadius) {
             columnReaches(nR, nT, vecDisc);
             columnReaches(nT, nT, vecWhole);
@@ -100,7 +100,7 @@ void IntegratePeaks(const CImgObj<float>& img, std::vector<RefIntPara>& vecWindo
             const int nWhole = vecWhole[size_t(std::abs(nDx))];
             const int nInner = vecDisc[size_t(std::abs(nDx))];
             const float* p = img.Data() + (window.nY - nWhole) * nWidth + window.nX + nDx;
-            // the disc's part of a column stands between two parts of the ring
+            // The disc cuts the ring of a column into two parts.
             for (int nDy = -nWhole; nDy < -nInner; ++nDy, p += nWidth) {
                 fRing += *p;
             }

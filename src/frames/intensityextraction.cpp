@@ -21,7 +21,8 @@ struct SmoothingWork {
     CImgObj<float> imgSmooth;
 };
 
-// The smoothed frame of peak hunting, bit for bit; false when there is no transform.
+// Makes the smoothed frame of the peak search, equal to the bit.
+// @return false where the transform failed
 bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting, CPeakFilters& filters,
                  SmoothingWork& work, qint64& nBad)
 {
@@ -30,7 +31,8 @@ bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting
            filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, &work.imgSmooth, nullptr);
 }
 
-// Both intensities of the peaks on a smoothed frame; false if one lies outside.
+// Measures both intensities of the peaks on a smoothed frame.
+// @return false if a peak is outside
 bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& parameters,
                   QList<Peak3D>& listPeak)
 {
@@ -81,7 +83,7 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         }
         badPixelLines.add(nFrame, nBad, report);
         if (peaksSorted.size() != run.frameCount()) {
-            return false;  // taken away while events were handled
+            return false;  // the list was changed while events were handled
         }
         QList<Peak3D> listPeak = peaksSorted[nFrame];
         if (!measurePeaks(work.imgSmooth, parameters, listPeak)) {
@@ -101,16 +103,17 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
     if (outcome.end == RunEnd::Finished) {
         dataSet.m_listPeakMerged = listFlat;
         dataSet.m_listPeakMergedShown = listFlat;
-        // All of these go by the numbers of the reflections that have just left.
+        // These refer to reflections by their numbers in the former list.
         dataSet.m_listPeakChain.clear();
         dataSet.m_vecReflectionFrame.clear();
         dataSet.m_listReflectionIndexed.clear();
         dataSet.m_made.indexed.reset();
         if (dataSet.m_made.merged) {
-            dataSet.m_made.merged->nMerged = printOfReflections(listFlat);  // of the same merging
+            dataSet.m_made.merged->nMerged = printOfReflections(
+                listFlat);  // only the intensities have changed
         }
     } else {
-        // Chains and reflections stand, and the peaks go on naming theirs.
+        // Chains and reflections stay, and the peaks keep referring to theirs.
         for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i) {
             for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j) {
                 peaksSorted[i][j].nID = peaksBefore[i][j].nID;

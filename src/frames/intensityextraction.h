@@ -1,4 +1,4 @@
-// extractIntensity: the intensities of peaks whose positions are known, measured again.
+// extractIntensity: measures the intensities of peaks with known positions again.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -12,20 +12,22 @@
 
 namespace tessera {
 
-/// Measures dfIPoint and dfI2D of the peaks on the smoothed frames, as peak hunting does but with the window
-/// of the extraction, and makes all of them, numbered from 0 by nID, the merged list.
+/// Measures dfIPoint and dfI2D of the peaks on the smoothed frames, as the peak search does, but with the
+/// window of the extraction. All peaks, numbered from 0 by nID, become the merged list.
 ///
-/// Replaces m_listPeakMerged and m_listPeakMergedShown at a regular end. Their numbers then no longer name
-/// chains of frame peaks, nor entries of m_vecReflectionFrame: both are emptied, so that no curve and no
-/// label shows another reflection's data. A run that was stopped or failed (a frame that cannot be loaded, a
-/// peak outside its frame) leaves all these as they were, and of the peaks measured so far the intensities
-/// alone are new.
+/// At a regular end m_listPeakMerged and m_listPeakMergedShown are replaced. As the numbers then no longer
+/// refer to chains of frame peaks or to entries of m_vecReflectionFrame, both are emptied, so that no curve
+/// or label shows data of another reflection. A run that was stopped or failed (a frame that cannot be
+/// loaded, a peak outside its frame) leaves all these as they were. The peaks that it has measured keep
+/// their new intensities.
 ///
-/// @param peaksSorted  one list per frame, dfX2D and dfY2D on the raw frame, pixels; changed in place. May be
-///                     m_vecPeakIndexedOnFrame; if its number of frames changes under the run, the run fails
-/// @param hunting      for the smoothing radius; the filters are remade where they do not fit
-/// @param fnFrameDone  after each frame, for the circles of the window's radius
-/// @return Refused for another number of frames and for the call during a run that stops it
+/// @param peaksSorted  one list per frame, dfX2D and dfY2D on the raw frame, pixels; changed in place. May
+///                     be m_vecPeakIndexedOnFrame; the run fails if its number of frames changes during the
+///                     run
+/// @param hunting      its smoothing radius is used
+/// @param filters      made anew where they do not fit
+/// @param fnFrameDone  called after each frame, to draw circles of the radius of the window
+/// @return Refused for another number of frames, and when the call was made during a run and stops it
 RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
                             const PeakHuntingParameters& hunting, const ExtractionParameters& parameters,
                             CPeakFilters& filters, CRunReport& report,

@@ -10,11 +10,12 @@ namespace tessera {
 namespace {
 
 const std::uint64_t g_nMegabyte = std::uint64_t(1) << 20;
-// Stack and heap of a thread, and what it reads files into.
+// Stack and heap of a thread, and its buffers for reading files.
 const std::uint64_t g_nOfThread = 16 * g_nMegabyte;
-// So little is not asked for.
+// Less than this is not checked.
 const std::uint64_t g_nAlwaysThere = 64 * g_nMegabyte;
-// Stays free: of the machine for whatever else runs, within the process's limits for the lists of the run.
+// Memory that stays free: of the machine for other programs, within the limits of the process for the lists
+// of the run.
 const std::uint64_t g_nForOthers = 256 * g_nMegabyte, g_nForRun = 32 * g_nMegabyte;
 
 std::uint64_t lessRest(std::uint64_t nBytes, std::uint64_t nRest)

@@ -6,7 +6,7 @@ namespace tessera {
 
 namespace {
 
-const int g_nRun = 64;  // pixels that are looked through together: few of them reach a threshold
+const int g_nRun = 64;  // pixels that are compared with the threshold together, as few reach it
 
 bool anyReaches(const float* p, int nCount, float fThreshold)
 {
@@ -17,7 +17,7 @@ bool anyReaches(const float* p, int nCount, float fThreshold)
     return nReaching > 0;
 }
 
-/// Appends the maxima of a row between its neighbours.
+/// Appends the maxima of a row with its two neighbours.
 /// @return false when there are more than nLimit
 bool maximaOfRow(const float* pAbove, const float* pRow, const float* pBelow, int nWidth, int nRow,
                  float fThreshold, qint64 nLimit, QList<double>& listX, QList<double>& listY)

@@ -9,29 +9,32 @@
 
 namespace tessera {
 
-/// Pixels at or above a threshold that are strictly above each of their eight neighbours.
+/// Finds the pixels at or above a threshold that are greater than all their eight neighbours.
 ///
-/// The outermost rows and columns hold no maxima; neither does an image of fewer than 3 rows or
-/// columns. Comparisons with NaN fail, so a NaN is no maximum and has none beside it. The
-/// positions come row by row.
-/// @param listX, listY  replaced by columns and rows, whole numbers
-/// @param dfFraction    with more than fraction * pixels (truncated) maxima found before another
-///                      one both lists end up empty: too many candidates are noise
+/// The outermost rows and columns have no maxima, nor has an image of fewer than 3 rows or columns. As
+/// comparisons with NaN are false, neither a NaN nor a pixel beside one is a maximum. The positions are in
+/// the order of the rows.
+/// @param listX, listY  take columns and rows, whole numbers
+/// @param dfFraction    if another maximum is found after more than fraction * pixels (truncated), both
+///                      lists become empty, as so many candidates are noise
 /// @return false for too many candidates
 bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>& listX, QList<double>& listY,
                      double dfFraction);
 
-/// The same of an image of which there is a row at a time.
+/// Does the same for an image that is available row by row.
 class CMaximaOfRows {
 public:
+    /// See FindLocalMaxima().
     CMaximaOfRows(int nWidth, int nHeight, float fThreshold, double dfFraction);
 
-    /// The next row, from above. Pixels below fLeast count as 0.
+    /// Adds the next row. Pixels below fLeast count as 0.
     void add(const float* pRow, float fLeast);
 
-    /// After the last row: as FindLocalMaxima() gives them.
+    /// Results after the last row, as from FindLocalMaxima().
     bool tooMany() const { return m_bTooMany; }
+    /// Columns of the maxima.
     const QList<double>& listX() const { return m_listX; }
+    /// Rows of the maxima.
     const QList<double>& listY() const { return m_listY; }
 
 private:

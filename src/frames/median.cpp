@@ -8,10 +8,10 @@ namespace tessera {
 
 namespace {
 
-const std::ptrdiff_t g_nFewNumbers = 16;  // that std::nth_element sorts by insertion, at once
+const std::ptrdiff_t g_nFewNumbers = 16;  // std::nth_element() sorts so few by insertion, which is fast
 
-// Brings the numbers that are less than a limit to the front without a branch, as random numbers mislead the
-// processor at every other one.
+// Moves the numbers below a limit to the front. It has no branches, as the processor cannot predict the
+// order of random numbers.
 template <class Less>
 float* bringToFront(float* pFirst, float* pEnd, Less isLess)
 {
@@ -34,7 +34,8 @@ float middleOf(float a, float b, float c)
 
 void partAt(float* pFirst, float* pAt, float* pEnd)
 {
-    // Numbers that mislead the choice of the limit are left to the library, which copes with all.
+    // If the choice of the limit does not work for these numbers, the library does the rest, which works
+    // for all.
     const int nMostSteps = 40;
     for (int nStep = 0; nStep < nMostSteps && pEnd - pFirst > g_nFewNumbers; ++nStep) {
         const float fLimit = middleOf(*pFirst, pFirst[(pEnd - pFirst) / 2], pEnd[-1]);
@@ -43,7 +44,7 @@ void partAt(float* pFirst, float* pAt, float* pEnd)
             pEnd = pFrom;
         } else if (pFrom > pFirst) {
             pFirst = pFrom;
-        } else {  // none is less: those that equal the limit have to go for a step onwards
+        } else {  // none is less; numbers equal to the limit are moved, so that there is progress
             pFirst = bringToFront(pFrom, pEnd, [=](float f) { return f <= fLimit; });
             if (pAt < pFirst) {
                 return;

@@ -1,27 +1,28 @@
-// Medians, and the spread of numbers around theirs.
+// Medians, and robust measures of spread.
 #pragma once
 
 #include <vector>
 
 namespace tessera {
 
-/// Brings to a place the number that would stand there if all were sorted, with none greater before it and
-/// none less behind it: std::nth_element, several times as fast on hundreds of numbers or more.
+/// Partitions numbers: pAt gets the number that it would have if all were sorted, with no greater one
+/// before it and no smaller one after it. This is std::nth_element(), but several times as fast for
+/// hundreds of numbers or more.
 ///
 /// Source: Hoare (1961), Commun. ACM 4, 321.
 /// @param pAt  from pFirst on, before pEnd
 void partAt(float* pFirst, float* pAt, float* pEnd);
 
-/// The upper median of numbers, at least one; leaves them in another order.
+/// The upper median of at least one number. The order of the numbers changes.
 float medianOf(std::vector<float>& vecNumber);
 
-/// What most of some numbers are, whatever the others.
+/// Median and spread of numbers, unaffected by outliers.
 struct RobustSpread {
     float fMedian = 0;
-    double dfDeviation = 0;  ///< the standard deviation, if the numbers scatter normally
+    double dfDeviation = 0;  ///< standard deviation for normally distributed numbers
 };
 
-/// Median and 1.4826 times the median distance from it; 0 without numbers.
+/// The median, and 1.4826 times the median distance from it; both 0 without numbers.
 ///
 /// Source: Hampel (1974), J. Am. Stat. Assoc. 69, 383.
 RobustSpread robustSpread(std::vector<float> vecNumber);

@@ -17,9 +17,10 @@ namespace tessera {
 
 namespace {
 
-// The transform of an image that is real and even; false when there is none.
-// @param fnRow  fills a row of the image
+// Transforms an image that is real and even.
+// @param fnRow      fills a row of the image
 // @param pSpectrum  takes nWidth × nHeight elements
+// @return false where the transform failed
 bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CAcmlFft& fft, int nWidth,
                      int nHeight, COMPLEX* pSpectrum)
 {
@@ -34,8 +35,8 @@ bool transformKernel(const std::function<void(int nRow, float* pRow)>& fnRow, CA
     return fft.Transform(pSpectrum, nWidth, nHeight, -1) != 0;
 }
 
-// Puts the filter, the real part of a spectrum, into one member of the pair. A few columns at a time, so that
-// what is read beside them is still in the cache when they are.
+// Copies a filter, the real part of a spectrum, into one member of the pair. A few columns are done at a
+// time, so that the cache lines read for the first of them are still there for the others.
 void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX::*pMember, COMPLEX* pPair)
 {
     const int nColumns = nWidth / 2 + 1, nTogether = 8;
@@ -49,8 +50,9 @@ void takeFilter(const COMPLEX* pSpectrum, int nWidth, int nHeight, float COMPLEX
     }
 }
 
-// Both filters, and the impulse; false when there is no transform. Besides the pair there is one spectrum in
-// memory at a time: kernels are made row by row in its place.
+// Makes both filters and the impulse. Besides the pair only one spectrum is in memory at a time, as the
+// kernels are made row by row in its place.
+// @return false where a transform failed
 bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
 {
     const int nWidth = numbers.m_nFilterWidth;
@@ -59,7 +61,7 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
     CImgObj<COMPLEX> imgSpectrum;
     filters.m_imgFilterPair.Create(int(CAcmlFft::HalfCount(nWidth, nHeight)), 1);
     filters.m_imgFilterPair.Clear();
-    // As large as the work space of the frames, which takes its memory when it is let go.
+    // Has the size of the work space of the frames, which will reuse its memory.
     imgSpectrum.Create(int(2 * CAcmlFft::HalfCount(nWidth, nHeight)), 1);
     COMPLEX *const pSpectrum = imgSpectrum.Data(), *const pPair = filters.m_imgFilterPair.Data();
     if (!pSpectrum || !pPair) {
@@ -99,7 +101,7 @@ bool makeFilters(const PeakFilterNumbers& numbers, CPeakFilters& filters)
 bool PeakFilterNumbers::operator==(const PeakFilterNumbers& other) const
 {
     const auto all = [](const PeakFilterNumbers& numbers) {
-        // Taken apart, as this compiles only as long as no member is left out.
+        // Structured binding makes the compiler check that no member is left out.
         const auto& [dfPeakRadius, dfBackgroundRadius, dfSmoothRadius, nWidth, nHeight] = numbers;
         return std::make_tuple(dfPeakRadius, dfBackgroundRadius, dfSmoothRadius, nWidth, nHeight);
     };
@@ -126,7 +128,7 @@ bool updatePeakFilters(const PeakHuntingParameters& parameters, int nWidth, int 
     if (filters.fits(parameters, nWidth, nHeight)) {
         return true;
     }
-    // Fits nothing until all is made: memory may run out on the way.
+    // The filters fit nothing until they are complete, as memory may run out before.
     filters.m_nFilterWidth = 0;
     const PeakFilterNumbers numbers = peakFilterNumbers(parameters, nWidth, nHeight);
     if (!makeFilters(numbers, filters)) {

@@ -26,10 +26,11 @@ namespace tessera {
 
 namespace {
 
-// The frame and the work space of its transform, in bytes per pixel with some to spare; images that are
-// handed on; and once for the series the filters.
+// Memory in bytes per pixel: the frame and the work space of its transform, with a reserve; images that are
+// handed on; and, once for the series, the filters.
 const double g_dfOfWork = 4 + 8.5, g_dfOfImages = 8, g_dfOfFilters = 4.5;
-// Of a frame alone; the filters take more while they are made, the work space is not there then.
+// Memory of a frame alone, in bytes per pixel. While filters are made they need more, but the work space
+// does not exist then.
 const std::uint64_t g_nBytesPerPixel = 17;
 
 struct HuntedFrame {
@@ -39,7 +40,7 @@ struct HuntedFrame {
     CDeferredReport report;
 };
 
-// Loads and hunts single frames; the threads of a run share one.
+// Loads single frames and finds their peaks. All threads of a run share one object.
 class CFrameHunter {
 public:
     CFrameHunter(const DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
@@ -79,7 +80,7 @@ public:
             if (!m_bKeepImages) {
                 frame.vecImage.clear();
             }
-        } catch (const CShortMemory&) {  // it tells of the file
+        } catch (const CShortMemory&) {  // it names the file already
             throw;
         } catch (const std::bad_alloc&) {
             throw CShortMemory(QStringLiteral("%1: hunting for peaks").arg(strFile),
@@ -117,7 +118,7 @@ QList<Peak3D> peakRecords(const FramePeaks& peaks, int nFrame, int& nNextID)
 }
 
 struct HuntedSeries {
-    QList<QList<Peak3D>> listPeakFrame;  // of the frames up to the last or to the one that ended the run
+    QList<QList<Peak3D>> listPeakFrame;  // of the frames before the end of the run
     RunOutcome outcome;
 };
 
@@ -162,7 +163,8 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
         }
         return true;
     };
-    const bool bFilters = filters.m_imgFilterPair.Data() != nullptr;  // of the look at the noise
+    // Made already when the noise was measured.
+    const bool bFilters = filters.m_imgFilterPair.Data() != nullptr;
     const FrameMemory memory{g_dfOfWork + (options.bKeepImages ? g_dfOfImages : 0),
                              bFilters ? 0 : g_dfOfFilters};
     const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), options.nJobs, memory, &report);
@@ -180,8 +182,8 @@ HuntedSeries huntSeries(DataSet& dataSet, const PeakHuntingParameters& parameter
     return hunted;
 }
 
-/// Sees to it that a list without peaks costs no list that has some.
-/// @return false if the former list is to stay in its place
+/// Keeps a former list that has peaks when the new one has none.
+/// @return false if the former list must stay in its place
 bool keepFormerList(const QString& strPath, CRunReport& report, QString& strReason)
 {
     const QString strKept = nameOfKept(strPath);

@@ -1,4 +1,4 @@
-// Peak hunting: the diffraction spots of all frames with their intensities.
+// Peak hunting: finds the diffraction spots of all frames with their intensities.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -13,27 +13,29 @@
 
 namespace tessera {
 
-/// How a run of peak hunting works and whom it calls, all from the calling thread.
+/// Options of the peak search. All functions are called by the calling thread.
 struct PeakHuntingOptions {
-    int nJobs = 1;            ///< frames hunted side by side, from 1; the result is the same for each
+    int nJobs = 1;            ///< frames processed side by side, from 1; the result does not depend on it
     bool bSave = true;        ///< write the peak list beside the project
-    bool bKeepImages = true;  ///< hand the images of a frame to m_vecFrameImage; else this stays as it was
-    bool bSaveEmpty = true;   ///< also when no frame has a peak, in the place of a list that may be dear
-    /// After a frame's line, in frame order; its first image stands in m_vecFrameImage by then.
+    bool bKeepImages = true;  ///< put the images of a frame into m_vecFrameImage; else it stays as it was
+    /// Write the list even if no frame has a peak, in place of a list that may be valuable.
+    bool bSaveEmpty = true;
+    /// Called after the line of a frame, in the order of frames, when m_vecFrameImage has its first image.
     std::function<void(int nFrame, const QList<Peak3D>& listPeak)> fnFrameDone;
-    /// Mapping and merging: after the new peaks stand in the data set and on disk, before the end line.
+    /// Called when the new peaks are in the data set and on the disk, before the end line: mapping and
+    /// merging.
     std::function<void()> fnAfterStored;
 };
 
-/// Hunts all frames of the series and replaces m_listPeakFrame and the peak list ".pk".
+/// Finds the peaks of all frames of the series and replaces m_listPeakFrame and the peak list ".pk".
 ///
-/// At most nJobs + 1 frames are in memory. Positions are whole pixels of the raw frame. A run that
-/// was stopped (report.goOn()) or met a frame that cannot be loaded says so in red, leaves
-/// m_listPeakFrame as it was and writes nothing. A peak list that cannot be written is a red line
-/// only. Without any peak the former list is kept as ".pk~", or stays if that keeps a longer one. A data set
-/// without frames is a red line and no run.
-/// @return Finished if all frames were hunted, with the reason if the list was not written; Refused without
-///         frames
+/// At most nJobs + 1 frames are in memory. Positions are whole pixels of the raw frame. A run that was
+/// stopped (report.goOn()) or could not load a frame logs a red line, leaves m_listPeakFrame as it was and
+/// writes nothing. If the peak list cannot be written, there is only a red line. If there is no peak, the
+/// former list is kept as ".pk~", or stays if ".pk~" is longer. Without frames there is a red line and no
+/// run.
+/// @return Finished if all frames were processed, with the reason if the list was not written; Refused
+///         without frames
 RunOutcome runPeakHunting(DataSet& dataSet, const PeakHuntingParameters& parameters, CPeakFilters& filters,
                           CRunReport& report, const PeakHuntingOptions& options = {});
 

@@ -1,4 +1,4 @@
-// removeMaskedPeaks: drops positions that lie in the mask of peak hunting.
+// removeMaskedPeaks: removes positions inside the mask of the peak search.
 #pragma once
 
 #include "dataset/maskdata.h"
@@ -7,9 +7,8 @@
 
 namespace tessera {
 
-/// Drops every position that lies in any polygon of the mask, by the mask's fill rule.
-///
-/// The order of the others stays. Does nothing for an empty mask or lists of different length.
+/// Removes every position inside a polygon of the mask, by the fill rule of the mask. The order of the
+/// others does not change. Nothing is done for an empty mask or lists of different length.
 void removeMaskedPeaks(const MaskData& mask, QList<double>& listX, QList<double>& listY);
 
 }  // namespace tessera

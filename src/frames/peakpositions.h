@@ -1,4 +1,4 @@
-// Positions of peaks on a frame, as they are shown.
+// Peak positions: the positions of peaks on a frame, for the view.
 #pragma once
 
 #include "records/peak3d.h"
@@ -10,10 +10,10 @@
 
 namespace tessera {
 
-/// Positions of peaks on the raw frame, pixels.
+/// The positions of peaks on the raw frame, pixels.
 QList<QPointF> peakPositions(const QList<Peak3D>& listPeak);
 
-/// Positions on a frame, raw pixels, for the view; the frame's image stands in m_vecFrameImage by then.
+/// Takes positions on a frame, raw pixels, for the view. m_vecFrameImage has the image of the frame.
 using FnFramePositions = std::function<void(int nFrame, const QList<QPointF>& listPosition)>;
 
 }  // namespace tessera

@@ -18,24 +18,24 @@ namespace {
 
 const int g_nFitHalfSize = 20;
 const double g_dfSaturation = 3500.0;
-const int g_nNamedFits = 20;  // of those not believed
+const int g_nNamedFits = 20;  // rejected fits that are named in the log; the others are only counted
 const char* const g_pName = "Peak position refinement";
 
-// How good a position is: what belongs to a fit, or nothing where the peak keeps the position it had.
+// Errors and info of a fit; −1 where the peak keeps its former position.
 struct FitQuality {
     double dfErrorX = -1, dfErrorY = -1, dfInfo = -1;
 };
 
 // The fits of one frame, in the order of its peaks.
 struct FittedFrame {
-    std::vector<double> vecX, vecY;  // as fitted
+    std::vector<double> vecX, vecY;  // fitted positions
     std::vector<std::vector<double>> vecFit;
-    QList<QPointF> listPosition;  // as believed
+    QList<QPointF> listPosition;  // positions to be used: fitted, or former ones where the fit was rejected
     QList<FitQuality> listQuality;
-    std::vector<int> vecLost;  // places of the peaks whose fits are not believed
+    std::vector<int> vecLost;  // numbers of the peaks whose fits were rejected
 };
 
-// Whether the pixel of a position exists: what is measured there later needs one.
+// Whether a position is on a pixel of the frame, which later measurements need.
 bool liesInside(const CImgObj<float>& img, const QPointF& pt)
 {
     const double dfX = std::round(pt.x()), dfY = std::round(pt.y());
@@ -67,7 +67,7 @@ FittedFrame fitFrame(const CImgObj<float>& img, const QList<Peak3D>& listPeak,
     return fitted;
 }
 
-// What both refinements do on the frames; fnStore takes the fits of a frame before they are shown.
+// The run over the frames of both refinements. fnStore takes the fits of a frame before they are shown.
 class CRefinementRun {
 public:
     CRefinementRun(DataSet& dataSet, const QVector<QList<Peak3D>>& peaksSorted, CRunReport& report,
@@ -87,7 +87,7 @@ public:
     using FnStore = std::function<void(int nFrame, const QList<Peak3D>& listPeak, const FittedFrame& fitted)>;
 
     bool begun() const { return m_refusal.finished(); }
-    /// What a run that did not begin came to.
+    /// The outcome of a run that did not begin.
     const RunOutcome& refusal() const { return m_refusal; }
 
     RunOutcome walk(const FnStore& fnStore)
@@ -96,7 +96,7 @@ public:
         QStringList listLost;
         const RunOutcome outcome = m_run.walk([&](int nFrame) {
             if (m_peaksSorted.size() != m_run.frameCount()) {
-                return false;  // taken away while events were handled
+                return false;  // the list was changed while events were handled
             }
             const QList<Peak3D> listPeak = m_peaksSorted[nFrame];
             if (listPeak.isEmpty()) {
@@ -107,7 +107,7 @@ public:
             if (!pImage) {
                 return false;
             }
-            CImgObj<float> img;  // the view may show another frame while events are handled
+            CImgObj<float> img;  // a copy, as the view may show another frame while events are handled
             img.Copy(pImage);
             if (m_options.fnBeforeFit) {
                 m_options.fnBeforeFit(nFrame, peakPositions(listPeak));
@@ -150,15 +150,15 @@ private:
     const QVector<QList<Peak3D>>& m_peaksSorted;
     CRunReport& m_report;
     const PositionRefinementOptions& m_options;
-    RunOutcome m_refusal;  // Finished unless there is one
+    RunOutcome m_refusal;  // Finished if the run was not refused
 };
 
-// What the long table needs of the experiment.
+// The geometry that the long table needs.
 struct TableGeometry {
     BeamCentres centres;
     double dfPixelSize;
     double dfRotationAxis;
-    bool bMovesPlaces;  // by more than the stretching, which one factor tells
+    bool bMovesPlaces;  // by more than the stretching, which is a single factor
 };
 
 QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const std::vector<double>& vecFit,
@@ -168,9 +168,9 @@ QString longTableRow(const Peak3D& peak, int nFrame, const QPointF& ptFit, const
     const QPointF ptOld(peak.dfX2D, peak.dfY2D);
     const QPointF ptFromBeam = ptFit - ptCentre;
     const double dfStretching = peak.dfX2DCorrected / (ptOld.x() - ptCentre.x());
-    double dfRX = dfStretching * ptFromBeam.x();  // may be infinite, which a QPointF takes as well
+    double dfRX = dfStretching * ptFromBeam.x();  // may be infinite
     double dfRY = dfStretching * ptFromBeam.y();
-    if (geometry.bMovesPlaces) {  // by as much as where the peak was
+    if (geometry.bMovesPlaces) {  // with the distortion at the former position
         dfRX = ptFit.x() - ptOld.x() + peak.dfX2DCorrected;
         dfRY = ptFit.y() - ptOld.y() + peak.dfY2DCorrected;
     }

@@ -1,4 +1,4 @@
-// exportBinnedFrames: resized copies of the frames.
+// exportBinnedFrames: writes resized copies of the frames.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -7,13 +7,13 @@
 
 namespace tessera {
 
-/// The resized copy's file, beside the frame: its name up to the first dot and "_s.mrc".
+/// The file of the resized copy, in the folder of the frame: its name up to the first dot and "_s.mrc".
 QString scaledFrameFile(const QString& strFrame);
 
-/// Writes a copy of the first image of each frame, with its sides times `dfScale` truncated to whole pixels,
-/// as an MRC file beside the frame: its name up to the first dot and "_s.mrc". Existing files are replaced.
-/// See exportSeries() for what goes wrong; a frame that would have no pixels left, or more than memory holds,
-/// is a file that can't be written.
+/// Writes a resized copy of the first image of each frame as an MRC file, see scaledFrameFile(). The sides
+/// are multiplied by `dfScale` and truncated to whole pixels. Existing files are replaced. For failures see
+/// exportSeries(); a copy that would have no pixels or does not fit into memory counts as a file that
+/// cannot be written.
 /// @return Finished if each frame has its copy
 RunOutcome exportBinnedFrames(const DataSet& dataSet, double dfScale, CRunReport& report);
 

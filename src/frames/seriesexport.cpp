@@ -13,7 +13,7 @@ namespace tessera {
 
 namespace {
 
-/// Which frames gave a file.
+/// The frames that have the same file.
 struct Writers {
     int nCount = 0;
     QString strLast;
@@ -40,10 +40,11 @@ private:
     QStringList m_listTarget;
     QStringList m_listFailed;
     QString m_strFirstReason;
-    QStringList m_listWritten;  ///< without repetition
+    QStringList m_listWritten;  ///< each file once
     QHash<QString, Writers> m_mapWriters;
 };
 
+/// Writes the file of a frame.
 /// @return false if the walk ends here
 bool CExport::frame(int nFrame)
 {

@@ -1,4 +1,4 @@
-// exportSeries: the walk over a series that writes one file per frame.
+// exportSeries: writes one file for each frame of a series.
 #pragma once
 
 #include "dataset/seriessnapshot.h"
@@ -12,36 +12,38 @@
 
 namespace tessera {
 
-/// What distinguishes one such export from another.
+/// What an export writes, and its lines in the log.
 struct SeriesExport {
+    /// Takes a snapshot of the series.
     explicit SeriesExport(const DataSet& dataSet) : series(dataSet) {}
 
-    SeriesSnapshot series;
-    QString strName;        ///< begins the line of a stop: "%1>NAME stopped ..."
-    QString strStartLine;   ///< with a place for the time stamp; empty: none
+    SeriesSnapshot series;  ///< the series as it was at the start
+    QString strName;        ///< name in the line of a stop: "%1>NAME stopped ..."
+    QString strStartLine;   ///< with %1 for the time stamp; empty: no line
     QString strEndLine;     ///< likewise
-    QString strLoadFailed;  ///< with a place for the frame's path
-    QString strFolder;      ///< of all files, said at the end with their number; empty: not said
+    QString strLoadFailed;  ///< with %1 for the path of the frame
+    QString strFolder;      ///< folder of the files, for a line with their number; empty: no line
     int nProgressMinimum = 0;
-    bool bStopAtFailedWrite = false;  ///< with "Failed to save to file: %1"
+    bool bStopAtFailedWrite = false;  ///< end the walk with "Failed to save to file: %1"
 
-    /// The file that a frame gives.
+    /// The file for a frame.
     std::function<QString(const QString& strFrameFile)> fnTarget;
-    /// Writes it, whole or not at all; the image may be changed. On failure the reason tells why.
+    /// Writes the file, whole or not at all. The image may be changed. On failure strReason takes why.
     std::function<bool(int nFrame, CImgObj<float>& image, const QString& strTarget, QString& strReason)>
         fnWrite;
 };
 
-/// Walks the series from frame to frame and writes the first image of each to its file.
+/// Goes through the series and writes the first image of each frame to its file.
 ///
 /// - An export that would overwrite a frame of its own series is refused as a whole, with a red line.
-/// - A frame that can't be loaded, or has no image, ends the walk with a red line.
-/// - Files that can't be written are told in red at the end, by name. Existing files are replaced.
-/// - When several frames give one name, the last one's file stays, and a red line says so at the end.
-/// - When the report asks for a stop, the walk ends before the next frame, with a red line in the place of
-///   the end line. In all other cases the end line comes.
+/// - A frame that cannot be loaded or has no image ends the walk with a red line.
+/// - Files that cannot be written are named in red at the end. Existing files are replaced.
+/// - When several frames have the same file, that of the last one remains, and a red line tells so at the
+///   end.
+/// - When the report asks to stop, the walk ends before the next frame with a red line in place of the end
+///   line. In all other cases there is an end line.
 ///
-/// @return Finished if each frame of the series has its file now; Refused where a frame would be overwritten
+/// @return Finished if each frame of the series has its file; Refused where a frame would be overwritten
 RunOutcome exportSeries(const SeriesExport& what, CRunReport& report);
 
 }  // namespace tessera

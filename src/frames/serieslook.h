@@ -1,4 +1,4 @@
-// lookAtSeries: size of the spots and defects of a series, from one reading of the same frames.
+// lookAtSeries: the size of the spots and the defects of a series, from one reading of some frames.
 #pragma once
 
 #include "frames/framedefects.h"
@@ -8,28 +8,29 @@
 
 namespace tessera {
 
-/// What is looked for.
+/// What is to be found.
 struct SeriesLookWanted {
     bool bDefects = true;
     bool bSpotSize = true;
 };
 
-/// What was seen; what was not looked for stays empty.
+/// What was found; members that were not wanted stay empty.
 struct SeriesLook {
     FrameDefects defects;
-    std::optional<SpotSize> size;  ///< none as well where there are no usable spots
+    std::optional<SpotSize> size;  ///< nothing if there are no usable spots, too
 };
 
-/// How many frames a look at a series takes: one in seven, but 6 at least and 13 at most.
+/// How many frames are read: one in seven, but at least 6 and at most 13.
 ///
-/// A seventh costs less than a tenth of hunting them all. Five frames tell what stands still from what moves,
-/// for shadows and hot pixels; a sixth is there in case that one cannot be read. The width takes 10 spots and
-/// their distances 30, two and five a frame then; with 13 frames there are far more than enough.
+/// A seventh of the frames costs less than a tenth of the peak search. Five frames are needed to tell fixed
+/// features from moving ones, for shadows and hot pixels, and the sixth is a reserve in case one cannot be
+/// read. The width needs 10 spots and the distances need 30, that is two and five spots per frame; 13
+/// frames have far more than enough.
 int framesToLookAt(int nFrames);
 
-/// Looks at framesToLookAt() frames spread over the series, of which seven at most say something of defects.
-/// @param nJobs  frames looked at side by side; what is seen is the same for each
-/// @return false when the report asked to stop or memory is short; look is untouched then
+/// Reads framesToLookAt() frames spread over the series. At most seven of them are used for the defects.
+/// @param nJobs  frames that are read side by side; the result does not depend on it
+/// @return false, with look as it was, when the report asked to stop or memory is short
 bool lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& report, SeriesLook& look,
                   int nJobs = 1);
 

@@ -20,7 +20,7 @@ namespace tessera {
 namespace {
 
 struct ReadFrame {
-    ImageList vecImage;  // empty: not read
+    ImageList vecImage;  // empty if it could not be read
     CDeferredReport report;
 };
 
@@ -119,7 +119,7 @@ private:
         addMoved(image, wholePixels(ptShift.x()), wholePixels(ptShift.y()));
     }
 
-    // What lies at (x + nDX, y + nDY) on the frame belongs to (x, y) of the picture.
+    // Adds a frame that is moved: its pixel (x + nDX, y + nDY) belongs to (x, y) of the picture.
     void addMoved(const CImgObj<float>& image, int nDX, int nDY)
     {
         const int nX0 = std::max(0, -nDX), nX1 = std::min(m_nWidth, m_nWidth - nDX);
@@ -150,7 +150,7 @@ private:
     bool m_bShifts = false;
     int m_nFrames = 0, m_nWidth = 0, m_nHeight = 0;
     std::vector<double> m_vecValue;
-    std::vector<int> m_vecMeasured;  // by how many frames
+    std::vector<int> m_vecMeasured;  // number of frames that have measured each pixel
     std::vector<CDeferredReport> m_vecUnread;
 };
 

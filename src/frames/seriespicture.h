@@ -1,4 +1,4 @@
-// makeSeriesPicture: all frames of a series in one image, for the eye.
+// makeSeriesPicture: combines all frames of a series to one image to look at.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -8,31 +8,31 @@
 
 namespace tessera {
 
+/// How the frames are combined.
 enum class SeriesPictureKind {
-    Maximum,  ///< the largest value of a pixel on any frame: all spots, the weak ones too
-    Sum,      ///< over all frames: rings, streaks and what is diffuse
-    Mean,     ///< the sum by the number of frames
+    Maximum,  ///< greatest value of each pixel: shows all spots, including weak ones
+    Sum,      ///< sum over all frames: shows rings, streaks and diffuse scattering
+    Mean,     ///< the sum divided by the number of frames
 };
 
-/// What an image made of many frames was made of.
+/// The combined image, and which frames it is made of.
 struct SeriesPicture {
     CImgObj<float> image;  ///< of the size of the first frame; NaN where no frame has a measurement
     SeriesPictureKind kind = SeriesPictureKind::Maximum;
-    int nFrames = 0;              ///< that are in it
-    int nLeftOut = 0;             ///< that could not be read or have another size
-    bool bDriftTakenOut = false;  ///< each frame lies moved back by its shift in whole pixels
+    int nFrames = 0;              ///< number of frames in it
+    int nLeftOut = 0;             ///< frames that could not be read or have another size
+    bool bDriftTakenOut = false;  ///< each frame was moved back by its shift in whole pixels
 };
 
-/// Makes one image of all frames. Where there is a shift for each of them, a frame is moved back by its own,
-/// truncated to whole pixels, and what is moved in from outside it counts as no measurement.
+/// Combines all frames to one image. If every frame has a shift, it is moved back by that shift, truncated
+/// to whole pixels. Pixels that come from outside the frame count as no measurement.
 ///
-/// Pixels that are not usable take no part: of those that some frames have measured, the sum is raised to the
-/// number of all. Sums are in double precision and in the order of the frames. A frame that cannot be read,
-/// or has another size than the first that can, has a red line and is left out.
-/// @param nJobs  frames read side by side; the image is the same for each
-/// @return Finished; otherwise picture is untouched: Stopped by the report, Refused without frames, Failed
-/// where
-///         no frame can be read or memory is short
+/// Unusable pixels are left out: where only some frames have measured a pixel, its sum is scaled to the
+/// number of all frames. Sums are in double precision and in the order of the frames. A frame that cannot
+/// be read, or has another size than the first readable one, gets a red line and is left out.
+/// @param nJobs  frames that are read side by side; the result does not depend on it
+/// @return Finished; otherwise, with picture as it was: Stopped by the report, Refused without frames,
+///         Failed where no frame can be read or memory is short
 RunOutcome makeSeriesPicture(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report,
                              SeriesPicture& picture, int nJobs = 1);
 

@@ -1,4 +1,4 @@
-// forEachSampledFrame: a look at a few frames spread evenly over a series.
+// forEachSampledFrame: reads some frames spread evenly over a series.
 #pragma once
 
 #include "dataset/seriessnapshot.h"
@@ -16,33 +16,33 @@
 
 namespace tessera {
 
-/// Numbers of at most nMost frames in order, the first and the last frame among them.
+/// The numbers of at most nMost frames in order, including the first and the last frame.
 std::vector<int> sampledFrames(int nFrames, int nMost);
 
-/// The images of a sampled frame, the first of them with pixels; none, with the loader's words, when it
+/// The images of a frame, of which the first has pixels; empty, with the lines of the loader, when it
 /// cannot be read.
 /// @throw CShortMemory
 ImageList sampledImages(const FrameSource& source, CRunReport& report);
 
-/// Says why frames could not be read, of the first few of them.
+/// Logs why frames could not be read, for the first few of them.
 void sayUnreadFrames(const std::vector<CDeferredReport>& vecUnread, CRunReport& report);
 
-/// What was seen of a sampled frame, or why it could not be read.
+/// The result of a frame, or why it could not be read.
 template <class Result>
 struct SampledFrame {
     std::optional<Result> result;
     CDeferredReport report;
 };
 
-/// Looks at the first image of some frames, nJobs of them side by side, and hands over what was seen in
-/// order.
+/// Computes a result of the first image of some frames, nJobs of them side by side, and hands the results
+/// over in order.
 ///
-/// A frame that cannot be read or has no pixels is passed over without a word, as the run that needs it
-/// tells; where none can be read, red lines say why.
+/// A frame that cannot be read or has no pixels is skipped without a line, as the run that needs it will
+/// report it. If no frame can be read, red lines tell why.
 /// @param vecFrame    numbers of the frames
-/// @param fnMakeLook  gives each thread its function, which makes a Result of an image and of its place in
-///                    vecFrame
-/// @param fnTake      called by the caller's thread
+/// @param fnMakeLook  returns the function of each thread, which makes a Result of an image and of its
+///                    place in vecFrame
+/// @param fnTake      called by the calling thread
 /// @return false when the report asked to stop; false, with a red line, when memory is short
 template <class Result>
 bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, int nJobs, CRunReport& report,
@@ -62,14 +62,15 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
             try {
                 frame.result = fnLook(img, i);
             } catch (const std::bad_alloc&) {
-                const std::uint64_t nBytesPerPixel = 17;  // as much as hunting takes, or less
+                const std::uint64_t nBytesPerPixel = 17;  // at most as much as the peak search
                 throw CShortMemory(QStringLiteral("%1: a look at the frame").arg(strFile),
                                    nBytesPerPixel * std::uint64_t(img.Width()) * std::uint64_t(img.Height()));
             }
             return frame;
         };
     };
-    // As much as hunting takes, or less; whoever looks has a run after it, which says that there are fewer.
+    // At most as much memory as the peak search. That run follows and will report that there are fewer
+    // threads.
     const int nFit = jobsForMemory(series, nJobs, {17, 4}, nullptr);
     std::vector<CDeferredReport> vecUnread;
     CFrameWalk walk(int(vecFrame.size()), StopAsked::BeforeEachFrame, report);
@@ -91,7 +92,7 @@ bool forEachFrameOf(const std::vector<int>& vecFrame, const DataSet& dataSet, in
     return true;
 }
 
-/// The same for at most nMost frames spread over the series, as by sampledFrames().
+/// Does the same for at most nMost frames spread over the series, see sampledFrames().
 template <class Result>
 bool forEachSampledFrame(const DataSet& dataSet, int nMost, int nJobs, CRunReport& report,
                          const std::function<std::function<Result(const CImgObj<float>&)>()>& fnMakeLook,

@@ -1,4 +1,4 @@
-// CSharedPeakFilters: filters that several threads use.
+// CSharedPeakFilters: filters of the peak search for several threads.
 #pragma once
 
 #include "frames/peakfilters.h"
@@ -8,13 +8,15 @@
 
 namespace tessera {
 
-/// Lets threads read the same filters, and remakes them while nobody reads: for the first frame, or for one
-/// of another size.
+/// Lets threads read the same filters. The filters are made anew while no thread reads: for the first
+/// frame, or for one of another size.
 class CSharedPeakFilters {
 public:
+    /// @param filters  must outlive the object
     explicit CSharedPeakFilters(CPeakFilters& filters) : m_filters(filters) {}
 
-    /// The result of fnUse(filters), which may call updatePeakFilters() with just these parameters and size.
+    /// Returns the result of fnUse(filters), which may call updatePeakFilters() with these parameters and
+    /// size only.
     template <class FnUse>
     auto use(const PeakHuntingParameters& parameters, int nWidth, int nHeight, const FnUse& fnUse)
     {

@@ -1,4 +1,4 @@
-// Shift evaluation: the drift of the pattern over the series, and the direct beam.
+// Shift evaluation: measures the drift of the pattern over the series, and the direct beam.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -13,36 +13,35 @@
 
 namespace tessera {
 
+/// Options of the shift evaluation.
 struct ShiftEvaluationOptions {
-    bool bKeepPartial = true;  ///< a run that meets a frame it cannot use keeps and saves the shifts it
-                               ///< found; else it leaves everything as it was
+    bool bKeepPartial = true;  ///< a run that cannot use a frame keeps and saves the shifts before it; else
+                               ///< it changes nothing
     bool bSave = true;         ///< write the shift file beside the project
-    int nJobs = 1;  ///< regions read and transformed side by side, 4 at the most; the result is the
-                    ///< same for each
+    int nJobs = 1;             ///< regions read side by side, at most 4; the result does not depend on it
 };
 
-/// Called after each frame: index from 0, its shift, the aligned and filtered region for the view, which
-/// is made only then and stands in m_vecFrameImage.
+/// Called after each frame with its index from 0, its shift, and the aligned and filtered region for the
+/// view, which m_vecFrameImage has then. The region is made only if there is such a function.
 using FnShiftFrameDone =
     std::function<void(int nFrame, const QPointF& ptShift, const CImgObj<float>& imgAligned)>;
 
-/// Measures each frame's shift against the running sum of the aligned frames before it, and the
-/// direct beam on that sum.
+/// Measures the shift of each frame against the running sum of the aligned frames before it, and the direct
+/// beam on that sum.
 ///
-/// Replaces m_listShift, m_dfCenterX, m_dfCenterY (raw pixels of the first frame) and the shift file
-/// ".sc". The correlation works on low frequencies of a square region, amplitude-compressed.
-/// A region that does not lie wholly inside a frame (frames of another size, the first included) ends
-/// the run there with a red line naming the frame, as a frame that cannot be loaded does: a shift
-/// measured on pixels of another frame would be a wrong number. A side that is odd is lowered by one
-/// pixel, with a line, as spectra are centred by halves; a side below 16 pixels is refused.
-/// A run that the report's goOn() stopped says so in red, leaves everything as it was and writes nothing.
+/// Replaces m_listShift, m_dfCenterX, m_dfCenterY (raw pixels of the first frame) and the shift file ".sc".
+/// The correlation uses the low frequencies of a square region, with compressed amplitudes. A region that
+/// is not wholly inside a frame, also the first one, ends the run with a red line that names the frame, as
+/// does a frame that cannot be loaded. An odd side is reduced by one pixel, with a line, as the layout of
+/// spectra needs even sides; a side below 16 pixels is refused. A run that was stopped by goOn() logs a red
+/// line, leaves everything as it was and writes nothing.
 ///
-/// A fit of the beam that leaves the region is not believed: a red line, and the coarse position stands.
+/// If the fit of the beam leaves the region, a red line is logged and the coarse position is used.
 ///
-/// @param rcRegion  raw frame pixels; x, y and width are truncated to whole ones, for the beam too;
-///                  its height is not read
+/// @param rcRegion  raw frame pixels; x, y and width are truncated to whole numbers, also for the beam; the
+///                  height is not used
 /// @return Finished only if all frames were reached, with the reason if the shift file was not written;
-///         Refused without frames and with too small a side
+///         Refused without frames and for too small a side
 RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunReport& report,
                               const ShiftEvaluationOptions& options = {},
                               const FnShiftFrameDone& fnFrameDone = {});

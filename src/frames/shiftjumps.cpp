@@ -14,7 +14,7 @@ QList<int> findShiftJumps(const QList<QPointF>& listShift, double dfLimit)
         return listJump;
     }
     for (int n = 0; n < nFrames; ++n) {
-        // Near the ends the window is moved inwards, so that it always holds four other frames.
+        // Near the ends the window is moved inwards, so that it always has four other frames.
         const int nFirst = std::clamp(n - 2, 0, nFrames - 5);
         std::array<double, 4> adfX;
         std::array<double, 4> adfY;

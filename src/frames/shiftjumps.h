@@ -1,4 +1,4 @@
-// findShiftJumps: frames whose measured shift stands apart from that of their neighbours.
+// findShiftJumps: finds frames whose measured shift differs from that of their neighbours.
 #pragma once
 
 #include <QList>
@@ -6,13 +6,13 @@
 
 namespace tessera {
 
-/// The pattern drifts smoothly, but a frame near a zone axis may match the others best when moved by
-/// a row of its lattice. Such a shift is tens of pixels away from those of the frames around it, and
-/// it moves all peaks of the frame to wrong indices.
+/// Finds jumps of the shift. The pattern drifts smoothly, but a frame near a zone axis may correlate best
+/// with the others when it is moved by a row of the lattice. Such a shift differs by tens of pixels from
+/// those of the frames around it, and all peaks of the frame get wrong indices.
 ///
 /// @param listShift  pixels, one per frame
-/// @param dfLimit    pixels: a frame is named when either coordinate is further than this from the
-///                   median of the two frames before and the two behind it
+/// @param dfLimit    pixels; a frame is returned when one of its coordinates differs by more than this from
+///                   the median of the two frames before and the two after it
 /// @return indices from 0, ascending; empty with fewer than 5 frames
 QList<int> findShiftJumps(const QList<QPointF>& listShift, double dfLimit);
 

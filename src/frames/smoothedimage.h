@@ -1,4 +1,4 @@
-// outputSmoothedImage: a frame's smoothed image as an MRC file.
+// outputSmoothedImage: writes the smoothed image of a frame as an MRC file.
 #pragma once
 
 #include "frames/peakfilters.h"
@@ -10,7 +10,7 @@
 
 namespace tessera {
 
-/// Writes the smoothed frame, as peak hunting sees it, as a one-image MRC file.
+/// Writes the smoothed frame of the peak search as an MRC file with one image.
 ///
 /// The name is the absolute path of the folder of strFileName, "/N", its base name, ".mrc".
 /// @return false, with a red line, when the image has no pixels or the file cannot be written

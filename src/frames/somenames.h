@@ -1,4 +1,4 @@
-// someNames: a list of names that may be long, for a line of the log.
+// someNames: shortens a list of names for a line of the log.
 #pragma once
 
 #include <QString>
@@ -6,7 +6,7 @@
 
 namespace tessera {
 
-/// The names with commas between them, but no more than ten: "... and N more".
+/// The names separated by commas, but at most ten: "... and N more".
 QString someNames(const QStringList& listName);
 
 }  // namespace tessera

@@ -14,17 +14,18 @@ namespace tessera {
 
 namespace {
 
-// Hunting takes the highest pixel of a spot, which noise moves to a neighbour of the middle one.
+// Greatest distance of a centre from the peak, pixels. The peak search takes the highest pixel of a spot,
+// which because of noise may be a neighbour of the middle one.
 const double g_dfFarthest = 1.5;
 
-/// Median of the pixels between two radii; none where the image cuts the ring.
+/// The median of the pixels between two radii; nothing where the image cuts the ring.
 std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, double dfInner, double dfOuter)
 {
     const int nReach = int(std::ceil(dfOuter));
     if (nX < nReach || nY < nReach || nX + nReach >= img.Width() || nY + nReach >= img.Height()) {
         return std::nullopt;
     }
-    std::vector<float> listValue;  // of half the pixels at least, beside a gap of the detector
+    std::vector<float> listValue;  // must have at least half of the pixels, as beside a gap of the detector
     size_t nRing = 0;
     for (int y = -nReach; y <= nReach; ++y) {
         for (int x = -nReach; x <= nReach; ++x) {
@@ -47,7 +48,8 @@ std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, doub
     return double(*itMiddle);
 }
 
-/// The centroid of what stands above the background, relative to a centre, within the Gaussian round it.
+/// The centroid of the intensity above the background, relative to a centre, weighted by the Gaussian
+/// around it.
 std::optional<QPointF> windowedStep(const CImgObj<float>& img, const QPointF& ptCentre, double dfBackground,
                                     double dfSigma)
 {
@@ -71,11 +73,12 @@ std::optional<QPointF> windowedStep(const CImgObj<float>& img, const QPointF& pt
     if (!(dfSum > 0)) {
         return std::nullopt;
     }
-    // Window and spot are of one width, so that the product has half the variance and lies half way.
+    // Weight and spot have equal widths, so the maximum of their product is halfway between their centres.
+    // Hence the factor 2.
     return QPointF(2 * dfSumX / dfSum, 2 * dfSumY / dfSum);
 }
 
-/// The peaks of a frame at the centres of their spots.
+/// The peaks of a frame, moved to the centres of their spots.
 struct CentredFrame {
     QList<Peak3D> listPeak;
     bool bRead = false;
@@ -87,7 +90,7 @@ struct CentredFrame {
 std::optional<QPointF> spotCentre(const CImgObj<float>& img, const QPointF& ptPlace, double dfSigma)
 {
     const int nMostSteps = 30;
-    const double dfEnough = 1e-3;  // pixels, far below what noise leaves
+    const double dfEnough = 1e-3;  // pixels, far below the error from noise
     if (!(std::abs(ptPlace.x()) < 1e6 && std::abs(ptPlace.y()) < 1e6 && dfSigma > 0)) {
         return std::nullopt;
     }

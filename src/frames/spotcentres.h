@@ -1,4 +1,4 @@
-// Centres of spots to fractions of a pixel, by centroids over a local background.
+// Spot centres: the centres of spots to fractions of a pixel, by centroids above the local background.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -15,21 +15,22 @@ namespace tessera {
 
 /// The centre of the spot next to a place, column and row of the image, pixels.
 ///
-/// The centroid within a Gaussian as wide as the spots, which goes with the centre until it stays: about as
-/// exact as a fit of the spot's profile, and it has nothing to go astray with. The background is the median
-/// of a ring round the spot.
+/// It is the centroid weighted by a Gaussian as wide as the spots, which is moved to the centroid until it
+/// no longer changes. This is about as precise as a fit of the profile and cannot diverge. The background
+/// is the median of a ring around the spot.
 /// @param dfSigma  of the spots, pixels
-/// @return none where the spot is cut by the image's edge, does not stand above its background, or lies more
+/// @return nothing where the spot is cut by the edge of the image, is not above its background, or is more
 ///         than 1.5 pixels from the place
 /// Source: Bertin (2009), SExtractor User's manual, version 2.13, windowed positions; their errors Mighell
 /// (2005), MNRAS 361, 861.
 std::optional<QPointF> spotCentre(const CImgObj<float>& img, const QPointF& ptPlace, double dfSigma);
 
-/// Moves peaks to the centres of their spots; what has none stays where it is.
-/// @param vecPeak  a list for each frame; dfX2D and dfY2D are changed. Frames with an empty list are not read
+/// Moves peaks to the centres of their spots. A peak without a centre keeps its position.
+/// @param vecPeak  a list for each frame; dfX2D and dfY2D are changed. Frames with an empty list are not
+///                 read
 /// @param dfSigma  of the spots, pixels
-/// @param nJobs    frames worked on side by side; the result is the same for each
-/// @return not finished where a frame cannot be loaded or the report asked to stop; vecPeak is as it was then
+/// @param nJobs    frames that are processed side by side; the result does not depend on it
+/// @return not Finished, with vecPeak as it was, where a frame cannot be loaded or the report asked to stop
 RunOutcome moveToSpotCentres(const DataSet& dataSet, QVector<QList<Peak3D>>& vecPeak, double dfSigma,
                              CRunReport& report, int nJobs = 1);
 

@@ -10,7 +10,7 @@ namespace {
 
 const size_t g_nMostSpots = 300;  // of a frame
 const size_t g_nLeastNeighbours = 30;
-const double g_dfByChance = 0.1;  // share of distances that may be shorter
+const double g_dfByChance = 0.1;  // share of the distances that may be shorter
 
 double squared(const QPointF& pt)
 {
@@ -23,7 +23,7 @@ bool isNear(const std::vector<QPointF>& vecSpot, const QPointF& ptSpot, double d
                        [&](const QPointF& pt) { return squared(pt - ptSpot) < dfDistance * dfDistance; });
 }
 
-// The same for spots in the order of their columns.
+// Does the same for spots in the order of their columns.
 bool isNearInOrder(const std::vector<QPointF>& vecSpot, const QPointF& ptSpot, double dfDistance)
 {
     auto it = std::lower_bound(vecSpot.begin(), vecSpot.end(), ptSpot.x() - dfDistance,
@@ -36,7 +36,7 @@ bool isNearInOrder(const std::vector<QPointF>& vecSpot, const QPointF& ptSpot, d
     return false;
 }
 
-// Whether a spot of a frame has one at its place on half the other frames. Few frames do not tell.
+// Whether half of the other frames have a spot at the same place. False for a few frames.
 // @param vecFrame  with the spots in the order of their columns
 bool standsStill(const std::vector<std::vector<QPointF>>& vecFrame, size_t nFrame, const QPointF& ptSpot)
 {

@@ -13,13 +13,14 @@ namespace tessera {
 
 namespace {
 
-const double g_dfFirstSigma = 1.5;       // of the weight, pixels; the steps lead away from it
-const double g_dfLeastSigma = 0.45;      // narrower is a single pixel, whose moments say nothing
-const double g_dfGreatestSigma = 12;     // wider is a halo or a piece of a ring
-const double g_dfGreatestStretch = 2.5;  // of the moments along and across; more is a streak or two spots
-// A dead pixel in the middle of a usual spot has a tenth of the weight; a gap that cuts one takes more.
+const double g_dfFirstSigma = 1.5;    // first sigma of the weight, pixels
+const double g_dfLeastSigma = 0.45;   // narrower spots are single pixels, whose moments mean nothing
+const double g_dfGreatestSigma = 12;  // wider spots are halos or parts of rings
+// Ratio of the moments along and across; more is a streak or two spots.
+const double g_dfGreatestStretch = 2.5;
+// A dead pixel in the middle of a usual spot has a tenth of the weight; a gap through a spot has more.
 const double g_dfGreatestPartMissing = 0.1;
-const double g_dfReach = 3;  // of the window, in sigmas of the weight: it leaves out 1 %
+const double g_dfReach = 3;  // of the window, in sigmas of the weight; 1 % is outside
 
 struct Window {
     double dfX, dfY;  // centre
@@ -29,7 +30,7 @@ struct Window {
 
 struct Moments {
     double dfSum = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0, dfYY = 0;
-    double dfMissing = 0;  // weight of pixels without a usable number, of all weights
+    double dfMissing = 0;  // weight of the unusable pixels as a share of all weights
 };
 
 float pixel(const CImgObj<float>& img, int nX, int nY)
@@ -37,7 +38,7 @@ float pixel(const CImgObj<float>& img, int nX, int nY)
     return img.Data()[qint64(nY) * img.Width() + nX];
 }
 
-// Whether window and ring lie in the image.
+// Whether window and ring are inside the image.
 bool fits(const CImgObj<float>& img, const Window& window)
 {
     const int nX = int(std::lround(window.dfX));
@@ -46,7 +47,7 @@ bool fits(const CImgObj<float>& img, const Window& window)
     return nX >= nReach && nY >= nReach && nX + nReach < img.Width() && nY + nReach < img.Height();
 }
 
-// Three pixels or more as high as the top one: saturated, or copied from one another.
+// Whether three or more pixels are as high as the highest one: saturated, or copied from one another.
 bool isFlatTop(const CImgObj<float>& img, int nX, int nY)
 {
     float fTop = pixel(img, nX, nY);
@@ -152,7 +153,8 @@ std::optional<MeasuredSpot> measureSpot(const CImgObj<float>& img, int nX, int n
         if (!(dfMoment > 0)) {
             return std::nullopt;
         }
-        // A moment near that of the weight itself is a plain: the weight widens then, at most by half a step.
+        // If the moment is close to that of the weight itself, the image is nearly flat here, and the
+        // weight is widened by at most half.
         const double dfLimit = 1.5 * window.dfSigma;
         const double dfSigma = dfMoment < dfWeight
                                    ? std::min(dfLimit, std::sqrt(dfMoment * dfWeight / (dfWeight - dfMoment)))

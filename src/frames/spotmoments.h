@@ -1,4 +1,4 @@
-// spotSigma: the width of one spot by weighted second moments.
+// measureSpot: the width of a spot by weighted second moments.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -11,11 +11,12 @@ namespace tessera {
 struct MeasuredSpot {
     double dfX = 0;  ///< centre, column and row of the image, pixels
     double dfY = 0;
-    double dfSigma = 0;  ///< of the Gaussian of the same moments, pixels
+    double dfSigma = 0;  ///< sigma of the Gaussian with the same moments, pixels
 };
 
-/// Measures the spot at a maximum; the method is told at spotsOfFrame().
-/// @return none where it is no spot: cut by the image's edge, a flat top, a single pixel, a streak, too wide
+/// Measures the spot at a maximum. For the method see spotsOfFrame().
+/// @return nothing where it is no good spot: cut by the edge of the image, saturated, a single pixel, a
+///         streak, or too wide
 std::optional<MeasuredSpot> measureSpot(const CImgObj<float>& img, int nX, int nY);
 
 }  // namespace tessera

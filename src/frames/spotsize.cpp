@@ -14,20 +14,20 @@ namespace tessera {
 
 namespace {
 
-const int g_nTile = 32;             // pixels: background and noise are looked at tile by tile
-const double g_dfDeviations = 7;    // of the noise: what stands higher is a spot
-const float g_fMeasurable = 10;     // what stands even higher can be measured
-const size_t g_nMostMeasured = 40;  // spots of a frame; the strongest tell most
-const size_t g_nMostSpots = 300;    // of a frame, for their distances
-const int g_nLeastSpots = 10;       // of the series
-const double g_dfFewOnFrame = 3;    // measured spots; with fewer the frame is looked at more coarsely
+const int g_nTile = 32;             // side of the tiles whose background and noise are measured, pixels
+const double g_dfDeviations = 7;    // standard deviations of the noise above which a maximum is a spot
+const float g_fMeasurable = 10;     // standard deviations above which a spot can be measured
+const size_t g_nMostMeasured = 40;  // spots of a frame; the strongest are the best
+const size_t g_nMostSpots = 300;    // spots of a frame, for their distances
+const int g_nLeastSpots = 10;       // spots of the series
+const double g_dfFewOnFrame = 3;    // spots; with fewer the frame is analysed again with larger pixels
 
 struct Candidate {
     int nX, nY;
-    float fHeight;  // over the background, in deviations of the noise
+    float fHeight;  // above the background, in standard deviations of the noise
 };
 
-// Each pixel and its neighbours with the weights 1, 2, 1 both ways; bad pixels as 0. The edge stays 0.
+// Smooths with the weights 1, 2, 1 in both directions. Unusable pixels count as 0. The edge stays 0.
 void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
 {
     const int nWidth = img.Width(), nHeight = img.Height();
@@ -49,7 +49,7 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
     }
 }
 
-// Spread of pixels of a rectangle: of every eighth one, by rows that take turns.
+// The spread of every eighth pixel of a rectangle, alternating from row to row.
 RobustSpread spreadWithin(const CImgObj<float>& img, int nLeft, int nTop, int nSide)
 {
     std::vector<float> vec(size_t(nSide / 4 + 1) * size_t(nSide / 2 + 1));
@@ -74,11 +74,11 @@ bool isMaximum(const float* pf, int nWidth)
            pf[0] >= pf[nWidth + 1];
 }
 
-// Maxima of the smoothed frame far above the noise of their tile, the highest first.
+// The maxima of the smoothed frame far above the noise of their tile, the highest first.
 std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
 {
     const int nWidth = imgSmooth.Width(), nHeight = imgSmooth.Height();
-    // Tiles that hold nothing, or the same everywhere, are given the noise of half the tiles.
+    // Tiles whose pixels are all equal get a noise from the other tiles: the median.
     std::vector<RobustSpread> vecTile;
     std::vector<float> vecDeviation;
     for (int nTop = 1; nTop + 1 < nHeight; nTop += g_nTile) {
@@ -100,7 +100,8 @@ std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
             for (int y = nTop; y < std::min(nTop + g_nTile, nHeight - 1); ++y) {
                 const float* pf = imgSmooth.Data() + qint64(y) * nWidth;
                 const int nRight = std::min(nLeft + g_nTile, nWidth - 1);
-                // Next to no piece of a row holds a spot: counting passes over it without a branch.
+                // Hardly any row of a tile has a spot, so each is first checked by counting without
+                // branches.
                 int nHigh = 0;
                 for (int x = nLeft; x < nRight; ++x) {
                     nHigh += pf[x] > fLeast ? 1 : 0;
@@ -150,7 +151,7 @@ FrameSpots spotsAtOneScale(const CImgObj<float>& img)
     return spots;
 }
 
-// Sums of 2 × 2 pixels; without the last row or column of an odd number.
+// Sums 2 × 2 pixels; the last row or column of an odd number is left out.
 void halve(const CImgObj<float>& img, CImgObj<float>& imgHalf)
 {
     const int nWidth = img.Width() / 2, nHeight = img.Height() / 2;
@@ -176,7 +177,7 @@ double quantile(std::vector<double> vec, double dfShare)
 FrameSpots spotsOfFrame(const CImgObj<float>& imgFrame)
 {
     FrameSpots spots;
-    const int nLeastSide = 16;  // a window needs that much
+    const int nLeastSide = 16;  // needed for a window
     CImgObj<float> imgFormer, imgHalf;
     const CImgObj<float>* pImg = &imgFrame;
     for (int nScale = 1; nScale <= 4 && std::min(pImg->Width(), pImg->Height()) >= nLeastSide; nScale *= 2) {
@@ -210,8 +211,8 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
         size.nFrames += frame.vecSigma.empty() ? 0 : 1;
     }
     size.nSpots = int(vecSigma.size());
-    // Spots of one series are alike. Where the middle half of the widths spans a factor of 2.5, they are
-    // specks of noise and pieces of rings.
+    // Spots of one series have similar widths. If the middle half of the widths spans more than a factor of
+    // 2.5, the maxima are noise and parts of rings.
     const double dfGreatestSpan = 2.5;
     if (size.nSpots < g_nLeastSpots || quantile(vecSigma, 0.75) > dfGreatestSpan * quantile(vecSigma, 0.25)) {
         return std::nullopt;

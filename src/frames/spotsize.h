@@ -1,4 +1,4 @@
-// SpotSize: how wide the spots of a series are, and how close they lie, from the frames themselves.
+// SpotSize: measures how wide the spots of a series are, and how close to each other.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -12,37 +12,37 @@
 
 namespace tessera {
 
-/// What was measured over some frames of a series.
+/// Widths and distances of spots on some frames of a series.
 struct SpotSize {
-    double dfSigma = 0;    ///< median over the spots of the sigma of a Gaussian, pixels
-    double dfClosest = 0;  ///< what nine in ten spots keep from the nearest other one, pixels; 0: not known
-    int nSpots = 0;        ///< spots that the width is from
-    int nFrames = 0;       ///< frames that they lie on
+    double dfSigma = 0;    ///< median of the sigmas of the spots, pixels
+    double dfClosest = 0;  ///< closestDistance(), pixels; 0: unknown
+    int nSpots = 0;        ///< number of spots that were measured
+    int nFrames = 0;       ///< number of frames with such spots
 };
 
 /// The spots of one frame.
 struct FrameSpots {
-    std::vector<double> vecSigma;  ///< of the strongest that could be measured, pixels
+    std::vector<double> vecSigma;  ///< sigmas of the strongest measurable spots, pixels
     std::vector<QPointF> vecSpot;  ///< maxima far above the noise, the strongest first: column, row, pixels
 };
 
 /// Finds and measures the strongest spots of a frame.
 ///
-/// The width is that of weighted second moments whose Gaussian weight is made as wide as the spot step by
-/// step. A weight of sigma w on a spot of sigma s leaves the variance s²w² / (s² + w²), which is what the
-/// window is corrected by. The background is the median of a ring. Left out: flat tops (saturation), single
-/// pixels, streaks, what drifts away from its maximum. Where the frame has next to no such spots, it is
-/// looked at again with 2 × 2 and 4 × 4 pixels summed, in which wide and weak spots stand out.
+/// The width follows from second moments with a Gaussian weight, which is adapted step by step to the width
+/// of the spot. A weight of sigma w leaves a spot of sigma s the variance s²w² / (s² + w²), from which s is
+/// computed. The background is the median of a ring. Saturated spots, single pixels, streaks, and spots
+/// whose centre moves away from the maximum are left out. If the frame has hardly any such spots, it is
+/// analysed again with 2 × 2 and 4 × 4 pixels summed, which shows wide and weak spots.
 /// Sources: Bernstein & Jarvis (2002), Astron. J. 123, 583; Hirata & Seljak (2003), MNRAS 343, 459.
-/// @param imgFrame  any size; pixels without a usable number belong to no spot
+/// @param imgFrame  any size; unusable pixels belong to no spot
 FrameSpots spotsOfFrame(const CImgObj<float>& imgFrame);
 
-/// The size out of the spots of some frames.
-/// @return none with fewer than 10 spots, and where their widths are all over the place
+/// The size from the spots of some frames.
+/// @return nothing with fewer than 10 spots, and where their widths differ too much
 std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame);
 
-/// Looks at some frames of the series.
-/// @param nJobs  frames looked at side by side; the size is the same for each
+/// Measures the spots of some frames of the series.
+/// @param nJobs  frames that are read side by side; the result does not depend on it
 /// @return false when the report asked to stop or memory is short; else true, with size empty where there
 ///         are no usable spots
 bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size,

@@ -7,8 +7,8 @@ namespace tessera {
 
 namespace {
 
-const double g_dfNextToAll = 0.98;  // of the pixels of a stuck line: repaired hot pixels may stand on it
-const double g_dfTelling = 0.8;     // of the pixels of a usual line at most; else a like share says nothing
+const double g_dfNextToAll = 0.98;  // share of the pixels of a stuck line; repaired hot pixels may be on it
+const double g_dfTelling = 0.8;  // greatest share of a usual line; if most have more, the share means nothing
 
 using Line = CLineWatch::Line;
 
@@ -17,7 +17,7 @@ double shareOf(qint64 nCount, const Line& line)
     return line.nPixels > 0 ? double(nCount) / double(line.nPixels) : 0;
 }
 
-// Which lines have next to all their pixels in a count, if most lines have not.
+// The lines in which nearly all pixels have a property that the pixels of most lines do not have.
 std::vector<char> outstanding(const std::vector<Line>& vecLine, qint64 Line::*pCount)
 {
     std::vector<double> vecShare;
@@ -35,8 +35,8 @@ std::vector<char> outstanding(const std::vector<Line>& vecLine, qint64 Line::*pC
     return vecOut;
 }
 
-// Whole numbers are interpolated to the nearest one: the second difference of a rounded straight line is at
-// most 1. Other values keep their digits.
+// Interpolated whole numbers are rounded, so the second difference can be up to 1. Other values are not
+// rounded.
 float tolerance(const CImgObj<float>& img)
 {
     const qint64 nPixels = qint64(img.Width()) * img.Height();

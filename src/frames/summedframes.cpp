@@ -27,9 +27,9 @@ namespace {
 
 const float g_fDivisor = 20.f;
 const float g_fWhite = 65535.f;
-const int g_nRangeLines = 10;  // of one group; a saturated frame has a million such pixels
+const int g_nRangeLines = 10;  // lines of one group; a saturated frame has a million such pixels
 
-// Frame indices of each beam tilt series.
+// The frame indices of each beam tilt series.
 std::vector<std::vector<int>> beamTiltGroups(const QList<int>& listBreak, int nFrames)
 {
     std::vector<std::vector<int>> vecGroup;
@@ -118,7 +118,8 @@ private:
         m_report.addMessage(strText, severity);
     }
 
-    // Every group, also after one that cannot be summed; whether all were written.
+    // Sums every group, also those after one that cannot be summed.
+    // @return whether all were written
     bool sumGroups(const std::function<void(int nGroup)>& fnGroupDone)
     {
         CProgress progress(m_report, QStringLiteral("%v/%m"), 0, groups());
@@ -130,14 +131,14 @@ private:
         return bAll;
     }
 
-    // A frame by itself; null, with red lines, when there is none. strStop ends the lines.
+    // Loads a frame; null, with red lines that end in strStop, when it cannot be used.
     std::unique_ptr<CImgObj<float>> frame(int nFrame, const QString& strStop)
     {
         return firstImage(m_series, nFrame, {QStringLiteral("Failed to load %1.") + strStop, strStop},
                           m_report);
     }
 
-    // Sum and output in the size of the first frame.
+    // Allocates sum and output in the size of the first frame.
     bool makeImages()
     {
         const auto pFirst = frame(0, QString());
@@ -191,7 +192,7 @@ private:
         return true;
     }
 
-    // A pixel that a frame marks as no measurement, as in a gap of the detector, takes no part.
+    // Adds a frame without its unusable pixels, such as those in a gap of the detector.
     void addUsable(CImgObj<float>& img)
     {
         for (qint64 i = 0; i < m_nCount; ++i) {
@@ -204,8 +205,8 @@ private:
         AddFloat(m_imgSum.Data(), img.Data(), int(m_nCount));
     }
 
-    // What the frames that measured a pixel make of the whole group; a pixel that none did stays without a
-    // number.
+    // Scales the sum of a pixel that only some frames have measured to the whole group. A pixel that none
+    // has measured becomes NaN.
     void completeSum(int nFrames)
     {
         for (const auto& [i, nMissing] : m_mapMissing) {
@@ -224,7 +225,7 @@ private:
         if (fnGroupDone) {
             fnGroupDone(nGroup);
         }
-        m_bStopped = !m_report.goOn();  // the sum is seen, of the last group too; it is written all the same
+        m_bStopped = !m_report.goOn();  // asked when the sum is shown; it is written even then
         scaleSum();
         const bool bSaved = writeOutput(targetOf(nGroup));
         const std::vector<int>& vecFrame = m_vecGroup[nGroup];
@@ -263,7 +264,7 @@ private:
                 }
                 f = g_fWhite;
             }
-            m_imgOutput.Data()[i] = f >= 0 ? static_cast<unsigned short>(f) : 0;  // 0 for no number too
+            m_imgOutput.Data()[i] = f >= 0 ? static_cast<unsigned short>(f) : 0;  // NaN becomes 0, too
         }
         if (nOutside > g_nRangeLines) {
             say(QStringLiteral("Data out of range in %L1 more pixels.").arg(nOutside - g_nRangeLines));
@@ -274,11 +275,12 @@ private:
     const QString m_strFolder;
     CRunReport& m_report;
     const SeriesSnapshot m_series;
-    QList<QPointF> m_listShift;  // none where they are not used
+    QList<QPointF> m_listShift;  // empty where they are not used
     const std::vector<std::vector<int>> m_vecGroup;
     qint64 m_nCount = 0;
     CImgObj<float> m_imgSum;
-    std::unordered_map<qint64, int> m_mapMissing;  // by place, on how many frames of the group
+    std::unordered_map<qint64, int>
+        m_mapMissing;  // number of frames that have not measured a pixel, by its place
     CImgObj<unsigned short> m_imgOutput;
     QString m_strShifts;
     bool m_bStopped = false;

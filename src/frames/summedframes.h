@@ -1,4 +1,4 @@
-// exportSummedFrames: the frames of each beam tilt series summed, as MRC files.
+// exportSummedFrames: writes the sums of the frames of each beam tilt series as MRC files.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -11,26 +11,27 @@
 
 namespace tessera {
 
-/// Writes one image "NNN.mrc" (16 bit unsigned) per beam tilt series: the sum of its frames, each moved back
-/// by its shift truncated to whole pixels, divided by 20 and cut to 0..65535.
+/// Writes one image "NNN.mrc" (16 bit unsigned) for each beam tilt series: the sum of its frames, each
+/// moved back by its shift truncated to whole pixels, divided by 20 and limited to 0..65535.
 ///
-/// A group starts at each frame with the flag 1 in m_listBeamTiltBreak and ends before the next flag that is
-/// not 0; frames before the first are in none. The log gets the groups, per group its number, frames, mean
-/// tilt and half tilt range in degrees, and at the end the shifts.
+/// A group starts at each frame with the flag 1 in m_listBeamTiltBreak and ends before the next flag that
+/// is not 0. Frames before the first group belong to none. The log gets the groups; for each group its
+/// number, frames, mean tilt and half tilt range in degrees; and at the end the shifts.
 ///
-/// A group of which a frame cannot be loaded, or has another size than the first frame of the series, is not
-/// written, and the export goes on with the next. A list of shifts of another length than the series is not
-/// used, with a red line. Of the pixels out of range the first ten of a group have a line each, the others
-/// one together. A frame's pixels that are no numbers take no part, and the sum of the other frames is raised
-/// to the number of all; a pixel that is one on no frame becomes 0. When the report's goOn() asks for the
-/// end, the export stops before the next frame; a sum that is complete by then is written.
+/// A group with a frame that cannot be loaded, or has another size than the first frame of the series, is
+/// not written, and the export continues with the next one. If there is not one shift for each frame, no
+/// shifts are used, and a red line tells so. Of the pixels out of range, the first ten of a group have a
+/// line each and the others one line together. Unusable pixels are left out, and the sum of the other
+/// frames is scaled to the number of all; a pixel that is unusable on all frames becomes 0. When goOn() of
+/// the report asks to stop, the export ends before the next frame; a sum that is complete by then is
+/// written.
 ///
-/// An export that would overwrite a frame of its own series is refused as a whole, with a red line, before
-/// anything is summed. A file that cannot be written has its reason in red.
+/// An export that would overwrite a frame of its own series is refused as a whole, with a red line. If a
+/// file cannot be written, a red line tells why.
 /// @param strFolder    must exist; files of the same names are replaced
-/// @param fnGroupDone  after the sum of a group stands in m_vecFrameImage, which is empty at the end
-/// @return Finished if every group was written and nobody asked for the end; Refused, with a red line, where
-///         there is none
+/// @param fnGroupDone  called when m_vecFrameImage has the sum of a group; it is empty at the end
+/// @return Finished if every group was written and the user did not stop the export; Refused, with a red
+///         line, where there is no group
 RunOutcome exportSummedFrames(DataSet& dataSet, const QString& strFolder, CRunReport& report,
                               const std::function<void(int nGroup)>& fnGroupDone = {});
 

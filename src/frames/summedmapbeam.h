@@ -1,4 +1,4 @@
-// findBeamInSummedMap: coarse position of the direct beam from a summed spectrum.
+// findBeamInSummedMap: the coarse position of the direct beam, from a summed spectrum.
 #pragma once
 
 #include "imaging/complex.h"
@@ -6,11 +6,11 @@
 
 namespace tessera {
 
-/// The first maximum of the image behind a spectrum after a Gaussian blur of sigma 20 pixels.
+/// Finds the first maximum of the image of a spectrum after a Gaussian blur of sigma 20 pixels.
 ///
-/// @param imgSumFT  centred layout (zero frequency at (width/2, height/2)), even sides; not changed
-/// @param nX, nY    column and row in the image, pixels
-/// @return false, with nX and nY untouched, for an image without pixels or with an odd side
+/// @param imgSumFT  centred layout (zero frequency at (width/2, height/2)), even sides
+/// @param nX, nY    take column and row in the image, pixels
+/// @return false, with nX and nY as they were, for an image without pixels or with an odd side
 bool findBeamInSummedMap(const CImgObj<COMPLEX>& imgSumFT, int& nX, int& nY);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// takeFrame: a frame of a sequence, and what there is to say where memory is short.
+// takeFrame: takes a frame from a sequence and reports where memory is short.
 #pragma once
 
 #include "frames/framesequence.h"
@@ -7,8 +7,8 @@
 
 namespace tessera {
 
-/// Takes a frame from a sequence and tells where memory is short: in black when fewer threads go on, in red
-/// when one alone has no room either.
+/// Takes the result of a frame from a sequence. A black line tells when memory is short and fewer threads
+/// go on, a red line when it is too short even for one thread.
 /// @return false in the latter case
 template <class Result>
 bool takeFrame(CFrameSequence<Result>& sequence, int nFrame, Result& result, CRunReport& report)

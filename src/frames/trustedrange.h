@@ -1,4 +1,4 @@
-// TrustedRange: up to which counts the frames of a series are told to be trusted.
+// TrustedRange: the counts from which pixels of a series are saturated, as the headers tell.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -8,16 +8,18 @@
 
 namespace tessera {
 
+/// The counts from which pixels are saturated.
 struct TrustedRange {
-    double dfSaturation = 0;  ///< counts; of this many and above a pixel is not to be trusted; 0: not told
-    QString strSource;        ///< as the header names it, "CCD_IMAGE_SATURATION"; empty: not told
+    double dfSaturation = 0;  ///< counts from which a pixel is not to be trusted; 0: unknown
+    QString strSource;        ///< name of the number in the header, "CCD_IMAGE_SATURATION"; empty: unknown
 };
 
-/// What the header of the first frame tells; "not told" where its format has none, or there is no frame.
+/// Reads the header of the first frame. The result is unknown where the format has no such number, or there
+/// is no frame.
 TrustedRange trustedRangeOf(const QStringList& listFrameFile);
 
-/// The same for the frames of a series as they come out: sums and bins reach their limit as all their pixels
-/// do.
+/// Does the same for the frames of a series after summing and binning, which reach their limit when all
+/// their pixels do.
 TrustedRange trustedRangeOf(const SeriesData& series);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// wholePixels: a length on a frame in whole pixels.
+// wholePixels: converts a length on a frame to whole pixels.
 #pragma once
 
 #include <algorithm>
@@ -6,8 +6,8 @@
 
 namespace tessera {
 
-/// Truncated towards 0. What comes from a file may be anything: beyond 1e9 it is cut off there, outside every
-/// frame, and what is no number becomes 0.
+/// Truncates towards 0. As numbers from files may be anything, they are limited to ±1e9, which is outside
+/// every frame, and NaN becomes 0.
 inline int wholePixels(double df)
 {
     return std::isnan(df) ? 0 : int(std::clamp(df, -1e9, 1e9));
