@@ -17,16 +17,17 @@ namespace {
 
 const char* const g_pszFormat = "tessera microscope calibration";
 const int g_nVersion = 1;
-const qint64 g_nMostBytes = 1 << 20;  // such a file has about one KB
-const double g_dfMostLength = 10000;  // as of project files
-// Wavelengths of the usual voltages lie 10 % and more apart; what programs round them to does not.
+const qint64 g_nMostBytes = 1 << 20;  // bytes; such files have about one KB
+const double g_dfMostLength = 10000;  // the limit of project files
+// The wavelengths of usual voltages differ by 10 % or more, the roundings of one wavelength by far less.
 const double g_dfSameWavelength = 0.005;
-// A pixel size is seldom known better than this, and camera lengths and binnings lie far more apart.
+// Pixel sizes are rarely known better than this; those of different camera lengths and binnings differ by
+// far more.
 const double g_dfSamePixelSize = 0.05;
 
-/// A number of the file: key, range and place.
+/// A number of the file: key, range and member.
 struct Field {
-    const char* pszGroup;  ///< empty: of the object itself
+    const char* pszGroup;  ///< empty for the object itself
     const char* pszKey;
     double dfLow, dfHigh;
     double* pdfValue;
@@ -35,7 +36,7 @@ struct Field {
 std::vector<Field> fieldsOf(Calibration& c)
 {
     SeriesDistortion& d = c.distortion;
-    const double dfTiny = 1e-6;  // what a project file takes for a length
+    const double dfTiny = 1e-6;  // smallest length that a project file accepts
     return {{"", "wavelength", dfTiny, g_dfMostLength, &c.dfWavelength},
             {"", "seriesPixelSize", dfTiny, g_dfMostLength, &c.dfSeriesPixelSize},
             {"", "rotationAxis", -180, 180, &c.dfRotationAxis},
@@ -59,7 +60,8 @@ bool giveReason(QString* pstrReason, const QString& strReason)
     return false;
 }
 
-/// @return false, with the reason, where there is no number in the range
+/// Takes a number.
+/// @return false, with the reason, where there is no number within the range
 bool takeNumber(const QJsonValue& value, const QString& strName, double dfLow, double dfHigh,
                 double& dfTarget, QString* pstrReason)
 {
@@ -205,7 +207,7 @@ Calibration calibrationOf(const DataSet& dataSet, const MappingParameters& mappi
     calibration.dfSeriesPixelSize = dataSet.m_dfPixelSize;
     calibration.dfRotationAxis = wrappedAxis(dataSet.m_dfRotationAxis);
     if (mapping.m_bApplyStretching && dataSet.m_dfStretchAmplitude != 0) {
-        // One below 0 is the same across.
+        // A negative amplitude is the same as a positive one at 90 degrees to it.
         const double dfAcross = dataSet.m_dfStretchAmplitude < 0 ? 90 : 0;
         calibration.dfStretchAmplitude = std::abs(dataSet.m_dfStretchAmplitude);
         calibration.dfStretchAzimuth = std::fmod(dataSet.m_dfStretchAzimuth + 90 + dfAcross, 180);

@@ -59,7 +59,7 @@ QString fileOfProject(const DataSet& data, ResultFile file)
     if (!bOfRefinement || !match.hasMatch() || match.capturedStart() == 0) {
         return fileOfProject(data, strSuffix);
     }
-    // A project that is a refined one already: the next number, so that names do not grow with each round.
+    // The project is a refined one already: the number is increased, so that names do not become longer.
     const int nNext = match.captured(1).isEmpty() ? 2 : match.captured(1).toInt() + 1;
     return QDir(data.m_strProjectDir)
         .filePath(data.m_strProjectName.left(match.capturedStart()) +

@@ -20,7 +20,7 @@ int appendAligned(QByteArray& strText, const char* pBegin, const char* pEnd, int
 
 int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth)
 {
-    char aText[400];  // 309 digits before the point at most
+    char aText[400];  // at most 309 digits before the point
     const std::to_chars_result result = std::to_chars(aText, aText + sizeof(aText), dfValue,
                                                       std::chars_format::fixed, qMin(nDecimals, 80));
     return appendAligned(strText, aText, result.ptr, nWidth);

@@ -1,12 +1,12 @@
-// Fixed notation: numbers of text files, right aligned, in the C locale.
+// Fixed numbers: appends numbers to text files, right aligned, in the C locale.
 #pragma once
 
 #include <QByteArray>
 
 namespace tessera {
 
-/// Appends a number with so many decimals, right aligned in nWidth characters if it has fewer. The digits
-/// are those of printf in the C locale: the exact value rounded, a tie to the even digit.
+/// Appends a number with nDecimals decimals, right aligned to at least nWidth characters. The digits are
+/// those of printf in the C locale: the exact value is rounded, a tie to the even digit.
 /// @return the number of characters before alignment
 int appendFixed(QByteArray& strText, double dfValue, int nDecimals, int nWidth = 0);
 

@@ -21,7 +21,7 @@ namespace tessera {
 
 namespace {
 
-// The digits from nPlace on without leading zeros; nPlace moves behind them.
+// The digits from nPlace on without leading zeros. nPlace is moved past them.
 QStringRef takeNumber(const QString& str, int& nPlace)
 {
     while (nPlace < str.size() && str[nPlace] == QLatin1Char('0')) {
@@ -66,8 +66,8 @@ void sortFrames(QStringList& listFile)
 
 namespace {
 
-// Whether this is the name of an image that was made from a series whose files stand beside it: a scaled or a
-// smoothed frame, or the volume of a project.
+// Whether a file was made of a series in the same folder: a scaled or smoothed frame, or the volume of a
+// project.
 bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSet<QString>& setProject)
 {
     const QFileInfo info(strName);
@@ -83,7 +83,7 @@ bool isMadeImage(const QString& strName, const QSet<QString>& setBase, const QSe
            (strBase.startsWith(QLatin1Char('N')) && setBase.contains(strBase.mid(1)));
 }
 
-// Whether this is an image of a stack beside it that was exported as a file of its own, "stack_0012.img".
+// Whether a file is an exported image of a stack in the same folder: "stack_0012.img".
 bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashFile,
                     QHash<QString, int>& hashImages, const QDir& dir)
 {
@@ -101,8 +101,8 @@ bool isImageOfStack(const QString& strName, const QHash<QString, QString>& hashF
     return hashImages[strStack] > 1 && nImage <= hashImages[strStack];
 }
 
-// Whether this is a frame of another file beside it that was exported as SMV: those of this system all tell
-// the same detector and date.
+// Whether a file is the SMV export of another file in the same folder. All exports of this program have the
+// same detector and date.
 bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFile, const QDir& dir)
 {
     if (QFileInfo(strName).suffix() != QLatin1String("img") ||
@@ -118,7 +118,7 @@ bool isExportedSmv(const QString& strName, const QHash<QString, QString>& hashFi
            file.read(512).contains(strTemplate.mid(nFirst, nEnd - nFirst).toLatin1());
 }
 
-// Files whose suffix says nothing, by the format that their content is of: those of the commonest one.
+// Among files whose suffixes are unknown, those of the most frequent format by their content.
 QStringList framesByContent(const QDir& dir, const QStringList& listName)
 {
     QMap<QString, QStringList> mapFile;
@@ -127,7 +127,8 @@ QStringList framesByContent(const QDir& dir, const QStringList& listName)
         const QString strFile = dir.absoluteFilePath(strName);
         const FrameFormat& format = frameFormatOf(strFile);
         const bool bPicture = QStringList{"BMP", "JPEG", "GIF", "PNG"}.contains(format.strName);
-        if (!format.listSuffix.isEmpty() && !bPicture) {  // a picture of no such name is no frame
+        if (!format.listSuffix.isEmpty() &&
+            !bPicture) {  // a picture without a suffix of pictures is no frame
             mapFile[format.strName].append(strFile);
         }
     }
@@ -154,7 +155,7 @@ QStringList framesInFolder(const QString& strFolder)
     const QDir dir(strFolder);
     const QStringList listName = dir.entryList(QDir::Files | QDir::Readable);
     QSet<QString> setBase, setProject;
-    QHash<QString, QString> hashFile;  // by their names without suffix, other than SMV
+    QHash<QString, QString> hashFile;  // by names without suffix, except SMV files
     for (const QString& strName : listName) {
         const QFileInfo info(strName);
         if (info.suffix() == QLatin1String("ed3d")) {
@@ -166,7 +167,7 @@ QStringList framesInFolder(const QString& strFolder)
             }
         }
     }
-    QMap<int, QStringList> mapFile;  // by the place of the suffix
+    QMap<int, QStringList> mapFile;  // by the place of the suffix in the table
     QHash<QString, int> hashImages;
     QStringList listOther;
     for (const QString& strName : listName) {
@@ -193,8 +194,8 @@ QStringList framesInFolder(const QString& strFolder)
 QList<SizedFrames> framesBySize(const QStringList& listFrame)
 {
     QList<SizedFrames> listSized;
-    QHash<QString, int> hashPlace;  // of the size of a file; -1: not told
-    QList<int> listPlace;           // for each frame
+    QHash<QString, int> hashPlace;  // place of the size of each file; -1: unknown
+    QList<int> listPlace;           // for each frame the place of its size
     for (const QString& strFrame : listFrame) {
         const QString strFile = frameName(strFrame).strFile;
         if (!hashPlace.contains(strFile)) {

@@ -1,4 +1,4 @@
-// Frame files: which files of a folder are the frames of a series, and in which order.
+// Frame files: finds the frames of a series among the files of a folder, and their order.
 #pragma once
 
 #include <QList>
@@ -8,40 +8,40 @@
 
 namespace tessera {
 
-/// Whether a name stands before another one when the numbers in both count as numbers: frame9 before
-/// frame10. Names that differ only in the case of letters or in leading zeros stand in the order of their
-/// characters.
+/// Whether a name comes before another one when digits are compared as numbers: frame9 before frame10.
+/// Names that differ only in upper or lower case or in leading zeros are in the order of their characters.
 bool naturalLess(const QString& strFirst, const QString& strSecond);
 
-/// Sorts paths by their file names as naturalLess() has it, those of equal names by their folders.
+/// Sorts paths by their file names with naturalLess(), equal names by their folders.
 void sortFrames(QStringList& listFile);
 
-/// The frames of files in series order: what framesOfImageFiles() makes of them, and all sections of a MRC
-/// stack that stands alone.
+/// The frames of files in series order, from framesOfImageFiles(), and all sections of an MRC stack if it
+/// is the only file.
 QStringList framesOfFiles(const QStringList& listFile);
 
-/// The files that frames lie in, each once, in the order of the frames: a file of many images is one.
+/// The files of frames, each once, in the order of the frames. A file with many images is one file.
 QStringList filesOfFrames(const QStringList& listFrame);
 
 /// Frames of one size, in series order.
 struct SizedFrames {
-    QSize size;  ///< pixels; not valid where no header tells it
+    QSize size;  ///< pixels; invalid where no header tells it
     QStringList listFrame;
 };
 
-/// Frames by their sizes, as the headers tell, the size of the first frame first; those that do not tell are
-/// among the commonest. Of a file of many images the first one tells for all.
+/// Groups frames by their sizes in the headers, the size of the first frame first. Frames whose headers
+/// tell no size are put into the largest group. For a file with many images, the first image is used.
 QList<SizedFrames> framesBySize(const QStringList& listFrame);
 
-/// Takes out of framesBySize() what is no rotation series, sizes of one or two frames, where another one is.
-/// @return a line for each that was taken out
+/// Removes groups of one or two frames from framesBySize(), which are no rotation series, if there is a
+/// larger group.
+/// @return a line for each removed group
 QStringList dropStrayFrames(QList<SizedFrames>& listSized);
 
-/// The frames in a folder, sorted. Of files with different suffixes those of the commonest one, and of
-/// equally common ones of the first of frameSuffixes(): pictures that were saved beside the frames are no
-/// part of the series, nor is what was exported from them, nor the data files that a master or the first
-/// file of a stream leads to. Where no suffix is known the content decides. Files of many images give all of
-/// them, as framesOfFiles() does.
+/// The frames in a folder, sorted. If files have different suffixes, the most frequent one is taken, and of
+/// equally frequent ones the first of frameSuffixes(). Pictures saved beside the frames are left out, and
+/// so are exports of the frames, and data files that belong to a master file or to the first file of a
+/// stream. Where no suffix is known, the content decides. Files with many images give all of them, see
+/// framesOfFiles().
 QStringList framesInFolder(const QString& strFolder);
 
 }  // namespace tessera

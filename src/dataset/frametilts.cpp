@@ -8,7 +8,8 @@
 
 namespace tessera {
 
-// Degrees. A log rounds, and may calibrate the beam tilt; numbers that are no tilts are further off.
+// Greatest difference between the overall tilt and the sum of the others, degrees. A log rounds, and its
+// beam tilt may be calibrated; numbers that are no tilts differ by more.
 const double g_dfTiltTolerance = 0.5;
 
 void FrameTilts::append(double dfStage, double dfBeam, double dfOverall)
@@ -49,7 +50,7 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
         if (strShown.isEmpty()) {
             continue;
         }
-        strLine.replace(',', ' ').replace(';', ' ').replace("\xC2\xB0", " ");  // also the degree sign
+        strLine.replace(',', ' ').replace(';', ' ').replace("\xC2\xB0", " ");  // the degree sign, too
         CTextScanner scanner(strLine);
         std::vector<double> vecNumber;
         double dfNumber = 0;

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-// Also false for NaN.
+// False for NaN, too.
 bool fitsInt(double df)
 {
     return std::abs(df) < 2147483648.0;
@@ -121,7 +121,7 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
 {
     if (data.m_reading.choice.nBin > 1) {
-        // Those of the binned frames are found by runs, and mostly there are none.
+        // The hot pixels of binned frames are found by runs. Usually there is no such file.
         static_cast<void>(readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel));
         const bool bCamera = readHotPixelFile(fileOfCameraHotPixels(data), data.m_reading.listHotPixel,
                                               pstrReason);

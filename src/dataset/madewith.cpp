@@ -9,8 +9,8 @@ namespace tessera {
 
 namespace {
 
-/// Takes numbers one after the other: multiplication and shifts as in the finalizer of MurmurHash3 (A.
-/// Appleby, public domain), which spreads each bit over all others.
+/// Hashes numbers one after another. Multiplications and shifts are those of the finalizer of MurmurHash3
+/// (A. Appleby, public domain), in which each bit affects all others.
 class CPrint {
 public:
     void add(quint64 nBits)
@@ -29,12 +29,12 @@ public:
         std::memcpy(&nBits, &df, sizeof df);
         add(nBits);
     }
-    /// A number as a peak list has it, so that a list that is read back has the print of that which was
-    /// written.
+    /// Adds a number rounded as in a peak list, so that a list that is written and read back has the same
+    /// hash.
     void addAsInFile(double df) { add(double(float(std::nearbyint(df * 10) / 10))); }
     void add(int n) { add(quint64(quint32(n))); }
 
-    /// Something has come, so it is not 0.
+    /// The hash; never 0 after a number was added.
     quint64 value() const { return m_bAny && m_nPrint == 0 ? 1 : m_nPrint; }
 
 private:

@@ -1,4 +1,4 @@
-// MadeWith: what the lists of a series were made with, where they do not tell it themselves.
+// MadeWith: the parameters with which the lists of a series were made.
 #pragma once
 
 #include "dataset/maskdata.h"
@@ -16,54 +16,62 @@ namespace tessera {
 
 struct SeriesData;
 
-// Each record has the print of the list that it is about: where a list has been replaced by other means, as
-// by a file, its record is about none that is there, and nobody has to clear it. A print is a hash of
-// content, the same in each run of the program; 0 is that of nothing.
+// Each record has the hash of the list that it is about. If a list is replaced in another way, such as from
+// a file, the hashes differ and the record does not apply, so no function has to delete it. The hashes
+// depend on the content only and are the same in each run of the program; 0 is that of an empty list.
 
-/// Of the places and intensities of the peaks on their frames, to the tenths that a peak list holds; where
-/// they lie in reciprocal space is not in it.
+/// The hash of places and intensities of the peaks on their frames, with the one decimal of a peak list.
+/// Their points of reciprocal space are not included.
 quint64 printOfPeaks(const QList<QList<Peak3D>>& listPeakFrame);
-/// Of the points of reflections with their intensities.
+/// The hash of the points of reflections with their intensities.
 quint64 printOfReflections(const QList<Peak3D>& listPeak);
+/// The hash of the areas of a mask.
 quint64 printOfAreas(const MaskData& mask);
-quint64 printOfPixels(const QList<QPoint>& listPixel);  ///< in whichever order
+quint64 printOfPixels(const QList<QPoint>& listPixel);  ///< the hash of pixels in any order
 
+/// How the peaks were found.
 struct PeaksMade {
-    PeakHuntingParameters hunting;
-    quint64 nAreas = 0;      ///< of the mask
-    quint64 nHotPixels = 0;  ///< that were repaired
-    quint64 nPeaks = 0;      ///< of the list that came out
+    PeakHuntingParameters hunting;  ///< parameters of the peak search
+    quint64 nAreas = 0;             ///< hash of the mask
+    quint64 nHotPixels = 0;         ///< hash of the repaired pixels
+    quint64 nPeaks = 0;             ///< hash of the resulting peaks
 };
 
+/// How the reflections were merged.
 struct MergedMade {
-    std::optional<PeakMapping> mapping;
-    std::optional<MappingParameters> limits;  ///< of what was merged
-    PeakMergingParameters merging;
-    quint64 nPeaks = 0;   ///< that were merged
-    quint64 nMerged = 0;  ///< of the reflections that came out
+    std::optional<PeakMapping> mapping;       ///< mapping of the peaks
+    std::optional<MappingParameters> limits;  ///< limits of the merged peaks
+    PeakMergingParameters merging;            ///< parameters of the merging
+    quint64 nPeaks = 0;                       ///< hash of the merged peaks
+    quint64 nMerged = 0;                      ///< hash of the resulting reflections
 };
 
+/// How the cell was found.
 struct CellMade {
-    std::optional<PeakMapping> mapping;
-    quint64 nMerged = 0;    ///< of the reflections that were there
-    QList<Vec3D> listCell;  ///< that was found
+    std::optional<PeakMapping> mapping;  ///< mapping of the peaks
+    quint64 nMerged = 0;                 ///< hash of the reflections
+    QList<Vec3D> listCell;               ///< the cell that was found
 };
 
+/// How the reflections were indexed.
 struct IndexedMade {
-    quint64 nMerged = 0;  ///< of the reflections that were there
-    double dfThreshold = 0;
-    quint64 nIndexed = 0;  ///< of the list that came out
+    quint64 nMerged = 0;     ///< hash of the reflections
+    double dfThreshold = 0;  ///< threshold of the indexing
+    quint64 nIndexed = 0;    ///< hash of the indexed reflections
 };
 
-/// Of what stands on the mapping and the cell in force, as a refined geometry and intensities do.
+/// How results were made that depend on the mapping and the cell in force, such as a refined geometry or
+/// intensities.
 struct GeometryMade {
     std::optional<PeakMapping> mapping;
     QList<Vec3D> listCell;
 };
 
+/// The records of a series; those of lists that do not exist are empty.
 struct MadeWith {
     std::optional<PeaksMade> peaks;
-    std::optional<MappingParameters> limitsShown;  ///< of the peaks that are shown, and merged next
+    std::optional<MappingParameters>
+        limitsShown;  ///< limits of the peaks that are shown, and would be merged
     std::optional<MergedMade> merged;
     std::optional<CellMade> cell;
     std::optional<IndexedMade> indexed;
@@ -71,11 +79,15 @@ struct MadeWith {
     std::optional<GeometryMade> integration;
 };
 
-/// Notes the numbers behind the peaks, the reflections, the cell or the indices that the series has just got.
+/// Records how the peaks were found that the series has just got.
 void notePeaksMade(SeriesData& series, const PeakHuntingParameters& hunting);
+/// Records how the reflections were merged that the series has just got.
 void noteMergedMade(SeriesData& series, const PeakMergingParameters& merging);
+/// Records how the cell was found that the series has just got.
 void noteCellMade(SeriesData& series);
+/// Records how the reflections were indexed that the series has just got.
 void noteIndexedMade(SeriesData& series, double dfThreshold);
+/// The mapping and the cell in force.
 GeometryMade madeWithGeometry(const SeriesData& series);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// MaskData: areas of the frame that peak hunting leaves out.
+// MaskData: areas of the frame that the peak search leaves out.
 #pragma once
 
 #include <QList>
@@ -6,6 +6,7 @@
 
 namespace tessera {
 
+/// Polygons on the frame.
 struct MaskData {
     Qt::FillRule fillRule = Qt::OddEvenFill;
     QList<QPolygonF> listPolygon;  ///< corners in raw frame pixels

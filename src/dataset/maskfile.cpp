@@ -13,7 +13,7 @@ int readMaskLines(MaskData& mask, QList<QByteArray> listLine, QString* pstrReaso
 {
     dropComments(listLine);
     QList<QPolygonF> listPolygon;
-    QHash<int, int> hashPlace;  // of the polygon with that number
+    QHash<int, int> hashPlace;  // place of the polygon with a number
     int nCorner = 0;
     for (const QByteArray& strLine : qAsConst(listLine)) {
         CTextScanner scanner(strLine);

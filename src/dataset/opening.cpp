@@ -37,7 +37,7 @@ QString reasonNotToOpen(const QString& strFile)
     if (bImage && !info.exists()) {
         return QStringLiteral("%1 does not exist.").arg(strFile);
     }
-    // A pipe would keep whoever looks into it waiting for its writer.
+    // Reading a pipe would wait for its writer, so only regular files are read.
     bool bUsable = info.isFile() || !info.exists();
     if (bUsable && bImage && frameFormatOf(strFile).listSuffix.isEmpty()) {
         bUsable = QImageReader(info.filePath()).canRead();
@@ -56,7 +56,7 @@ QString reasonNotToOpen(const QStringList& listFile)
     }
     for (const QString& strFile : listFile) {
         if (strReason.isEmpty() && QFileInfo::exists(frameName(strFile).strFile)) {
-            // A project or a text list among frames would be taken for a frame.
+            // A project or a text list among frames would be opened as a frame.
             strReason = openKind({strFile}) == OpenKind::images
                             ? reasonNotToOpen(strFile)
                             : QStringLiteral("%1 is not an image, as the others are.").arg(strFile);
@@ -68,7 +68,7 @@ QString reasonNotToOpen(const QStringList& listFile)
 QStringList missingFrames(const QStringList& listFrame)
 {
     QStringList listMissing;
-    QHash<QString, int> mapImages;  // that each file of many holds; 0 where only reading them tells
+    QHash<QString, int> mapImages;  // number of images of each file; 0 where only reading it can tell
     for (const QString& strFrame : listFrame) {
         const FrameName name = frameName(strFrame);
         if (!QFileInfo(name.strFile).isReadable()) {
@@ -90,7 +90,8 @@ QStringList missingFrames(const QStringList& listFrame)
 
 namespace {
 
-// A file of so many images is a series by itself. Files of two are rather an image and what goes with it.
+// Whether a file has so many images that they are a series. Files of two images are rather an image with an
+// auxiliary one.
 bool isSeriesOfImages(const QString& strFile, int& nImages)
 {
     const int nLeast = 3;
@@ -136,14 +137,15 @@ void tellStretchingThatStays(const DataSet& data, const MappingParameters& param
 
 namespace {
 
-// The base name of the project with the extension if that file exists, else the fixed name, which need not.
+// The file with the name of the project if it exists, else the one with the fixed name, which need not
+// exist.
 QString sideFileName(const DataSet& data, ResultFile file)
 {
     const QString strOwn = fileOfProject(data, file);
     return QFileInfo::exists(strOwn) ? strOwn : data.m_strProjectDir + QLatin1Char('/') + fixedName(file);
 }
 
-// A side file that is not there is no mishap; one that is there and cannot be used is.
+// Adds a reason if the side file exists. A missing side file is no failure.
 void addReason(QStringList* plistReason, const QString& strFileName, const QString& strReason)
 {
     if (plistReason && !strReason.isEmpty() && QFileInfo::exists(strFileName)) {
@@ -151,7 +153,7 @@ void addReason(QStringList* plistReason, const QString& strFileName, const QStri
     }
 }
 
-// The azimuths as their boxes hold them.
+// The distortion with its azimuths in the ranges of their boxes.
 SeriesDistortion distortionOfPages(SeriesDistortion distortion)
 {
     distortion.dfEllipseAzimuth = wrappedAzimuth(distortion.dfEllipseAzimuth);
@@ -167,7 +169,7 @@ void openHotPixels(DataSet& data, CRunReport& report, QStringList* plistReason)
     }
 }
 
-// Whether a side file is of the frames as they are read now.
+// Whether a side file was made from the frames as they are read now.
 bool isOfReading(const DataSet& data, ResultFile file, const QString& strFile, CRunReport& report)
 {
     const SeriesChoice& choice = data.m_reading.choice;
@@ -231,7 +233,7 @@ void openShifts(DataSet& data, CRunReport& report, QStringList* plistReason)
     report.addMessage(QStringLiteral("Shift correction data loaded from %1.").arg(strFile));
 }
 
-// The frames, tilts and geometry of a project with its choice.
+// Takes the frames, tilts and geometry of a project with its choice.
 bool takeProject(SeriesData& data, const ProjectFile& project, const SeriesChoice* pChoice,
                  CRunReport& report, QStringList* plistReason)
 {
@@ -304,7 +306,7 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
         data.m_dfStretchAzimuth = wrappedAzimuth(project.stretchingAzimuth() + 90);
         parameters.m_bApplyStretching = true;
     } else if (project.tellsDistortion()) {
-        // One that stayed would come on top of what the project tells.
+        // A former stretching would be added to the lens that the project describes.
         data.m_dfStretchAmplitude = data.m_dfStretchAzimuth = 0;
         parameters.m_bApplyStretching = false;
     } else {
@@ -356,7 +358,7 @@ bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& rep
     data.m_distortion = {};
     data.m_nAxisDecimals = 1;
     data.m_rotation = {};
-    data.m_dfPixelSize /= data.m_reading.choice.nBin;  // that of the camera is what stays
+    data.m_dfPixelSize /= data.m_reading.choice.nBin;  // the pixel size of the camera stays
     data.m_reading = {};
     data.m_listFrameFile = listFile;
     data.m_listStageTilt.clear();

@@ -11,77 +11,75 @@
 
 namespace tessera {
 
-/// What the first of some files says about how to open them all, by its suffix in any case.
+/// How files are opened together, by the suffix of the first one in upper or lower case.
 enum class OpenKind {
     nothing,         ///< no files
-    reflectionList,  ///< "txt": the first file, for the 3D view
-    project,         ///< "ed3d": the first file
-    images           ///< all of them, as frames
+    reflectionList,  ///< "txt": only the first file, for the 3D view
+    project,         ///< "ed3d": only the first file
+    images           ///< all files, as frames
 };
+/// How files are opened together.
 OpenKind openKind(const QStringList& listFile);
 
-/// Why a file is none to begin a data set with; empty when it is one. A project and a text list are left to
-/// their readers. What goes as an image, "FILE" or "FILE#12", must be there, a regular file, and of a content
-/// or a suffix that a reader of frames knows: results and side files are none of these.
+/// Why a file cannot be opened as a data set; empty when it can. Projects and text lists are checked by
+/// their readers. Any other name, "FILE" or "FILE#12", must be that of an existing regular file with a
+/// content or suffix of a frame format; result files and side files are none of these.
 QString reasonNotToOpen(const QString& strFile);
-/// The same for files that are opened together: of the first, and of the others as far as they are frames. A
-/// frame behind the first one may be missing: the loader says so when it is looked at.
+/// Does the same for files that are opened together. The files after the first are only checked as frames,
+/// and may be missing, as the loader tells so when they are displayed.
 QString reasonNotToOpen(const QStringList& listFile);
 
-/// Those of some frames whose file cannot be read, and images that their files do not hold, as far as the
-/// headers tell, with how many there are.
+/// The frames whose file cannot be read, and images that their files do not have, as far as the headers
+/// tell, with the number of existing images.
 QStringList missingFrames(const QStringList& listFrame);
 
-/// Opens a project: geometry, frames, hot pixels, peaks and shifts. What the log says on the way tells
-/// what was found.
+/// Opens a project: geometry, frames, hot pixels, peaks and shifts. The log tells what was found.
 ///
-/// A stretching amplitude of at least 0.01 is taken over, with the file's azimuth plus 90 modulo 180, and
-/// switches the stretching on; a smaller one leaves amplitude, azimuth and switch as they are, unless the
-/// project has a line of SeriesDistortion: then it tells all of its lens, and the stretching is switched off.
-/// Such a project also keeps the decimals of its axis, up to four. The distortions of a former data set go,
-/// whether or not the new one tells any. The rotation
-/// axis is wrapped into -180 to 180, and geometry and centre are rounded as the pages hold them
-/// (roundToPages()).
+/// A stretching amplitude of at least 0.01 is taken over, with the azimuth of the file plus 90 modulo 180,
+/// and switches the stretching on. A smaller one leaves amplitude, azimuth and switch as they are, except
+/// that a project with a line of SeriesDistortion describes its lens completely: then the stretching is
+/// switched off. Such a project also keeps the decimals of its axis, up to four. The distortions of a
+/// former data set are removed in any case. The rotation axis is wrapped into -180 to 180, and geometry and
+/// centre are rounded as on the pages (roundToPages()).
 ///
-/// The caller then maps the peaks if countsAgree(), and calls loadUnitCellAtOpening() in any case.
+/// The caller must then map the peaks if countsAgree(), and call loadUnitCellAtOpening() in any case.
 ///
-/// @param plistReason  may be null; gets a line for each side file that is there but was not used, or only
-///                     in part. The same for the other functions here
-/// @param axisLine     with AxisLine::MayLack a project that names no rotation axis leaves that of the data
-/// set
+/// @param plistReason  may be null; takes a line for each side file that exists but was not used, or only
+///                     in part. The same holds for the other functions here
+/// @param axisLine     with AxisLine::MayLack a project without a rotation axis leaves that of the data set
 ///                     as it was, with a line of the log, and m_bRotationAxisKnown false
-/// @param pChoice      how the series is read; null: as "NAME.series.json" beside the project tells, or as it
-///                     comes. Peaks and shifts that were made of the series as it is read otherwise are left
-///                     unread, with a line of the log
-/// @return false when the project cannot be read, or cannot be read so; nothing but the log has then changed
+/// @param pChoice      how the series is read; null: as "NAME.series.json" beside the project tells, or
+///                     else unchanged. Peaks and shifts that were made from the series read in another way
+///                     are not read, with a line of the log
+/// @return false, with only new lines in the log, when the project cannot be read, or not in this way
 [[nodiscard]] bool openProject(DataSet& data, MappingParameters& parameters, const QString& strFileName,
                                CRunReport& report, QStringList* plistReason = nullptr,
                                AxisLine axisLine = AxisLine::Needed, const SeriesChoice* pChoice = nullptr);
 
-/// Says in red that a stretching which was set before stays in force, as the data set that has just been
-/// opened tells none; nothing where none is. openProject() does so itself.
+/// Logs in red that the stretching of a former data set stays in force, if there is one, as the opened data
+/// set has none. openProject() does this itself.
 void tellStretchingThatStays(const DataSet& data, const MappingParameters& parameters, CRunReport& report);
 
-/// Whether peaks and shifts are there for every frame of the data set, and it has frames: the peaks can be
-/// mapped into reciprocal space.
+/// Whether the data set has frames, and peaks and shifts for each of them, so that the peaks can be mapped
+/// into reciprocal space.
 bool countsAgree(const DataSet& data);
 
-/// Reads the project's unit cell file, if there is one with three vectors, and puts that cell in force.
-/// Belongs after the mapping of the peaks. Where the counts do not agree it says so, and reads nothing.
+/// Reads the cell file of the project, if it exists and has three vectors, and puts the cell in force. To
+/// be called after the peaks were mapped. If the counts do not agree, it logs this and reads nothing.
 /// @return whether a cell was loaded
 bool loadUnitCellAtOpening(DataSet& data, CRunReport& report, QStringList* plistReason = nullptr);
 
-/// The frames of images that are opened together: the files themselves, or where each of them holds three
-/// images or more all of these, "FILE#1" ... "FILE#n". A MRC stack stays one frame
-/// with several images.
-/// @param pReport  may be null; gets a line for each file that was taken apart
+/// The frames of image files that are opened together. Usually each file is a frame. If each of them has
+/// three images or more, the frames are all images, "FILE#1" ... "FILE#n". An MRC stack is one frame with
+/// several images.
+/// @param pReport  may be null; gets a line for each file whose images become frames
 QStringList framesOfImageFiles(const QStringList& listFile, CRunReport* pReport = nullptr);
 
-/// Opens images as the frames of a data set of their own, by framesOfImageFiles(): stage and overall tilt 0.1
-/// degrees a frame, beam tilt 0, geometry as it was but without the distortions beside the stretching. The
-/// project's folder is that of the first file.
+/// Opens images as the frames of a new data set, by framesOfImageFiles(). Stage and overall tilt get steps
+/// of 0.1 degrees, the beam tilt is 0, and the geometry stays as it was, but without distortions other than
+/// the stretching. The folder of the project is that of the first file.
 ///
-/// @return false for an empty list; nothing has then changed
+/// @return false, without a change, for an empty list
 bool openImageFiles(DataSet& data, const QStringList& listImage, CRunReport& report,
                     QStringList* plistReason = nullptr);
 

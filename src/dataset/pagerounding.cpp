@@ -24,12 +24,12 @@ double wrappedAxis(double dfDegrees)
 
 double wrappedAzimuth(double dfDegrees)
 {
-    if (dfDegrees == 180) {  // the box holds it, so that a file's 90 is shown as 90 more
+    if (dfDegrees == 180) {  // 180 is kept, so that 90 in a file, plus 90, shows as 180 and not as 0
         return dfDegrees;
     }
     const double df = std::fmod(dfDegrees, 180.0);
     const double dfPositive = df < 0 ? df + 180 : df;
-    return dfPositive < 180 ? dfPositive + 0.0 : 0;  // a tiny negative angle rounds up to 180; -0 becomes 0
+    return dfPositive < 180 ? dfPositive + 0.0 : 0;  // a tiny negative angle rounds to 180; -0 becomes 0
 }
 
 int axisDecimals(double dfAxis)

@@ -1,4 +1,4 @@
-// Page rounding: the parameters as the pages of the window hold them.
+// Page rounding: rounds parameters as the pages of the window do.
 #pragma once
 
 #include "dataset/parametertable.h"
@@ -7,30 +7,31 @@
 
 namespace tessera {
 
-/// A number as a spin box shows and gives it back: rounded to decimals, halves away from zero as in
-/// QString::number(), then held within the range. NaN becomes 0, held within the range.
+/// The number that a spin box would show and return: rounded to its decimals, halves away from zero as in
+/// QString::number(), then limited to its range. NaN becomes 0, limited to the range.
 double spinBoxValue(double dfValue, int nDecimals, double dfMinimum, double dfMaximum);
+/// Does the same for a box of the table of parameters.
 double spinBoxValue(double dfValue, const NumberBox& box);
 
-/// An azimuth in degrees as a rotation axis can have it: -180 to 180, which both stay.
+/// Wraps an azimuth in degrees into the range of the rotation axis, -180 to 180 including both.
 double wrappedAxis(double dfDegrees);
 
-/// How many decimals an axis is to be held with, so that a refined one does not lose what it gained: those of
-/// its box, or four where these would change it.
+/// The number of decimals with which an axis is stored, so that a refined one keeps its precision: that of
+/// its box, or four where rounding to the box would change it.
 int axisDecimals(double dfAxis);
 
-/// An azimuth in degrees modulo 180: 0 or more, below 180; 180 itself stays.
+/// Wraps an azimuth in degrees into 0 to 180; 180 itself stays.
 double wrappedAzimuth(double dfDegrees);
 
-/// Every run reads the pages before its work, and so computes with what they hold. This does the same for
-/// window and batch driver alike: each number of the records that has a row in the table of parameters is
-/// rounded and held as its box does it. Rounding twice changes nothing.
+/// Rounds every number of the records that has a row in the table of parameters as its box does. Runs of
+/// the window read the pages first, so they compute with rounded numbers; this gives the batch driver the
+/// same ones. Rounding twice changes nothing.
 void roundRecords(const ParameterRecords& records);
 
+/// Does the same for a data set, with its distortions, and with m_nAxisDecimals decimals of its axis.
 void roundDataSet(DataSet& data);
 
-/// The same for one record. A data set brings its distortions with it, and holds its axis with
-/// m_nAxisDecimals.
+/// Does the same for one record.
 template <typename TRecord>
 void roundToPages(TRecord& record)
 {

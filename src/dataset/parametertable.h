@@ -1,4 +1,5 @@
-// The table of parameters: what there is to know of each number that pages and command line give to the runs.
+// Parameter table: range, decimals, tip, option and settings key of each parameter of pages and command
+// line.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -10,7 +11,7 @@
 
 namespace tessera {
 
-/// The records that hold parameters; null for one that is not at hand.
+/// Pointers to the records that have parameters; null for a record that is not available.
 using ParameterRecords = std::tuple<DataSet*, PeakHuntingParameters*, MappingParameters*,
                                     PeakMergingParameters*, CellHuntingParameters*, IndexingParameters*,
                                     ExtractionParameters*, RefinementParameters*, SeriesDistortion*>;
@@ -26,52 +27,55 @@ struct MemberOfRecords<std::tuple<TRecord*...>> {
 /// A number of one of these records, such as &PeakHuntingParameters::m_dfPeakRadius.
 using ParameterMember = MemberOfRecords<ParameterRecords>::Type;
 
-/// What the option of a parameter takes.
+/// The values that the option of a parameter accepts.
 enum class OptionValues {
-    OfPage,           ///< the numbers that the page holds
+    OfPage,           ///< numbers within the range of the page
     OfPageOrAuto,     ///< likewise, or "auto": the driver finds the number
-    AboveZero,        ///< those of the page that are not 0 at its decimals
-    AnyNumber,        ///< each number; what reads it brings it into the range of the page
-    AnyNumberOrAuto,  ///< likewise, or "auto": the driver finds the number; "as-given": as without the option
+    AboveZero,        ///< numbers of the page that are not 0 after rounding
+    AnyNumber,        ///< any number; the reader brings it into the range of the page
+    AnyNumberOrAuto,  ///< likewise, or "auto": the driver finds the number, or "as-given": as without the
+                      ///< option
 };
 
 /// The option of tessera-batch that sets a parameter.
 struct ParameterOption {
-    const char* pszName = nullptr;  ///< without the dashes; null: there is none
-    const char* pszUnit = "";       ///< as the help shows it
-    const char* pszHelp = "";       ///< without a full stop; %1 stands for the start value
+    const char* pszName = nullptr;  ///< without the dashes; null: no option
+    const char* pszUnit = "";       ///< as in the help
+    const char* pszHelp = "";       ///< without a full stop; %1 is replaced by the initial value
     OptionValues values = OptionValues::OfPage;
 };
 
-/// The box that a page shows a number in.
+/// The range of a number and how a page shows it.
 struct NumberBox {
     double dfMinimum;
     double dfMaximum;
-    int nDecimals;  ///< shown, and rounded to
-    double dfStep;  ///< of the arrows beside the number
+    int nDecimals;  ///< decimals shown, to which the number is rounded
+    double dfStep;  ///< step of the arrows beside the number
     const char* pszSuffix;
 };
 
-/// A row of the table. The start value is that of the member in a new record. Texts are UTF-8.
+/// A row of the table. The initial value is that of the member in a new record. Texts are UTF-8.
 struct Parameter {
     ParameterMember member;
     NumberBox box;
-    const char* pszTip;  ///< meaning, unit, which way to turn it
+    const char* pszTip;  ///< meaning, unit, and when to change it
     ParameterOption option = {};
-    const char* pszSettingsKey = nullptr;  ///< where it is kept from one start to the next; null: it is not
+    const char* pszSettingsKey = nullptr;  ///< key in the settings; null: not stored
 
+    /// The initial value.
     double start() const;
+    /// Whether the record of the number is available.
     bool isIn(const ParameterRecords& records) const;
-    /// The number in its record, which has to be at hand.
+    /// The number in its record, which must be available.
     double value(const ParameterRecords& records) const;
-    /// Puts a number into its record, which has to be at hand; one of a whole-number member is cut to int.
+    /// Sets the number in its record, which must be available. It is truncated for a member of type int.
     void setValue(const ParameterRecords& records, double dfValue) const;
 };
 
 /// All parameters, in the order of the driver's help.
 const std::vector<Parameter>& parameterTable();
 
-/// The row of a member. Throws std::out_of_range for a member without one, which is a fault of the program.
+/// The row of a member. Throws std::out_of_range for a member without a row, which is a programming error.
 const Parameter& parameterOf(ParameterMember member);
 
 }  // namespace tessera

@@ -14,7 +14,7 @@ namespace {
 bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
 {
     int nSerial;
-    float aValue[8];  // h k l, x y z, a number of unknown meaning, the intensity
+    float aValue[8];  // h k l, x y z, an unknown number, the intensity
     if (!scanner.readInt(nSerial)) {
         return false;
     }

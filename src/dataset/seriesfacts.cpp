@@ -17,14 +17,14 @@ namespace tessera {
 
 namespace {
 
-// Headers read of a series whose frames tell no tilt: enough to notice frames of several sessions.
+// Number of headers that are read if the frames have no tilt: enough to notice frames of several sessions.
 constexpr int g_nMaxLookedAt = 200;
-// Relative: four decimals of a wavelength are 0.2 per cent off.
+// Relative. A wavelength with four decimals is up to 0.2 per cent off.
 constexpr double g_dfSameWavelength = 0.005;
-constexpr double g_dfSamePixelSize = 0.02;  // what calibrations of one camera length differ by
-constexpr double g_dfSameNumber = 1e-3;     // of two frames
+constexpr double g_dfSamePixelSize = 0.02;  // relative; calibrations of one camera length differ by this
+constexpr double g_dfSameNumber = 1e-3;     // relative, between two frames
 
-/// Whether a number of a header may change from frame to frame, and what it is called.
+/// A number of a header, its name, and whether it may change from frame to frame.
 struct ComparedRow {
     ToldNumber FrameHeader::*pNumber;
     const char* pszName;
@@ -66,7 +66,7 @@ bool isOther(const ToldNumber& number, const ToldNumber& first)
            std::abs(number.df - first.df) > g_dfSameNumber * std::abs(first.df);
 }
 
-/// Numbers that should be those of the first frame, and are not.
+/// Finds numbers that differ from those of the first frame although they should not.
 void compareFrames(const std::vector<FrameHeader>& vecHeader, const QStringList& listName,
                    QStringList& listDoubt)
 {
@@ -126,7 +126,7 @@ void takeHeader(SeriesFacts& facts, const FrameHeader& header)
     takeIfLacking(facts.saturation, header.saturation);
 }
 
-/// Tilts of which a text tells the step, and the start or the end or neither of them.
+/// Takes the tilts if a text has the step, and the start or the end or none of them.
 void takeStep(SeriesFacts& facts, const SideTexts& texts)
 {
     const ToldNumber& step = texts.tiltStep;
@@ -142,14 +142,14 @@ void takeStep(SeriesFacts& facts, const SideTexts& texts)
             QStringLiteral("%1: neither start nor end is told; the first frame is taken to start at 0°.")
                 .arg(step.strSource));
     }
-    if (step.df > 0) {  // programs that write a sign at all write it for what falls
+    if (step.df > 0) {  // programs that write a sign write it for decreasing tilts
         facts.listDoubt.append(
             QStringLiteral("%1 has no sign that could be relied on: the tilt is taken to rise.")
                 .arg(step.strSource));
     }
 }
 
-/// What the texts tell and no header does.
+/// Takes from the texts what no header has.
 void takeTexts(SeriesFacts& facts, const SideTexts& texts, const QStringList& listName)
 {
     const int nFrames = facts.listFrame.size();
@@ -218,7 +218,8 @@ void settleWavelength(SeriesFacts& facts)
         QStringLiteral("%1, %2 kV").arg(facts.kilovolts.strSource, QString::number(facts.kilovolts.df))};
 }
 
-/// @param dfGiven  Å, a wavelength in the place of the told one; NaN: none
+/// Determines the pixel size.
+/// @param dfGiven  Å, a wavelength to be used instead of the one found; NaN: none
 void settlePixelSize(SeriesFacts& facts, double dfGiven)
 {
     const double dfWavelength = std::isfinite(dfGiven) ? dfGiven : facts.wavelength.df;
@@ -252,14 +253,14 @@ void settlePixelSize(SeriesFacts& facts, double dfGiven)
     }
 }
 
-/// What the names of files begin with, before the number at their ends.
+/// The beginning of a file name, before the number at its end.
 QString nameStem(const QString& strFrame)
 {
     static const QRegularExpression s_reNumber(QStringLiteral("[-+]?[0-9.]+$"));
     return QFileInfo(frameName(strFrame).strFile).completeBaseName().remove(s_reNumber);
 }
 
-/// Two series in one folder, by their names: more than one beginning, and several frames of each.
+/// Adds a doubt if the names are those of two series: more than one beginning, each for several frames.
 void doubtNames(const QStringList& listFrame, QStringList& listDoubt)
 {
     QStringList listStem;
@@ -285,7 +286,7 @@ void doubtNames(const QStringList& listFrame, QStringList& listDoubt)
 
 bool isDoubtful(const ToldNumber& told, const QStringList& listDoubt)
 {
-    // A source may be of several keys, each behind the name of its file or record.
+    // A source can have several keys, each after the name of its file or record.
     static const QRegularExpression s_reBetween(
         QStringLiteral(" \\+ | / 2|, | of [-+0-9.e]+ \\S+| and | from frame to frame"));
     for (const QString& strPart : told.strSource.split(s_reBetween, Qt::SkipEmptyParts)) {
@@ -342,7 +343,7 @@ SeriesFacts factsOfSeries(const QStringList& listFrame, const FnFactsGoOn& fnGoO
     facts.strDetector = first.strDetector;
     facts.beamX = first.beamX;
     facts.beamY = first.beamY;
-    for (const FrameHeader& header : vecHeader) {  // the first frame, or else the first that tells it
+    for (const FrameHeader& header : vecHeader) {  // of the first frame that has the number
         takeHeader(facts, header);
         addOnce(facts.listDoubt, header.listDoubt);
     }

@@ -56,7 +56,7 @@ void tellBins(int nBin, const QSize& size, CRunReport& report)
     report.addMessage(strText);
 }
 
-/// The sides of an upright rectangle.
+/// Whether a polygon is an upright rectangle.
 bool isUpright(const QPolygonF& polygon)
 {
     const QRectF rc = polygon.boundingRect();

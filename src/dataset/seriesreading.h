@@ -1,4 +1,4 @@
-// Series reading: a series as it was chosen, some of its frames, summed and binned.
+// Series reading: applies the choice of frames, sums and bins to a series.
 #pragma once
 
 #include "dataset/dataset.h"
@@ -8,36 +8,39 @@
 
 namespace tessera {
 
-/// Makes of the frames of a data set those that were chosen: names, tilts (the mean of those that are summed)
-/// and beam tilt breaks; pixel size and the radius of the distortions follow the bins. Says in the log what
-/// was left out. Frames that stood still while they were exposed are taken for a steady turn once they are
-/// summed.
+/// Replaces the frames of a data set by those that were chosen: names, tilts (the mean of summed frames)
+/// and beam tilt breaks. Pixel size and the radius of the distortions follow the binning. The log tells
+/// what was left out. Frames of a resting crystal count as continuous rotation after they were summed.
 ///
-/// To be called on a series as it comes, before anything is known of its pixels.
-/// @return false, with the reason and the data set as it was, where no frame would be left
+/// Must be called on a series as it was opened, before anything that depends on its pixels.
+/// @param pstrReason  may be null; takes the reason on failure
+/// @return false, with the data set as it was, where no frame would be left
 [[nodiscard]] bool takeSeriesChoice(DataSet& data, const SeriesChoice& choice, CRunReport& report,
                                     QString* pstrReason = nullptr);
 
-/// The series as it came, with the geometry of now: what a project file tells.
+/// The series as it was before the choice, with the present geometry, for a project file.
 struct SourceSeries {
-    QStringList listFrame;
-    FrameTilts tilts;        ///< without a relaxation
-    double dfPixelSize = 0;  ///< Å⁻¹
-    SeriesDistortion distortion;
+    QStringList listFrame;        ///< full paths of the frames
+    FrameTilts tilts;             ///< without the relaxation
+    double dfPixelSize = 0;       ///< Å⁻¹, of the pixels of the files
+    SeriesDistortion distortion;  ///< with the radius in pixels of the files
     QList<int>
-        listFrameOf;  ///< for each of them the frame of the data set that it is a part of, or that is nearest
+        listFrameOf;  ///< for each frame the one of the data set that it is a part of, or the nearest one
 };
 
+/// The series before the choice.
 SourceSeries sourceSeries(const SeriesData& data);
 
-/// From a place on the files' frames to one on those of the data set, and back: the centre of a pixel is
-/// whole.
+/// Converts a coordinate of a place on frames of the files to one on binned frames. Whole numbers are
+/// centres of pixels.
 double placeInBins(double dfPlace, int nBin);
+/// The inverse.
 double placeInFile(double dfPlace, int nBin);
 
-/// The same for areas. Upright rectangles grow to the borders of the bins, as a bin with a part in them is no
-/// measurement.
+/// Converts areas likewise. Upright rectangles are extended to the borders of the bins, as a bin that is
+/// partly covered is no measurement.
 MaskData maskInBins(const MaskData& mask, int nBin);
+/// The inverse.
 MaskData maskInFile(const MaskData& mask, int nBin);
 
 }  // namespace tessera

@@ -11,30 +11,31 @@
 
 namespace tessera {
 
-/// The content of a shift file. Pixels of the raw frame.
+/// The content of a shift file, in pixels of the raw frame.
 struct ShiftData {
-    double dfCenterX = 0;  ///< direct beam on the first frame
+    double dfCenterX = 0;  ///< column of the direct beam on the first frame
     double dfCenterY = 0;
-    QList<QPointF> listShift;  ///< per frame, with respect to the first
+    QList<QPointF> listShift;  ///< shift of each frame relative to the first one
 };
 
 /// Reads a shift file: a line with the direct beam, then "serial x y" for each frame.
 ///
-/// At least 2 lines that are neither empty nor comments. A frame line without three finite numbers is
-/// skipped; a serial other than the running count of good lines fails, as does a first line without
-/// two finite numbers.
+/// At least 2 lines that are neither empty nor comments are needed. A frame line without three finite
+/// numbers is skipped. A serial number that is not the running number of good lines is a failure, as is a
+/// first line without two finite numbers.
 ///
-/// @param pstrReason  may be null; on failure names the file and what is wrong
-/// @return false on failure; `shift` is then as it was
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
+/// @return false, with `shift` as it was, on failure
 [[nodiscard]] bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason = nullptr);
 
-/// The same for lines, without the name in the reason.
+/// Does the same for lines, without the file's name in the reason.
 [[nodiscard]] bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift,
                                   QString* pstrReason = nullptr);
 
-/// Reads a shift file into the data set: centre and shifts, if it has one shift per frame. Else says in
-/// red that it does not fit, and the old shifts stay. A centre that roundToPages() will move is told in red.
-/// @return 1, or 0 when the file failed or does not fit
+/// Reads centre and shifts into the data set if the file has one shift per frame. Otherwise a red line
+/// tells that it does not fit, and the former shifts stay. If roundToPages() will change the centre, a red
+/// line tells so.
+/// @return 1, or 0 when the file could not be read or does not fit
 [[nodiscard]] int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                                 QString* pstrReason = nullptr);
 
@@ -43,11 +44,11 @@ QByteArray shiftFileText(const ShiftData& shift);
 
 /// Writes a shift file with 2 decimals, whole or not at all.
 ///
-/// A shift file of that name with more frames is first copied to the name with "~" behind it, in place
-/// of a former copy unless that has still more: runs that were stopped early do not cost the shifts of the
-/// whole series. If the copy fails nothing is written.
+/// A file of that name with more frames is first copied to the name with "~" at its end, unless a former
+/// copy has even more frames. So a run that was stopped early does not destroy the shifts of the whole
+/// series. If the copy fails, nothing is written.
 ///
-/// @param pstrReason  may be null; on failure what is wrong, else where a former file was kept
+/// @param pstrReason  may be null; takes on failure what is wrong, else where a former file was kept
 /// @return false when the name is empty or the file cannot be written
 [[nodiscard]] bool writeShiftFile(const QString& strFileName, const ShiftData& shift,
                                   QString* pstrReason = nullptr);

@@ -13,14 +13,14 @@ namespace tessera {
 namespace {
 
 constexpr double g_dfDegreesPerRadian = 57.295779513082321;
-constexpr double g_dfLeastMillimetres = 20;    // a camera length without a unit below it is in metres
-constexpr double g_dfLeastVolts = 5000;        // a voltage without a unit above it is in V
-constexpr double g_dfGreatestPixelSize = 0.1;  // Å⁻¹; what is larger without a unit is something else
+constexpr double g_dfLeastMillimetres = 20;    // a smaller camera length without a unit is in metres
+constexpr double g_dfLeastVolts = 5000;        // a greater voltage without a unit is in V
+constexpr double g_dfGreatestPixelSize = 0.1;  // Å⁻¹; a greater number without a unit is no pixel size
 
 enum class Quantity { Angle, Axis, Length, Time, Voltage, Wavelength, PixelSize, DetectorPixel };
 
 struct KeyRow {
-    QRegularExpression re;  ///< of the key in small letters without blanks and unit
+    QRegularExpression re;  ///< for the key in lower case without blanks and unit
     ToldNumber SideTexts::*pTarget;
     Quantity quantity;
 };
@@ -31,7 +31,7 @@ struct UnitRow {
     double dfFactor;
 };
 
-/// To degrees, mm, s, kV, Å, Å⁻¹ and µm. Names in small letters, with "a" for Å and "u" for µ.
+/// Factors to degrees, mm, s, kV, Å, Å⁻¹ and µm. Names are in lower case, with "a" for Å and "u" for µ.
 const UnitRow g_aUnit[] = {
     {Quantity::Angle, "°", 1},
     {Quantity::Angle, "deg", 1},
@@ -135,9 +135,9 @@ bool isUnit(const QString& strUnit)
     return false;
 }
 
-/// The key without the unit that it may end in.
+/// The key without a unit at its end.
 struct KeyAndUnit {
-    QString strPlain;  ///< small letters and digits alone
+    QString strPlain;  ///< only lower-case letters and digits
     QString strUnit;
 };
 
@@ -161,12 +161,12 @@ KeyAndUnit keyAndUnit(const QString& strKey)
 }
 
 struct DecimalComma {
-    QString strValue;         ///< with a point in the place of a decimal comma
-    bool bAmbiguous = false;  ///< the comma may also part two numbers, or thousands
+    QString strValue;         ///< with a point in place of a decimal comma
+    bool bAmbiguous = false;  ///< the comma may also separate two numbers, or thousands
 };
 
-/// Reads a comma as that of decimals where the value is one number with one comma and a unit, be it behind
-/// the number or in the key. "200,000 V" may be thousands, "55,55 um" two equal sides.
+/// Interprets a comma as a decimal one if the value is one number with one comma and a unit, which may be
+/// after the number or in the key. "200,000 V" may be thousands, and "55,55 um" two equal sides.
 DecimalComma decimalComma(const QString& strValue, bool bUnitInKey)
 {
     static const QRegularExpression s_reComma(QStringLiteral(
@@ -186,7 +186,7 @@ DecimalComma decimalComma(const QString& strValue, bool bUnitInKey)
     return {match.captured(1) + strWhole + '.' + strDecimals + ' ' + match.captured(4), false};
 }
 
-/// What a number without a unit is most likely to be in.
+/// Converts a number without a unit from its most likely unit.
 double withoutUnit(SideNumber& number, Quantity quantity, double df)
 {
     const auto guessed = [&](double dfValue, const char* pszUnit) {
@@ -207,7 +207,7 @@ double withoutUnit(SideNumber& number, Quantity quantity, double df)
         case Quantity::DetectorPixel:
             return df < 1 ? guessed(df * 1000, "millimetres") : guessed(df, "micrometres");
         default:
-            return df;  // degrees, seconds and Å hardly ever stand for others
+            return df;  // degrees, seconds and Å are rarely given in other units
     }
     number.strDoubt = QStringLiteral("%1 has no unit; it is not taken.").arg(QString::number(df, 'g', 6));
     return NAN;
@@ -246,7 +246,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
     Quantity quantity = it->quantity == Quantity::Axis ? Quantity::Angle : it->quantity;
     const bool bAngle = quantity == Quantity::Angle;
     if (!std::isfinite(df) || (!bAngle && !(df > 0))) {
-        return {};  // 0 and -1 stand for what the program did not know
+        return {};  // programs write 0 and -1 for unknown numbers
     }
     if (quantity == Quantity::PixelSize && factorOf(Quantity::DetectorPixel, strUnit)) {
         number.pTarget = &SideTexts::detectorPixel;

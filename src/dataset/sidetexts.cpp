@@ -21,10 +21,10 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 g_nMaxSideText = 1000000;  // bytes: what is longer is data
-constexpr int g_nMaxTexts = 200;            // a folder with more has one for each frame of something else
-constexpr int g_nMaxDepth = 16;             // of objects within objects
-constexpr double g_dfSameValue = 0.005;     // relative: below it two texts only round differently
+constexpr qint64 g_nMaxSideText = 1000000;  // bytes; longer texts are data
+constexpr int g_nMaxTexts = 200;            // a folder with more has other texts for each frame
+constexpr int g_nMaxDepth = 16;             // levels of objects
+constexpr double g_dfSameValue = 0.005;     // relative; numbers that differ by less are equal but rounded
 
 QString textOf(const QByteArray& bytesText)
 {
@@ -32,7 +32,8 @@ QString textOf(const QByteArray& bytesText)
     return str.contains(QChar::ReplacementCharacter) ? QString::fromLatin1(bytesText) : str;
 }
 
-/// A log with a line for each frame may contradict itself thousands of times: nobody reads more than a few.
+/// Adds a doubt, but only the first few: a log with a line for each frame may contradict itself thousands
+/// of times.
 void addDoubt(SideTexts& texts, const QString& strDoubt)
 {
     constexpr int nMostDoubts = 50;
@@ -41,7 +42,7 @@ void addDoubt(SideTexts& texts, const QString& strDoubt)
     }
 }
 
-/// Keeps a number unless one is there already, which it may contradict.
+/// Keeps a number unless there is one already, to which a contradiction becomes a doubt.
 void keep(SideTexts& texts, const SideNumber& number, const QString& strName)
 {
     ToldNumber& kept = texts.*number.pTarget;
@@ -86,7 +87,8 @@ void takeValue(const QString& strKey, const QJsonValue& value, int nDepth, const
     }
 }
 
-/// Names of what this system writes, or of its simulator: none of it is a text of an acquisition.
+/// Whether this program or its simulator has written a file with this name, so that it is no text of an
+/// acquisition.
 bool isOwnText(const QString& strName, const QSet<QString>& setBase)
 {
     static const QStringList s_listFixed = {"hotpixels.txt", fixedName(ResultFile::Shifts),
@@ -100,7 +102,7 @@ bool isOwnText(const QString& strName, const QSet<QString>& setBase)
            setBase.contains(QFileInfo(strName).completeBaseName());
 }
 
-/// A summary of the driver or a calibration, which may have any name.
+/// Whether a JSON text is a summary of the driver or a calibration, which may have any name.
 bool isOwnJson(const QByteArray& bytesText)
 {
     const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
@@ -187,7 +189,7 @@ SideTexts readSideTexts(const QStringList& listFrame)
     const QString strFirst = frameName(listFrame.first()).strFile;
     const QDir dir(QFileInfo(strFirst).absolutePath());
     const QStringList listName = dir.entryList(QDir::Files | QDir::Readable, QDir::Name);
-    QSet<QString> setBase;  // of what logs of this system are called after
+    QSet<QString> setBase;  // base names that logs of this program may have
     QSet<QString> setFrameFile;
     for (const QString& strName : listName) {
         if (strName.endsWith(QLatin1String(".ed3d")) || strName.endsWith(resultSuffix(ResultFile::Shifts)) ||
@@ -210,7 +212,8 @@ SideTexts readSideTexts(const QStringList& listFrame)
         const QString strStem = QFileInfo(strName).completeBaseName();
         QByteArray bytesText;
         if (strSuffix == QLatin1String("mdoc")) {
-            // "stack.mrc.mdoc" or "stack.mdoc"; any other one has to name the files of its sections.
+            // For "stack.mrc.mdoc" or "stack.mdoc" the sections are images of the stack; other texts must
+            // name the files of their sections.
             const bool bOfFirst = strStem == QFileInfo(strFirst).completeBaseName();
             const QString strFile = bOfFirst ? QFileInfo(strFirst).fileName() : strStem;
             if (read(strName, bytesText) &&

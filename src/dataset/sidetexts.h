@@ -1,4 +1,4 @@
-// SideTexts: what programs of acquisition left in words beside the frames.
+// SideTexts: texts of acquisition programs beside the frames.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -10,43 +10,42 @@
 
 namespace tessera {
 
-/// Numbers as a FrameHeader has them, each with the file and the key that it stood under: "cRED_log.txt:
-/// Camera length". The first text that tells a number is believed; another one that contradicts it is a
-/// doubt.
+/// Numbers in the units of FrameHeader, each with its file and key: "cRED_log.txt: Camera length". The
+/// first text with a number is used; a contradiction of another text becomes a doubt.
 struct SideTexts {
     ToldNumber kilovolts;      ///< kV
     ToldNumber wavelength;     ///< Å
     ToldNumber pixelSize;      ///< Å⁻¹
     ToldNumber cameraLength;   ///< mm
     ToldNumber detectorPixel;  ///< µm
-    ToldNumber rotationAxis;   ///< degrees, in whatever sense the program had it: always a doubt
+    ToldNumber rotationAxis;   ///< degrees, in an unknown sense, so always with a doubt
     ToldNumber exposure;       ///< seconds
     ToldNumber tiltStart;      ///< at the start of the series, degrees
     ToldNumber tiltEnd;        ///< at its end, degrees
-    ToldNumber tiltStep;       ///< of a frame, degrees
-    /// Tilts of single frames by the names of their files, or of the images of a stack by "stack.mrc#12".
+    ToldNumber tiltStep;       ///< step of a frame, degrees
+    /// Tilts of single frames, by the names of their files, or of images of a stack by "stack.mrc#12".
     QHash<QString, double> hashTilt;
-    QString strTiltSource;
-    QStringList listDoubt;
+    QString strTiltSource;  ///< where they were found
+    QStringList listDoubt;  ///< doubts, in lines for the user
 };
 
-/// Takes a text of lines "key: value" or "key = value", in which the units stand behind the value or in the
-/// key, in any case of letters. What the keys do not name is passed over.
-/// @param strName  of the file, for the sources
+/// Reads a text of lines "key: value" or "key = value" in upper or lower case, with units after the value
+/// or in the key. Unknown keys are ignored.
+/// @param strName  name of the file
 void takeSideText(const QByteArray& bytesText, const QString& strName, SideTexts& texts);
 
-/// The same of a JSON text: the numbers of all its objects, by their names.
-/// @return whether it is one
+/// Does the same for a JSON text: the numbers of all its objects, by their names.
+/// @return whether it is a JSON text
 bool takeSideJson(const QByteArray& bytesText, const QString& strName, SideTexts& texts);
 
-/// The same of a text with a section for each image, "[ZValue = 3]", or file, which names it as SubFramePath.
-/// Source: the format .mdoc of tilt series, IMOD documentation.
-/// @param strFrameFile  the file that the text stands beside, without folder: its images are "FILE#n"
+/// Does the same for a text with a section for each image, "[ZValue = 3]", or for each file, which
+/// SubFramePath names. Source: the format .mdoc of tilt series, IMOD documentation.
+/// @param strFrameFile  name of the file of the text, without folder; its images are "FILE#n"
 void takeMdoc(const QByteArray& bytesText, const QString& strName, const QString& strFrameFile,
               SideTexts& texts);
 
-/// Reads the texts that stand beside the first frame: .txt, .log, .mdoc, .yaml, .yml, .ini and .json below
-/// 1 MB. Those that this system writes itself are none of them.
+/// Reads the texts in the folder of the first frame: .txt, .log, .mdoc, .yaml, .yml, .ini and .json below 1
+/// MB, except those that this program writes itself.
 SideTexts readSideTexts(const QStringList& listFrame);
 
 }  // namespace tessera

@@ -17,7 +17,8 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
         return giveReason(pstrReason, strFileName,
                           QStringLiteral("%1 bytes; up to %2 can be read").arg(file.size()).arg(nLimit));
     }
-    // Files of the system have no size beforehand: one byte beyond the limit tells that one is too long.
+    // Files of the system, as in /proc, have no size. Reading one byte more than the limit shows that one
+    // is too long.
     QByteArray bytesRead;
     if (file.size() > 0) {
         bytesRead = file.read(file.size());

@@ -1,4 +1,4 @@
-// Text lines: reads the small text files that stand beside the frames.
+// Text lines: reads the small text files beside the frames.
 #pragma once
 
 #include "records/reason.h"
@@ -9,24 +9,25 @@
 
 namespace tessera {
 
-/// The largest text file that is read line by line, bytes: some hundred thousand lines, so that a file
-/// that is none of ours does not fill the memory with its lines.
+/// The greatest length of a text file that is read line by line, bytes: some hundred thousand lines. Other
+/// files that are opened by mistake do not fill the memory with their lines.
 constexpr qint64 g_nMaxTextFile = 32000000;
 
-/// Reads a file whole.
+/// Reads a whole file.
 ///
+/// @param bytesFile   takes the content
 /// @param nLimit      a longer file is refused
-/// @param pstrReason  may be null; on failure names the file and what is wrong
-/// @return false when the file cannot be opened or read, or is too large; `bytesFile` is then as it was
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
+/// @return false, with `bytesFile` as it was, when the file cannot be read or is too long
 [[nodiscard]] bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit,
                                  QString* pstrReason = nullptr);
 
-/// The text without a byte order mark. UTF-16 and UTF-32 text that begins with one becomes Latin-1, all
-/// other bytes stay as they are.
+/// Removes a byte order mark. UTF-16 and UTF-32 text with such a mark becomes Latin-1; all other bytes stay
+/// as they are.
 QByteArray withoutByteOrderMark(const QByteArray& bytesText);
 
-/// Calls fnLine(begin, end) for each line of a text that is not empty. LF, CR LF and CR end a line; a byte
-/// order mark is dropped as by withoutByteOrderMark().
+/// Calls fnLine(begin, end) for each line of a text that is not empty. Lines end with LF, CR LF or CR. A
+/// byte order mark is removed.
 template <class FnLine>
 void forEachTextLine(const QByteArray& bytesText, FnLine fnLine)
 {
@@ -47,16 +48,17 @@ void forEachTextLine(const QByteArray& bytesText, FnLine fnLine)
     }
 }
 
-/// Those lines as a list.
+/// The lines of a text that are not empty.
 QList<QByteArray> splitTextLines(const QByteArray& bytesText);
 
-/// The lines of a file that are not empty, comments included.
+/// Reads the lines of a file that are not empty, including comments.
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
 [[nodiscard]] bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine,
                                  QString* pstrReason = nullptr);
 
 /// Reads a file by a function for its lines, fnRead(lines, reason), and puts the file's name before the
 /// reason.
-/// @return what fnRead gives; a default value of that type when the file cannot be read
+/// @return the result of fnRead; a default value of that type when the file cannot be read
 template <class Read>
 auto readLinesOfFile(const QString& strFileName, QString* pstrReason, Read fnRead)
 {
@@ -72,7 +74,7 @@ auto readLinesOfFile(const QString& strFileName, QString* pstrReason, Read fnRea
     return result;
 }
 
-/// Drops every line that begins with "#".
+/// Removes every line that begins with "#".
 void dropComments(QList<QByteArray>& listLine);
 
 }  // namespace tessera

@@ -13,7 +13,8 @@ bool isHexDigit(char c)
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-// A number that from_chars finds out of range is too large or too small; it leaves open which.
+// The value of a number for which from_chars reports that it is out of range without telling whether it is
+// too large or too small.
 template <typename T>
 T outOfRangeValue(const char* pBegin, const char* pEnd)
 {
@@ -35,7 +36,7 @@ bool CTextScanner::readReal(T& value)
     if (p != m_pEnd && (*p == '+' || *p == '-')) {
         ++p;
     }
-    if (p == m_pEnd || *p == '-') {  // from_chars would take a second sign
+    if (p == m_pEnd || *p == '-') {  // from_chars would accept a second sign
         return false;
     }
     std::chars_format format = std::chars_format::general;

@@ -9,13 +9,15 @@ namespace tessera {
 
 namespace {
 
-// Degrees: tilts that differ by less are equal. Headers have two to four decimals.
+// Degrees. Tilts that differ by less are equal, as headers have two to four decimals.
 constexpr double g_dfSameTilt = 1e-4;
-// Share of a step by which single steps may differ from the usual one: stages and clocks are not better.
+// Greatest difference of a single step from the usual one, as a share of it; stages and clocks are not
+// better.
 constexpr double g_dfStepTolerance = 0.5;
-// Share of the width of a frame by which the starts may contradict it.
+// Greatest disagreement of width and starts, as a share of the width.
 constexpr double g_dfWidthTolerance = 0.1;
-// Share of a step by which even tilts may lie beside the line: less than any drift of a stage.
+// Greatest deviation of equally spaced tilts from a line, as a share of a step; less than any drift of a
+// stage.
 constexpr double g_dfEvenTolerance = 0.02;
 
 QString degrees(double df)
@@ -43,7 +45,7 @@ double medianOfSteps(const QList<double>& listTilt)
     return *itMiddle;
 }
 
-/// One of the numbers for all frames; empty unless all tell it. Whether some do is noted.
+/// The values of a number for all frames; empty unless all have it. nTold takes how many have it.
 QList<double> listOf(const std::vector<FrameHeader>& vecHeader, ToldNumber FrameHeader::*pNumber, int& nTold)
 {
     QList<double> list;
@@ -56,7 +58,7 @@ QList<double> listOf(const std::vector<FrameHeader>& vecHeader, ToldNumber Frame
     return list.size() == int(vecHeader.size()) ? list : QList<double>();
 }
 
-/// The name of the first frame that tells neither a start nor a tilt.
+/// The name of the first frame without a start and a tilt.
 QString firstWithout(const std::vector<FrameHeader>& vecHeader, const QStringList& listName)
 {
     const auto it = std::find_if(vecHeader.begin(), vecHeader.end(), [](const FrameHeader& header) {
@@ -74,7 +76,7 @@ QList<double> evenList(int nFrames, double dfFirst, double dfStep)
     return list;
 }
 
-/// Half the way from each start to the next; the last goes on as the one before.
+/// Half of each step to the next start; for the last frame that of the one before.
 QList<double> halfWays(const QList<double>& listStart)
 {
     QList<double> list;
@@ -85,7 +87,7 @@ QList<double> halfWays(const QList<double>& listStart)
     return list;
 }
 
-/// From starts that rise or fall.
+/// The tilts from increasing or decreasing starts.
 ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<double>& listStart,
                         const QList<double>& listWidth, QStringList& listDoubt)
 {
@@ -166,7 +168,7 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
     } else if (!listTilt.isEmpty() && (nFrames == 1 || !areAllEqual(listTilt))) {
         tilts = {listTilt, vecHeader.front().tilt.strSource};
     } else if (!listWidth.isEmpty() && std::abs(listWidth.first()) > g_dfSameTilt && areAllEqual(listWidth)) {
-        // A program that writes one header for all frames.
+        // The program has written the same header for all frames.
         const ToldNumber& width = vecHeader.front().tiltStep;
         const double dfStart = !listStart.isEmpty() ? listStart.first() : listTilt.value(0);
         tilts = {evenList(nFrames, dfStart + width.df / 2, width.df),

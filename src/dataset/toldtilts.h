@@ -1,4 +1,4 @@
-// ToldTilts: the tilts of a series as the headers of its frames tell them.
+// ToldTilts: the tilts of a series, from the headers of its frames.
 #pragma once
 
 #include "imagefiles/frameheader.h"
@@ -11,28 +11,29 @@
 
 namespace tessera {
 
-/// The tilt of a frame is that in the middle of its exposure, as everywhere in a data set.
+/// The tilts of the frames. As everywhere in a data set, they are those in the middle of the exposures.
 struct ToldTilts {
-    QList<double> list;  ///< degrees, one per frame; empty where they are not told
-    QString strSource;   ///< how they follow from what is told
+    QList<double> list;  ///< degrees, one per frame; empty where they are unknown
+    QString strSource;   ///< how they were found
 
+    /// Whether the tilts are known.
     bool isTold() const { return !list.isEmpty(); }
 };
 
-/// Starts and widths of the exposures, or else the tilts of frames that stood still. A start that is told
-/// without a width counts half way to the next one. Tilts that are 0 or equal throughout are not told; where
-/// a width is told beside them it is taken from frame to frame, with a doubt.
+/// Finds the tilts from starts and widths of the exposures, or else from the tilts of frames at rest. A
+/// start without a width counts as half a step before the middle. Tilts that are all 0 or equal are not
+/// used; if there is a width then, it is used from frame to frame, with a doubt.
 ///
 /// @param vecHeader  one per frame
-/// @param listName   what the doubts call the frames
-/// @param listDoubt  gets contradictions in words: frames that tell nothing, tilts that turn back or leap, a
-///                   width that does not go with the starts
+/// @param listName   names of the frames in the doubts
+/// @param listDoubt  gets contradictions: frames without tilts, tilts that change their direction or jump,
+///                   a width that disagrees with the starts
 ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStringList& listName,
                          QStringList& listDoubt);
 
-/// Frames one after the other from one tilt to another, which a log tells: the first starts at the one and
-/// the last ends at the other.
-/// @param dfWidth  of a frame where it is told, degrees; its sign is that of the way. NaN: it follows.
+/// The tilts of consecutive frames between two tilts of a log: the first frame starts at the one and the
+/// last frame ends at the other.
+/// @param dfWidth  of a frame, degrees, with its sign; NaN: it is computed
 ToldTilts tiltsOfRange(int nFrames, double dfStart, double dfEnd, double dfWidth, QStringList& listDoubt);
 
 /// Whether tilts go on by the same step but for what rounding in a header leaves.
