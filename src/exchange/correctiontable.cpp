@@ -19,7 +19,7 @@ void append(QByteArray& bytes, T nValue)
     bytes.append(achBytes, sizeof achBytes);
 }
 
-/// Differences in one byte, or behind a mark in two, or behind two marks in four.
+/// Packs differences in one byte, or in two bytes after a mark, or in four bytes after two marks.
 QByteArray packed(const std::vector<int>& listValue)
 {
     const int nMostOfByte = 127, nMostOfTwo = 32767;
@@ -48,7 +48,7 @@ QByteArray packed(const std::vector<int>& listValue)
 PlaceCorrections placeCorrections(const ExchangeGeometry& geometry)
 {
     PlaneTerms<double> plane = geometry.source.plane;
-    plane.centreX = plane.centreY = 0;  // in the place of the beam already
+    plane.centreX = plane.centreY = 0;  // places are relative to the beam already
     const double dfHundredths = 100, dfMostTold = 1e6;
     PlaceCorrections corrections;
     for (int y = 0; y < geometry.sizeFrame.height(); ++y) {

@@ -37,7 +37,7 @@ QJsonObject detectorOf(const ExchangeGeometry& geometry, const DialsOptions& opt
     for (const QRect& rc : options.listUntrusted) {
         arrayMask.append(QJsonArray{rc.left(), rc.top(), rc.right() + 1, rc.bottom() + 1});
     }
-    // From the outer corner of the first pixel, whose middle is 0 here.
+    // Counted from the outer corner of the first pixel, whose centre is 0 here.
     const DoubleVector vecOrigin = {-(geometry.beam.dfX + 0.5) * geometry.dfPixel,
                                     (geometry.beam.dfY + 0.5) * geometry.dfPixel, -geometry.dfDistance};
     const QJsonObject panel = {
@@ -106,7 +106,8 @@ QJsonObject imageSetOf(const DialsOptions& options)
             {QStringLiteral("params"), QJsonObject()}};
 }
 
-/// Where the width is not known: spots of 1.5 pixels, and reflections as wide as the step.
+/// The profile model. Where the widths are unknown, spots are 1.5 pixels wide and reflections as wide as
+/// the step.
 QJsonObject profileOf(const ExchangeGeometry& geometry, const DialsOptions& options)
 {
     const double dfSpot = options.dfSpotSigma > 0 ? options.dfSpotSigma : 1.5;

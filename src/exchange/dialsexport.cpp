@@ -34,7 +34,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
     options.strTemplate = templateOf(source, frames, QLatin1Char('#'));
     options.listUntrusted = untrustedOf(source, frames, report);
     options.nHighest = highestCount(trustedRangeOf(*source.pData), options.nHighest);
-    // Reflections are as wide as their centroids scatter and as the step blurs them, at least.
+    // The width is at least the scatter of the centroids combined with the blur by the step.
     options.dfRockingSigma = std::hypot(scatter.dfAngle, geometry->dfWidth / 2);
     if (source.pIntegration) {
         options.dfSpotSigma = source.pIntegration->integrated.model.dfSigma;

@@ -1,4 +1,4 @@
-// The files of DIALS: the experiment with its models, and the table of reflections.
+// DIALS files: the experiment with its models, and the table of reflections.
 #pragma once
 
 #include "exchange/exchangereflections.h"
@@ -12,24 +12,25 @@
 
 namespace tessera {
 
+/// What the files tell besides the geometry.
 struct DialsOptions {
-    QString strTemplate;  ///< path of the frames, "#" for each digit
-    std::vector<QRect> listUntrusted;
-    int nHighest = g_nHighestSmv;  ///< counts, the most that a pixel is trusted with
-    double dfSpotSigma = 0;        ///< pixels; 0: not known
-    double dfRockingSigma = 0;     ///< degrees about the axis; 0: not known
+    QString strTemplate;               ///< path of the frames with "#" for each digit
+    std::vector<QRect> listUntrusted;  ///< areas without a measurement, pixels
+    int nHighest = g_nHighestSmv;      ///< greatest count of a trusted pixel
+    double dfSpotSigma = 0;            ///< width of the spots, pixels; 0: unknown
+    double dfRockingSigma = 0;         ///< width of the reflections, degrees about the axis; 0: unknown
 };
 
-/// NAME.expt: beam, detector, goniometer, scan, crystal, frames and a profile model, as JSON.
+/// The content of NAME.expt: beam, detector, goniometer, scan, crystal, frames and a profile model, as
+/// JSON.
 ///
-/// The crystal is the cell in force, in P 1. The scan is written in the form that all versions read. The
-/// identifier is made from the geometry, so that equal series have equal files.
-/// Source: the models' to_dict() of dxtbx.
+/// The crystal is the cell in force in P 1. The scan has the form that all versions read. The identifier
+/// depends on the geometry only, so that equal series have equal files.
+/// Source: to_dict() of the models of dxtbx.
 QByteArray dialsExperiment(const ExchangeGeometry& geometry, const DialsOptions& options);
 
-/// NAME.refl: the indexed reflections with their observed and expected places, as MessagePack.
-///
-/// Variances are those that the places and angles scatter by.
+/// The content of NAME.refl: the indexed reflections with their observed and expected places, as
+/// MessagePack. The variances are those of the scatter of places and angles.
 /// Source: the reflection table of DIALS, version 1.
 QByteArray dialsReflections(const ExchangeGeometry& geometry, const DialsOptions& options,
                             const std::vector<ExchangeReflection>& listReflection);

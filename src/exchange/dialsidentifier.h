@@ -1,4 +1,4 @@
-// dialsIdentifier: the name by which experiment and reflections of DIALS know one another.
+// dialsIdentifier: the identifier that connects experiment and reflections of DIALS.
 #pragma once
 
 #include "exchange/exchangegeometry.h"
@@ -7,7 +7,7 @@
 
 namespace tessera {
 
-/// A UUID in text, made from the geometry: equal geometries have equal ones.
+/// A UUID as text. It depends on the geometry only, so that equal geometries have equal ones.
 QString dialsIdentifier(const ExchangeGeometry& geometry);
 
 }  // namespace tessera

@@ -16,7 +16,7 @@ namespace {
 
 enum ReflectionBit : quint64 { BitIndexed = 4, BitStrong = 32 };
 
-/// Numbers packed little-endian.
+/// Packs numbers little-endian.
 class CColumnBytes {
 public:
     void add(double dfValue)
@@ -50,14 +50,15 @@ private:
 
 using FnRow = std::function<void(const ExchangeReflection&, CColumnBytes&)>;
 
-/// A column as the table has it.
+/// A column of the table.
 struct Column {
     const char* pszName;
     const char* pszType;
     FnRow fnRow;
 };
 
-/// The pixels and images of DIALS: the first pixel reaches from 0 to 1, and so does the image of number 1.
+/// Converts a place to the coordinates of DIALS, in which the first pixel extends from 0 to 1, and so does
+/// the image of number 1.
 DoubleVector inPixels(const ExchangeGeometry& geometry, const Passage& passage)
 {
     return {passage.place.dfX + 0.5, passage.place.dfY + 0.5,
@@ -70,7 +71,7 @@ DoubleVector inMillimetres(const ExchangeGeometry& geometry, const Passage& pass
             radians(passage.dfAngle)};
 }
 
-/// The point that a passage shows, turned back to angle 0.
+/// The point of a passage, turned back to angle 0.
 DoubleVector pointOf(const ExchangeGeometry& geometry, const Passage& passage)
 {
     DoubleVector vec = passage.s1;
@@ -78,7 +79,7 @@ DoubleVector pointOf(const ExchangeGeometry& geometry, const Passage& passage)
     return turned(vec, geometry.axis, -passage.dfAngle);
 }
 
-/// The pixels and images that a spot reaches over, half open.
+/// Adds the range of pixels and images of a spot, of which the ends are excluded.
 void addBox(const ExchangeGeometry& geometry, const ExchangeReflection& one, int nHalf, CColumnBytes& bytes)
 {
     const auto limit = [](double dfValue, int nMost) {
@@ -110,7 +111,7 @@ std::vector<Column> indexColumns()
              }},
             {"intensity.sum.value", "double",
              [](const ExchangeReflection& one, CColumnBytes& bytes) { bytes.add(one.dfIntensity); }},
-            {"intensity.sum.variance", "double",  // that of counts
+            {"intensity.sum.variance", "double",  // variance of counts
              [](const ExchangeReflection& one, CColumnBytes& bytes) {
                  bytes.add(std::max(one.dfIntensity, 1.0));
              }},

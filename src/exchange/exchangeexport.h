@@ -1,4 +1,4 @@
-// Exports of a series for other programs: each writes all of its files.
+// Exchange export: exports a series for other programs.
 #pragma once
 
 #include "exchange/exchangesource.h"
@@ -14,22 +14,23 @@
 
 namespace tessera {
 
-// All files go to the folder of the source, each whole or not at all, and none over a frame of the series.
-// A text that its user has changed since it was written stays, and the new one gets the next free name, which
-// the log tells. What is left out, and why, is told in the log too.
+// All files are written to the folder of the source, each whole or not at all, and none over a frame of the
+// series. A text that the user has changed since it was written is kept, and the new one gets the next free
+// name, which the log tells. The log also tells what was left out and why.
 
-/// XDS.INP, and SMV frames where the series has none that can be read in place.
+/// Exports XDS.INP, and SMV frames unless those of the series are SMV that XDS can read in place.
 RunOutcome exportForXds(const ExchangeSource& source, CRunReport& report);
 
-/// NAME.expt and NAME.refl with the SMV frames.
-/// @param listSpot  the indexed peaks, relative to source.listBeam; empty: refused
+/// Exports NAME.expt and NAME.refl with SMV frames.
+/// @param listSpot  the indexed peaks, relative to source.listBeam; refused if empty
 RunOutcome exportForDials(const ExchangeSource& source, const std::vector<GeometrySpot>& listSpot,
                           CRunReport& report);
 
-/// NAME.pts and the frames, as they were read, as TIFF in NAME_pets/tiff.
+/// Exports NAME.pts, and the frames as TIFF, as they were read, in NAME_pets/tiff.
 RunOutcome exportForPets(const ExchangeSource& source, CRunReport& report);
 
-/// NAME_dyn.cif_pets: intensities by frames for dynamical refinement. Refused where nothing is integrated.
+/// Exports NAME_dyn.cif_pets: intensities by frames for dynamical refinement. Refused without integrated
+/// intensities.
 RunOutcome exportZoneAxisCif(const ExchangeSource& source, const VirtualFrameOptions& options,
                              CRunReport& report);
 

@@ -23,7 +23,7 @@ namespace tessera {
 
 namespace {
 
-/// Pixels, the greatest distance of a frame's beam from the middle of all.
+/// The greatest distance of the beam of a frame from the middle of all, pixels.
 double beamRange(const std::vector<FramePlace>& listBeam)
 {
     FramePlace middle;
@@ -38,7 +38,7 @@ double beamRange(const std::vector<FramePlace>& listBeam)
     return dfWorst;
 }
 
-/// Whole pixels that exportSMVImages() moves each frame by.
+/// The whole pixels by which exportSMVImages() moves each frame.
 std::vector<FramePlace> movesOf(const DataSet& dataSet)
 {
     std::vector<FramePlace> listMoved;
@@ -48,8 +48,8 @@ std::vector<FramePlace> movesOf(const DataSet& dataSet)
     return listMoved;
 }
 
-/// Whether moved copies would be no better than the frames as they are. A refined beam may wander where the
-/// shifts, by which the frames would be moved, do not.
+/// Whether moved copies would be no better than the frames themselves. A refined beam may drift where the
+/// shifts, by which frames are moved, do not.
 bool isStillEnough(const std::vector<FramePlace>& listBeam, const std::vector<FramePlace>& listMoved)
 {
     const double dfStill = 1;  // pixels
@@ -62,7 +62,7 @@ bool isStillEnough(const std::vector<FramePlace>& listBeam, const std::vector<Fr
     return dfRange <= dfStill || dfRange <= beamRange(listAfter);
 }
 
-/// All pixels cut off, so that no program takes them for measured.
+/// Writes a blank image. All its pixels are saturated, so that no program takes them for measured.
 bool writeBlank(const QSize& size, const QString& strFile, QString& strReason)
 {
     CImgObj<float> image;
@@ -122,7 +122,7 @@ QStringList namesOf(const QStringList& listFile)
     return listName;
 }
 
-/// The numbering of names that count the turns.
+/// The numbering of names whose numbers are proportional to the angle; nothing for other names.
 std::optional<FrameNumbering> countingTurns(const QStringList& listName, const std::vector<double>& listAngle)
 {
     std::optional<FrameNumbering> numbering = numberingOfNames(listName);
@@ -199,7 +199,7 @@ ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps
         listTarget.append(smvImageFile(source.strFolder, strFrame));
     }
     const auto numbering = countsAll(listTarget);
-    // The numbers of sums count the files that they are made of, each of a part of their turn.
+    // The numbers of summed frames count files, and each file has only a part of the turn of a frame.
     if (numbering && reading.choice.nSum == 1 &&
         frameAmongTargets(listTarget, dataSet.allFiles()).isEmpty()) {
         frames.strFolder = source.strFolder;

@@ -1,4 +1,4 @@
-// ExchangeFrames: the SMV frames that other programs are to read, and their names.
+// ExchangeFrames: the SMV frames for other programs, and their names.
 #pragma once
 
 #include "exchange/exchangesource.h"
@@ -14,47 +14,49 @@
 
 namespace tessera {
 
+/// The frames that other programs read.
 struct ExchangeFrames {
-    QString strFolder;
-    FrameNumbering numbering;
-    bool bOriginal = false;             ///< the frames of the series themselves
-    std::vector<FramePlace> listMoved;  ///< whole pixels that each is moved by; empty: none is
-    bool bBlanks = false;               ///< numbers without a frame get an image all the same
+    QString strFolder;                  ///< folder of the frames
+    FrameNumbering numbering;           ///< their numbers and names
+    bool bOriginal = false;             ///< they are the frames of the series themselves
+    std::vector<FramePlace> listMoved;  ///< whole pixels by which each frame is moved; empty: none is
+    bool bBlanks = false;               ///< numbers without a frame get a blank image
 
-    /// Paths of all of them, without the blanks.
+    /// The paths of all frames, without the blank images.
     QStringList files() const;
-    /// Paths of the blanks.
+    /// The paths of the blank images.
     QStringList blankFiles() const;
 };
 
-/// What a program does about a number between the first and the last that no frame has.
+/// What a program needs for a number between the first and the last that has no frame.
 enum class FrameGaps {
-    Told,   ///< it can be told of them
+    Told,   ///< it can be told about them
     Filled  ///< it reads a file for each number
 };
 
-/// Which frames other programs are to read:
+/// Chooses the frames that other programs are to read:
 ///
-/// - those of the series where they are SMV themselves, their names count the turns, and the beam stands
-///   still to a pixel, or at least as still as it would after the moves by whole pixels;
-/// - else SMV images beside the project under the names that exportSMVImages() gives, where these count the
-///   turns and none is a frame of the series;
+/// - those of the series, if they are SMV, their numbers are proportional to the angle, and the beam does
+///   not move by more than a pixel, or not more than it would after moves by whole pixels;
+/// - else SMV images beside the project with the names of exportSMVImages(), if the numbers in these are
+///   proportional to the angle and none is a frame of the series;
 /// - else SMV images in the folder NAME_smv, numbered by the angle of each frame.
 ///
-/// Blanks for gaps that are to be filled go to that folder alone, where nobody else's files lie.
+/// Blank images for gaps are written only to that folder, which has no files of others.
 ExchangeFrames chooseExchangeFrames(const ExchangeSource& source, FrameGaps gaps = FrameGaps::Told);
 
-/// Writes them, where they are not the series' own. Each pixel of a blank has 65535 counts, the value of what
-/// was cut off, which no program trusts.
+/// Writes the frames, unless they are those of the series. Each pixel of a blank image has 65535 counts,
+/// the value of saturated pixels, which no program trusts.
 RunOutcome writeExchangeFrames(const ExchangeSource& source, const ExchangeFrames& frames,
                                CRunReport& report);
 
-/// What of these frames is no measurement: by the mask of the data set, by what the format of the first frame
-/// marks as none, and by having been moved.
+/// The areas of these frames without a measurement: by the mask of the data set, by the marks in the format
+/// of the first frame, and at the edges of moved frames.
 std::vector<QRect> untrustedOf(const ExchangeSource& source, const ExchangeFrames& frames,
                                CRunReport& report);
 
-/// The name of the series, with "_" for what lists of files parted by blanks cannot hold.
+/// The name of the series, with "_" for characters that are impossible in lists of files separated by
+/// blanks.
 QString plainName(const DataSet& dataSet);
 
 }  // namespace tessera

@@ -17,7 +17,7 @@ bool refuse(QString* pstrReason, const QString& strReason)
     return false;
 }
 
-/// The line of the angles along the numbers, with the axis on the side about which they grow.
+/// Fits the line of angles against numbers, and directs the axis so that the angles increase.
 bool takeTurn(const SeriesGeometry& series, ExchangeGeometry& geometry, QString* pstrReason)
 {
     const std::vector<double> listAngle = anglesOf(series);
@@ -40,7 +40,7 @@ bool takeTurn(const SeriesGeometry& series, ExchangeGeometry& geometry, QString*
     return true;
 }
 
-/// The place of the beam that all frames have as they are written, and what each is off from it.
+/// Finds the common place of the beam on the frames as they are written, and the distance of each from it.
 void takeBeam(const SeriesGeometry& series, const std::vector<FramePlace>& listMoved,
               ExchangeGeometry& geometry)
 {

@@ -1,4 +1,4 @@
-// ExchangeGeometry: the geometry of a series as programs of other houses describe it.
+// ExchangeGeometry: the geometry of a series in the terms of other programs.
 #pragma once
 
 #include "exchange/framenumbering.h"
@@ -12,57 +12,64 @@
 
 namespace tessera {
 
-/// One flat detector, one axis, equal steps. Vectors are in the frame of imgCIF and DIALS: x to the right and
-/// y up on the screen, z towards the source; the beam runs along −z.
+/// One flat detector, one axis, equal steps. Vectors are in the frame of imgCIF and DIALS: x to the right
+/// and y up on the screen, z towards the source; the beam runs along −z.
 ///
-/// The laboratory frame of rotationgeometry.h has its y axis downwards where this one has it upwards, with z
-/// to the same side, so that the two are mirror images. A turn by −t about an axis in the one is a turn by t
-/// about the mirrored axis in the other, and a basis changes its hand. To keep a*, b*, c* right-handed, as
-/// these programs want it, all three are reversed where they have to be, and the indices with them.
+/// The y axis of the laboratory frame of rotationgeometry.h points downwards and that of this frame
+/// upwards, while z points to the same side. So the two frames are mirror images: a rotation by −t about an
+/// axis in the one is a rotation by t about the mirrored axis in the other, and a basis changes its
+/// handedness. As other programs expect a right-handed basis a*, b*, c*, all three vectors and the indices
+/// are reversed where necessary.
 ///
-/// Places are those of frames from which drift and distortion are taken out: pixels, where the middle of the
-/// first pixel is 0, and image y runs down.
+/// Places are those of frames without drift and distortion, in pixels, where the centre of the first pixel
+/// is 0 and image y runs down.
 struct ExchangeGeometry {
-    FrameNumbering numbering;
-    QSize sizeFrame;                   ///< pixels
-    double dfWavelength = 0;           ///< Å
-    double dfPixel = 0;                ///< mm, side of a detector's pixel; the distance goes with it
-    double dfDistance = 0;             ///< mm
-    FramePlace beam;                   ///< direct beam on all frames
-    std::vector<FramePlace> listRest;  ///< pixels, what the beam of each frame, as written, is off from it
-    DoubleVector axis = {};            ///< unit vector; the crystal turns right-handed as the numbers grow
-    double dfStart = 0;                ///< degrees, where the exposure of the first number begins
-    double dfWidth = 0;                ///< degrees a frame, above 0
-    double dfWorstAngle = 0;           ///< degrees, greatest departure of a frame from the equal steps
-    std::vector<double> listAngle;     ///< degrees about the axis, in the middle of each frame
-    RotationMode rotation;
-    DiffractionGeometry source;  ///< what it was made of; the terms of its plane undo the distortion
-    bool bCell = false;
+    FrameNumbering numbering;  ///< numbers and names of the frames
+    QSize sizeFrame;           ///< pixels
+    double dfWavelength = 0;   ///< Å
+    double dfPixel = 0;        ///< side of a pixel of the detector, mm; the distance is proportional to it
+    double dfDistance = 0;     ///< mm
+    FramePlace beam;           ///< direct beam on all frames, pixels
+    std::vector<FramePlace>
+        listRest;             ///< for each written frame the distance of its beam from this place, pixels
+    DoubleVector axis = {};   ///< unit vector; the rotation is right-handed for increasing numbers
+    double dfStart = 0;       ///< angle at the beginning of the first exposure, degrees
+    double dfWidth = 0;       ///< width of a frame, degrees, above 0
+    double dfWorstAngle = 0;  ///< greatest deviation of a frame from equal steps, degrees
+    std::vector<double> listAngle;  ///< angle in the middle of each frame, degrees about the axis
+    RotationMode rotation;          ///< movement during an exposure
+    DiffractionGeometry source;  ///< the original geometry, whose numbers of the plane correct the distortion
+    bool bCell = false;          ///< whether there is a cell; else the vectors are no basis of one
     std::array<DoubleVector, 3> aReciprocal = {};  ///< a*, b*, c* at angle 0, Å⁻¹, right-handed
     std::array<DoubleVector, 3> aDirect = {};      ///< a, b, c likewise, Å
     bool bReversed = false;                        ///< indices are −h −k −l of those of the series
 
+    /// Angle at the beginning of the exposure of a number, degrees.
     double startOf(int nNumber) const { return dfStart + (nNumber - numbering.first()) * dfWidth; }
-    /// Greatest distance of a frame's beam from the common place, pixels.
+    /// Greatest distance of the beam of a frame from the common place, pixels.
     double worstBeam() const;
+    /// The indices of a reflection of the series, reversed if the basis is.
     std::array<int, 3> indexOf(const std::array<int, 3>& anIndex) const;
 };
 
-/// From the laboratory frame to that of imgCIF: the rotation axis has azimuth `dfAzimuth`, degrees.
+/// Converts a vector from the laboratory frame to that of imgCIF. The rotation axis has azimuth
+/// `dfAzimuth`, degrees.
 DoubleVector screenVector(const DoubleVector& vec, double dfAzimuth);
 
-/// A vector turned right-handed about a unit vector.
+/// Rotates a vector right-handed about a unit vector.
 DoubleVector turned(const DoubleVector& vec, const DoubleVector& axis, double dfDegrees);
 
 /// The dual basis.
 std::array<DoubleVector, 3> dualBasis(const std::array<DoubleVector, 3>& aBasis);
 
-/// Degrees that each frame has turned, with scale and offset of the tilts.
+/// The angle of each frame, degrees, with scale and offset of the tilts.
 std::vector<double> anglesOf(const SeriesGeometry& series);
 
-/// @param listMoved  whole pixels that each frame is moved by when it is written; empty: none is
-/// @param bCell      whether the basis of the series is a cell
-/// @return none, with the reason, where no program could work with it, as without a turn
+/// Converts the geometry of a series.
+/// @param listMoved   whole pixels by which each frame is moved when it is written; empty: none is
+/// @param bCell       whether the basis of the series is a cell
+/// @param pstrReason  takes on failure the reason
+/// @return nothing where no program could use it, as without a rotation
 std::optional<ExchangeGeometry> exchangeGeometry(const SeriesGeometry& series,
                                                  const FrameNumbering& numbering,
                                                  const std::vector<FramePlace>& listMoved, bool bCell,

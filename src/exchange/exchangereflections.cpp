@@ -8,8 +8,8 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMostOff = 1.0 / 3;       // of an index
-const double g_dfSigmaOfMedian = 1.4826;  // of absolute deviations, for a Gaussian
+const double g_dfMostOff = 1.0 / 3;       // greatest distance of an index from a whole number
+const double g_dfSigmaOfMedian = 1.4826;  // sigma of a Gaussian over the median of its absolute deviations
 
 double medianOf(std::vector<double> list)
 {
@@ -21,7 +21,8 @@ double medianOf(std::vector<double> list)
     return *middle;
 }
 
-/// The indices that the geometry of the series gives a peak; false where it is next to no lattice point.
+/// Indexes a peak with the geometry of the series.
+/// @return false where no lattice point is close
 bool indexAnew(const SeriesGeometry& series, GeometrySpot& spot)
 {
     const DoubleVector point = pointOfPlace(series.geometry, spot.place, spot.dfTilt);
@@ -34,7 +35,7 @@ bool indexAnew(const SeriesGeometry& series, GeometrySpot& spot)
     return bNear && spot.anIndex != std::array<int, 3>{};
 }
 
-/// Sums over the peaks of a reflection.
+/// Weighted sums over the peaks of a reflection.
 struct PeakSum {
     double dfWeight = 0, dfX = 0, dfY = 0, dfAngle = 0;
     int nPeaks = 0, nFirst = 0, nLast = 0;
@@ -75,7 +76,8 @@ std::optional<ExchangeReflection> reflectionOf(const ExchangeGeometry& geometry,
         return std::nullopt;
     }
     reflection.expected = *expected;
-    // The length of s1 changes by s1 · (axis × r): it grows on the way out.
+    // The length of s1 changes by s1 · (axis × r), which is positive where the reflection leaves the
+    // sphere.
     DoubleVector point = expected->s1;
     point[2] += 1 / geometry.dfWavelength;
     reflection.bEntering = dot(expected->s1, cross(geometry.axis, point)) < 0;
@@ -102,8 +104,8 @@ std::optional<Passage> passageNear(const ExchangeGeometry& geometry, const std::
             point[n] += anIndex[m] * geometry.aReciprocal[m][n];
         }
     }
-    // |s0 + r| = 1/λ with s0 = (0, 0, −1/λ) asks for a height of r²·λ/2, and the height of a turning point is
-    // the sum of a constant, a cosine and a sine.
+    // The condition |s0 + r| = 1/λ with s0 = (0, 0, −1/λ) means a height of r²·λ/2. The height of a
+    // rotating point is the sum of a constant, a cosine and a sine.
     const double dfFixed = geometry.axis[2] * dot(geometry.axis, point);
     const double dfCos = point[2] - dfFixed;
     const double dfSin = cross(geometry.axis, point)[2];
@@ -119,7 +121,7 @@ std::optional<Passage> passageNear(const ExchangeGeometry& geometry, const std::
     passage.dfAngle = dfAngle + (std::abs(dfBefore) < std::abs(dfAfter) ? dfBefore : dfAfter);
     passage.s1 = turned(point, geometry.axis, passage.dfAngle);
     passage.s1[2] -= 1 / geometry.dfWavelength;
-    if (!(passage.s1[2] < 0)) {  // it runs back to the source
+    if (!(passage.s1[2] < 0)) {  // the beam would return to the source
         return std::nullopt;
     }
     const double dfScale = -geometry.dfDistance / passage.s1[2] / geometry.dfPixel;

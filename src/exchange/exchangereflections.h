@@ -1,4 +1,4 @@
-// ExchangeReflection: a reflection where it was seen, and where the geometry has it.
+// ExchangeReflection: a reflection with its observed and its expected place.
 #pragma once
 
 #include "exchange/exchangegeometry.h"
@@ -9,50 +9,52 @@
 
 namespace tessera {
 
-/// A passage of a reflection through the Ewald sphere: place on the frame and angle.
+/// A passage of a reflection through the Ewald sphere.
 struct Passage {
-    FramePlace place;      ///< pixels, as ExchangeGeometry has places
+    FramePlace place;      ///< pixels, see ExchangeGeometry
     double dfAngle = 0;    ///< degrees about the axis
-    DoubleVector s1 = {};  ///< Å⁻¹, the diffracted beam
+    DoubleVector s1 = {};  ///< the diffracted beam, Å⁻¹
 };
 
+/// A reflection on a run of frames.
 struct ExchangeReflection {
-    std::array<int, 3> anIndex = {};  ///< of the right-handed basis
-    Passage seen;                     ///< centroid of its peaks
-    Passage expected;
-    double dfIntensity = 0;  ///< sum of its peaks, as the hunt weighs them
-    int nFirst = 0;          ///< numbers of the first and last frame with a peak
-    int nLast = 0;
-    int nPeaks = 0;
-    bool bEntering = false;  ///< comes from outside the sphere
+    std::array<int, 3> anIndex = {};  ///< indices in the right-handed basis
+    Passage seen;                     ///< observed: the centroid of its peaks
+    Passage expected;                 ///< expected by the geometry
+    double dfIntensity = 0;           ///< sum of the intensities of its peaks from the peak search
+    int nFirst = 0;                   ///< number of the first frame with a peak
+    int nLast = 0;                    ///< number of the last frame with a peak
+    int nPeaks = 0;                   ///< number of peaks
+    bool bEntering = false;           ///< the reflection enters the sphere
 };
 
-/// Where a reflection passes the sphere, at the passage that lies next to an angle.
-/// @return none where it never does
+/// The passage of a reflection through the sphere that is closest to an angle.
+/// @return nothing where it never passes
 std::optional<Passage> passageNear(const ExchangeGeometry& geometry, const std::array<int, 3>& anIndex,
                                    double dfAngle);
 
-/// The diffracted beam that a place shows, Å⁻¹.
+/// The diffracted beam to a place, Å⁻¹.
 DoubleVector beamToPlace(const ExchangeGeometry& geometry, const FramePlace& place);
 
-/// One reflection for each run of frames on which it was seen, in the order of frames.
+/// Makes one reflection for each run of frames on which it was seen, in the order of frames.
 ///
-/// Peaks are taken to the common place of the beam with distortions undone, indexed anew by the geometry, and
-/// averaged by their weights. What lies further than a third of an index from a lattice point is left out.
-/// @param listSpot   indexed peaks, relative to `listBeam`
-/// @param listBeam   direct beam on each frame that they are relative to, raw pixels
-/// @param series     of the geometry
+/// Peaks are corrected for distortions and moved to the common place of the beam, indexed again with the
+/// geometry, and averaged with their intensities as weights. Peaks farther than a third of an index from a
+/// lattice point are left out.
+/// @param listSpot  indexed peaks, relative to `listBeam`
+/// @param listBeam  direct beam on each frame to which they are relative, raw pixels
+/// @param series    the series of the geometry
 std::vector<ExchangeReflection> exchangeReflections(const ExchangeGeometry& geometry,
                                                     std::vector<GeometrySpot> listSpot,
                                                     const std::vector<FramePlace>& listBeam,
                                                     const SeriesGeometry& series);
 
-/// What the places and angles of the reflections scatter by about those expected.
+/// Scatter of the observed places and angles about the expected ones.
 struct Scatter {
-    double dfPlace = 0;  ///< pixels, along one direction
+    double dfPlace = 0;  ///< along one direction, pixels
     double dfAngle = 0;  ///< degrees
 };
-/// From medians, which a few strays leave alone.
+/// The scatter, from medians, which a few outliers do not affect.
 Scatter scatterOf(const std::vector<ExchangeReflection>& listReflection);
 
 }  // namespace tessera

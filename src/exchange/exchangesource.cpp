@@ -8,7 +8,8 @@ namespace tessera {
 
 namespace {
 
-/// What tells the geometry, without the peaks, and with a basis in place of a cell.
+/// A copy of the data set without its peaks, with an arbitrary basis if there is no cell, from which the
+/// geometry can be made.
 DataSet withSomeBasis(const DataSet& dataSet)
 {
     DataSet data;

@@ -1,4 +1,4 @@
-// What the exports for other programs have in common.
+// Exchange writing: what the exports for other programs have in common.
 #pragma once
 
 #include "exchange/exchangeframes.h"
@@ -15,20 +15,22 @@
 
 namespace tessera {
 
+/// A file and its content.
 struct NamedFile {
     QString strFile;
     QByteArray bytes;
 };
 
-/// Writes files of an export together, all or none, and none over a frame of the series.
+/// Writes the files of an export, all or none, and none over a frame of the series.
 RunOutcome writeExchangeFiles(const ExchangeSource& source, const std::vector<NamedFile>& listFile,
                               CRunReport& report);
 
-/// The template of the frames from the folder of the other files, with a character for each digit.
+/// The template of the frames relative to the folder of the other files, with a character for each digit.
 QString templateOf(const ExchangeSource& source, const ExchangeFrames& frames, QChar chDigit);
 
-/// The geometry of a series with its frames as other programs read them, told to the report with what these
-/// programs cannot know of it; none with the reason in the report.
+/// The geometry of a series with the frames that other programs read. The log tells it, and what these
+/// programs cannot be told.
+/// @return nothing, with the reason in the report, where there is none
 std::optional<ExchangeGeometry> toldGeometry(const ExchangeSource& source, const ExchangeFrames& frames,
                                              CRunReport& report);
 

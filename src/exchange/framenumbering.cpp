@@ -9,9 +9,9 @@ namespace tessera {
 
 namespace {
 
-const int g_nMostDigits = 9;  // of an int
+const int g_nMostDigits = 9;  // digits of an int
 
-/// Length of what all names begin with.
+/// The length of the common beginning of all names.
 int commonBeginning(const QStringList& listName)
 {
     const QString& strFirst = listName.first();
@@ -29,8 +29,8 @@ bool isDigit(QChar ch)
     return ch >= QLatin1Char('0') && ch <= QLatin1Char('9');
 }
 
-/// Where the number lies in which the names differ; of a single name it is the last one.
-/// @return its place and its length; the length is 0 where there is none
+/// The place of the number in which the names differ; of a single name that of its last number.
+/// @return place and length; length 0 where there is none
 std::pair<int, int> placeOfNumber(const QStringList& listName)
 {
     const QString& strFirst = listName.first();

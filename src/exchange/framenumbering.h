@@ -9,43 +9,48 @@
 
 namespace tessera {
 
-/// Programs that take frames by a numbered template take the rotation from the number too: every frame turns
-/// on by the same angle, and a number without a frame is a frame that is missing.
+/// The numbers and names of frames. Programs that find frames by a template with a number also compute the
+/// rotation from the number: every frame turns by the same angle, and a number without a frame is a missing
+/// frame.
 struct FrameNumbering {
-    std::vector<int> listNumber;  ///< of each frame, growing, from 1 on
-    QString strPrefix;            ///< of all names, what stands before the number
-    QString strSuffix;            ///< and behind it
-    int nDigits = 5;
+    std::vector<int> listNumber;  ///< of each frame, increasing, at least 1
+    QString strPrefix;            ///< beginning of all names, before the number
+    QString strSuffix;            ///< end of all names, after the number
+    int nDigits = 5;              ///< digits of the number
 
+    /// The first number; 1 without frames.
     int first() const { return listNumber.empty() ? 1 : listNumber.front(); }
+    /// The last number; 0 without frames.
     int last() const { return listNumber.empty() ? 0 : listNumber.back(); }
-    /// Name of the n-th frame, from 0.
+    /// The name of the n-th frame, from 0.
     QString name(size_t n) const { return nameOf(listNumber[n]); }
-    /// Name with that number.
+    /// The name with a number.
     QString nameOf(int nNumber) const;
-    /// The name with a character in the place of each digit: "f_????.img".
+    /// The name with a character in place of each digit: "f_????.img".
     QString pattern(QChar chDigit) const;
-    /// Numbers between the first and the last that no frame has, as ranges.
+    /// The numbers between the first and the last that have no frame, as ranges.
     std::vector<std::pair<int, int>> missing() const;
 };
 
-/// The numbering that names have of themselves: alike but for one number of as many digits in each.
-/// @return none where they have not, or the numbers do not grow from 1 or more
+/// The numbering of names that are equal except for one number with the same digits in each.
+/// @return nothing for other names, or where the numbers do not increase from 1 or more
 std::optional<FrameNumbering> numberingOfNames(const QStringList& listName);
 
-/// The straight line of angles along numbers.
+/// A straight line of angles against numbers.
 struct AngleLine {
-    double dfAtZero = 0;  ///< degrees, at number 0
-    double dfStep = 0;    ///< degrees from number to number
-    double dfWorst = 0;   ///< degrees, the greatest departure of an angle from it
+    double dfAtZero = 0;  ///< angle at number 0, degrees
+    double dfStep = 0;    ///< step from number to number, degrees
+    double dfWorst = 0;   ///< greatest deviation of an angle, degrees
 };
+/// Fits the line.
 AngleLine angleLine(const std::vector<int>& listNumber, const std::vector<double>& listAngle);
 
-/// Whether the line holds the angles to a quarter of a step: the numbers count the turns then.
+/// Whether all angles are within a quarter of a step of the line, so that they are proportional to the
+/// numbers.
 bool followsNumbers(const AngleLine& line);
 
-/// A numbering by the angles, with a gap where the crystal has turned on by more than a step; where they do
-/// not go by steps, simply 1 to n. Prefix and suffix are empty.
+/// A numbering by the angles, with a gap where the crystal has turned by more than a step. Where the angles
+/// are no multiples of a step, the numbers are 1 to n. Prefix and suffix are empty.
 FrameNumbering numberingOfAngles(const std::vector<double>& listAngle);
 
 }  // namespace tessera

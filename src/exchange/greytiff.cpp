@@ -27,7 +27,7 @@ void append(QByteArray& bytes, T nValue)
     bytes.append(achBytes, sizeof achBytes);
 }
 
-const quint32 g_nDirectory = 8;  // where the fields begin
+const quint32 g_nDirectory = 8;  // place of the fields
 
 }  // namespace
 
@@ -48,7 +48,7 @@ QByteArray greyTiff(const CImgObj<float>& image, int nBits)
                                    {259, FieldShort, nNone},  // compression
                                    {262, FieldShort, nBlackIsZero},
                                    {273, FieldLong, nPixelPlace},
-                                   {277, FieldShort, 1},  // samples a pixel
+                                   {277, FieldShort, 1},  // samples per pixel
                                    {278, FieldLong, quint32(image.Height())},
                                    {279, FieldLong, quint32(nBytes)},
                                    {339, FieldShort, nBits == 16 ? nUnsigned : nSigned}};
@@ -59,7 +59,7 @@ QByteArray greyTiff(const CImgObj<float>& image, int nBits)
         append(bytes, field.nTag);
         append(bytes, quint16(field.type));
         append(bytes, quint32(1));
-        append(bytes, field.nValue);  // a short one lies in the first two bytes
+        append(bytes, field.nValue);  // a short value is in the first two bytes
     }
     append(bytes, quint32(0));  // no further image
     const int nHeader = bytes.size();

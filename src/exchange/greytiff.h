@@ -1,4 +1,4 @@
-// Grey TIFF: one image of whole numbers in one file, as programs for frames read it.
+// Grey TIFF: makes a TIFF file with one image of whole numbers.
 #pragma once
 
 #include "imaging/imgobj.h"
@@ -7,8 +7,8 @@
 
 namespace tessera {
 
-/// Baseline TIFF, little-endian, one strip, top row first, without compression.
-/// @param nBits  16: unsigned, cut off at 0 and 65535; 32: signed. Rounded; what is no number becomes 0.
+/// Makes a baseline TIFF file: little-endian, one strip, top row first, without compression.
+/// @param nBits  16: unsigned, limited to 0 and 65535; 32: signed. Values are rounded; NaN becomes 0.
 /// @return empty for an empty image, or one that is too large for the format
 /// Source: TIFF 6.0 (Adobe, 1992).
 QByteArray greyTiff(const CImgObj<float>& image, int nBits);

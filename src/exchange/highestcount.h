@@ -1,4 +1,4 @@
-// highestCount: up to how many counts other programs are to trust the pixels of SMV frames.
+// highestCount: the greatest count of SMV frames that other programs are to trust.
 #pragma once
 
 #include "frames/trustedrange.h"
@@ -8,11 +8,11 @@
 
 namespace tessera {
 
-/// Counts of 16 bits, of which the last is what was cut off.
+/// The greatest count of 16 bits but one; the greatest one marks saturated pixels.
 constexpr int g_nHighestSmv = 65534;
 
-/// The most below the saturation that the frames tell, and below what their pixels hold.
-/// @param nElse  where they tell none
+/// The greatest count below the saturation in the headers and within the range of SMV pixels.
+/// @param nElse  where the saturation is unknown
 inline int highestCount(const TrustedRange& trusted, int nElse)
 {
     return trusted.dfSaturation > 1

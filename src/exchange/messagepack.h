@@ -1,4 +1,4 @@
-// CMessagePack: writes values as MessagePack does.
+// CMessagePack: writes values in the format MessagePack.
 #pragma once
 
 #include <QByteArray>
@@ -7,17 +7,23 @@
 
 namespace tessera {
 
-/// Appends one value after the other; arrays and maps are followed by their elements. Numbers are unsigned
-/// and take the shortest form.
+/// Appends one value after another. Arrays and maps must be followed by their elements. Numbers are
+/// unsigned and get the shortest form.
 /// Source: the description of the format at msgpack.org.
 class CMessagePack {
 public:
+    /// Begins an array, whose elements must follow.
     void beginArray(quint32 nElements);
+    /// Begins a map, whose keys and values must follow in turn.
     void beginMap(quint32 nPairs);
+    /// Appends a text in UTF-8.
     void text(const QByteArray& bytes);
+    /// Appends binary data.
     void binary(const QByteArray& bytes);
+    /// Appends a number.
     void number(quint64 nValue);
 
+    /// All that was appended.
     const QByteArray& bytes() const { return m_bytes; }
 
 private:

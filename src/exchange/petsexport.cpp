@@ -22,7 +22,7 @@ namespace tessera {
 
 namespace {
 
-/// Whether 16 bits hold all pixels of all frames, so that every file is of one type.
+/// Finds whether 16 bits are enough for all pixels of all frames, as all files must have the same type.
 RunOutcome fitsIn16Bits(const DataSet& dataSet, CRunReport& report, bool& bFits)
 {
     bFits = true;

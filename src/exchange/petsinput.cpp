@@ -32,7 +32,7 @@ const char* geometryName(RotationKind kind)
     }
 }
 
-/// Degrees, half of what a frame covers: of the turn, or of the cone.
+/// Half of the angle that a frame covers, degrees: of the rotation, or of the cone.
 double semiAngle(const ExchangeGeometry& geometry)
 {
     switch (geometry.rotation.kind) {
@@ -45,7 +45,7 @@ double semiAngle(const ExchangeGeometry& geometry)
     }
 }
 
-/// Å⁻¹, to the edge of the frame that lies next to the beam's place least far.
+/// The d* at the edge of the frame that is closest to the beam, Å⁻¹.
 double reachToEdge(const ExchangeGeometry& geometry)
 {
     const double dfPixels = std::max({geometry.beam.dfX, geometry.sizeFrame.width() - geometry.beam.dfX,

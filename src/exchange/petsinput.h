@@ -1,4 +1,4 @@
-// NAME.pts: the frames of a series with their tilts, as PETS reads them.
+// PETS input: NAME.pts, the frames of a series with their tilts for PETS.
 #pragma once
 
 #include "exchange/exchangegeometry.h"
@@ -11,17 +11,18 @@
 
 namespace tessera {
 
+/// What the file tells besides the geometry.
 struct PetsOptions {
-    QString strName;                ///< of the series
-    QStringList listFile;           ///< of the frames, from the folder of the .pts
-    std::vector<double> listAlpha;  ///< degrees, in the middle of each frame, as the series has them
+    QString strName;                ///< name of the series
+    QStringList listFile;           ///< frames, relative to the folder of the .pts file
+    std::vector<double> listAlpha;  ///< tilt in the middle of each frame, as in the series, degrees
     double dfSpotDiameter = 8;      ///< pixels
-    double dfHighest = 0;           ///< Å⁻¹; 0: as far as the edge of the frames
+    double dfHighest = 0;           ///< greatest d*, Å⁻¹; 0: up to the edge of the frames
 };
 
-/// Wavelength, size of a pixel, axis and the list of frames, with the keywords of the manual. The axis counts
-/// counter-clockwise on the screen; as programs are known that count the other way, the text says both.
-/// Sealed (sealedfile.h).
+/// The text of the file: wavelength, pixel size, axis and the list of frames, with the keywords of the
+/// manual. The azimuth of the axis is counter-clockwise on the screen. As some programs count the other
+/// way, the text mentions both. The text is sealed (sealedfile.h).
 QByteArray petsInput(const ExchangeGeometry& geometry, const PetsOptions& options);
 
 }  // namespace tessera

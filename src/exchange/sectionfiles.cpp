@@ -20,7 +20,7 @@ QString axisText(const std::array<int, 3>& anVector)
     return QStringLiteral("%1 %2 %3").arg(anVector[0]).arg(anVector[1]).arg(anVector[2]);
 }
 
-/// What a viewer shows of the file. In ASCII, as the format asks: 1/A stands for Å⁻¹.
+/// The labels of the file, which viewers show. The format asks for ASCII, so Å⁻¹ is written as 1/A.
 QStringList labelsOf(const ReciprocalSection& section)
 {
     QStringList listLabel = {QStringLiteral("Section %1 of reciprocal space, mean counts, NaN: not seen")

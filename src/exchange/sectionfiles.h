@@ -11,21 +11,22 @@
 
 namespace tessera {
 
-/// PROJECTDIR/NAME_hk0 and the ending, such as ".mrc".
+/// The file of a section: PROJECTDIR/NAME_hk0 and the ending, such as ".mrc".
 QString sectionFile(const DataSet& dataSet, const SectionPlane& plane, const QString& strEnding);
 
-/// One image of 32-bit floats, NaN where no frame has been, the second axis upwards. The cell of the header
-/// has Å⁻¹ in place of Å, its start counts pixels from the origin, and labels tell plane, axes and cell.
-/// @param pstrReason  may be null
+/// Writes a section as an MRC image of 32-bit floats with the second axis upwards. Pixels that no frame has
+/// covered are NaN. The cell of the header is in Å⁻¹ instead of Å, its start is the distance from the
+/// origin in pixels, and labels describe plane, axes and cell.
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
 bool writeSectionMrc(const ReciprocalSection& section, const QString& strFile, QString* pstrReason);
 
-/// drawSection() as a PNG; the same bytes with and without a display.
+/// The picture of drawSection() as a PNG, with the same bytes with and without a display.
 /// @return empty where there is no picture
 QByteArray sectionPng(const ReciprocalSection& section, const SectionLook& look);
 
-/// Writes both files of each section beside the other results, and tells of each section in the log. A file
-/// that is a frame of the series is refused before anything is written.
-/// @param pWritten  gets the paths; may be null
+/// Writes both files of each section beside the other results, and logs each section. Nothing is written if
+/// one of the files is a frame of the series.
+/// @param pWritten  may be null; takes the paths
 RunOutcome writeSections(const DataSet& dataSet, const std::vector<ReciprocalSection>& listSection,
                          const SectionLook& look, CRunReport& report, QStringList* pWritten);
 

@@ -13,8 +13,8 @@ namespace tessera {
 namespace {
 
 const double g_dfText = 9;        // height of letters, pixels
-const double g_dfLabelRoom = 95;  // pixels from label to label along an axis
-const double g_dfMarkRoom = 10;   // pixels between lattice points that marks have room between
+const double g_dfLabelRoom = 95;  // distance of labels along an axis, pixels
+const double g_dfMarkRoom = 10;   // least distance of lattice points for marks, pixels
 const int g_nMostMarks = 40000;
 
 struct Colors {
@@ -36,7 +36,7 @@ void setPen(QPainter& painter, const QColor& color, double dfWidth, Qt::PenStyle
     painter.setPen(QPen(color, dfWidth, style, Qt::RoundCap, Qt::RoundJoin));
 }
 
-/// A text that is read over spots as well.
+/// Draws a text that can be read over spots, too.
 void drawLabel(QPainter& painter, const QPointF& pt, const QString& strText, const QColor& color,
                const QColor& colorHalo)
 {
@@ -57,7 +57,8 @@ QString nameOf(const std::array<int, 3>& anVector)
     return QStringLiteral("%1 %2 %3").arg(anVector[0]).arg(anVector[1]).arg(anVector[2]);
 }
 
-/// A direction of the plane on the picture, of length 1 along the first or up; and how long the vector is.
+/// A direction of the plane on the picture, of length 1 along the first axis or upwards, and the length of
+/// the vector.
 struct Direction {
     QPointF ptUnit;
     double dfPixels = 0;
@@ -87,7 +88,7 @@ void drawAxis(const ReciprocalSection& section, const SectionLayout& layout, con
     faint.setAlpha(110);
     setPen(painter, faint, 1);
     painter.drawLine(ptOrigin - dfReach * ptUnit, ptEnd);
-    // The head stands in the margin, the name beside it.
+    // The arrowhead is in the margin, with the name beside it.
     setPen(painter, colors.axis, 1.6);
     const QPointF ptTip = ptEnd + 14 * ptUnit, ptSide(-ptUnit.y(), ptUnit.x());
     painter.drawLine(ptEnd, ptTip);
@@ -118,7 +119,7 @@ void drawRings(const ReciprocalSection& section, const SectionLayout& layout, co
         setPen(painter, faint, 1, Qt::DotLine);
         painter.setBrush(Qt::NoBrush);
         painter.drawEllipse(ptOrigin, dfRadius, dfRadius);
-        // On the diagonal, away from the axes and inside the field.
+        // The label is on the diagonal, away from the axes and inside the field.
         const QPointF pt = ptOrigin + dfRadius * QPointF(-0.7071, -0.7071);
         drawLabel(painter, pt + QPointF(4, 4), QStringLiteral("%1 Å").arg(dfSpacing, 0, 'g', 3), colors.ring,
                   colors.halo);
@@ -144,7 +145,7 @@ void drawLattice(const ReciprocalSection& section, const SectionLayout& layout, 
     }
 }
 
-/// Every one of that many points along an axis: one, two or five times a power of ten, with room for labels.
+/// The step of labels along an axis: one, two or five times a power of ten, so that the labels have space.
 int stepOfLabels(double dfPixels)
 {
     int nPower = 1;
@@ -165,7 +166,7 @@ void drawIndices(const ReciprocalSection& section, const SectionLayout& layout, 
     if (listIndex.empty()) {
         return;
     }
-    // The lattice point next to the middle is the one that labels count from.
+    // Labels count from the lattice point next to the middle.
     const auto placeOf = [&](const std::array<int, 3>& an) {
         return placeOnSection(section, {double(an[0]), double(an[1]), double(an[2])});
     };
@@ -189,7 +190,7 @@ void drawIndices(const ReciprocalSection& section, const SectionLayout& layout, 
             const QString strText = QStringLiteral("%1 %2 %3").arg(an[0]).arg(an[1]).arg(an[2]);
             const QPointF ptMark = layout.toPicture(pt.value_or(QPointF()));
             const bool bRoom = ptMark.x() + 11 + strokeTextWidth(strText, g_dfText) < layout.rcField.right();
-            const bool bOrigin = an == std::array<int, 3>{0, 0, 0};  // which the beam tells by itself
+            const bool bOrigin = an == std::array<int, 3>{0, 0, 0};  // which is visible as the direct beam
             if (!pt || !bRoom || bOrigin || (n == 0 && anVector == section.frame.anSecond)) {
                 continue;
             }

@@ -7,7 +7,7 @@ class QPainter;
 
 namespace tessera {
 
-/// Draws what the look asks for onto the field of the picture, and the names of the axes beside it.
+/// Draws the wanted marks onto the field of the picture, and the names of the axes beside it.
 void drawSectionMarks(const ReciprocalSection& section, const SectionLook& look, const SectionLayout& layout,
                       QPainter& painter);
 

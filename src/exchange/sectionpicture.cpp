@@ -15,14 +15,15 @@ namespace tessera {
 
 namespace {
 
-const int g_nPage = 1000;     // pixels that the field fills at least; half again where one more zoom needs it
-const int g_nMargin = 44;     // pixels beside the field, for the names of the axes
-const int g_nTop = 64;        // above it, for the title
-const int g_nBottom = 92;     // below it, for scale and caption
-const double g_dfTitle = 20;  // heights of letters, pixels
+// Least size of the field, pixels; up to one and a half times as much after zooming.
+const int g_nPage = 1000;
+const int g_nMargin = 44;     // beside the field, pixels, for the names of the axes
+const int g_nTop = 64;        // above the field, for the title
+const int g_nBottom = 92;     // below the field, for scale and caption
+const double g_dfTitle = 20;  // height of letters, pixels
 const double g_dfText = 11;
-const double g_dfBeam = 0.12;  // of the reach: the glow of the direct beam is no measure of contrast
-const int g_nHatch = 8;        // pixels from line to line
+const double g_dfBeam = 0.12;  // share of the extent; the halo of the direct beam is left out of the contrast
+const int g_nHatch = 8;        // distance of lines, pixels
 
 float percentileOf(std::vector<float>& listValue, double dfPerCent)
 {
@@ -32,7 +33,7 @@ float percentileOf(std::vector<float>& listValue, double dfPerCent)
     return *it;
 }
 
-/// A byte per pixel of the section, as the look has it.
+/// The grey value of each pixel of the section.
 std::vector<unsigned char> greysOf(const ReciprocalSection& section, const SectionLook& look)
 {
     const auto [fLow, fHigh] = sectionContrast(section, look);
@@ -53,7 +54,7 @@ std::vector<unsigned char> greysOf(const ReciprocalSection& section, const Secti
     return listByte;
 }
 
-/// Each pixel of the section as a square, those that nothing was seen of hatched.
+/// Draws each pixel of the section as a square. Pixels without a measurement are hatched.
 void drawField(const ReciprocalSection& section, const SectionLook& look, const SectionLayout& layout,
                QImage& image)
 {
@@ -92,7 +93,7 @@ QString cellText(const ReciprocalSection& section)
              numberText(cell->alpha, 1), numberText(cell->beta, 1), numberText(cell->gamma, 1));
 }
 
-/// One, two or five times a power of ten, the largest that a length has room for.
+/// The greatest of one, two or five times a power of ten within a length.
 double roundLength(double dfMost)
 {
     const double dfPower = std::pow(10.0, std::floor(std::log10(dfMost)));
@@ -199,7 +200,7 @@ QImage drawSection(const ReciprocalSection& section, const SectionLook& look)
     if (image.isNull()) {
         return image;
     }
-    // What a new image has depends on the screen; this is 96 dots per inch.
+    // The resolution of a new image would depend on the screen; this is 96 dots per inch.
     image.setDotsPerMeterX(3780);
     image.setDotsPerMeterY(3780);
     image.setDevicePixelRatio(1);

@@ -10,9 +10,9 @@ namespace tessera {
 
 namespace {
 
-const double g_dfCapital = 6;   // units of the grid, from the base line at 7 up to 1
+const double g_dfCapital = 6;   // units of the grid, from the base line at 7 to 1
 const double g_dfBaseLine = 7;  // y counts downwards
-const double g_dfGap = 2;       // between two letters
+const double g_dfGap = 2;       // units between two letters
 
 struct Glyph {
     char16_t chLetter;
@@ -105,7 +105,7 @@ QHash<ushort, Strokes> allStrokes()
     return mapStrokes;
 }
 
-/// Of a blank, a half of a letter's width and no line.
+/// The strokes of a character. A blank has half the width of a letter and no strokes.
 Strokes strokesOf(QChar ch)
 {
     static const QHash<ushort, Strokes> mapStrokes = allStrokes();

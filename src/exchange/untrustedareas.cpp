@@ -7,7 +7,7 @@ namespace tessera {
 namespace {
 
 struct Run {
-    int nFrom = 0, nTo = 0;  ///< columns, the end left out
+    int nFrom = 0, nTo = 0;  ///< columns; the end is excluded
     bool operator==(const Run& other) const { return nFrom == other.nFrom && nTo == other.nTo; }
 };
 
@@ -25,11 +25,11 @@ std::vector<Run> runsOfRow(const char* pRow, int nWidth)
     return list;
 }
 
-/// Rectangles of one mask, in the order of their first rows.
+/// The rectangles of a mask, in the order of their first rows.
 std::vector<QRect> rectangles(const std::vector<char>& listMask, const QSize& size)
 {
     std::vector<QRect> list;
-    std::vector<size_t> listOpen;  // those that reach down to the row before
+    std::vector<size_t> listOpen;  // rectangles that extend to the row before
     for (int y = 0; y < size.height(); ++y) {
         std::vector<size_t> listNext;
         for (const Run& run : runsOfRow(listMask.data() + size_t(y) * size_t(size.width()), size.width())) {
@@ -49,7 +49,7 @@ std::vector<QRect> rectangles(const std::vector<char>& listMask, const QSize& si
     return list;
 }
 
-/// Blocks of nBlock² pixels, masked where one of these is.
+/// Blocks of nBlock × nBlock pixels, masked where one of these is.
 std::vector<char> blocksOf(const std::vector<char>& listMask, const QSize& size, int nBlock,
                            QSize& sizeBlocks)
 {
@@ -92,7 +92,7 @@ std::vector<char> movedMask(const std::vector<char>& listMask, const QSize& size
     if (listMoved.empty() || listMask.size() != size_t(size.width()) * size_t(size.height())) {
         return listMask;
     }
-    int nLeft = 0, nRight = 0, nTop = 0, nBottom = 0;  // the furthest moves to each side
+    int nLeft = 0, nRight = 0, nTop = 0, nBottom = 0;  // the greatest moves to each side
     for (const FramePlace& moved : listMoved) {
         nLeft = std::max(nLeft, int(-moved.dfX));
         nRight = std::max(nRight, int(moved.dfX));

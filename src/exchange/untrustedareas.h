@@ -1,4 +1,4 @@
-// Untrusted areas: the mask of a series as the rectangles that other programs take.
+// Untrusted areas: converts the mask of a series to rectangles for other programs.
 #pragma once
 
 #include "exchange/exchangegeometry.h"
@@ -10,16 +10,16 @@
 
 namespace tessera {
 
-/// Rectangles that cover all masked pixels.
+/// Finds rectangles that cover all masked pixels.
 ///
-/// Runs of equal ends on successive rows become one rectangle. Where more than `nMost` come out, as of a long
-/// slanted edge, they are found for blocks of 2, 4, 8 … pixels that hold a masked one: they cover more, never
-/// less.
+/// Runs with the same ends on successive rows become one rectangle. If there are more than `nMost`, as for
+/// a long slanted edge, they are found for blocks of 2, 4, 8 … pixels that contain a masked one. These
+/// cover more pixels, but never less.
 /// @param listMask  row by row, 1: masked
 std::vector<QRect> rectanglesOfMask(const std::vector<char>& listMask, const QSize& size, size_t nMost = 200);
 
-/// The mask of frames that were moved by whole pixels, each by its own: what is masked on any of them, and
-/// the edges where a moved frame has wrapped round.
+/// The mask for frames that were moved cyclically, each by its own whole pixels: pixels that are masked on
+/// any of them, and the edges with pixels from the opposite side.
 std::vector<char> movedMask(const std::vector<char>& listMask, const QSize& size,
                             const std::vector<FramePlace>& listMoved);
 

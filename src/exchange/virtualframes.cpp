@@ -8,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-/// Frames that nine of ten passages take at most.
+/// The number of frames that nine of ten passages do not exceed.
 int usualLength(const std::vector<Observation>& list)
 {
     std::vector<int> listLength;

@@ -1,4 +1,4 @@
-// VirtualFrame: neighbouring frames put together, as dynamical refinement takes them.
+// VirtualFrame: consecutive frames combined to one, as dynamical refinement needs them.
 #pragma once
 
 #include "integration/integrationresult.h"
@@ -7,26 +7,27 @@
 
 namespace tessera {
 
-/// How frames are put together.
+/// How frames are combined.
 struct VirtualFrameOptions {
-    int nMerged = 0;  ///< frames; 0: chosen from the lengths of the passages
+    int nMerged = 0;  ///< frames in one; 0: chosen from the lengths of the passages
     int nStep = 0;    ///< frames from one to the next; 0: half of nMerged
 };
 
+/// A virtual frame.
 struct VirtualFrame {
-    int nFirst = 0;                    ///< frames, from 0
-    int nLast = 0;                     ///< included
-    std::vector<int> listObservation;  ///< places in the list of those that lie wholly in it
+    int nFirst = 0;                    ///< first frame, from 0
+    int nLast = 0;                     ///< last frame
+    std::vector<int> listObservation;  ///< numbers of the observations that are wholly in it
 };
 
-/// The numbers that were asked for, or those that fit: a passage as long as nine of ten are is to lie wholly
-/// in at least one virtual frame, which takes twice its length in steps of half of that; not more than the
-/// series has.
+/// The numbers to be used: the given ones, or those chosen so that a passage of the length that nine of ten
+/// do not exceed is wholly in at least one virtual frame. That is twice this length, in steps of half of
+/// that, but not more than the series has.
 VirtualFrameOptions chosenVirtualFrames(const IntegratedSeries& integrated, int nFrames,
                                         const VirtualFrameOptions& asked);
 
-/// All virtual frames that fit into the series, each with its measured observations without excluding flags
-/// whose summed frames all belong to it. An observation can be in several.
+/// All virtual frames of a series, each with its measured observations without excluding flags whose summed
+/// frames all belong to it. An observation can be in several of them.
 std::vector<VirtualFrame> virtualFrames(const IntegratedSeries& integrated, int nFrames,
                                         const VirtualFrameOptions& options);
 

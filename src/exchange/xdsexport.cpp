@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-/// The first of the names that a sealed text may be written to.
+/// The first of some names to which a sealed text may be written.
 QString freeName(const QStringList& listName, CRunReport& report)
 {
     for (const QString& strFile : listName) {
@@ -41,11 +41,11 @@ QStringList xdsNames(const ExchangeSource& source)
     return list;
 }
 
-/// Counts of the least pixel that is a measurement: 0 where the camera counts electrons, so that empty pixels
-/// are common; else a 0 is a pixel that told nothing.
+/// The count of the smallest pixel that is a measurement: 0 for a camera that counts electrons, with which
+/// empty pixels are common; else 1, as a pixel of 0 was not measured.
 std::optional<int> leastValid(const DataSet& dataSet, CRunReport& report)
 {
-    const double dfCommon = 0.005;  // of the pixels; gaps between modules are rarer, empty pixels are not
+    const double dfCommon = 0.005;  // share of the pixels; gaps between modules are less, empty pixels more
     const auto pImage = firstImage(SeriesSnapshot(dataSet), 0, {}, report);
     if (!pImage) {
         return std::nullopt;
@@ -56,7 +56,7 @@ std::optional<int> leastValid(const DataSet& dataSet, CRunReport& report)
     return double(nEmpty) > dfCommon * double(nPixels) ? 0 : 1;
 }
 
-/// The tables that undo the lens, where it moves anything by more than spots are measured to.
+/// The tables that correct the lens, if it moves a pixel by more than the error of spots.
 std::vector<NamedFile> correctionFiles(const ExchangeSource& source, const ExchangeGeometry& geometry,
                                        XdsOptions& options)
 {
@@ -75,7 +75,7 @@ std::vector<NamedFile> correctionFiles(const ExchangeSource& source, const Excha
         {strFolder + options.strRowTable, byteOffsetCbf("YCORR", corrections.listRow, geometry.sizeFrame)}};
 }
 
-/// What the file tells beside the geometry; none where the frames cannot be read.
+/// What the file tells besides the geometry; nothing where the frames cannot be read.
 std::optional<XdsOptions> xdsOptions(const ExchangeSource& source, const ExchangeFrames& frames,
                                      CRunReport& report)
 {

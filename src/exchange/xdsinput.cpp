@@ -34,7 +34,7 @@ double angleBetween(const DoubleVector& a, const DoubleVector& b)
     return degrees(std::acos(std::clamp(dot(a, b) / lengthOf(a) / lengthOf(b), -1.0, 1.0)));
 }
 
-/// Å⁻¹, what the corner of the frames that lies furthest from the beam shows.
+/// The d* at the corner of the frames that is farthest from the beam, Å⁻¹.
 double reachOf(const ExchangeGeometry& geometry)
 {
     double dfFurthest = 0;
@@ -47,7 +47,7 @@ double reachOf(const ExchangeGeometry& geometry)
     return 2 * std::sin(dfAngle / 2) / geometry.dfWavelength;
 }
 
-/// The text grows by lines and by remarks on them.
+/// A text that is written line by line, with comments.
 class CXdsText {
 public:
     void remark(const QByteArray& bytes) { m_bytes += "! " + bytes + '\n'; }
@@ -78,7 +78,7 @@ void addDetector(CXdsText& text, const ExchangeGeometry& geometry, const XdsOpti
     text.line("TRUSTED_REGION= 0.0 1.41");
     text.line("VALUE_RANGE_FOR_TRUSTED_DETECTOR_PIXELS= 10 30000");
     for (const QRect& rc : options.listUntrusted) {
-        // Pixels strictly between the limits, counted from 1.
+        // XDS excludes the limits themselves and counts from 1.
         text.line("UNTRUSTED_RECTANGLE= " + QByteArray::number(rc.left()) + ' ' +
                   QByteArray::number(rc.right() + 2) + ' ' + QByteArray::number(rc.top()) + ' ' +
                   QByteArray::number(rc.bottom() + 2));
@@ -151,7 +151,7 @@ void addCell(CXdsText& text, const ExchangeGeometry& geometry)
     text.line("UNIT_CELL_C-AXIS= " + numbers(inXds(c), 5));
 }
 
-/// Å, the low end of the resolution: beyond the longest edge there is no reflection.
+/// The low-resolution limit, Å: there are no reflections beyond the longest edge.
 double lowestResolution(const ExchangeGeometry& geometry)
 {
     double dfLowest = 20;
@@ -161,7 +161,7 @@ double lowestResolution(const ExchangeGeometry& geometry)
     return dfLowest;
 }
 
-/// Pixels; the usual 6, or less where the rows of the lattice lie closer.
+/// The least distance of spots, pixels: the default of 6, or less where rows of the lattice are closer.
 int separationOf(const ExchangeGeometry& geometry)
 {
     const double dfPerPixel = geometry.dfPixel / geometry.dfDistance / geometry.dfWavelength;

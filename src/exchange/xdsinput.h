@@ -1,4 +1,4 @@
-// XDS.INP: the instructions of XDS for a series of SMV frames.
+// XDS input: XDS.INP, the instructions of XDS for a series of SMV frames.
 #pragma once
 
 #include "exchange/exchangegeometry.h"
@@ -11,25 +11,28 @@
 
 namespace tessera {
 
+/// What the file tells besides the geometry.
 struct XdsOptions {
-    QString strName;        ///< of the series
-    QString strTemplate;    ///< of the frames, "?" for each digit, from the folder of XDS.INP
-    int nMinimumValid = 1;  ///< counts; 0 for a camera whose pixels count single electrons
+    QString strName;  ///< name of the series
+    QString
+        strTemplate;  ///< template of the frames with "?" for each digit, relative to the folder of XDS.INP
+    int nMinimumValid = 1;  ///< counts of the smallest valid pixel; 0 for a camera that counts electrons
     int nOverload = 65000;  ///< counts
-    double dfHighest = 0;   ///< Å, resolution; 0: as far as the frames' corners
-    std::vector<QRect> listUntrusted;
-    double dfDistortion = 0;  ///< pixels, the most that the tables below correct; 0: there are none
-    QString strColumnTable;   ///< name of the table for columns, and of that for rows
-    QString strRowTable;
+    double dfHighest = 0;   ///< resolution limit, Å; 0: up to the corners of the frames
+    std::vector<QRect> listUntrusted;  ///< areas without a measurement, pixels
+    double dfDistortion = 0;           ///< greatest correction of the tables, pixels; 0: there are none
+    QString strColumnTable;            ///< name of the table for columns
+    QString strRowTable;               ///< name of the table for rows
 };
 
-/// Frame of XDS: x to the right, y down, z away from the source, so that an axis or a basis of
-/// ExchangeGeometry has y and z negated. ORGX and ORGY count pixels from 1 in the middle of the first.
+/// The text of XDS.INP. In the frame of XDS, x points to the right, y down, and z away from the source, so
+/// that y and z of an axis or a basis of ExchangeGeometry are negated. ORGX and ORGY count pixels from 1 at
+/// the centre of the first.
 ///
-/// Starts indexing from spots, tells the cell and its orientation where they are known, and leaves the
-/// detector's distance out of all refinements: with the short waves of electrons it goes with the cell.
-/// Tables that undo the lens are told in remarks, to be put in force by the user: with them the detector has
-/// to be called PILATUS. Sealed (sealedfile.h), as users go on in this file.
+/// The text makes XDS begin the indexing from spots, with cell and orientation where they are known, and
+/// never refine the distance of the detector, which for short wavelengths cannot be separated from the
+/// cell. Tables that correct the lens are mentioned in comments, and the user can put them in force; XDS
+/// accepts them only for a detector called PILATUS. The text is sealed (sealedfile.h), as users edit it.
 QByteArray xdsInput(const ExchangeGeometry& geometry, const XdsOptions& options);
 
 }  // namespace tessera

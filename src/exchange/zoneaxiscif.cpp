@@ -83,7 +83,7 @@ void addDetails(QByteArray& bytes, const IntegrationResult& result, const Virtua
     bytes += "                        sum all intensities:      1\n;\n";
 }
 
-/// Degrees, half of what a virtual frame covers.
+/// Half of the angle that a virtual frame covers, degrees.
 double semiAngle(const IntegrationResult& result, const VirtualFrame& frame)
 {
     if (result.series.rotation.kind == RotationKind::Precession) {
@@ -91,7 +91,7 @@ double semiAngle(const IntegrationResult& result, const VirtualFrame& frame)
     }
     const std::vector<double> listAngle = anglesOf(result.series);
     if (listAngle.size() < 2) {
-        return 0;  // no step is known
+        return 0;  // the step is unknown
     }
     const double dfStep = std::abs(listAngle.back() - listAngle.front()) / double(listAngle.size() - 1);
     return dfStep * (frame.nLast - frame.nFirst + 1) / 2;
@@ -102,14 +102,14 @@ double semiAngle(const IntegrationResult& result, const VirtualFrame& frame)
 std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool& bReversed)
 {
     const ObservationSymmetry& symmetry = result.chosen.symmetry;
-    Eigen::Matrix3d matTransform, matReciprocal;  // in rows: axes of the setting; in columns: a*, b*, c*
+    Eigen::Matrix3d matTransform, matReciprocal;  // rows: axes of the setting; columns: a*, b*, c*
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
             matTransform(nRow, n) = double(symmetry.anTransform[nRow][n]) / symmetry.nDenominator;
             matReciprocal(nRow, n) = result.series.geometry.aBasis[n][nRow];
         }
     }
-    // The y axis of the laboratory frame points to the other side.
+    // The y axis of the laboratory frame points in the opposite direction.
     matReciprocal.row(1) *= -1;
     const Eigen::Matrix3d matSetting = matReciprocal * matTransform.inverse();
     bReversed = matSetting.determinant() < 0;
@@ -136,7 +136,7 @@ ZoneAxisFrame zoneAxisFrame(const std::array<DoubleVector, 3>& aReciprocal, doub
     for (double& dfIndex : frame.aZone) {
         dfIndex /= dfLargest;
     }
-    // The columns of the rotation, and from them the angles of Rz(omega)·Rx(alpha)·Ry(beta).
+    // The columns of the rotation matrix, from which the angles of Rz(omega)·Rx(alpha)·Ry(beta) follow.
     const DoubleVector x = turned({1, 0, 0}, axis, dfAngle), y = turned({0, 1, 0}, axis, dfAngle),
                        z = turned({0, 0, 1}, axis, dfAngle);
     frame.dfAlpha = degrees(std::asin(std::clamp(y[2], -1.0, 1.0)));

@@ -1,4 +1,4 @@
-// The list of intensities by frames that programs of dynamical refinement read (.cif_pets).
+// Zone axis CIF: the list of intensities by frames for programs of dynamical refinement (.cif_pets).
 #pragma once
 
 #include "exchange/virtualframes.h"
@@ -11,28 +11,30 @@
 
 namespace tessera {
 
-/// A frame of reference with the rotation axis along +x, or in the x–z plane near it, z towards the source,
-/// y as a right-handed frame has it: that of ExchangeGeometry turned about the beam.
+/// The orientation of a virtual frame. The frame of reference has the rotation axis along +x, or close to
+/// it in the x–z plane, and z towards the source, and is right-handed. It is that of ExchangeGeometry
+/// rotated about the beam.
 ///
-/// The matrix UB has a*, b*, c* as its columns, Å⁻¹, right-handed, in the frame at angle 0. The orientation
-/// of a frame is Rz(omega)·Rx(alpha)·Ry(beta)·UB.
+/// The columns of the matrix UB are a*, b*, c*, Å⁻¹, right-handed, at angle 0. The orientation of a frame
+/// is Rz(omega)·Rx(alpha)·Ry(beta)·UB.
 struct ZoneAxisFrame {
-    std::array<double, 3> aZone = {};  ///< u v w: to the source along the direct axes, the largest is ±1
+    std::array<double, 3> aZone = {};  ///< u v w towards the source along the direct axes; the largest is ±1
     double dfAlpha = 0, dfBeta = 0, dfOmega = 0;  ///< degrees
 };
 
 /// a*, b*, c* of the conventional setting of an integration in that frame.
-/// @param bReversed  whether all three were reversed to be right-handed, and indices are to be with them
+/// @param bReversed  takes whether all three were reversed to be right-handed; the indices must then be
+///                   reversed, too
 std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool& bReversed);
 
 /// The orientation at an angle about the axis.
-/// @param dfOutOfPlane  degrees, of the axis towards +z
+/// @param dfOutOfPlane  angle of the axis towards +z, degrees
 ZoneAxisFrame zoneAxisFrame(const std::array<DoubleVector, 3>& aReciprocal, double dfOutOfPlane,
                             double dfAngle);
 
-/// One block: cell, matrix, one row for each virtual frame and one for each observation in it, with its
-/// intensity as it was summed (counts, without Lorentz factor and scale).
-/// Source: the file as DIALS writes it; it belongs to no dictionary.
+/// The text of the file, one block: cell, matrix, one row for each virtual frame, and one for each
+/// observation in it with its summed intensity (counts, without Lorentz factor and scale).
+/// Source: the files that DIALS writes; no dictionary defines them.
 QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOptions& options);
 
 }  // namespace tessera
