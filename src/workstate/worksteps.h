@@ -49,7 +49,8 @@ public:
     bool goTo(int nStep);
 
     int dropped() const { return m_nDropped; }  ///< states dropped for memory since begin()
-    /// Memory of the states, without the lists of the current one.
+    /// Memory of the states, without the lists of the current one, bytes.
+    std::uint64_t bytes() const;
 
 private:
     struct Step {
