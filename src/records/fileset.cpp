@@ -3,29 +3,59 @@
 #include "records/reason.h"
 
 #include <QDir>
+#include <QFile>
 
 #include <algorithm>
 
 namespace tessera {
 
-bool CFileSet::add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
+namespace {
+
+// A process may have 1024 files open as a rule; the rest of it needs some.
+constexpr std::size_t g_nMostOpen = 200;
+
+}  // namespace
+
+std::unique_ptr<CWholeFile> CFileSet::newFile() const
 {
     auto pFile = std::make_unique<CWholeFile>();
+    pFile->m_strWaiting = QFile::encodeName(m_strWaiting);
+    return pFile;
+}
+
+bool CFileSet::add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
+{
+    auto pFile = newFile();
     const bool bWritten = pFile->open(strFileName) && pFile->write(bytes);
     return take(std::move(pFile), bWritten, pstrReason);
 }
 
+bool CFileSet::addFirst(const QString& strFileName, const QByteArray& bytes, QString* pstrReason)
+{
+    auto pFile = newFile();
+    const bool bWritten = pFile->open(strFileName) && pFile->write(bytes);
+    return take(std::move(pFile), bWritten, pstrReason, true);
+}
+
+bool CFileSet::addRemoval(const QString& strFileName, QString* pstrReason)
+{
+    auto pFile = newFile();
+    const bool bThere = pFile->openRemoval(strFileName);
+    return take(std::move(pFile), bThere, pstrReason);
+}
+
 bool CFileSet::addCopy(const QString& strFrom, const QString& strFileName, QString* pstrReason)
 {
-    auto pFile = std::make_unique<CWholeFile>();
+    auto pFile = newFile();
     const bool bWritten = pFile->open(strFileName) && pFile->writeCopy(strFrom);
     return take(std::move(pFile), bWritten, pstrReason);
 }
 
-bool CFileSet::take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason)
+bool CFileSet::take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason, bool bFirst)
 {
-    if (bWritten && pFile->flush()) {
-        m_vecFile.push_back(std::move(pFile));
+    // Of many files the later ones get their names at once, which closes them.
+    if (bWritten && pFile->flush() && (m_vecFile.size() < g_nMostOpen || pFile->giveName())) {
+        m_vecFile.insert(bFirst ? m_vecFile.begin() : m_vecFile.end(), std::move(pFile));
         return true;
     }
     if (m_strReason.isEmpty()) {
@@ -51,7 +81,7 @@ bool CFileSet::commit(QString* pstrReason)
     }
     std::size_t nInPlace = 0;
     while (m_strReason.isEmpty() && nInPlace < m_vecFile.size()) {
-        if (m_vecFile[nInPlace]->exchange()) {
+        if (m_vecFile[nInPlace]->exchange(nInPlace < g_nMostOpen)) {
             ++nInPlace;
         } else {
             m_strReason = m_vecFile[nInPlace]->reason();

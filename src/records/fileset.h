@@ -18,10 +18,18 @@ namespace tessera {
 /// Without commit() the former files stay.
 class CFileSet {
 public:
-    /// Adds a file with its content.
-    /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
-    /// @return false on failure; commit() then fails, too
+    CFileSet() = default;
+    /// @param strWaiting  a folder in that of the files, in which they wait, so that what a killed program has
+    ///                    left is told from files of the user's. It has to be there
+    explicit CFileSet(const QString& strWaiting) : m_strWaiting(strWaiting) {}
+
+    /// Writes a file of the set, as writeWholeFile() would. A failure is one of the whole set.
     bool add(const QString& strFileName, const QByteArray& bytes, QString* pstrReason = nullptr);
+    /// The same, but commit() begins with it. The same name may be added once more, for what stands there in
+    /// the end.
+    bool addFirst(const QString& strFileName, const QByteArray& bytes, QString* pstrReason = nullptr);
+    /// Has commit() take a file away. It goes back with the others if one cannot go into its place.
+    bool addRemoval(const QString& strFileName, QString* pstrReason = nullptr);
     /// Adds a copy of the file `strFrom`.
     bool addCopy(const QString& strFrom, const QString& strFileName, QString* pstrReason = nullptr);
     /// Whether a file of this name has been added.
@@ -33,8 +41,10 @@ public:
     bool commit(QString* pstrReason = nullptr);
 
 private:
-    bool take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason);
+    std::unique_ptr<CWholeFile> newFile() const;
+    bool take(std::unique_ptr<CWholeFile> pFile, bool bWritten, QString* pstrReason, bool bFirst = false);
 
+    const QString m_strWaiting;
     std::vector<std::unique_ptr<CWholeFile>> m_vecFile;
     QString m_strReason;  ///< of the first failure
 };

@@ -124,9 +124,9 @@ bool CWholeFile::open(const QString& strFileName)
     m_nFile = ::open(strFolder.isEmpty() ? "." : strFolder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC,
                      0666);
     if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0) {
-        closeFile();  // without /proc it could not get a name later
-#endif
+        closeFile();  // without /proc it would never get a name
     }
+#endif
     if (m_nFile < 0 && !makeNamed()) {
         return failBySystem();
     }
@@ -136,10 +136,33 @@ bool CWholeFile::open(const QString& strFileName)
     return true;
 }
 
+/// Prepares that exchange() takes the file away. A link goes itself, not what it leads to.
+bool CWholeFile::openRemoval(const QString& strFileName)
+{
+    m_strFileName = strFileName;
+    m_strPlace = QFile::encodeName(strFileName);
+    m_bRemoval = true;
+    struct stat info = {};
+    if (::lstat(m_strPlace.constData(), &info) != 0) {
+        return failBySystem();
+    }
+    return !S_ISDIR(info.st_mode) || fail(QStringLiteral("is a folder"));
+}
+
+/// In the folder for waiting, where there is one and the file is no other folder's by a link: names go from
+/// one folder to another of the same file system alone.
+QByteArray CWholeFile::newNameBeside() const
+{
+    const QByteArray strFolder = folderOf(m_strPlace);
+    return !m_strWaiting.isEmpty() && folderOf(m_strWaiting) == strFolder
+               ? nameBeside(m_strWaiting + '/' + m_strPlace.mid(strFolder.size()))
+               : nameBeside(m_strPlace);
+}
+
 bool CWholeFile::makeNamed()
 {
     for (int i = 0; i < g_nMaxNames; ++i) {
-        const QByteArray strBeside = nameBeside(m_strPlace);
+        const QByteArray strBeside = newNameBeside();
         m_nFile = ::open(strBeside.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
         if (m_nFile >= 0) {
             m_strBeside = strBeside;
@@ -196,6 +219,9 @@ bool CWholeFile::writeCopy(const QString& strFrom)
 /// Flushes the file to the disk. Network file systems report a full disk only here.
 bool CWholeFile::flush()
 {
+    if (m_bRemoval) {
+        return m_strReason.isEmpty();
+    }
     if (!m_strReason.isEmpty() || m_nFile < 0) {
         return fail(QStringLiteral("not open"));
     }
@@ -209,11 +235,14 @@ bool CWholeFile::flush()
 /// Gives the file its temporary name, if it has none yet, and closes it.
 bool CWholeFile::giveName()
 {
+    if (m_bRemoval || (m_nFile < 0 && (m_bDirect || !m_strBeside.isEmpty()))) {
+        return true;  // nothing to be named, or named before
+    }
     if (m_bDirect) {
         return closeFile() || failBySystem();
     }
     for (int i = 0; m_strBeside.isEmpty() && i < g_nMaxNames; ++i) {
-        const QByteArray strBeside = nameBeside(m_strPlace);
+        const QByteArray strBeside = newNameBeside();
         if (::linkat(AT_FDCWD, pathOfOpenFile(m_nFile).constData(), AT_FDCWD, strBeside.constData(),
                      AT_SYMLINK_FOLLOW) == 0) {
             m_strBeside = strBeside;
@@ -260,9 +289,24 @@ bool CWholeFile::commit(QString* pstrReason)
     return bDone || giveReason(pstrReason, m_strReason);
 }
 
-/// Exchanges the names of this file and the former one, or just renames this file if there is none.
-bool CWholeFile::exchange()
+bool CWholeFile::moveAside()
 {
+    const QByteArray strFormer = newNameBeside();
+    if (std::rename(m_strPlace.constData(), strFormer.constData()) != 0) {
+        return failBySystem();
+    }
+    m_strBeside = strFormer;
+    m_bReplaced = true;
+    return true;
+}
+
+/// Puts a file that has its name beside into place, and the former one, if there is one, beside.
+/// @param bHoldFormer  keep the former file open; a process may have some hundreds open at once
+bool CWholeFile::exchange(bool bHoldFormer)
+{
+    if (m_bRemoval) {
+        return moveAside();
+    }
     if (m_bDirect) {
         return true;
     }
@@ -279,16 +323,16 @@ bool CWholeFile::exchange()
         m_strBeside.clear();
         return true;
     }
-    // Freeing the blocks of a file takes a hundred times as long as renaming. The former file is kept open so
-    // that its blocks are freed only after all files of the set have their names.
-    m_nFormer = ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW);
+    // Freeing the room of a file takes a hundred times as long as all the names here. Held open, it is freed
+    // after the names of the whole set are in order.
+    m_nFormer = bHoldFormer ? ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW) : -1;
 #ifdef RENAME_EXCHANGE
     if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0) {
         return true;
-#endif
     }
-    // The file system cannot exchange names, so it is done in two steps.
-    const QByteArray strFormer = nameBeside(m_strPlace);
+#endif
+    // A file system that cannot exchange: in two steps.
+    const QByteArray strFormer = newNameBeside();
     if (std::rename(pszPlace, strFormer.constData()) != 0) {
         return failBySystem();
     }

@@ -46,25 +46,30 @@ public:
 private:
     friend class CFileSet;  // puts several files in place step by step
 
+    bool openRemoval(const QString& strFileName);
     bool fail(const QString& strWhat);
     bool failBySystem();
+    QByteArray newNameBeside() const;
     bool makeNamed();
     bool flush();
     bool giveName();
     bool copyToNamed();
     bool closeFile();
-    bool exchange();
+    bool moveAside();
+    bool exchange(bool bHoldFormer = true);
     void goBack();
     void removeBeside();
     void discard();
 
     QString m_strFileName;
     QString m_strReason;
-    QByteArray m_strPlace;   ///< final name, after following all links
-    QByteArray m_strBeside;  ///< temporary name; after exchange() that of the former file
+    QByteArray m_strPlace;   ///< the file itself, behind all links
+    QByteArray m_strBeside;  ///< its name until it is in place; after exchange() that of the former file
+    QByteArray m_strWaiting;  ///< folder in which it waits; empty: that of the file
     int m_nFile = -1;
     int m_nFormer = -1;        ///< the former file, kept open while its name is removed, see exchange()
     bool m_bDirect = false;    ///< a device or a pipe
+    bool m_bRemoval = false;   ///< exchange() takes the file away and puts none there
     bool m_bFlushed = false;   ///< all of it is on the disk
     bool m_bReplaced = false;  ///< exchange() has found a former file
 };

@@ -1,8 +1,8 @@
 // Leftovers: kept works of windows that did not end normally.
 #pragma once
 
+#include "records/worklock.h"
 #include "workstate/keptwork.h"
-#include "workstate/worklock.h"
 
 #include <memory>
 #include <vector>

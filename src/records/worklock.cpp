@@ -1,4 +1,4 @@
-#include "workstate/worklock.h"
+#include "records/worklock.h"
 
 #include <QFile>
 
@@ -34,9 +34,12 @@ int locked(int nFile)
 
 }  // namespace
 
-bool CWorkLock::take(const QString& strFile, QString* pstrReason)
+bool CWorkLock::take(const QString& strFile, QString* pstrReason, bool* pbHeld)
 {
     release();
+    if (pbHeld) {
+        *pbHeld = false;
+    }
     const QByteArray strName = QFile::encodeName(strFile);
     const auto fail = [&](const QString& strWhat) {
         if (pstrReason) {
@@ -52,6 +55,9 @@ bool CWorkLock::take(const QString& strFile, QString* pstrReason)
         const int nError = locked(nFile);
         if (nError == EWOULDBLOCK) {
             ::close(nFile);
+            if (pbHeld) {
+                *pbHeld = true;
+            }
             return fail(QStringLiteral("another window holds it"));
         }
         if (isStillThere(nFile, strName)) {

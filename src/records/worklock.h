@@ -1,4 +1,4 @@
-// CWorkLock: a file lock that tells whether the window that took it is still running.
+// CWorkLock: tells whether a living window or program holds a file.
 #pragma once
 
 #include <QString>
@@ -16,11 +16,12 @@ public:
     CWorkLock(const CWorkLock&) = delete;             ///< a lock has one owner
     CWorkLock& operator=(const CWorkLock&) = delete;  ///< a lock has one owner
 
-    /// Takes the lock without waiting; creates its file if necessary.
-    /// @param pstrReason  may be null; gets the reason of a failure
-    /// @return false if somebody else holds the lock, or the file cannot be created
-    bool take(const QString& strFile, QString* pstrReason = nullptr);
-    /// Releases the lock and leaves its file.
+    /// Makes the lock's file where there is none and takes the lock, without waiting.
+    /// @param pstrReason  may be null; on failure why
+    /// @param pbHeld      may be null; on failure whether another one holds it
+    /// @return false where another one holds it, or where no file can be made
+    bool take(const QString& strFile, QString* pstrReason = nullptr, bool* pbHeld = nullptr);
+    /// Gives the lock back; its file stays.
     void release();
     /// Releases the lock and removes its file.
     void remove();
