@@ -23,8 +23,8 @@ QString shortName(const QString& strFile)
 /// Collects the files that are written together.
 class CCollector {
 public:
-    CCollector(const QString& strBase, const QStringList& listTaken, IntegrationFiles& files)
-        : m_strBase(strBase), m_listTaken(listTaken), m_files(files)
+    CCollector(const QString& strBase, const QStringList& listTaken, const FnTakeFile& fnTake)
+        : m_strBase(strBase), m_listTaken(listTaken), m_fnTake(fnTake)
     {}
 
     void add(ResultFile file, const QByteArray& bytes) { addAt(m_strBase + resultSuffix(file), bytes); }
@@ -48,44 +48,37 @@ public:
         addAt(strFile, bytes);
     }
 
-    bool commit(QString* pstrReason)
-    {
-        if (m_set.commit(pstrReason)) {
-            return true;
-        }
-        m_files = {};
-        return false;
-    }
+    const IntegrationFiles& files() const { return m_files; }
 
 private:
     void addAt(const QString& strFile, const QByteArray& bytes)
     {
-        m_set.add(strFile, bytes);
+        m_fnTake(strFile, bytes);
         m_files.listFile.append(strFile);
     }
 
-    CFileSet m_set;
     const QString m_strBase;
     const QStringList m_listTaken;
-    IntegrationFiles& m_files;
+    const FnTakeFile& m_fnTake;
+    IntegrationFiles m_files;
 };
 
 }  // namespace
 
-bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data, const QString& strBase,
-                           const QStringList& listTaken, IntegrationFiles& files, QString* pstrReason)
+IntegrationFiles makeIntegrationFiles(const IntegrationResult& result, const StructureData& data,
+                                      const QString& strBase, const QStringList& listTaken, ObservedOn on,
+                                      const FnTakeFile& fnTake)
 {
-    files = {};
-    CCollector collector(strBase, listTaken, files);
+    CCollector collector(strBase, listTaken, fnTake);
     const double dfScale = hklfScale(data.listUnmerged);
     const QString strReflections = strBase + resultSuffix(ResultFile::Integrated);
     collector.add(ResultFile::Integrated, hklfText(data.listUnmerged, dfScale));
     collector.add(ResultFile::Merged, hklfText(data.listMerged, dfScale));
-    collector.add(ResultFile::Rejected, rejectedText(result));
+    collector.add(ResultFile::Rejected, rejectedText(result, on));
     const QByteArray bytesIns = insText(data, shortName(strReflections));
     collector.addSealed(strBase, ResultFile::Ins, bytesIns);
     const QString strOfReflections = strReflections.left(strReflections.lastIndexOf(QLatin1Char('.')));
-    if (!files.listFile.contains(strOfReflections + resultSuffix(ResultFile::Ins))) {
+    if (!collector.files().listFile.contains(strOfReflections + resultSuffix(ResultFile::Ins))) {
         collector.addSealed(strOfReflections, ResultFile::Ins, bytesIns);
     }
     collector.addSealed(strBase, ResultFile::Cif, cifText(data, dfScale));
@@ -93,7 +86,21 @@ bool writeIntegrationFiles(const IntegrationResult& result, const StructureData&
     if (!bytesMtz.isEmpty()) {
         collector.addSealed(strBase, ResultFile::Mtz, bytesMtz);
     }
-    return collector.commit(pstrReason);
+    return collector.files();
+}
+
+bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data, const QString& strBase,
+                           const QStringList& listTaken, IntegrationFiles& files, QString* pstrReason)
+{
+    CFileSet set;
+    files = makeIntegrationFiles(
+        result, data, strBase, listTaken, ObservedOn::Frames,
+        [&set](const QString& strFile, const QByteArray& bytes) { set.add(strFile, bytes); });
+    if (set.commit(pstrReason)) {
+        return true;
+    }
+    files = {};
+    return false;
 }
 
 }  // namespace tessera

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "integration/integrationresult.h"
+#include "integration/rejectedlist.h"
 #include "integration/structuredata.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 namespace tessera {
 
@@ -31,5 +34,14 @@ struct IntegrationFiles {
 [[nodiscard]] bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data,
                                          const QString& strBase, const QStringList& listTaken,
                                          IntegrationFiles& files, QString* pstrReason = nullptr);
+
+/// Takes a file of the set: its path and what it is to hold.
+using FnTakeFile = std::function<void(const QString&, const QByteArray&)>;
+
+/// The same files for a set of the caller's, which has others in it: hands them over one by one.
+/// @return those that were handed over, and the notes
+IntegrationFiles makeIntegrationFiles(const IntegrationResult& result, const StructureData& data,
+                                      const QString& strBase, const QStringList& listTaken, ObservedOn on,
+                                      const FnTakeFile& fnTake);
 
 }  // namespace tessera

@@ -16,13 +16,15 @@ QByteArray numberOrEmpty(double dfValue, char chFormat, int nDecimals)
 
 }  // namespace
 
-QByteArray rejectedText(const IntegrationResult& result)
+QByteArray rejectedText(const IntegrationResult& result, ObservedOn on)
 {
+    const bool bFrames = on == ObservedOn::Frames;
     std::map<int, const RejectedObservation*> mapOutlier;
     for (const RejectedObservation& rejected : result.scaling.listRejected) {
         mapOutlier[rejected.nObservation] = &rejected;
     }
-    QByteArray bytes = "h,k,l,frame,x,y,intensity,sigma,deviation,why\n";
+    QByteArray bytes = bFrames ? "h,k,l,frame,x,y,intensity,sigma,deviation,why\n"
+                               : "h,k,l,crystal,intensity,sigma,deviation,why\n";
     const std::vector<Observation>& list = result.integrated.listObservation;
     for (size_t n = 0; n < list.size(); ++n) {
         const Observation& observation = list[n];
@@ -32,9 +34,11 @@ QByteArray rejectedText(const IntegrationResult& result)
         for (const int nIndex : conventionalIndex(result.chosen.symmetry, observation.anIndex)) {
             bytes += QByteArray::number(nIndex) + ',';
         }
-        bytes += numberOrEmpty(observation.dfFrame + 1, 'f', 1) + ',';
-        bytes += numberOrEmpty(observation.place.dfX, 'f', 1) + ',';
-        bytes += numberOrEmpty(observation.place.dfY, 'f', 1) + ',';
+        bytes += numberOrEmpty(observation.dfFrame + 1, 'f', bFrames ? 1 : 0) + ',';
+        if (bFrames) {
+            bytes += numberOrEmpty(observation.place.dfX, 'f', 1) + ',';
+            bytes += numberOrEmpty(observation.place.dfY, 'f', 1) + ',';
+        }
         if (observation.isMeasured()) {
             bytes += numberOrEmpty(observation.corrected(), 'g', 6) + ',';
             bytes += numberOrEmpty(observation.correctedSigma(), 'g', 6) + ',';
