@@ -46,9 +46,11 @@ QJsonObject objectOf(const SeriesChoice& choice)
     return object;
 }
 
+/// A key that is not there counts as 1; one of another type, or null, is a mistake of whoever wrote it.
 bool readCount(const QJsonObject& object, const char* pszKey, int nMost, int& nCount)
 {
-    const double df = object[QLatin1String(pszKey)].toDouble(1);
+    const QJsonValue value = object[QLatin1String(pszKey)];
+    const double df = value.isUndefined() ? 1 : value.toDouble();
     if (!(df >= 1 && df <= nMost && df == std::floor(df))) {
         return false;
     }
@@ -58,10 +60,11 @@ bool readCount(const QJsonObject& object, const char* pszKey, int nMost, int& nC
 
 bool readRanges(const QJsonObject& object, const char* pszKey, QList<FrameRange>& listRange)
 {
-    const QString strText = object[QLatin1String(pszKey)].toString();
+    const QJsonValue value = object[QLatin1String(pszKey)];
+    const QString strText = value.toString();
     const auto ranges = strText.isEmpty() ? QList<FrameRange>() : frameRanges(strText);
     listRange = ranges.value_or(QList<FrameRange>());
-    return ranges.has_value();
+    return (value.isUndefined() || value.isString()) && ranges.has_value();
 }
 
 std::optional<SeriesChoice> choiceOf(const QJsonObject& object)
@@ -72,6 +75,24 @@ std::optional<SeriesChoice> choiceOf(const QJsonObject& object)
                        readRanges(object, "frames", choice.listFrames) &&
                        readRanges(object, "skip", choice.listSkipped);
     return bGood ? std::optional<SeriesChoice>(choice) : std::nullopt;
+}
+
+/// @return false where it is there and tells of something else than results
+bool readFormer(const QJsonValue& array, std::vector<FormerResult>& listFormer)
+{
+    const QJsonArray arrayFormer = array.toArray();
+    for (const QJsonValue& value : arrayFormer) {
+        const QJsonObject former = value.toObject();
+        const FormerResult result = {
+            former[QStringLiteral("file")].toString(), former[QStringLiteral("sha1")].toString(), {}};
+        const auto choice = choiceOf(former);
+        if (result.strName.isEmpty() || result.strSum.isEmpty() || !choice) {
+            return false;
+        }
+        listFormer.push_back(result);
+        listFormer.back().choice = *choice;
+    }
+    return array.isUndefined() || array.isArray();
 }
 
 std::optional<ChoiceFile> readFile(const QString& strFile, QString* pstrReason)
@@ -92,13 +113,9 @@ std::optional<ChoiceFile> readFile(const QString& strFile, QString* pstrReason)
         return std::nullopt;
     }
     file.choice = *choice;
-    const QJsonArray arrayFormer = object[QStringLiteral("former")].toArray();
-    for (const auto& value : arrayFormer) {
-        const QJsonObject former = value.toObject();
-        if (const auto choiceThen = choiceOf(former)) {
-            file.listFormer.push_back({former[QStringLiteral("file")].toString(),
-                                       former[QStringLiteral("sha1")].toString(), *choiceThen});
-        }
+    if (!readFormer(object[QStringLiteral("former")], file.listFormer)) {
+        giveReason(pstrReason, strFile, QStringLiteral("it does not tell how its results were made"));
+        return std::nullopt;
     }
     return file;
 }

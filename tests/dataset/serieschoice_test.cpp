@@ -144,8 +144,16 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
     EXPECT_FALSE(QFileInfo::exists(seriesChoiceFile(strBase)));
 
     // What is none of these files is neither believed nor replaced.
-    for (const char* bytes : {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
-                              "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}"}) {
+    for (const char* bytes :
+         {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}",
+          // Of another type a value would count as that of a plain series.
+          "{\"format\":\"Tessera series\",\"version\":1,\"bin\":\"2\"}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"sum\":null}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"frames\":[5,60]}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"skip\":3}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"former\":{}}",
+          "{\"format\":\"Tessera series\",\"version\":1,\"former\":[{\"file\":\"p.pk\"}]}"}) {
         writeBytes(seriesChoiceFile(strBase), bytes);
         EXPECT_FALSE(readSeriesChoice(strBase, &strReason)) << bytes;
         EXPECT_FALSE(keepSeriesChoice(strBase, binned, &strReason));
