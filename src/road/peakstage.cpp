@@ -110,6 +110,23 @@ bool learnFromFrames(RoadState& state, QList<QPoint>& listHotPixel)
     return true;
 }
 
+/// Where no spot can be measured the radii are those of the page, which suit frames that are not binned.
+void hintAtBins(RoadState& state, const Hunt& parameters)
+{
+    const int nBin = state.dataSet.m_reading.choice.nBin;
+    if (nBin > 1) {
+        state.report.addMessage(
+            QStringLiteral(
+                "Hint: the frames are binned %1 × %1, and radii count binned pixels, in which spots "
+                "are smaller. Try --peak-radius below %2 and --background-radius below %3, or "
+                "smaller bins.")
+                .arg(nBin)
+                .arg(parameters.m_dfPeakRadius)
+                .arg(parameters.m_dfBackgroundRadius),
+            Severity::Warning);
+    }
+}
+
 }  // namespace
 
 StageResult runPeakStage(RoadState& state)
@@ -152,6 +169,7 @@ StageResult runPeakStage(RoadState& state)
     peaks.dfFrameScale = parameters.m_dfFrameScale;
     peaks.nPeaks = countPeaks(dataSet.m_listPeakFrame);
     if (peaks.nPeaks == 0) {
+        hintAtBins(state, parameters);
         return state.report.failed(QStringLiteral("No peaks were found on any frame."));
     }
     keepHotPixels(state, listHotPixel);

@@ -93,8 +93,10 @@ TEST_F(Stages, EndWithASummaryOfWhatWasFoundAndWritten)
     const QStringList listLater = summaryOf(batch("whole", {"--from", "cell", "--to", "cell"}));
     EXPECT_EQ(listLater[0], QString("Summary of q: cell reached"));
     EXPECT_EQ(listLater.value(listLater.indexOf(QRegExp("Files in .*")) + 1).trimmed(), QString("q.uc"));
-    const BatchOutcome none = batch("none", {"--peak-threshold", "1e6"});
+    const BatchOutcome none = batch("none", {"--peak-threshold", "1e6", "--bin", "2"});
     EXPECT_NE(none.nStatus, 0);
+    EXPECT_TRUE(none.strText.contains("Hint: the frames are binned 2 × 2, and radii count binned pixels"))
+        << none.strText.toStdString();
     const QStringList listNone = summaryOf(none);
     EXPECT_EQ(listNone[0], QString("Summary of q: ended in peaks. No peaks were found on any frame."));
     EXPECT_TRUE(listNone.filter("Cell: ").isEmpty());
