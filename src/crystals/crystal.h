@@ -20,6 +20,7 @@ struct Crystal {
     QString strLaueClass;       ///< that the run has merged in
     double dfWavelength = 0;    ///< Å
     double dfCompleteness = 0;  ///< 0 to 1, of the run alone
+    int nUnique = 0;            ///< reflections that it has merged in that class; 0: not told
     double dfRInt = 0;
     double dfCcHalf = 0;
     QString strEnded;                            ///< when the run ended, UTC as the record has it

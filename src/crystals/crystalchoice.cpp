@@ -27,7 +27,7 @@ CLeaveOneOut::CLeaveOneOut(const std::vector<Observation>& listObservation, cons
         Sums& sums = m_listSums[nGroup];
         const auto forEach = [&](auto fn) {
             for (int n = groups.listStart[nGroup]; n < groups.listStart[nGroup + 1]; ++n) {
-                const Observation& one = listObservation[size_t(groups.listMember[size_t(n)])];
+                const Observation& one = listObservation[size_t(groups.listMember[n])];
                 fn(one, 1 / (one.correctedSigma() * one.correctedSigma()));
             }
         };
@@ -38,7 +38,7 @@ CLeaveOneOut::CLeaveOneOut(const std::vector<Observation>& listObservation, cons
         });
         sums.dfMean /= sums.dfWeight;
         forEach([&](const Observation& one, double dfWeight) {
-            std::vector<Part>& listPart = m_listParts[size_t(one.nFirstFrame)];
+            std::vector<Part>& listPart = m_listParts[one.nFirstFrame];
             if (listPart.empty() || listPart.back().nGroup != int(nGroup)) {
                 listPart.push_back({int(nGroup)});
             }
@@ -91,7 +91,7 @@ double CLeaveOneOut::ccHalf(const Totals& totals)
 
 void CLeaveOneOut::addChange(const Part& part, Totals& totals) const
 {
-    Sums sums = m_listSums[size_t(part.nGroup)];
+    Sums sums = m_listSums[part.nGroup];
     add(sums, -1, totals);
     sums.nObserved -= part.nObserved;
     sums.dfWeight -= part.dfWeight;
@@ -103,7 +103,7 @@ void CLeaveOneOut::addChange(const Part& part, Totals& totals) const
 double CLeaveOneOut::ccHalfWithout(int nCrystal) const
 {
     Totals totals = m_all;
-    for (const Part& part : m_listParts[size_t(nCrystal)]) {
+    for (const Part& part : m_listParts[nCrystal]) {
         addChange(part, totals);
     }
     return ccHalf(totals);
@@ -114,7 +114,7 @@ CLeaveOneOut::Gain CLeaveOneOut::gainOf(int nCrystal) const
     const Variances all = variancesOf(m_all);
     Totals without = m_all;
     double dfSquares = 0;
-    for (const Part& part : m_listParts[size_t(nCrystal)]) {
+    for (const Part& part : m_listParts[nCrystal]) {
         Totals change;
         addChange(part, change);
         without.nGroups += change.nGroups;
@@ -144,15 +144,14 @@ std::vector<Observation> amplitudesOf(const std::vector<Observation>& listObserv
     for (size_t n = 0; n < list.size(); ++n) {
         Observation& one = list[n];
         const int nGroup = groups.listGroup[n];
-        const double dfMean = nGroup < 0 ? 1 : resolutionMean.mean(listDStar[size_t(nGroup)]);
+        const double dfMean = nGroup < 0 ? 1 : resolutionMean.mean(listDStar[nGroup]);
         const double dfSquare = one.corrected() / dfMean, dfSigma = one.correctedSigma() / dfMean;
         one.dfLorentz = one.dfScale = one.dfSigmaFactor = 1;
         one.dfIntensity = std::copysign(std::sqrt(std::abs(dfSquare)), dfSquare);
         // By the amplitude of the group, as weights that follow their own observation would pull the mean.
         one.dfSigma = nGroup < 0
                           ? 0
-                          : dfSigma /
-                                (2 * std::sqrt(std::max(listIntensity[size_t(nGroup)] / dfMean, dfSigma)));
+                          : dfSigma / (2 * std::sqrt(std::max(listIntensity[nGroup] / dfMean, dfSigma)));
     }
     return list;
 }
@@ -181,7 +180,7 @@ int harmfulCrystal(const std::vector<CLeaveOneOut::Gain>& listGain)
     for (size_t n = 0; n < listGain.size(); ++n) {
         const CLeaveOneOut::Gain& gain = listGain[n];
         if (std::isfinite(gain.dfGain) && gain.dfGain < std::min(dfLimit, -3 * gain.dfError) &&
-            (nWorst < 0 || gain.dfGain < listGain[size_t(nWorst)].dfGain)) {
+            (nWorst < 0 || gain.dfGain < listGain[nWorst].dfGain)) {
             nWorst = int(n);
         }
     }

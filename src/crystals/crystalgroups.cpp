@@ -46,7 +46,7 @@ CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTol
     CDistances distances(nCount);
     for (int i = 0; i < nCount; ++i) {
         for (int j = i + 1; j < nCount; ++j) {
-            distances.set(i, j, latticeDistance(listBasis[size_t(i)], listBasis[size_t(j)], tolerance));
+            distances.set(i, j, latticeDistance(listBasis[i], listBasis[j], tolerance));
         }
     }
     groups.listJoint = averageLinkage(distances);
@@ -55,14 +55,14 @@ CrystalGroups groupByCell(const std::vector<Crystal>& listCrystal, const CellTol
                                               : 1 + *std::max_element(listCluster.begin(), listCluster.end());
     std::vector<std::vector<int>> listPlaces{size_t(nClusters)};
     for (int n = 0; n < nCount; ++n) {
-        listPlaces[size_t(listCluster[size_t(n)])].push_back(n);
+        listPlaces[size_t(listCluster[n])].push_back(n);
     }
     for (const std::vector<int>& listPlace : listPlaces) {
         CrystalGroup group;
         group.tolerance = tolerance;
         group.reference = listBasis[size_t(middleOf(listPlace, distances))];
         for (const int n : listPlace) {
-            group.listMember.push_back(groups.listInTree[size_t(n)]);
+            group.listMember.push_back(groups.listInTree[n]);
         }
         groups.listGroup.push_back(std::move(group));
     }

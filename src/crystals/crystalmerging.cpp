@@ -3,6 +3,7 @@
 #include "crystals/crystalchoice.h"
 #include "crystals/crystalsapart.h"
 #include "crystals/meancell.h"
+#include "crystals/mergedjudgement.h"
 #include "integration/equivalents.h"
 #include "integration/errormodel.h"
 #include "records/runends.h"
@@ -27,7 +28,7 @@ std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal,
             continue;
         }
         const SettledCrystal& settled = merged.listSettled[n];
-        for (const ScaledIntensity& one : listCrystal[size_t(settled.nCrystal)].listIntensity) {
+        for (const ScaledIntensity& one : listCrystal[settled.nCrystal].listIntensity) {
             Observation observation;
             if (!wholeIndex(settled.matIndices, one.anIndex, observation.anIndex)) {
                 continue;
@@ -44,110 +45,6 @@ std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal,
         }
     }
     return list;
-}
-
-/// What the judgement says of one crystal's turn and further tilts does not hold for many.
-class CWarningsAlone : public CRunReport {
-public:
-    explicit CWarningsAlone(CRunReport& report) : m_report(report) {}
-    void addMessage(const QString& strText, Severity severity) override
-    {
-        if (severity == Severity::Warning || severity == Severity::Error) {
-            m_report.addMessage(strText, severity);
-        }
-    }
-    bool goOn() override { return m_report.goOn(); }
-
-private:
-    CRunReport& m_report;
-};
-
-IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCell& cell, size_t nCrystals,
-                        double dfWavelength, const CrystalMergeOptions& options, CRunReport& report)
-{
-    IntegratedSeries integrated;
-    integrated.listObservation = std::move(listObservation);
-    for (const Observation& observation : integrated.listObservation) {
-        integrated.dfMaxDStar = std::max(integrated.dfMaxDStar, observation.dfDStar);
-    }
-    SeriesGeometry series;
-    series.listTilt.assign(nCrystals, 0.0);
-    series.listBeam.assign(nCrystals, FramePlace());
-    series.geometry.dfWavelength = dfWavelength;
-    JudgedLattice lattice;
-    lattice.cell = cell.mean;
-    const double dfRoot = std::sqrt(double(std::max<size_t>(nCrystals, 1)));
-    std::array<double, 6> adfErrors = cell.spread.numbers();
-    for (double& df : adfErrors) {
-        df /= dfRoot;
-    }
-    lattice.cellErrors = cellOfNumbers(adfErrors);
-    JudgementOptions judgement = options.judgement;
-    judgement.scaling.bScale = false;
-    judgement.scaling.bDecay = false;
-    if (judgement.dfDMin * integrated.dfMaxDStar < 1) {
-        if (judgement.dfDMin > 0) {
-            report.addMessage(
-                QStringLiteral("Nothing was measured beyond %1 Å: this is the limit, in place of %2 Å.")
-                    .arg(1 / integrated.dfMaxDStar, 0, 'f', 3)
-                    .arg(judgement.dfDMin, 0, 'f', 3));
-        }
-        judgement.dfDMin = 0;
-    }
-    CWarningsAlone warnings(report);
-    IntegrationResult result = judgeIntegration(integrated, series, lattice, judgement, warnings);
-    result.forecast = {};  // it tells of more tilts of one crystal
-    return result;
-}
-
-/// What the crystals said before their scales: the judgement knows them as they come to it.
-void judgeUnscaled(const CrystalMergeOptions& options, MergedCrystals& merged)
-{
-    IntegrationResult& result = merged.result;
-    std::vector<Observation> list = result.integrated.listObservation;
-    for (Observation& observation : list) {
-        const double dfFactor = merged.listScale[size_t(observation.nFirstFrame)].factor(
-            observation.dfDStar * observation.dfDStar / 4);
-        observation.dfIntensity /= dfFactor;
-        observation.dfSigma /= dfFactor;
-        observation.dfScale = 1;
-        observation.dfSigmaFactor = 1;
-        observation.nFlags &= ~unsigned(FlagOutlier);
-    }
-    result.unscaled = judgeMerging(list, result.chosen.symmetry, result.chosen.cell,
-                                   result.series.frameCount(), 1 / result.integrated.dfMaxDStar,
-                                   options.judgement.nShells);
-}
-
-/// A class that the intensities do not have makes equivalents of what is none: the outliers go, and what is
-/// left agrees by that.
-void tellWrongClass(const IntegrationResult& result, const CrystalMergeOptions& options, CRunReport& report)
-{
-    const double dfMostOutliers = 0.05;  // many times what the rejection takes of Gaussian errors
-    const size_t nObserved = result.integrated.listObservation.size();
-    const size_t nRejected = result.scaling.listRejected.size();
-    if (double(nRejected) > dfMostOutliers * double(nObserved)) {
-        report.addMessage(
-            QStringLiteral("%1 of %2 observations (%3 %) are rejected as outliers: the agreement "
-                           "is that of the others alone, and the symmetry may be too high.")
-                .arg(nRejected)
-                .arg(nObserved)
-                .arg(100.0 * double(nRejected) / double(nObserved), 0, 'f', 1),
-            Severity::Warning);
-    }
-    const bool bAsked = !options.judgement.strLaueClass.isEmpty() || options.judgement.nSpaceGroup > 0;
-    for (const LaueCandidate& candidate : result.laue.listCandidate) {
-        if (bAsked && result.chosen.dfLikelihood < 0.01 && candidate.dfLikelihood > 0.5) {
-            report.addMessage(
-                QStringLiteral("The Laue class %1 that was asked for is not that of the intensities: its "
-                               "likelihood is %2, that of %3 is %4.")
-                    .arg(result.chosen.strClass)
-                    .arg(result.chosen.dfLikelihood, 0, 'g', 2)
-                    .arg(candidate.strClass)
-                    .arg(candidate.dfLikelihood, 0, 'f', 2),
-                Severity::Warning);
-        }
-    }
 }
 
 /// Merges, and leaves out what makes it worse, one crystal at a time.
@@ -176,13 +73,8 @@ public:
         const size_t nFirst = size_t(std::find(m_merged.listUsed.begin(), m_merged.listUsed.end(), 1) -
                                      m_merged.listUsed.begin());
         const Crystal& first = m_listCrystal[size_t(m_merged.listSettled[nFirst].nCrystal)];
-        m_merged.cellMean = m_cell.mean;
-        m_merged.cellSpread = m_cell.spread;
-        m_merged.result = judge(std::move(m_listObservation), m_cell, m_merged.listSettled.size(),
-                                first.dfWavelength, m_options, m_report);
-        m_merged.result.cellErrors = errorsOfMean(m_listCrystal, m_merged);
-        judgeUnscaled(m_options, m_merged);
-        tellWrongClass(m_merged.result, m_options, m_report);
+        judgeMerged(m_listCrystal, std::move(m_listObservation), m_cell, first.dfWavelength, m_options,
+                    m_report, m_merged);
         return m_report.goOn();
     }
 
@@ -262,15 +154,15 @@ std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, const
 {
     std::vector<int> listOrder = listMember, listKept;
     std::stable_sort(listOrder.begin(), listOrder.end(), [&](int nOne, int nOther) {
-        const Crystal& one = listCrystal[size_t(nOne)];
-        const Crystal& other = listCrystal[size_t(nOther)];
+        const Crystal& one = listCrystal[nOne];
+        const Crystal& other = listCrystal[nOther];
         return one.frames.count() != other.frames.count() ? one.frames.count() > other.frames.count()
                                                           : one.strEnded > other.strEnded;
     });
     for (const int n : listOrder) {
-        const RunFrames& frames = listCrystal[size_t(n)].frames;
+        const RunFrames& frames = listCrystal[n].frames;
         const auto itOther = std::find_if(listKept.begin(), listKept.end(), [&](int nKept) {
-            return isDependent(frames, listCrystal[size_t(nKept)].frames);
+            return isDependent(frames, listCrystal[nKept].frames);
         });
         if (itOther == listKept.end()) {
             listKept.push_back(n);
@@ -365,7 +257,7 @@ bool settleGroup(const std::vector<Crystal>& listCrystal, std::vector<int> listM
         for (const std::vector<int>& listKind : apart.listKind) {
             std::vector<int> list;
             for (const int nPlace : listKind) {
-                list.push_back(part.listSettled[size_t(nPlace)].nCrystal);
+                list.push_back(part.listSettled[nPlace].nCrystal);
             }
             merged.listOtherKind.push_back(std::move(list));
         }

@@ -1,5 +1,6 @@
 #include "crystals/crystalreading.h"
 
+#include "dataset/newproject.h"
 #include "records/regularfile.h"
 #include "records/resultfile.h"
 
@@ -31,7 +32,8 @@ bool readWhole(const QString& strFile, QByteArray& bytes, QString& strReason)
         strReason = QStringLiteral("it is larger than any list of a run");
         return false;
     }
-    bytes = file.readAll();
+    // What has no size, as the files of the system itself, may keep a reader waiting for ever.
+    bytes = file.read(file.size());
     return true;
 }
 
@@ -143,7 +145,7 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
         ScaledIntensity intensity;
         bool bGood = true, bNumber = false;
         for (int n = 0; n < 3; ++n) {
-            intensity.anIndex[size_t(n)] = line.mid(n * nIndexWidth, nIndexWidth).trimmed().toInt(&bNumber);
+            intensity.anIndex[n] = line.mid(n * nIndexWidth, nIndexWidth).trimmed().toInt(&bNumber);
             bGood = bGood && bNumber;
         }
         intensity.dfIntensity = line.mid(3 * nIndexWidth, nNumberWidth).trimmed().toDouble(&bNumber);
@@ -164,6 +166,25 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
     return false;
 }
 
+/// Cells and wavelengths that no run has: numbers of another unit, or of a record that was changed.
+/// @return why it is none of a crystal; empty if it is one
+QString whyAbsurd(const Crystal& crystal)
+{
+    // Å. No two atoms of a lattice lie closer than the first; crystals of viruses reach a third of the
+    // second.
+    const double dfLeastEdge = 1, dfMostEdge = 5000;
+    for (const double df : {crystal.cell.a, crystal.cell.b, crystal.cell.c}) {
+        if (!(df >= dfLeastEdge && df <= dfMostEdge)) {
+            return QStringLiteral("Its record has a cell with an edge of %1 Å, which is none of a crystal.")
+                .arg(df);
+        }
+    }
+    return isElectronWavelength(crystal.dfWavelength)
+               ? QString()
+               : QStringLiteral("Its record has %1 as wavelength in Å, which is none of electrons.")
+                     .arg(crystal.dfWavelength);
+}
+
 /// @return false where the record tells no cell
 bool takeRun(const QJsonObject& run, Crystal& crystal)
 {
@@ -177,6 +198,7 @@ bool takeRun(const QJsonObject& run, Crystal& crystal)
     crystal.strLaueClass = quality.value(QStringLiteral("laueClass")).toString();
     crystal.chCentring = centringOf(quality);
     crystal.dfCompleteness = quality.value(QStringLiteral("completeness")).toDouble();
+    crystal.nUnique = quality.value(QStringLiteral("unique")).toInt();
     crystal.dfRInt = quality.value(QStringLiteral("rInt")).toDouble(std::nan(""));
     crystal.dfCcHalf = quality.value(QStringLiteral("ccHalf")).toDouble(std::nan(""));
     crystal.dfWavelength = run.value(QStringLiteral("parameters"))
@@ -223,6 +245,10 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     if (!takeRun(run, crystal)) {
         return QStringLiteral("Its record tells no cell of the intensities.");
     }
+    strReason = whyAbsurd(crystal);
+    if (!strReason.isEmpty()) {
+        return strReason;
+    }
     if (!takeReflections(bytes, crystal.listIntensity)) {
         return QStringLiteral("%1 is no whole list of reflections.").arg(strList);
     }
@@ -236,7 +262,7 @@ ReadCrystals readCrystals(const QStringList& listFolder)
     ReadCrystals read;
     for (const QString& strFolder : listFolder) {
         const QFileInfoList listRecord = QDir(strFolder).entryInfoList(
-            {QLatin1Char('*') + resultSuffix(ResultFile::Run)}, QDir::Files | QDir::Readable, QDir::Name);
+            {QLatin1Char('*') + resultSuffix(ResultFile::Run)}, QDir::Files, QDir::Name);
         if (listRecord.isEmpty()) {
             read.listUnread.push_back(
                 {strFolder,

@@ -77,11 +77,11 @@ ApartCrystals findApart(const SettledCrystals& settled, const std::vector<Joint>
     apart.listReason.resize(list.size());
     for (size_t n = 0; n < listBranch.size(); ++n) {
         for (const int nPlace : listBranch[n]) {
-            const SettledCrystal& crystal = list[size_t(nPlace)];
+            const SettledCrystal& crystal = list[nPlace];
             if (n != nKept) {
-                apart.listReason[size_t(nPlace)] = whyApart(crystal, listBranch[n].size());
+                apart.listReason[nPlace] = whyApart(crystal, listBranch[n].size());
             } else if (listBranch[n].size() > 1 && crystal.dfCorrelation < chanceOf(crystal)) {
-                apart.listReason[size_t(nPlace)] =
+                apart.listReason[nPlace] =
                     crystal.nCommon < g_nFewCommon
                         ? tooFew(crystal)
                         : QStringLiteral(

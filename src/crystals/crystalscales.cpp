@@ -104,7 +104,7 @@ Line improved(const std::vector<Point>& listPoint, const std::vector<Mean>& list
     double dfW = 0, dfX = 0, dfY = 0, dfXX = 0, dfXY = 0;
     int nUsed = 0;
     for (const Point& point : listPoint) {
-        const Mean& mean = listMean[size_t(point.nReflection)];
+        const Mean& mean = listMean[point.nReflection];
         if (!mean.isStrong()) {
             continue;
         }
@@ -216,7 +216,7 @@ std::vector<CrystalScale> scaleCrystals(const std::vector<const std::vector<Frie
     for (size_t n = 0; n < listLine.size(); ++n) {
         const auto nCommon = std::count_if(
             listPoints[n].begin(), listPoints[n].end(),
-            [&](const Point& point) { return listReflection[size_t(point.nReflection)].isStrong(); });
+            [&](const Point& point) { return listReflection[point.nReflection].isStrong(); });
         listScale.push_back({std::exp(listLine[n].dfOffset), listLine[n].dfSlope / 2, int(nCommon)});
     }
     return listScale;

@@ -110,7 +110,7 @@ std::vector<FriedelIntensity> underSymmetry(const std::vector<FriedelIntensity>&
     Eigen::Matrix3d matBack;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            matBack(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) / symmetry.nDenominator;
+            matBack(nRow, n) = double(symmetry.anTransform[nRow][n]) / symmetry.nDenominator;
         }
     }
     matBack = matBack.inverse().eval();
@@ -137,7 +137,7 @@ int usualRotations(const std::vector<Crystal>& listCrystal, const std::vector<Ca
 {
     std::vector<int> list;
     for (const Candidate& candidate : listCandidate) {
-        const int nRotations = rotationCount(listCrystal[size_t(candidate.nCrystal)].strLaueClass);
+        const int nRotations = rotationCount(listCrystal[candidate.nCrystal].strLaueClass);
         if (nRotations > 0) {
             list.push_back(nRotations);
         }
@@ -190,8 +190,8 @@ CDistances distancesOf(const CSettingChoices& choices, const std::vector<Settled
     const auto work = [&](int i) {
         for (int j = i + 1; j < nCount; ++j) {
             const SettingAgreement two = choices.agreementOf(size_t(i), size_t(j));
-            const double dfForetold = std::max(0.0, listSettled[size_t(i)].dfCorrelation) *
-                                      std::max(0.0, listSettled[size_t(j)].dfCorrelation);
+            const double dfForetold = std::max(0.0, listSettled[i].dfCorrelation) *
+                                      std::max(0.0, listSettled[j].dfCorrelation);
             const double df = std::max(0.0, (two.nCommon * two.dfCorrelation + g_nFewCommon * dfForetold) /
                                                 (two.nCommon + g_nFewCommon));
             distances.set(i, j, std::sqrt(1 - df * df));
@@ -226,8 +226,8 @@ bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, s
     const Eigen::Vector3d vec = mat * Eigen::Vector3d(anIndex[0], anIndex[1], anIndex[2]);
     const double dfWhole = 0.01;  // of sums of halves and thirds
     for (int n = 0; n < 3; ++n) {
-        anNew[size_t(n)] = int(std::lround(vec[n]));
-        if (std::abs(vec[n] - anNew[size_t(n)]) > dfWhole) {
+        anNew[n] = int(std::lround(vec[n]));
+        if (std::abs(vec[n] - anNew[n]) > dfWhole) {
             return false;
         }
     }
@@ -293,7 +293,7 @@ SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const st
     std::vector<Candidate> listCandidate;
     std::vector<SettingInput> listInput;
     for (const int nCrystal : listMember) {
-        const Crystal& crystal = listCrystal[size_t(nCrystal)];
+        const Crystal& crystal = listCrystal[nCrystal];
         const ReducedCell reduced = reducedCell(crystal.cell, crystal.chCentring);
         SettingInput input;
         input.listSetting = usableSettings(reduced.basis, reference, options.tolerance);

@@ -6,6 +6,7 @@
 #include "crystals/resultfolders.h"
 #include "dataset/framefiles.h"
 #include "imaging/sidebyside.h"
+#include "records/availablememory.h"
 #include "records/progress.h"
 #include "records/resultfile.h"
 #include "records/runends.h"
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <thread>
 
 namespace tessera {
@@ -31,11 +33,15 @@ constexpr int g_nLongestCompound = 40;  ///< bytes
 /// The first bytes of a text as UTF-8, without half a letter at their end.
 QString cutTo(const QString& strText, int nBytes)
 {
-    QString str = strText;
-    while (str.toUtf8().size() > nBytes) {
-        str.chop(str.size() > 1 && str.at(str.size() - 1).isLowSurrogate() ? 2 : 1);
+    const QByteArray bytes = strText.toUtf8();
+    if (bytes.size() <= nBytes) {
+        return strText;
     }
-    return str;
+    int nEnd = nBytes;
+    while (nEnd > 0 && (bytes.at(nEnd) & 0xC0) == 0x80) {  // within a letter
+        --nEnd;
+    }
+    return QString::fromUtf8(bytes.left(nEnd));
 }
 
 /// A name as a part of one of a file.
@@ -53,6 +59,25 @@ QString fileWord(const QString& strText)
 int threadsOf(const CrystalsJobOptions& options)
 {
     return options.nJobs > 0 ? options.nJobs : std::max(1, int(std::thread::hardware_concurrency()));
+}
+
+/// As many of the threads as the limits of the process have room for. It is told to the caller alone: the log
+/// is the same for any number.
+int threadsInMemory(const CrystalsJobOptions& options, CRunReport& report)
+{
+    // A thread's stack and the piece of addresses that the heap takes for it, and what all of them work on.
+    const std::uint64_t nEach = std::uint64_t(72) << 20, nShared = std::uint64_t(64) << 20;
+    const std::uint64_t nLeft = memoryLeftByLimits();
+    const int nWanted = threadsOf(options);
+    const std::uint64_t nMore = (nLeft - std::min(nLeft, nShared)) / nEach;
+    const int nFit = int(std::min<std::uint64_t>(std::uint64_t(nWanted), 1 + nMore));
+    if (nFit < nWanted) {
+        report.addMessage(QStringLiteral("Of %1 threads there is memory for %2 within the limits of the "
+                                         "process: the files are the same.")
+                              .arg(nWanted)
+                              .arg(nFit));
+    }
+    return nFit;
 }
 
 /// What one group says while others are merged beside it. The thread of the caller asks whether to go on.
@@ -91,7 +116,7 @@ bool readAll(const QStringList& listFolder, int nJobs, CRunReport& report, Cryst
         listFolder.size(), nJobs,
         [&]() -> FnPiece {
             return [&](int n) {
-                listRead[size_t(n)] = readCrystals({listFolder[n]});
+                listRead[n] = readCrystals({listFolder[n]});
                 ++nDone;
             };
         },
@@ -150,7 +175,7 @@ void takeFates(CrystalsJobResult& result, size_t nGroup)
 {
     CompoundGroup& compound = result.listGroup[nGroup];
     for (const int nMember : compound.group.listMember) {
-        CrystalFate& fate = result.listFate[size_t(nMember)];
+        CrystalFate& fate = result.listFate[nMember];
         fate.nGroup = int(nGroup);
         fate.strReason = compound.isMerged()
                              ? QStringLiteral("It could not be brought to the setting of its group.")
@@ -163,15 +188,15 @@ void takeFates(CrystalsJobResult& result, size_t nGroup)
         fate.strReason = fate.bUsed ? QString() : QStringLiteral("It was left out.");
     }
     for (const LeftOutCrystal& left : compound.merged.listLeftOut) {
-        result.listFate[size_t(left.nCrystal)].strReason = left.strReason;
+        result.listFate[left.nCrystal].strReason = left.strReason;
     }
 }
 
 QString nameOfGroup(const CrystalsJobResult& result, const CompoundGroup& compound, size_t nGroup)
 {
-    QString strName = QStringLiteral("%1_%2").arg(result.strName).arg(nGroup + 1);
+    QString strName = QStringLiteral("%1_%2").arg(result.strName, QString::number(nGroup + 1));
     if (compound.known) {
-        const QString strWord = fileWord(result.listKnown[size_t(compound.known->nKnown)].strName);
+        const QString strWord = fileWord(result.listKnown[compound.known->nKnown].strName);
         strName += strWord.isEmpty() ? QString() : QLatin1Char('_') + strWord;
     }
     return strName;
@@ -181,7 +206,7 @@ void groupCrystals(const CrystalsJobOptions& options, CrystalsJobResult& result)
 {
     result.groups = groupByCell(result.listCrystal, options.tolerance);
     for (const int n : result.groups.listNoCell) {
-        result.listFate[size_t(n)].strReason = QStringLiteral("Its six numbers span no cell.");
+        result.listFate[n].strReason = QStringLiteral("Its six numbers span no cell.");
     }
     for (size_t n = 0; n < result.groups.listGroup.size(); ++n) {
         CompoundGroup compound;
@@ -203,7 +228,7 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
                                          CGroupReport(report, bStop, std::this_thread::get_id()));
     CProgress progress(report, QStringLiteral("Groups %v/%m"), 0, nGroups);
     const auto work = [&](int n) {
-        CompoundGroup& compound = result.listGroup[size_t(n)];
+        CompoundGroup& compound = result.listGroup[n];
         CrystalMergeOptions merge = options.merge;
         // As many threads as its share of the crystals: one great group takes all, many small ones one each.
         merge.nJobs = std::max<int>(
@@ -213,14 +238,14 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
                                 QStringLiteral("Groups of fewer than %1 crystals are not merged.")
                                     .arg(options.nLeastCrystals)};
         } else {
-            compound.outcome = mergeCrystals(result.listCrystal, compound.group, merge, listReport[size_t(n)],
+            compound.outcome = mergeCrystals(result.listCrystal, compound.group, merge, listReport[n],
                                              compound.merged);
         }
         if (compound.isMerged()) {
             takeConventionalCell(result, compound);
             if (compound.known && options.merge.judgement.nSpaceGroup == 0) {
-                preferKnownGroup(result.listKnown[size_t(compound.known->nKnown)].strSpaceGroup,
-                                 compound.merged.result, listReport[size_t(n)]);
+                preferKnownGroup(result.listKnown[compound.known->nKnown].strSpaceGroup,
+                                 compound.merged.result, listReport[n]);
             }
         }
         ++nDone;
@@ -234,9 +259,8 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
     progress.end();
     for (int n = 0; n < nGroups; ++n) {
         takeFates(result, size_t(n));
-        for (const auto& [strLine, severity] : listReport[size_t(n)].lines()) {
-            report.addMessage(QStringLiteral("%1: %2").arg(result.listGroup[size_t(n)].strName, strLine),
-                              severity);
+        for (const auto& [strLine, severity] : listReport[n].lines()) {
+            report.addMessage(QStringLiteral("%1: %2").arg(result.listGroup[n].strName, strLine), severity);
         }
     }
     return bAll && !bStop;
@@ -248,16 +272,14 @@ void noteWavelengths(CrystalsJobResult& result)
     for (const CompoundGroup& compound : result.listGroup) {
         double dfLeast = HUGE_VAL, dfMost = 0;
         for (const int n : compound.group.listMember) {
-            dfLeast = std::min(dfLeast, result.listCrystal[size_t(n)].dfWavelength);
-            dfMost = std::max(dfMost, result.listCrystal[size_t(n)].dfWavelength);
+            dfLeast = std::min(dfLeast, result.listCrystal[n].dfWavelength);
+            dfMost = std::max(dfMost, result.listCrystal[n].dfWavelength);
         }
         if (dfMost > 1.01 * dfLeast) {  // relativistic corrections and rounding make less
             result.listNote.append(
                 QStringLiteral("The crystals of %1 were measured at wavelengths from %2 to %3 Å: "
                                "the files have that of the first.")
-                    .arg(compound.strName)
-                    .arg(dfLeast)
-                    .arg(dfMost));
+                    .arg(compound.strName, QString::number(dfLeast), QString::number(dfMost)));
         }
     }
 }
@@ -345,7 +367,9 @@ RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, C
 {
     result = {};
     CRoadLog log(report);
-    const RunOutcome outcome = computeMerged(options, log, result);
+    CrystalsJobOptions fitting = options;
+    fitting.nJobs = threadsInMemory(options, report);
+    const RunOutcome outcome = computeMerged(fitting, log, result);
     result.strLog = log.text();
     report.noteReason(log.reason());
     return outcome;

@@ -17,6 +17,8 @@
 
 namespace tessera {
 
+class CMergePlace;
+
 struct CrystalsJobOptions {
     QStringList listFolder;     ///< of results, or that hold such folders; their order does not matter
     QString strOutFolder;       ///< of the files; no input itself
@@ -27,7 +29,7 @@ struct CrystalsJobOptions {
     int nLeastCrystals = 1;   ///< groups of fewer are listed, but not merged
     ChemicalFormula formula;  ///< of groups whose known cell has none
     int nUnits = 0;           ///< formulae in a cell; 0: estimated
-    int nJobs = 0;            ///< threads; 0: one per core. The files do not depend on it
+    int nJobs = 0;            ///< threads at most; 0: one per core. The files do not depend on it
 };
 
 /// What became of one crystal; one of each of CrystalsJobResult::listCrystal.
@@ -77,8 +79,8 @@ struct CrystalsJobResult {
 /// What the files begin with: the name that was given, else that of the folder, else "merged".
 QString jobName(const CrystalsJobOptions& options);
 
-/// What speaks against writing the files there: no folder, one that holds the results of a series, or the
-/// file of known cells among them. Empty if nothing does.
+/// What speaks against writing the files there: no folder, one that holds the results of a series, the file
+/// of known cells among them, or a link to what is to be read. Empty if nothing does.
 QString misplacedMerge(const CrystalsJobOptions& options);
 
 /// Reads, tells apart and merges; writes nothing. All that is told goes to the report, too. The result
@@ -88,13 +90,16 @@ QString misplacedMerge(const CrystalsJobOptions& options);
 /// @return Finished with at least one merged group; Refused where nothing could be read; Failed, Stopped
 RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result);
 
-/// Writes the files: of each merged group those of structure solution as of one crystal, all together or
-/// none, and the tree of its crystals; then table of the crystals, tree of the lattices, report and log
-/// together; last the record, NAME.merge.json, which has the check sums of the others. Stops at the first
-/// that cannot be written; what stood in its place stays then. The summary of the merging goes to the report.
+/// Writes the files, all of them in one go: of each merged group those of structure solution as of one
+/// crystal and the tree of its crystals; table of the crystals, tree of the lattices, report and log; last
+/// the record, NAME.merge.json, which has the check sums of the others. Files of the earlier merging of this
+/// name that have no successor and were not changed go with it. Where a file cannot be written all former
+/// ones stay. The summary of the merging goes to the report once all stand. See CMergeSet for a kill.
 ///
 /// Sealed files (.ins, .cif, .mtz) that were changed by somebody stay, and the new ones get another name.
+/// @param place   taken for these options
 /// @param result  gets the names of the files
-RunOutcome writeMerged(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result);
+RunOutcome writeMerged(const CrystalsJobOptions& options, const CMergePlace& place, CRunReport& report,
+                       CrystalsJobResult& result);
 
 }  // namespace tessera

@@ -14,7 +14,7 @@ const QStringList& tableHead()
 {
     static const QStringList list = {
         QStringLiteral("crystal"),   QStringLiteral("folder"),       QStringLiteral("group"),
-        QStringLiteral("compound"),  QStringLiteral("used"),         QStringLiteral("frame"),
+        QStringLiteral("compound"),  QStringLiteral("used"),         QStringLiteral("number"),
         QStringLiteral("setting"),   QStringLiteral("alternatives"), QStringLiteral("correlation"),
         QStringLiteral("second"),    QStringLiteral("common"),       QStringLiteral("scale"),
         QStringLiteral("b"),         QStringLiteral("ccHalfGain"),   QStringLiteral("a/A"),
@@ -57,7 +57,7 @@ QByteArray line(const QStringList& listField)
     return listQuoted.join(QLatin1Char(',')).toUtf8() + '\n';
 }
 
-const int g_nSettledFields = 9;  ///< columns from frame to ccHalfGain
+const int g_nSettledFields = 9;  ///< columns from number to ccHalfGain
 
 /// What its group has found out of a crystal.
 QStringList settledFields(const CompoundGroup& compound, const CrystalFate& fate)
@@ -88,10 +88,9 @@ QByteArray crystalTable(const CrystalsJobResult& result)
         const Crystal& crystal = result.listCrystal[n];
         const CrystalFate& fate = result.listFate[n];
         QStringList listField = {crystal.strName, crystal.strFolder};
-        const CompoundGroup* pGroup = fate.nGroup >= 0 ? &result.listGroup[size_t(fate.nGroup)] : nullptr;
+        const CompoundGroup* pGroup = fate.nGroup >= 0 ? &result.listGroup[fate.nGroup] : nullptr;
         listField << (pGroup ? pGroup->strName : QString())
-                  << (pGroup && pGroup->known ? result.listKnown[size_t(pGroup->known->nKnown)].strName
-                                              : QString())
+                  << (pGroup && pGroup->known ? result.listKnown[pGroup->known->nKnown].strName : QString())
                   << (fate.bUsed ? QStringLiteral("yes") : QStringLiteral("no"));
         if (pGroup && fate.nSettled >= 0) {
             listField += settledFields(*pGroup, fate);

@@ -7,7 +7,7 @@
 
 namespace tessera {
 
-/// Columns: crystal, folder, group, compound, used (yes, no), frame (the number by which the group's list of
+/// Columns: crystal, folder, group, compound, used (yes, no), number (by which the group's list of
 /// rejected observations calls it), setting (the conventional indices from its own), correlation (with all
 /// others), second (of the best other setting), common (reflections shared), scale, b (Å²), ccHalfGain (of
 /// Fisher's z; below 0: it makes CC1/2 worse), its own cell and centring, Laue class, completeness, rInt,

@@ -18,9 +18,9 @@ QString knownText(const CompoundGroup& compound, const CrystalsJobResult& result
         return result.listKnown.empty() ? QString() : QStringLiteral("no known cell");
     }
     QString strText = QStringLiteral("%1 (edges off by %2 %, angles by %3°)")
-                          .arg(result.listKnown[size_t(compound.known->nKnown)].strName)
-                          .arg(compound.known->dfLengths, 0, 'f', 2)
-                          .arg(compound.known->dfAngles, 0, 'f', 2);
+                          .arg(result.listKnown[compound.known->nKnown].strName,
+                               QString::number(compound.known->dfLengths, 'f', 2),
+                               QString::number(compound.known->dfAngles, 'f', 2));
     if (!compound.known->strNext.isEmpty()) {
         strText += QStringLiteral(", next to it %1").arg(compound.known->strNext);
     }
@@ -29,16 +29,16 @@ QString knownText(const CompoundGroup& compound, const CrystalsJobResult& result
 
 QString qualityLine(const ShellQuality& quality)
 {
-    QStringList listPart = {QStringLiteral("%1 observations of %2 reflections to %3 Å")
-                                .arg(quality.nObserved)
-                                .arg(quality.nUnique)
-                                .arg(quality.dfDMin, 0, 'f', 2)};
+    const QString strLimit = QStringLiteral("to %1 Å").arg(quality.dfDMin, 0, 'f', 2);
+    QStringList listPart = {
+        QStringLiteral("%1 observations of %2 reflections").arg(quality.nObserved).arg(quality.nUnique)};
     const auto put = [&listPart](const char* pszText, double dfValue, int nDecimals) {
         if (std::isfinite(dfValue)) {
             listPart.append(QString::fromUtf8(pszText).arg(dfValue, 0, 'f', nDecimals));
         }
     };
     put("%1 % complete", 100 * quality.dfCompleteness, 1);
+    listPart.last() += QLatin1Char(' ') + strLimit;  // of the crystal that reaches farthest
     put("Rint %1", quality.dfRInt, 3);
     put("CC1/2 %1", quality.dfCcHalf, 3);
     put("I/σ %1", quality.dfIOverSigma, 1);
@@ -59,8 +59,8 @@ QString groupText(const IntegrationResult& merged)
             listEqual.append(other.strName);
         }
     }
-    QString strText =
-        QStringLiteral("space group %1 (%2)").arg(merged.spaceGroup->strName).arg(merged.spaceGroup->nNumber);
+    QString strText = QStringLiteral("space group %1 (%2)")
+                          .arg(merged.spaceGroup->strName, QString::number(merged.spaceGroup->nNumber));
     if (!listEqual.isEmpty()) {
         strText += QStringLiteral(", as likely: %1").arg(listEqual.join(QStringLiteral(", ")));
     }
@@ -102,12 +102,12 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
         report.addMessage(strRelation, Severity::Warning);
     }
     for (const int nMember : compound.group.listMember) {
-        const CrystalFate& fate = result.listFate[size_t(nMember)];
+        const CrystalFate& fate = result.listFate[nMember];
         if (!fate.bUsed && compound.isMerged()) {
             report.addMessage(QStringLiteral("%1: %2 is left out. %3")
                                   .arg(compound.strName,
-                                       result.listCrystal[size_t(nMember)].strFolder + QLatin1Char('/') +
-                                           result.listCrystal[size_t(nMember)].strName,
+                                       result.listCrystal[nMember].strFolder + QLatin1Char('/') +
+                                           result.listCrystal[nMember].strName,
                                        fate.strReason),
                               Severity::Warning);
         }
@@ -122,10 +122,9 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
     }
     const IntegrationResult& merged = compound.merged.result;
     report.addMessage(QStringLiteral("%1: %2 of %3 merged, Laue class %4, cell %5: %6.")
-                          .arg(compound.strName)
-                          .arg(compound.usedCount())
-                          .arg(compound.crystalCount())
-                          .arg(merged.chosen.strClass, cellText(compound.cell, merged.cellErrors),
+                          .arg(compound.strName, QString::number(compound.usedCount()),
+                               QString::number(compound.crystalCount()), merged.chosen.strClass,
+                               cellText(compound.cell, merged.cellErrors),
                                qualityLine(merged.quality.overall)));
     if (merged.spaceGroup) {
         report.addMessage(QStringLiteral("%1: %2.").arg(compound.strName, groupText(merged)));
@@ -179,10 +178,9 @@ QStringList summaryOf(const CrystalsJobResult& result)
             ++nSingles;
             continue;
         }
-        const QString strCompound = compound.known
-                                        ? result.listKnown[size_t(compound.known->nKnown)].strName +
-                                              QStringLiteral(", ")
-                                        : QString();
+        const QString strCompound = compound.known ? result.listKnown[compound.known->nKnown].strName +
+                                                         QStringLiteral(", ")
+                                                   : QString();
         listLine.append(
             QStringLiteral("%1: %2%3")
                 .arg(
@@ -232,7 +230,7 @@ QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResul
     for (const std::vector<int>& listKind : compound.merged.listOtherKind) {
         QStringList listName;
         for (const int n : listKind) {
-            listName.append(result.listCrystal[size_t(n)].strName);
+            listName.append(result.listCrystal[n].strName);
         }
         listLine.append(QStringLiteral("%1 were left out, but agree among themselves: they may be of another "
                                        "compound with this lattice.")
@@ -247,8 +245,7 @@ QString settingText(const CompoundGroup& compound, const SettledCrystal& settled
     Eigen::Matrix3d mat;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            mat(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
-                           std::max(1, symmetry.nDenominator);
+            mat(nRow, n) = double(symmetry.anTransform[nRow][n]) / std::max(1, symmetry.nDenominator);
         }
     }
     mat = mat * settled.matIndices;

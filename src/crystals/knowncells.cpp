@@ -20,6 +20,7 @@ namespace tessera {
 namespace {
 
 constexpr qint64 g_nMostBytes = qint64(64) << 20;
+const int g_nLongestName = 200;  ///< letters: a line of the log, not a page of it
 
 /// What a column tells, in the order that a table without a head has.
 enum Column { Name, A, B, C, Alpha, Beta, Gamma, Symmetry, Formula, ColumnCount };
@@ -37,8 +38,20 @@ QString textOf(const QByteArray& bytes)
     if (str.startsWith(QChar(QChar::ByteOrderMark))) {
         str.remove(0, 1);
     }
-    return str.replace(QLatin1String("\r\n"), QLatin1String("\n"))
-        .replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    str.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    for (QChar& ch : str) {  // a terminal that shows a name would obey these
+        if (ch.category() == QChar::Other_Control && ch != QLatin1Char('\n') && ch != QLatin1Char('\t')) {
+            ch = QLatin1Char(' ');
+        }
+    }
+    return str;
+}
+
+/// A part of a line as it is told, however long it is.
+QString told(const QString& strPart)
+{
+    const int nMost = 60;
+    return strPart.size() > nMost ? strPart.left(nMost) + QStringLiteral("…") : strPart;
 }
 
 bool isComment(const QString& strLine)
@@ -173,7 +186,7 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
         }
         adf[size_t(n)] = numberOf(part(column), separator);
         if (!std::isfinite(adf[size_t(n)])) {
-            return QStringLiteral("\"%1\" is no number").arg(part(column));
+            return QStringLiteral("\"%1\" is no number").arg(told(part(column)));
         }
     }
     known.strName = part(Name);
@@ -181,8 +194,11 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
     if (known.strName.isEmpty()) {
         return QStringLiteral("it has no name");
     }
+    if (known.strName.size() > g_nLongestName) {
+        return QStringLiteral("its name has more than %1 letters").arg(g_nLongestName);
+    }
     if (!takeSymmetry(part(Symmetry), known)) {
-        return QStringLiteral("\"%1\" is neither a centring nor a space group").arg(part(Symmetry));
+        return QStringLiteral("\"%1\" is neither a centring nor a space group").arg(told(part(Symmetry)));
     }
     if (reducedCell(known.cell, known.chCentring).basis.isZero()) {
         return QStringLiteral("its six numbers make no cell");
@@ -191,7 +207,7 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
         QString strReason;
         const std::optional<ChemicalFormula> formula = chemicalFormula(part(Formula), &strReason);
         if (!formula) {
-            return strReason;
+            return told(strReason);
         }
         known.formula = *formula;
     }
@@ -256,7 +272,8 @@ std::optional<KnownCells> readKnownCells(const QString& strFile, QString* pstrRe
     if (file.size() > g_nMostBytes) {
         return refused(QStringLiteral("it is too large for a table of cells"));
     }
-    KnownCells cells = knownCellsOf(file.readAll());
+    // What has no size, as the files of the system itself, may keep a reader waiting for ever.
+    KnownCells cells = knownCellsOf(file.read(file.size()));
     if (cells.listCell.empty()) {
         return refused(cells.listFault.isEmpty()
                            ? QStringLiteral("it holds no cell")

@@ -33,8 +33,8 @@ struct KnownCells {
 /// words name (or compound, phase), a, b, c, alpha (al), beta (be), gamma (ga), centring (lattice), "space
 /// group" (sg) and formula. Columns are parted by semicolons, tabulators or commas; where one of the first
 /// two parts them, numbers may have decimal commas. Lines that begin with # and empty ones are comments,
-/// texts may stand in quotes, standard errors in brackets behind numbers are left out. UTF-8, or where that
-/// is none Latin-1.
+/// texts may stand in quotes, standard errors in brackets behind numbers are left out. Names have 200 letters
+/// at most; control characters count as spaces. UTF-8, or where that is none Latin-1.
 KnownCells knownCellsOf(const QByteArray& bytes);
 
 /// @param pstrReason  may be null; on failure why the file cannot be read, or that it has no cell

@@ -34,9 +34,7 @@ void preferKnownGroup(const QString& strKnown, IntegrationResult& result, CRunRe
         report.addMessage(
             QStringLiteral("The absences speak against the known space group %1: its likelihood is "
                            "%2, the best one has %3.")
-                .arg(strKnown)
-                .arg(it->dfLikelihood, 0, 'f', 2)
-                .arg(dfBest, 0, 'f', 2),
+                .arg(strKnown, QString::number(it->dfLikelihood, 'f', 2), QString::number(dfBest, 'f', 2)),
             Severity::Warning);
     } else {
         std::rotate(list.begin(), it, it + 1);

@@ -32,6 +32,13 @@ void putNumber(QJsonObject& object, const char* pszKey, double dfValue)
     }
 }
 
+QJsonObject programObject()
+{
+    return {{QStringLiteral("name"), QStringLiteral("Tessera")},
+            {QStringLiteral("version"), QStringLiteral(TESSERA_VERSION)},
+            {QStringLiteral("qt"), QLatin1String(qVersion())}};
+}
+
 QJsonObject fileObject(const QString& strPath, const QByteArray& bytesSha256)
 {
     QJsonObject object{{QStringLiteral("path"), strPath}};
@@ -109,7 +116,7 @@ QJsonObject crystalObject(const CrystalsJobResult& result, size_t nCrystal)
     if (fate.nGroup < 0) {
         return object;
     }
-    const CompoundGroup& compound = result.listGroup[size_t(fate.nGroup)];
+    const CompoundGroup& compound = result.listGroup[fate.nGroup];
     object[QStringLiteral("group")] = compound.strName;
     if (fate.nSettled >= 0) {
         const size_t n = size_t(fate.nSettled);
@@ -133,7 +140,7 @@ QJsonObject crystalObject(const CrystalsJobResult& result, size_t nCrystal)
 
 QJsonObject knownObject(const KnownCellMatch& match, const std::vector<KnownCell>& listKnown)
 {
-    const KnownCell& known = listKnown[size_t(match.nKnown)];
+    const KnownCell& known = listKnown[match.nKnown];
     QJsonObject object{{QStringLiteral("name"), known.strName},
                        {QStringLiteral("cell"), toArray(known.cell)},
                        {QStringLiteral("centring"), QString(QLatin1Char(known.chCentring))},
@@ -205,17 +212,6 @@ QJsonObject groupObject(const CrystalsJobResult& result, const CompoundGroup& co
     return object;
 }
 
-QJsonArray filesArray(const CrystalsJobOptions& options, const QStringList& listFile)
-{
-    QJsonArray array;
-    for (const FileFacts& facts : factsOfFiles(listFile, std::max(1, options.nJobs))) {
-        QJsonObject object = fileObject(facts.strFile, facts.bytesSha256.toHex());
-        object[QStringLiteral("size")] = double(facts.nSize);
-        array.append(object);
-    }
-    return array;
-}
-
 QSet<QString> pathsIn(const QJsonObject& record)
 {
     QSet<QString> set;
@@ -228,14 +224,8 @@ QSet<QString> pathsIn(const QJsonObject& record)
 /// The earlier records whose files still stand beside those of this one, the latest first.
 QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 {
-    QJsonObject last = former;
-    QJsonArray arrayAll = {QJsonValue()};
-    for (const QJsonValue& record : last.take(QStringLiteral("former")).toArray()) {
-        arrayAll.append(record);
-    }
-    arrayAll[0] = last;
     QJsonArray arrayKept;
-    for (const QJsonValue& record : arrayAll) {
+    for (const QJsonValue& record : generationsOf(former)) {
         QSet<QString> setFile = pathsIn(record.toObject()).subtract(setWritten);
         for (auto it = setFile.begin(); it != setFile.end();) {
             it = QFileInfo::exists(*it) ? std::next(it) : setFile.erase(it);
@@ -301,8 +291,33 @@ QStringList mergeArguments(const CrystalsJobOptions& options, const CrystalsJobR
                : list;
 }
 
+QJsonArray generationsOf(const QJsonObject& record)
+{
+    if (record.isEmpty()) {
+        return {};
+    }
+    QJsonObject last = record;
+    QJsonArray arrayAll = last.take(QStringLiteral("former")).toArray();
+    arrayAll.prepend(last);
+    return arrayAll;
+}
+
+QJsonObject unfinishedRecord(const QJsonArray& arrayFile, const QJsonObject& former)
+{
+    QJsonObject record{{QStringLiteral("format"), QLatin1String(g_pszMergeFormat)},
+                       {QStringLiteral("program"), programObject()},
+                       {QStringLiteral("unfinished"), true},
+                       {QStringLiteral("files"), arrayFile}};
+    const QJsonArray arrayFormer = generationsOf(former);
+    if (!arrayFormer.isEmpty()) {
+        record[QStringLiteral("former")] = arrayFormer;
+    }
+    return record;
+}
+
 QJsonObject mergeRecord(const CrystalsJobOptions& options, const CrystalsJobResult& result,
-                        const QJsonObject& former)
+                        const QJsonObject& former, const QJsonArray& arrayFile,
+                        const QStringList& listRemoved)
 {
     QJsonArray arrayCrystal, arrayGroup;
     for (size_t n = 0; n < result.listCrystal.size(); ++n) {
@@ -322,9 +337,7 @@ QJsonObject mergeRecord(const CrystalsJobOptions& options, const CrystalsJobResu
     }
     QJsonObject record{
         {QStringLiteral("format"), QLatin1String(g_pszMergeFormat)},
-        {QStringLiteral("program"), QJsonObject{{QStringLiteral("name"), QStringLiteral("Tessera")},
-                                                {QStringLiteral("version"), QStringLiteral(TESSERA_VERSION)},
-                                                {QStringLiteral("qt"), QLatin1String(qVersion())}}},
+        {QStringLiteral("program"), programObject()},
         {QStringLiteral("command"), listQuoted.join(QLatin1Char(' '))},
         {QStringLiteral("arguments"), QJsonArray::fromStringList(listArgument)},
         {QStringLiteral("options"), optionsObject(options)},
@@ -334,8 +347,12 @@ QJsonObject mergeRecord(const CrystalsJobOptions& options, const CrystalsJobResu
         {QStringLiteral("tree"), QJsonObject{{QStringLiteral("crystals"), arrayInTree},
                                              {QStringLiteral("joints"), treeArray(result.groups.listJoint)}}},
         {QStringLiteral("notes"), QJsonArray::fromStringList(result.listNote)},
-        {QStringLiteral("files"), filesArray(options, result.listFile)}};
-    const QJsonArray arrayFormer = former.isEmpty() ? QJsonArray() : stillStanding(former, pathsIn(record));
+        {QStringLiteral("files"), arrayFile}};
+    QSet<QString> setGone = pathsIn(record);
+    for (const QString& strFile : listRemoved) {
+        setGone.insert(strFile);
+    }
+    const QJsonArray arrayFormer = stillStanding(former, setGone);
     if (!arrayFormer.isEmpty()) {
         record[QStringLiteral("former")] = arrayFormer;
     }

@@ -3,6 +3,7 @@
 
 #include "crystals/crystalsjob.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 
 namespace tessera {
@@ -16,9 +17,19 @@ extern const char* const g_pszMergeFormat;
 /// in the record of a run, files), tree (of the lattices), notes, files, and former: records whose files
 /// still stand beside those of this one. No times, so that the same inputs give the same bytes.
 ///
-/// @param former  the record that stands there, or an empty object
+/// @param former       the record that stands there, or an empty object
+/// @param arrayFile    the files that go with it: path, sha256, size
+/// @param listRemoved  files of former records that go when this one comes
 QJsonObject mergeRecord(const CrystalsJobOptions& options, const CrystalsJobResult& result,
-                        const QJsonObject& former);
+                        const QJsonObject& former, const QJsonArray& arrayFile,
+                        const QStringList& listRemoved);
+
+/// What stands in the place of a record while files go into theirs: "unfinished": true, with the files of
+/// both mergings, those of the earlier one under "former".
+QJsonObject unfinishedRecord(const QJsonArray& arrayFile, const QJsonObject& former);
+
+/// A record and those under its "former", the latest first, none of them with a "former" in it.
+QJsonArray generationsOf(const QJsonObject& record);
 
 /// A record that was written before.
 /// @return empty where there is none, or something else

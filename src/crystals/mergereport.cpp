@@ -8,7 +8,7 @@
 #include "road/reporttables.h"
 #include "road/roadcommand.h"
 
-#include <QFileInfo>
+#include <QJsonObject>
 
 #include <cmath>
 
@@ -30,7 +30,7 @@ QString number(double dfValue, int nDecimals)
 
 QString compoundName(const CrystalsJobResult& result, const CompoundGroup& compound)
 {
-    return compound.known ? result.listKnown[size_t(compound.known->nKnown)].strName : QStringLiteral("–");
+    return compound.known ? result.listKnown[compound.known->nKnown].strName : QStringLiteral("–");
 }
 
 void writeFact(CHtmlPage& page, const char* pszName, const QString& strValue)
@@ -68,9 +68,9 @@ void writeGroups(CHtmlPage& page, const CrystalsJobResult& result)
         if (compound.isMerged()) {
             const ShellQuality& quality = compound.merged.result.quality.overall;
             listCell << compound.merged.result.chosen.strClass << number(100 * quality.dfCompleteness, 1)
-                     << number(quality.dfRInt, 3) << number(quality.dfCcHalf, 3);
+                     << number(quality.dfDMin, 2) << number(quality.dfRInt, 3) << number(quality.dfCcHalf, 3);
         } else {
-            listCell << QString() << QString() << QString() << QString();
+            listCell << QString() << QString() << QString() << QString() << QString();
         }
         const std::array<double, 6> adfMean = compound.cellMean.numbers(),
                                     adfSpread = compound.cellSpread.numbers();
@@ -82,9 +82,9 @@ void writeGroups(CHtmlPage& page, const CrystalsJobResult& result)
     page.element("h2", QStringLiteral("Compounds"));
     page.table(
         {QStringLiteral("Group"), QStringLiteral("Compound"), QStringLiteral("Merged"),
-         QStringLiteral("Laue"), QStringLiteral("Complete / %"), QStringLiteral("Rint"),
-         QStringLiteral("CC1/2"), QStringLiteral("a / Å"), QStringLiteral("b / Å"), QStringLiteral("c / Å"),
-         QStringLiteral("α / °"), QStringLiteral("β / °"), QStringLiteral("γ / °")},
+         QStringLiteral("Laue"), QStringLiteral("Complete / %"), QStringLiteral("to / Å"),
+         QStringLiteral("Rint"), QStringLiteral("CC1/2"), QStringLiteral("a / Å"), QStringLiteral("b / Å"),
+         QStringLiteral("c / Å"), QStringLiteral("α / °"), QStringLiteral("β / °"), QStringLiteral("γ / °")},
         listRow,
         QStringLiteral("Crystals of one lattice are a group. The cell is the reduced one, the mean of the "
                        "crystals; in brackets the standard deviation of one crystal."));
@@ -120,8 +120,8 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
     const QStringList listLabel = labelsOf(result.listCrystal);
     std::vector<QStringList> listRow;
     for (const int nMember : compound.group.listMember) {
-        const Crystal& crystal = result.listCrystal[size_t(nMember)];
-        const CrystalFate& fate = result.listFate[size_t(nMember)];
+        const Crystal& crystal = result.listCrystal[nMember];
+        const CrystalFate& fate = result.listFate[nMember];
         QStringList listCell = {listLabel[nMember]};
         if (fate.nSettled >= 0) {
             const size_t n = size_t(fate.nSettled);
@@ -218,9 +218,8 @@ void writeGroup(CHtmlPage& page, const CrystalsJobResult& result, const Compound
                               .arg(merged.chosen.strClass, number(merged.chosen.dfLikelihood, 2));
     if (merged.spaceGroup) {
         strSymmetry += QStringLiteral("; space group %1 (No. %2), likelihood %3")
-                           .arg(merged.spaceGroup->strName)
-                           .arg(merged.spaceGroup->nNumber)
-                           .arg(number(merged.spaceGroup->dfLikelihood, 2));
+                           .arg(merged.spaceGroup->strName, QString::number(merged.spaceGroup->nNumber),
+                                number(merged.spaceGroup->dfLikelihood, 2));
     }
     writeFact(page, "Symmetry", strSymmetry);
     writeFact(page, "Crystals",
@@ -239,7 +238,8 @@ void writeGroup(CHtmlPage& page, const CrystalsJobResult& result, const Compound
     writeSymmetry(page, merged);
 }
 
-void writeEnd(CHtmlPage& page, const CrystalsJobOptions& options, const CrystalsJobResult& result)
+void writeEnd(CHtmlPage& page, const CrystalsJobOptions& options, const CrystalsJobResult& result,
+              const QJsonArray& arrayFile)
 {
     if (!result.listUnread.empty()) {
         std::vector<QStringList> listRow;
@@ -264,8 +264,10 @@ void writeEnd(CHtmlPage& page, const CrystalsJobOptions& options, const Crystals
     }
     page.element("pre", listQuoted.join(QLatin1Char(' ')));
     std::vector<QStringList> listRow;
-    for (const QString& strFile : result.listFile) {
-        listRow.push_back({strFile, QString::number(QFileInfo(strFile).size())});
+    for (const QJsonValue& value : arrayFile) {
+        const QJsonObject file = value.toObject();
+        listRow.push_back({file[QStringLiteral("path")].toString(),
+                           QString::number(qint64(file[QStringLiteral("size")].toDouble()))});
     }
     if (!listRow.empty()) {
         page.element("h2", QStringLiteral("Files"));
@@ -275,7 +277,8 @@ void writeEnd(CHtmlPage& page, const CrystalsJobOptions& options, const Crystals
 
 }  // namespace
 
-QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResult& result)
+QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResult& result,
+                       const QJsonArray& arrayFile)
 {
     CHtmlPage page(QStringLiteral("%1 – crystals merged").arg(result.strName),
                    QLatin1String(g_pszReportStyle) + QLatin1String(g_pszTreeStyle));
@@ -296,7 +299,7 @@ QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResul
         page.element("p", QStringLiteral("%1 further groups stand in the table alone.")
                               .arg(result.mergedCount() - nSections));
     }
-    writeEnd(page, options, result);
+    writeEnd(page, options, result, arrayFile);
     return page.end();
 }
 

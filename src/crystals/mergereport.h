@@ -4,6 +4,7 @@
 #include "crystals/crystalsjob.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 
 namespace tessera {
 
@@ -11,6 +12,8 @@ namespace tessera {
 /// lattices, of each merged group cell, symmetry, its crystals, their tree, quality as tables and curves;
 /// what was not read; the command and the files. Of more than fifty merged groups the smaller ones stand in
 /// the table alone.
-QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResult& result);
+/// @param arrayFile  that it lists: objects with path and size
+QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResult& result,
+                       const QJsonArray& arrayFile);
 
 }  // namespace tessera

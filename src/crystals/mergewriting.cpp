@@ -5,20 +5,18 @@
 #include "crystals/joblines.h"
 #include "crystals/jobtrees.h"
 #include "crystals/mergefile.h"
+#include "crystals/mergeplace.h"
 #include "crystals/mergerecord.h"
 #include "crystals/mergereport.h"
-#include "crystals/resultfolders.h"
+#include "crystals/mergeset.h"
 #include "integration/integrationfiles.h"
-#include "records/fileset.h"
 #include "records/progress.h"
 #include "records/runends.h"
-#include "road/roadlog.h"
 
-#include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QSet>
+
+#include <utility>
+#include <vector>
 
 namespace tessera {
 
@@ -32,162 +30,166 @@ StructureData dataOf(const CrystalsJobOptions& options, const CrystalsJobResult&
     structure.nCrystals = compound.usedCount();
     structure.formula = options.formula;
     structure.nUnits = options.nUnits;
-    if (compound.known && !result.listKnown[size_t(compound.known->nKnown)].formula.isEmpty()) {
-        structure.formula = result.listKnown[size_t(compound.known->nKnown)].formula;
+    if (compound.known && !result.listKnown[compound.known->nKnown].formula.isEmpty()) {
+        structure.formula = result.listKnown[compound.known->nKnown].formula;
     }
     const int nFirst = compound.merged.listSettled.front().nCrystal;
-    structure.dfWavelength = result.listCrystal[size_t(nFirst)].dfWavelength;
+    structure.dfWavelength = result.listCrystal[nFirst].dfWavelength;
     return structureData(compound.merged.result, structure);
 }
 
-/// The files of one group. @return why not; empty when they stand
-QString writeGroup(const CrystalsJobOptions& options, const QString& strFolder, CRunReport& report,
-                   CrystalsJobResult& result, CompoundGroup& compound)
+/// Keeps what is said until the files stand.
+class CLaterReport : public CRunReport {
+public:
+    void addMessage(const QString& strText, Severity severity = Severity::Info) override
+    {
+        m_listLine.emplace_back(strText, severity);
+    }
+    QString text() const
+    {
+        QString strText;
+        for (const auto& line : m_listLine) {
+            strText += line.first + QLatin1Char('\n');
+        }
+        return strText;
+    }
+    void tell(CRunReport& report) const
+    {
+        for (const auto& [strLine, severity] : m_listLine) {
+            report.addMessage(strLine, severity);
+        }
+    }
+
+private:
+    std::vector<std::pair<QString, Severity>> m_listLine;
+};
+
+void addGroup(const CrystalsJobOptions& options, const QString& strFolder, CRunReport& report,
+              CrystalsJobResult& result, CompoundGroup& compound, CMergeSet& set)
 {
     const QString strBase = strFolder + QLatin1Char('/') + compound.strName;
-    IntegrationFiles files;
-    QString strReason;
-    if (!writeIntegrationFiles(compound.merged.result, dataOf(options, result, compound), strBase,
-                               {options.strKnownCellsFile}, files, &strReason)) {
-        return strReason;
-    }
+    const IntegrationFiles files = makeIntegrationFiles(
+        compound.merged.result, dataOf(options, result, compound), strBase, {options.strKnownCellsFile},
+        ObservedOn::Crystals,
+        [&set](const QString& strFile, const QByteArray& bytes) { set.add(strFile, bytes); });
     for (const QString& strNote : files.listNote) {
         report.addMessage(strNote, Severity::Warning);
     }
     compound.listFile = files.listFile;
     if (!compound.merged.listJoint.empty()) {
         const QString strTree = strBase + mergeSuffix(MergeFile::Tree);
-        if (!writeWholeFile(strTree, treeSvg(correlationTree(result, compound)), &strReason)) {
-            return strReason;
-        }
+        set.add(strTree, treeSvg(correlationTree(result, compound)));
         compound.listFile.append(strTree);
     }
     result.listFile += compound.listFile;
-    return {};
 }
 
-/// Files of earlier records that still stand and that this merging has not written.
-QStringList filesOfEarlier(const QJsonObject& former, const QStringList& listWritten)
+/// Names of files without their folder; of many the first ones alone.
+QString namesOf(const QStringList& listFile)
 {
-    QStringList list;
-    for (const QJsonValue& file : former[QStringLiteral("files")].toArray()) {
-        const QString strFile = file.toObject()[QStringLiteral("path")].toString();
-        if (!listWritten.contains(strFile) && QFileInfo::exists(strFile)) {
-            list.append(QFileInfo(strFile).fileName());
-        }
+    const int nMost = 10;
+    QStringList listName;
+    for (const QString& strFile : listFile.mid(0, nMost)) {
+        listName.append(QFileInfo(strFile).fileName());
     }
-    return list;
+    if (listFile.size() > nMost) {
+        listName.append(QStringLiteral("and %1 more").arg(listFile.size() - nMost));
+    }
+    return listName.join(QStringLiteral(", "));
 }
 
-/// Table, tree, report and log. @return why not; empty when they stand
-QString writeCommon(const CrystalsJobOptions& options, const QString& strBase, const QJsonObject& former,
-                    CRoadLog& log, CrystalsJobResult& result)
+/// Table, tree, report and log, the log with all that is said when the files stand.
+void addCommon(const CrystalsJobOptions& options, const QString& strBase, const QJsonObject& former,
+               CLaterReport& later, CrystalsJobResult& result, CMergeSet& set)
 {
     const auto name = [&](MergeFile file) { return strBase + mergeSuffix(file); };
-    CFileSet set;
+    const QByteArray bytesReport = mergeReport(options, result, set.files());
     set.add(name(MergeFile::Crystals), crystalTable(result));
-    QStringList listFile = {name(MergeFile::Crystals)};
+    result.listFile.append(name(MergeFile::Crystals));
     if (!result.groups.listJoint.empty()) {
         set.add(name(MergeFile::Tree), treeSvg(latticeTree(result, options.tolerance)));
-        listFile.append(name(MergeFile::Tree));
+        result.listFile.append(name(MergeFile::Tree));
     }
-    set.add(name(MergeFile::Report), mergeReport(options, result));
-    listFile << name(MergeFile::Report) << name(MergeFile::Log);
-    result.listFile += listFile;
-    const QStringList listEarlier = filesOfEarlier(former, result.listFile);
-    if (!listEarlier.isEmpty()) {
-        log.addMessage(QStringLiteral("Files of an earlier merging stand beside those of this one: %1.")
-                           .arg(listEarlier.join(QStringLiteral(", "))),
-                       Severity::Warning);
+    set.add(name(MergeFile::Report), bytesReport);
+    result.listFile << name(MergeFile::Report) << name(MergeFile::Log);
+    set.addRemovals(former, {name(MergeFile::Log), name(MergeFile::Record)});
+    if (former[QStringLiteral("unfinished")].toBool()) {
+        later.addMessage(QStringLiteral("The earlier merging was ended while it put its files in place: what "
+                                        "it has left is replaced."),
+                         Severity::Warning);
+    }
+    if (!set.removed().isEmpty()) {
+        later.addMessage(QStringLiteral("Files of an earlier merging that have no successor are removed: %1.")
+                             .arg(namesOf(set.removed())));
+    }
+    if (!set.kept().isEmpty()) {
+        later.addMessage(QStringLiteral("Files of an earlier merging stand beside those of this one: %1.")
+                             .arg(namesOf(set.kept())),
+                         Severity::Warning);
     }
     for (const QString& strLine : summaryOf(result)) {
-        log.addMessage(strLine);
+        later.addMessage(strLine);
     }
-    log.addMessage(QStringLiteral("Files: %1*, %2 of them; record %3.")
-                       .arg(strBase)
-                       .arg(result.listFile.size() + 1)
-                       .arg(QFileInfo(name(MergeFile::Record)).fileName()));
-    set.add(name(MergeFile::Log), (result.strLog + log.text()).toUtf8());
-    QString strReason;
-    return set.commit(&strReason) ? QString() : strReason;
+    later.addMessage(QStringLiteral("Files: %1*, %2 of them; record %3.")
+                         .arg(strBase, QString::number(result.listFile.size() + 1),
+                              QFileInfo(name(MergeFile::Record)).fileName()));
+    set.add(name(MergeFile::Log), (result.strLog + later.text()).toUtf8());
 }
 
-bool isOutput(const QString& strFile, const QString& strBase)
+/// @return false when the report asked to stop
+bool addGroups(const CrystalsJobOptions& options, const QString& strFolder, CRunReport& report,
+               CRunReport& later, CrystalsJobResult& result, CMergeSet& set)
 {
-    const QString strPlace = QFileInfo(strFile).canonicalFilePath();
-    for (const MergeFile file :
-         {MergeFile::Record, MergeFile::Crystals, MergeFile::Tree, MergeFile::Report, MergeFile::Log}) {
-        if (!strPlace.isEmpty() && strPlace == QFileInfo(strBase + mergeSuffix(file)).canonicalFilePath()) {
-            return true;
+    CProgress progress(report, QStringLiteral("Files of groups %v/%m"), 0, int(result.listGroup.size()));
+    for (size_t n = 0; n < result.listGroup.size() && set.reason().isEmpty(); ++n) {
+        progress.set(int(n));
+        if (!report.goOn()) {
+            return false;
+        }
+        if (result.listGroup[n].isMerged()) {
+            addGroup(options, strFolder, later, result, result.listGroup[n], set);
         }
     }
-    return false;
+    progress.end();
+    return true;
+}
+
+void forgetFiles(CrystalsJobResult& result)
+{
+    result.listFile.clear();
+    for (CompoundGroup& compound : result.listGroup) {
+        compound.listFile.clear();
+    }
 }
 
 }  // namespace
 
-QString misplacedMerge(const CrystalsJobOptions& options)
+RunOutcome writeMerged(const CrystalsJobOptions& options, const CMergePlace& place, CRunReport& report,
+                       CrystalsJobResult& result)
 {
-    const QFileInfo folder(options.strOutFolder);
-    const QString strBase = folder.absoluteFilePath() + QLatin1Char('/') + jobName(options);
-    if (options.strOutFolder.isEmpty()) {
-        return QStringLiteral("no folder is given for the files");
-    }
-    if (folder.exists() && !folder.isDir()) {
-        return QStringLiteral("%1 is no folder").arg(options.strOutFolder);
-    }
-    if (holdsRuns(folder.absoluteFilePath())) {
-        return QStringLiteral("%1 holds the results of a series: merged files want a folder of their own")
-            .arg(options.strOutFolder);
-    }
-    if (!options.strKnownCellsFile.isEmpty() && isOutput(options.strKnownCellsFile, strBase)) {
-        return QStringLiteral("%1, which would be written, is the file of known cells")
-            .arg(options.strKnownCellsFile);
-    }
-    const QString strRecord = strBase + mergeSuffix(MergeFile::Record);
-    if (QFileInfo::exists(strRecord) && QFileInfo(strRecord).size() > 0 &&
-        readMergeRecord(strRecord).isEmpty()) {
-        return QStringLiteral("%1 is there already and is no record of a merging").arg(strRecord);
-    }
-    return {};
-}
-
-RunOutcome writeMerged(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
-{
-    const QString strMisplaced = misplacedMerge(options);
-    if (!strMisplaced.isEmpty()) {
-        return refuseRun(report, QStringLiteral("Nothing is written: %1.").arg(strMisplaced));
-    }
-    const QString strFolder = QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath());
-    if (!QDir().mkpath(strFolder)) {
-        return failRun(report, QStringLiteral("The folder %1 cannot be made.").arg(strFolder));
-    }
-    CRoadLog log(report);
-    const QString strBase = strFolder + QLatin1Char('/') + result.strName;
+    forgetFiles(result);
+    const QString strBase = place.folder() + QLatin1Char('/') + result.strName;
     const QString strRecord = strBase + mergeSuffix(MergeFile::Record);
     const QJsonObject former = readMergeRecord(strRecord);
-    result.listFile.clear();
-    CProgress progress(report, QStringLiteral("Files of groups %v/%m"), 0, int(result.listGroup.size()));
-    for (size_t n = 0; n < result.listGroup.size(); ++n) {
-        progress.set(int(n));
-        if (!report.goOn()) {
-            return {RunEnd::Stopped, {}};
-        }
-        const QString strReason = result.listGroup[n].isMerged()
-                                      ? writeGroup(options, strFolder, log, result, result.listGroup[n])
-                                      : QString();
-        if (!strReason.isEmpty()) {
-            return failRun(report, strReason);
-        }
+    CMergeSet set(place, options);
+    CLaterReport later;
+    if (!addGroups(options, place.folder(), report, later, result, set)) {
+        forgetFiles(result);
+        return {RunEnd::Stopped, {}};
     }
-    progress.end();
-    QString strReason = writeCommon(options, strBase, former, log, result);
+    QString strReason = set.reason();
     if (strReason.isEmpty()) {
-        static_cast<void>(writeWholeFile(
-            strRecord, QJsonDocument(mergeRecord(options, result, former)).toJson(), &strReason));
-        result.listFile.append(strRecord);
+        addCommon(options, strBase, former, later, result, set);
+        strReason = set.commit(strRecord, mergeRecord(options, result, former, set.files(), set.removed()),
+                               former);
     }
-    return strReason.isEmpty() ? RunOutcome() : failRun(report, strReason);
+    if (!strReason.isEmpty()) {
+        forgetFiles(result);
+        return failRun(report, strReason);
+    }
+    result.listFile.append(strRecord);
+    later.tell(report);
+    return {};
 }
 
 }  // namespace tessera

@@ -85,9 +85,27 @@ private:
                                                         : QStringLiteral("The folder may not be read.");
     }
 
+    /// What was found beside folders of results may be a series that was lost.
+    void tellWithout(const QString& strTold, const QFileInfoList& listWithout)
+    {
+        const int nMost = 10;
+        for (const QFileInfo& info : listWithout.mid(0, nMost)) {
+            const QString strFault = faultOf(info);
+            m_mapFault[strTold + QLatin1Char('/') + info.fileName()] =
+                strFault.isEmpty()
+                    ? QStringLiteral("There is no record of a run (*%1) in it.").arg(g_strRunSuffix)
+                    : strFault;
+        }
+        if (listWithout.size() > nMost) {
+            m_mapFault[strTold] = QStringLiteral("%1 more folders in it have no record of a run.")
+                                      .arg(listWithout.size() - nMost);
+        }
+    }
+
     void search(const QString& strTold, const QString& strFolder)
     {
         bool bAny = false;
+        QFileInfoList listWithout;
         const QFileInfoList listInside = QDir(strFolder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot,
                                                                        QDir::Name);
         for (const QFileInfo& info : listInside) {
@@ -95,9 +113,13 @@ private:
             if (!strInside.isEmpty() && holdsRuns(strInside)) {
                 m_mapTimes[strInside] += 0;
                 bAny = true;
+            } else if (strInside != m_strOut && !holds(strInside, mergeSuffix(MergeFile::Record))) {
+                listWithout.append(info);
             }
         }
-        if (!bAny) {
+        if (bAny) {
+            tellWithout(strTold, listWithout);
+        } else {
             m_mapFault[strTold] =
                 QStringLiteral("There is no record of a run (*%1), neither in it nor in a folder of it.")
                     .arg(g_strRunSuffix);

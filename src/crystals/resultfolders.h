@@ -17,7 +17,8 @@ struct ResultFolders {
 };
 
 /// A folder that holds records of runs (NAME.run.json) is one of results; of any other those of the folders
-/// in it that do are taken. A record stands for its folder. What merging has written is passed over.
+/// in it that do are taken, and the others in it are told: ten by their names, then how many. A record stands
+/// for its folder. What merging has written is passed over.
 ///
 /// The order of what is given, names twice and links do not matter.
 /// @param strOutFolder  that the merged files go to

@@ -1,16 +1,16 @@
 // tessera-merge: the crystals of many series told apart and merged.
 #include "batch/batchreport.h"
 #include "batch/standardoutput.h"
+#include "crystals/mergeplace.h"
 #include "merge/mergeoptions.h"
 #include "records/regularfile.h"
 #include "records/whatwasthrown.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QLocale>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -24,24 +24,35 @@ int badUsage(const QString& strError)
     return 2;
 }
 
+constexpr qint64 g_nMostList = qint64(64) << 20;  ///< bytes: half a million folders of long names
+
 /// @return empty, or why the list cannot be read
 QString takeList(MergeOptions& options)
 {
     if (options.strListFile.isEmpty()) {
         return {};
     }
+    const QString strFault = QStringLiteral("--list %1: %2");
     QFile file(options.strListFile);
     QString strReason;
+    QByteArray bytes;
     if (options.strListFile == QLatin1String("-")) {
         if (!file.open(stdin, QIODevice::ReadOnly)) {
-            return QStringLiteral("--list -: %1").arg(file.errorString());
+            return strFault.arg(options.strListFile, file.errorString());
         }
+        bytes = file.read(g_nMostList + 1);
     } else if (!openRegularFile(file, QIODevice::ReadOnly, strReason)) {
-        return QStringLiteral("--list %1: %2").arg(options.strListFile, strReason);
+        return strFault.arg(options.strListFile, strReason);
+    } else {
+        // What has no size, as the files of the system itself, may keep a reader waiting for ever.
+        bytes = file.read(std::min(file.size(), g_nMostList + 1));
     }
-    options.job.listFolder += foldersOfList(file.readAll());
+    if (bytes.size() > g_nMostList) {
+        return strFault.arg(options.strListFile, QStringLiteral("it is too large for a list of folders"));
+    }
+    options.job.listFolder += foldersOfList(bytes);
     return options.job.listFolder.isEmpty()
-               ? QStringLiteral("--list %1: it names no folder").arg(options.strListFile)
+               ? strFault.arg(options.strListFile, QStringLiteral("it names no folder"))
                : QString();
 }
 
@@ -59,39 +70,39 @@ QString faultOf(const MergeOptions& options)
     return {};
 }
 
-/// @return false where the run did not go through or a file could not be written
-bool merge(const MergeOptions& options, CrystalsJobResult& result)
-{
-    CBatchReport report(stdout);
-    try {
-        return mergeFolders(options.job, report, result).finished() &&
-               writeMerged(options.job, report, result).finished();
-    } catch (...) {
-        std::fprintf(stderr, "tessera-merge: %s\n", whatWasThrown().toUtf8().constData());
-        return false;
-    }
-}
-
 /// @return the exit status
 int runMerging(const MergeOptions& options)
 {
-    // Hours of merging would be lost on a folder that cannot be made or written to.
-    const QFileInfo folder(options.job.strOutFolder);
-    const bool bMade = !folder.exists();
-    if (!QDir().mkpath(folder.absoluteFilePath()) || !QFileInfo(folder.absoluteFilePath()).isWritable()) {
-        std::fprintf(stderr, "tessera-merge: --out: nothing can be written to %s.\n",
-                     QFile::encodeName(options.job.strOutFolder).constData());
+    CMergePlace place;
+    const QString strNoPlace = place.take(options.job);
+    if (!strNoPlace.isEmpty()) {
+        std::fprintf(stderr, "tessera-merge: --out: %s.\n", strNoPlace.toUtf8().constData());
         return 1;
     }
+    CBatchReport report(stdout);
     CrystalsJobResult result;
-    if (!merge(options, result)) {
-        if (bMade) {
-            QDir().rmdir(folder.absoluteFilePath());  // which leaves a folder with files
-        }
+    if (!mergeFolders(options.job, report, result).finished() ||
+        !writeMerged(options.job, place, report, result).finished()) {
         return 1;
     }
     const bool bAll = result.listUnread.empty() && result.mergedCount() == int(result.listGroup.size());
     return options.bStrict && !bAll ? 1 : 0;
+}
+
+/// @return the exit status
+int run(const QStringList& listArgument)
+{
+    ParsedMerge parsed = parseMergeOptions(listArgument);
+    if (!parsed.strError.isEmpty()) {
+        return badUsage(parsed.strError);
+    }
+    if (!parsed.strHelp.isEmpty()) {
+        std::fputs(parsed.strHelp.toUtf8().constData(), stdout);
+        return 0;
+    }
+    QString strError = takeList(parsed.options);
+    strError = strError.isEmpty() ? faultOf(parsed.options) : strError;
+    return strError.isEmpty() ? runMerging(parsed.options) : badUsage(strError);
 }
 
 }  // namespace
@@ -111,16 +122,10 @@ int main(int argc, char* argv[])
     // Logs are compared and read by scripts, so their numbers have one form.
     QLocale::setDefault(QLocale::c());
 
-    ParsedMerge parsed = parseMergeOptions(application.arguments());
-    MergeOptions& options = parsed.options;
-    if (!parsed.strError.isEmpty()) {
-        return badUsage(parsed.strError);
+    try {
+        return run(application.arguments());
+    } catch (...) {
+        std::fprintf(stderr, "tessera-merge: %s\n", whatWasThrown().toUtf8().constData());
+        return 1;
     }
-    if (!parsed.strHelp.isEmpty()) {
-        std::fputs(parsed.strHelp.toUtf8().constData(), stdout);
-        return 0;
-    }
-    QString strError = takeList(options);
-    strError = strError.isEmpty() ? faultOf(options) : strError;
-    return strError.isEmpty() ? runMerging(options) : badUsage(strError);
 }

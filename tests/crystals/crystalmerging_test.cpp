@@ -312,6 +312,60 @@ TEST(CrystalMerging, warnsOfAClassThatTheIntensitiesDoNotHave)
     }
 }
 
+/// Under a class that is too high the alternatives of the indices count as one setting, and crystals of both
+/// together look as if they had it. Only within each of them one sees that they do not.
+TEST(CrystalMerging, warnsOfAClassThatMixesAlternativesOfTheIndices)
+{
+    std::mt19937 random(5);
+    struct Case {
+        const char *szHall, *szClass;
+        bool bWarns;
+    };
+    for (const Case& one :
+         {Case{"-P 3 2\"", "6/mmm", true}, Case{"-P 3 2\"", "-3m1", false}, Case{"-P 6 2", "6/mmm", false}}) {
+        const CCompound compound(g_quartz, one.szHall, 1.0, 3);
+        CrystalTruth truth;
+        truth.dfWedge = 120;
+        std::vector<Crystal> list;
+        for (int n = 0; n < 8; ++n) {
+            truth.matIndices(0, 0) = truth.matIndices(1, 1) = n % 2 == 0 ? 1 : -1;
+            list.push_back(simulatedCrystal(compound, truth, random));
+        }
+        CrystalMergeOptions options;
+        options.judgement.strLaueClass = QLatin1String(one.szClass);
+        CRecordingReport report;
+        MergedCrystals merged;
+        ASSERT_TRUE(
+            mergeCrystals(list, groupByCell(list).listGroup.front(), options, report, merged).finished());
+        EXPECT_EQ(report.said("do not agree within the single crystals, whose intensities have -3m1"),
+                  one.bWarns)
+            << one.szHall << one.szClass << report.log().toStdString();
+    }
+}
+
+TEST(CrystalMerging, warnsWhereManyObservationsAreOutliers)
+{
+    const CCompound kyanite(g_kyanite, "-P 1", 0.9, 4);
+    for (const int nEach : {8, 1000000}) {  // every eighth, or none
+        std::mt19937 random(3);
+        CrystalTruth truth;
+        truth.dfWedge = 150;
+        std::vector<Crystal> list = manyOf(kyanite, 8, random, truth);
+        for (Crystal& crystal : list) {
+            for (size_t n = size_t(random() % 8); n < crystal.listIntensity.size(); n += size_t(nEach)) {
+                crystal.listIntensity[n].dfIntensity *= 30;
+            }
+        }
+        CRecordingReport report;
+        MergedCrystals merged;
+        CrystalMergeOptions options;
+        options.bKeepAll = true;
+        ASSERT_TRUE(
+            mergeCrystals(list, groupByCell(list).listGroup.front(), options, report, merged).finished());
+        EXPECT_EQ(report.said("are rejected as outliers"), nEach == 8) << report.log().toStdString();
+    }
+}
+
 TEST(CrystalMerging, stopsAndTellsWhatCannotBe)
 {
     struct Stopping : CRunReport {

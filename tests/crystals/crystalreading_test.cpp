@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 namespace tessera {
 namespace {
 
@@ -106,6 +108,25 @@ TEST(CrystalReading, takesTheRunThatFoundTheIntensitiesWhereALaterOneDidNot)
     EXPECT_EQ(read.listCrystal[0].cell.a, 9.7);
 }
 
+TEST(CrystalReading, tellsARecordThatMayNotBeReadFromNone)
+{
+    const QTemporaryDir dir;
+    ASSERT_TRUE(QFile::setPermissions(dir.path(), QFile::Permissions(0x7755)));
+    const QString strRecord = dir.filePath(QStringLiteral("k.run.json"));
+    write(strRecord, text(record(hklText(1))));
+    ASSERT_TRUE(QFile::setPermissions(strRecord, QFile::Permissions()));
+    const uid_t user = ::geteuid();
+    if (user == 0) {  // who may read all
+        ASSERT_EQ(::seteuid(65534), 0);
+    }
+    const ReadCrystals read = readCrystals({dir.path()});
+    ASSERT_EQ(::seteuid(user), 0);
+    ASSERT_EQ(read.listUnread.size(), 1u);
+    EXPECT_EQ(read.listUnread[0].strName, strRecord);
+    EXPECT_TRUE(read.listUnread[0].strReason.contains("Permission denied"))
+        << qPrintable(read.listUnread[0].strReason);
+}
+
 struct BadFolder {
     const char* szName;
     QByteArray bytesRecord;
@@ -119,6 +140,11 @@ TEST(CrystalReading, tellsFoldersWithoutResultsAndHalfWrittenOnes)
     QJsonObject failed{{"format", "tessera run record"}, {"reason", "No lattice was found."}};
     QJsonObject noCell = record(bytesList);
     noCell["stages"] = QJsonArray();
+    QJsonObject slow = record(bytesList), noWavelength = record(bytesList);
+    slow["parameters"] = QJsonObject{{"wavelength", QJsonObject{{"value", 1.54}}}};
+    noWavelength.remove("parameters");
+    QByteArray bytesNanometres = text(record(bytesList));
+    bytesNanometres.replace("9.7", "0.97");
     const BadFolder aBad[] = {
         {"no record", {}, bytesList, "no record of a run"},
         {"half of a record", text(record(bytesList)).left(300), bytesList, "no whole record"},
@@ -132,6 +158,9 @@ TEST(CrystalReading, tellsFoldersWithoutResultsAndHalfWrittenOnes)
         {"a list without a reflection", text(record(hklfText({}, 1))), hklfText({}, 1),
          "no measured reflection"},
         {"a record without a cell", text(noCell), bytesList, "no cell"},
+        {"X-rays", text(slow), bytesList, "1.54 as wavelength"},
+        {"a record without a wavelength", text(noWavelength), bytesList, "0 as wavelength"},
+        {"a cell in nanometres", bytesNanometres, bytesList, "an edge of 0.97"},
     };
     for (const BadFolder& bad : aBad) {
         const QTemporaryDir dir;

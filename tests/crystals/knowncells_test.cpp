@@ -86,6 +86,22 @@ TEST(KnownCells, leavesOutLinesThatTellNothing)
     EXPECT_FALSE(readKnownCells(dir.path(), &strReason));
 }
 
+TEST(KnownCells, areNoWayIntoATerminalAndNoNovel)
+{
+    const QByteArray bytesLong(1 << 20, 'n');
+    const KnownCells cells = knownCellsOf("a\x1b[31mb\x07 c,5,6,7,80,85,75\n" + bytesLong +
+                                          ",5,6,7,80,85,75\nd," + bytesLong + ",6,7,80,85,75\n");
+    ASSERT_EQ(cells.listCell.size(), 1u);
+    EXPECT_EQ(cells.listCell[0].strName, "a [31mb c");
+    ASSERT_EQ(cells.listFault.size(), 2);
+    EXPECT_EQ(cells.listFault[0], "line 2: its name has more than 200 letters");
+    EXPECT_LT(cells.listFault[1].size(), 120);
+    QString strReason;
+    // A regular file by its mode, which without rights of the system is not opened at all.
+    EXPECT_FALSE(readKnownCells(QStringLiteral("/proc/kmsg"), &strReason));
+    EXPECT_FALSE(strReason.isEmpty());
+}
+
 TEST(KnownCells, takesTheClosestLatticeInWhateverSetting)
 {
     // Body-centred, and the same lattice by its primitive cell: half the diagonals of the cube.

@@ -39,6 +39,7 @@ inline QString writeResults(const QString& strFolder, const QString& strName, co
         {"laueClasses", QJsonArray{QJsonObject{{"class", crystal.strLaueClass}, {"centring", "P"}}}},
         {"spaceGroup", "P 1"},
         {"completeness", 0.5},
+        {"unique", int(crystal.listIntensity.size()) / 2},
         {"rInt", 0.1},
         {"ccHalf", 0.99},
         {"cell", QJsonObject{{"parameters", arrayCell}, {"standardErrors", arrayError}}}};

@@ -89,6 +89,8 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
     }
     EXPECT_TRUE(readBytes(path("m/m_2_quartz.ins")).contains(" in P 3 2 1"))
         << "the known one of those that the absences leave";
+    EXPECT_TRUE(readBytes(path("m/m_1_brick_rejected.csv"))
+                    .startsWith("h,k,l,crystal,intensity,sigma,deviation,why\n"));
     EXPECT_LT(amplitudesOff(m_brick, "m/m_1_brick_merged.hkl", 1), 0.04);
     // Which of both alternatives quartz gets is by chance; that all have the same is not.
     const double dfOne = amplitudesOff(m_quartz, "m/m_2_quartz_merged.hkl", 1),
@@ -138,6 +140,33 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
     EXPECT_EQ(merge(record["command"].toString().section(' ', 1)).nStatus, 0);
 }
 
+/// Names may hold what stands for a place in a line of the log.
+TEST_F(MergeProgram, takesNamesAsTheyAre)
+{
+    ASSERT_TRUE(QDir().rename(path("r"), path("%1 %2")));
+    writeBytes(path("known.csv"), "%3 %4;5,0;6,0;7,0;80;85;75\n");
+    const BatchOutcome outcome = merge("'%1 %2' --out m --name '%5%1' --known known.csv");
+    EXPECT_EQ(outcome.nStatus, 0);
+    for (const char* pszPart :
+         {"%5%1_1__3__4: %3 %4, 4 of 4 crystals merged, ", "%5%1_1__3__4: 4 crystals, reduced cell ",
+          "; %3 %4 (edges off by ", "%5%1_2: 3 of 3 merged, Laue class ", "/m/%5%1*, ",
+          "/%1 %2/copy/b1.run.json. "}) {
+        EXPECT_TRUE(outcome.strText.contains(pszPart)) << pszPart << "\n" << outcome.strText.toStdString();
+    }
+    EXPECT_TRUE(QFileInfo::exists(path("m/%5%1_1__3__4_merged.hkl")));
+}
+
+TEST_F(MergeProgram, takesFewerThreadsWhereMemoryIsShort)
+{
+    ASSERT_EQ(merge("r --out m").nStatus, 0);
+    const QMap<QString, QByteArray> mapFile = filesIn(path("m"));
+    const BatchOutcome outcome = merge("r --out m --jobs 64", "ulimit -v 250000; ");
+    EXPECT_EQ(outcome.nStatus, 0);
+    EXPECT_TRUE(outcome.strText.contains("Of 64 threads there is memory for "))
+        << outcome.strText.toStdString();
+    EXPECT_EQ(filesIn(path("m")), mapFile);
+}
+
 TEST_F(MergeProgram, leavesWholeFilesOnAFullDisk)
 {
     ASSERT_EQ(merge("r --out m").nStatus, 0);
@@ -157,6 +186,7 @@ TEST_F(MergeProgram, answersByItsStatus)
 {
     writeBytes(path("list"), "# a comment\n\nr/b1\r\nr/b2\n");
     writeBytes(path("nothing"), "\n");
+    ASSERT_TRUE(QFile(writeBytes(path("big"), "r\n")).resize((qint64(64) << 20) + 1));
     struct Case {
         const char* szArguments;
         int nStatus;
@@ -174,6 +204,8 @@ TEST_F(MergeProgram, answersByItsStatus)
         {"--out m --list nothing", 2, "it names no folder"},
         {"r --out m --known none.csv", 2, "--known: none.csv: No such file"},
         {"r --out m --known nothing", 2, "it holds no cell"},
+        {"--out m --list big", 2, "--list big: it is too large"},
+        {"--out m --list - < big", 2, "--list -: it is too large"},
         {"empty gone r/half --out m", 1, "there is nothing to merge"},
         {"r --out m --least 9", 1, "No group of crystals could be merged"},
         {"--list - --out m --strict < list", 0, "2 crystals read, 2 merged in 1 of 1 group; not read: 0."},

@@ -45,11 +45,11 @@ protected:
 
 TEST_F(ResultFoldersOfUser, countOnceHoweverTheyAreGiven)
 {
-    EXPECT_EQ(found({path("r")}), "r/k2\nr/k10");
+    EXPECT_EQ(found({path("r")}), "r/k2\nr/k10\n!r/empty There is no");
     EXPECT_EQ(found({path("r/k10"), path("r/k2/../k2/")}), "r/k2\nr/k10");
     // Twice by name is told; a folder and one that it is found in, or several records of one, are no mistake.
     EXPECT_EQ(found({path("r/k2"), path("link")}), "r/k2\nr/k2 is named more than once: it counts once.");
-    EXPECT_EQ(found({path("r/k2"), path("r")}), "r/k2\nr/k10");
+    EXPECT_EQ(found({path("r/k2"), path("r")}), "r/k2\nr/k10\n!r/empty There is no");
     EXPECT_EQ(found({path("r/k2/a.run.json"), path("r/k2/b.run.json")}), "r/k2");
 }
 
@@ -62,6 +62,24 @@ TEST_F(ResultFoldersOfUser, AreToldWhereTheyHoldNone)
     EXPECT_TRUE(found({path("merged"), path("r/k2")}).startsWith("r/k2\nmerged holds merged intensities"));
     EXPECT_TRUE(
         found({path("r/empty"), path("r/k2")}, path("r/empty")).startsWith("r/k2\nr/empty holds merged"));
+}
+
+/// A series that was lost is one of few; a folder full of others is no list of hundreds.
+TEST_F(ResultFoldersOfUser, AreToldBesideThoseWithRecords)
+{
+    for (int n = 1; n <= 13; ++n) {
+        QDir(m_strRoot).mkpath(QStringLiteral("r/none%1").arg(n));
+    }
+    for (const char* pszMerged : {"r/merged", "r/out"}) {  // what merging has written is no series
+        QDir(m_strRoot).mkpath(pszMerged);
+    }
+    writeBytes(path("r/merged/m.merge.json"), "{}");
+    const ResultFolders folders = findResultFolders({path("r")}, path("r/out"));
+    EXPECT_EQ(folders.listFolder, (QStringList{path("r/k2"), path("r/k10")}));
+    ASSERT_EQ(folders.listUnread.size(), 11u);
+    EXPECT_EQ(folders.listUnread[0].strName, path("r"));
+    EXPECT_EQ(folders.listUnread[0].strReason, "4 more folders in it have no record of a run.");
+    EXPECT_EQ(folders.listUnread[1].strName, path("r/empty"));
 }
 
 }  // namespace tessera

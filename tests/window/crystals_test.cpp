@@ -81,6 +81,7 @@ TEST_F(Crystals, FoldersBecomeTheFilesOfTheProgram)
     drop({path("series")});
     EXPECT_EQ(column(m_pInput->m_pTable, 0), QString("c0 c1 c2 c3 c4 c5 c6 c7").split(' '));
     EXPECT_EQ(column(m_pInput->m_pTable, 2).value(0), "-3m1");
+    EXPECT_EQ(column(m_pInput->m_pTable, 7).value(0), "123") << "as the run has merged them";
     EXPECT_FALSE(m_pInput->m_pTableUnread->isVisible());
     EXPECT_EQ(m_pInput->outFolder(), path("merged"));
 

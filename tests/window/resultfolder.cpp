@@ -58,6 +58,7 @@ void writeResultFolder(const QString& strFolder, const QString& strName, const Q
         {"laueClass", strClass},
         {"laueClasses", QJsonArray{QJsonObject{{"class", strClass}, {"centring", "P"}}}},
         {"completeness", 0.5},
+        {"unique", 123},
         {"rInt", 0.05},
         {"ccHalf", 0.98}};
     const QByteArray bytesList = reflectionList(structure, random);

@@ -72,7 +72,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
         row.push_back(
             Cell::text(tr("%1, reduced").arg(latticeText('P', compound.cellMean, compound.cellSpread))));
         row.insert(row.end(), 2, Cell::text(QStringLiteral("–")));
-        row.insert(row.end(), 5, Cell::number(g_dfUnknown, 0));
+        row.insert(row.end(), 6, Cell::number(g_dfUnknown, 0));
         row.push_back(Cell::text(remarkOf(result, compound)));
         return row;
     }
@@ -82,6 +82,7 @@ std::vector<Cell> groupRow(const CrystalsJobResult& result, size_t nGroup)
     row.push_back(Cell::text(merged.chosen.strClass));
     row.push_back(Cell::text(merged.spaceGroup ? merged.spaceGroup->strName : QStringLiteral("–")));
     row.push_back(Cell::number(100 * all.dfCompleteness, 1));
+    row.push_back(Cell::number(all.dfDMin, 2));
     row.push_back(Cell::number(all.dfMultiplicity, 1));
     row.push_back(Cell::number(all.dfRInt, 3));
     row.push_back(Cell::number(all.dfCcHalf, 3));
@@ -101,7 +102,6 @@ ListedFolder listedFolder(const QString& strFolder)
     for (Crystal& crystal : read.listCrystal) {
         ListedCrystal listed;
         listed.nObserved = int(crystal.listIntensity.size());
-        listed.nReflections = int(friedelMerged(crystal.listIntensity, Eigen::Matrix3d::Identity()).size());
         listed.crystal = std::move(crystal);
         listed.crystal.listIntensity = {};
         folder.listCrystal.push_back(std::move(listed));
@@ -122,7 +122,7 @@ QualityTable listedTable(const std::vector<ListedFolder>& listFolder)
         {tr("Rint"), tr("Deviation of equivalents from their mean, of this crystal alone.")},
         {tr("CC1/2"), tr("Correlation of half data sets, of this crystal alone.")},
         {tr("Observations"), tr("Intensities that were measured.")},
-        {tr("Reflections"), tr("Those that are no Friedel mates of others.")},
+        {tr("Reflections"), tr("What these are when equivalents are merged in its class, by the run.")},
         {tr("Folder"), tr("Where its results lie.")}};
     for (const ListedFolder& folder : listFolder) {
         for (const ListedCrystal& listed : folder.listCrystal) {
@@ -132,7 +132,8 @@ QualityTable listedTable(const std::vector<ListedFolder>& listFolder)
                  Cell::text(latticeText(crystal.chCentring, crystal.cell, crystal.cellErrors)),
                  Cell::text(crystal.strLaueClass), Cell::number(100 * crystal.dfCompleteness, 1),
                  Cell::number(crystal.dfRInt, 3), Cell::number(crystal.dfCcHalf, 3),
-                 Cell::number(listed.nObserved, 0), Cell::number(listed.nReflections, 0),
+                 Cell::number(listed.nObserved, 0),
+                 Cell::number(crystal.nUnique > 0 ? crystal.nUnique : g_dfUnknown, 0),
                  Cell::text(QDir::toNativeSeparators(folder.strFolder))});
         }
     }
@@ -175,7 +176,10 @@ QualityTable groupTable(const CrystalsJobResult& result)
          tr("Centring and mean cell, with the standard deviation of one crystal in the last digits.")},
         {tr("Class"), tr("Laue class.")},
         {tr("Group"), tr("Space group of the files.")},
-        {tr("Complete, %"), tr("Share of the possible reflections that was observed.")},
+        {tr("Complete, %"),
+         tr("Share of the possible reflections that was observed, to the limit beside it.")},
+        {tr("to, Å"), tr("Limit of the resolution: without a choice that of the crystal that reaches "
+                         "farthest.")},
         {tr("Multiplicity"), tr("Observations for each reflection.")},
         {tr("Rint"), tr("Deviation of equivalents from their mean.")},
         {tr("CC1/2"), tr("Correlation of half data sets.")},

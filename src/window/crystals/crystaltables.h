@@ -13,9 +13,8 @@ namespace tessera {
 
 /// A crystal as it is listed before the merging; its intensities are only counted.
 struct ListedCrystal {
-    Crystal crystal;       ///< without its intensities
-    int nObserved = 0;     ///< of them
-    int nReflections = 0;  ///< that are no Friedel mates
+    Crystal crystal;    ///< without its intensities
+    int nObserved = 0;  ///< of them
 };
 
 /// What one folder of results gave.

@@ -1,6 +1,7 @@
 #include "window/crystals/mergecontroller.h"
 
 #include "crystals/mergefile.h"
+#include "crystals/mergeplace.h"
 #include "crystals/resultfolders.h"
 #include "records/whatwasthrown.h"
 #include "window/crystals/listenedreport.h"
@@ -160,9 +161,12 @@ void MergeController::merge()
         auto pResult = std::make_shared<CrystalsJobResult>();
         RunOutcome outcome;
         try {
-            outcome = mergeFolders(options, report, *pResult);
+            CMergePlace place;
+            const QString strNoPlace = place.take(options);
+            outcome = strNoPlace.isEmpty() ? mergeFolders(options, report, *pResult)
+                                           : RunOutcome{RunEnd::Refused, tr("Files to: %1.").arg(strNoPlace)};
             if (outcome.finished()) {
-                outcome = writeMerged(options, report, *pResult);
+                outcome = writeMerged(options, place, report, *pResult);
             }
         } catch (...) {  // out of memory
             outcome = {RunEnd::Failed, whatWasThrown()};
