@@ -36,12 +36,16 @@ def read_summary(name):
 def write_whole(name, value, lasting=True):
     """Writes a JSON file whole or not at all; a lasting one waits for the disk, so that it outlives the machine."""
     part = name + ".part"
-    with open(part, "w", encoding="utf-8") as file:
-        json.dump(value, file, ensure_ascii=False, indent=1, sort_keys=True)
-        file.flush()
-        if lasting:
-            os.fsync(file.fileno())
-    os.replace(part, name)
+    try:
+        with open(part, "w", encoding="utf-8") as file:
+            json.dump(value, file, ensure_ascii=False, indent=1, sort_keys=True)
+            file.flush()
+            if lasting:
+                os.fsync(file.fileno())
+        os.replace(part, name)
+    except OSError:
+        remove(part)
+        raise
 
 
 def remove(name):
@@ -106,7 +110,7 @@ class Record:
     def told_by_runs(self):
         """Names of the files that the records of the runs in this folder tell to be written there."""
         told = set()
-        for name in self.files():
+        for name in os.listdir(self.folder):
             if name.endswith(".run.json"):
                 files = read_summary(self.path(name)).get("files", [])
                 told |= {os.path.basename(file["path"]) for file in files
@@ -125,7 +129,8 @@ class Record:
         for name, looks in self.written(before).items():
             first = min(self.made.get(name, [stage])[0], stage, key=STAGES.index)
             self.made[name] = [first, *looks]
-        self.made = {name: value for name, value in self.made.items() if os.path.lexists(self.path(name))}
+        there = set(os.listdir(self.folder))
+        self.made = {name: value for name, value in self.made.items() if name in there}
 
     def take_interrupted(self):
         """The same for a stage that was killed."""
