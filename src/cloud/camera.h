@@ -59,7 +59,7 @@ public:
     float sizeFactor() const;
 
 private:
-    /// What the view volume holds of one axis of the screen, Å⁻¹.
+    /// The range of the view volume along one axis of the screen, Å⁻¹.
     struct Reach {
         float fLow, fHigh;
     };

@@ -22,6 +22,7 @@ struct CloudSlab {
     /// neighbouring layers would overlap.
     double dfHalfThickness = 0.2;
 
+    /// Whether all three members are equal.
     bool operator==(const CloudSlab& other) const
     {
         return anDirection == other.anDirection && dfLevel == other.dfLevel &&

@@ -16,7 +16,7 @@ class OriginalImgScene : public BaseImgScene {
     Q_OBJECT
 
 public:
-    /// No presets yet; the first one to be added stands for no rectangle.
+    /// No presets yet; the first one to be added means no rectangle.
     explicit OriginalImgScene(QWidget* pParent = nullptr);
 
     /// Appends a preset of w × h pixels, centred on the scene's origin until a frame is shown.

@@ -1,4 +1,4 @@
-// FrameLook: a frame as it is shown before a project stands, with its direct beam.
+// FrameLook: a frame as it is shown before there is a project, with its direct beam.
 #pragma once
 
 #include <QImage>

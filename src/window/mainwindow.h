@@ -123,9 +123,9 @@ public:
     void setSplashPixmap(const QPixmap& pixmap);
 
     // What the user has made, as one value: src/window/history/mainwindow_history.cpp
-    /// A copy, which shares its lists. The numbers are the members: what stands on the pages alone is not
-    /// among them. Groups are the user's own where those of lattices are shown; the first group of a view,
-    /// which takes the points of no other, has no points. A merged view without points has no group.
+    /// A copy, which shares its lists. The numbers are those of the members, which may be other ones than
+    /// the pages show. Groups are the user's own where those of lattices are shown; the first group of a
+    /// view, which takes the points of no other, has no points. A merged view without points has no group.
     WorkState workState() const;
     /// Puts a state into members, pages and views. A camera stays, as contrast, tab and frame do. A state of
     /// another series is shown as one that has been opened.
@@ -149,9 +149,9 @@ public slots:
     void open();
     /// Asks which frames of the open project are taken, summed and binned, and opens it anew with them.
     void chooseFrames();
-    /// Opens what the menu entry that was chosen stands for.
+    /// Opens the data set of the menu entry that was chosen.
     void openRecentFile();
-    /// Takes leave of the data set: views, tables and pages are as at the start, but for the parameters.
+    /// Closes the data set: views, tables and pages are as at the start, but for the parameters.
     void closeDataSet();  // src/window/start/mainwindow_start.cpp
     /// Puts the picture of the current tab on the clipboard, of the frame view the whole frame.
     void copyWindow();
@@ -271,7 +271,7 @@ public slots:
 
     // Runs: src/window/frames/mainwindow_shiftevaluation.cpp, mainwindow_peakhunting.cpp
     /// Puts the reference region of the size that is checked on the frame, or none. One that the frame has
-    /// no room for is told in the status bar.
+    /// no room for is named in the status bar.
     void selSizeChanged2();
     /// Tells the place of the reference region in the status bar; empty: takes it away.
     /// @param rectSel  pixels of the frame
@@ -329,7 +329,7 @@ public slots:
     /// Searches a cell by the method of the page, on the reflections of the group chosen there or on all
     /// peaks, and puts it in force. During a search that works on the peaks: asks it to stop.
     void runUnitCellHunting();
-    /// Shows the range that the spots tell, where the page takes it from there.
+    /// Shows the range that follows from the spots, where the page takes it from them.
     void showCellRange();
     /// Asks for a known cell, looks for its orientation and puts what the user chooses in force.
     void searchKnownCell();  // src/window/reciprocal/mainwindow_knowncell.cpp
@@ -403,7 +403,7 @@ public slots:
     void exportSelectedPeak3D();
     /// Asks for a file and writes where the points of the first group lie, Å⁻¹.
     void exportPeak3D();
-    /// Gives the raw view the groups that the masks of the peaks tell, and goes to it.
+    /// Gives the raw view the groups that are in the masks of the peaks, and goes to it.
     void restorePointGroups();
     /// Writes the groups of the raw view into the masks of the peaks.
     void updatePeakGroupsFromView();
@@ -462,15 +462,16 @@ public slots:
     /// Fits for each frame the map from the index differences of peak pairs to their distances on it, and
     /// writes it to the log.
     void refineDirectBeamPosition();
-    /// Refines a*, b*, c* on the tilts of the frames of indexed reflections, and tells them; the cell stays.
+    /// Refines a*, b*, c* on the tilts of the frames of indexed reflections, and writes them to the log; the
+    /// cell stays.
     void refineBasisVectors();
     /// The same on the tilts at the tops of the fitted curves, with the frames expected by the refined cell.
     void refineUnitCellUsingFrameNo();
 
     // Tests: src/window/reciprocal/mainwindow_testruns.cpp
-    /// Looks for the azimuth of the rotation axis that the shown peaks fit best, and tells it.
+    /// Looks for the azimuth of the rotation axis that the shown peaks fit best, and offers it.
     void testRotationAxis();
-    /// Fits the orientation of a cubic cell to the indexed reflections and tells it.
+    /// Fits the orientation of a cubic cell to the indexed reflections and writes it to the log.
     void testFindCubicCell();
     /// The same on the tilts at the tops of the fitted curves.
     void refineCubicUnitCell();
@@ -486,7 +487,7 @@ public slots:
     // Expected positions: src/window/reciprocal/mainwindow_prediction.cpp
     /// Circles where reflections are expected on the frame in view, or where it has indexed peaks.
     void showEstimatedPeakPosition();
-    /// The same anew, where it is the cell that tells the places.
+    /// The same anew, where the places follow from the cell.
     void updateExpectedPeakPositionFromOrientationMatrix();
 
     // Exports: src/window/frames/mainwindow_exports.cpp, src/window/reciprocal/mainwindow_volume.cpp,
@@ -672,7 +673,7 @@ private:
     void repairHotPixels(const FrameDefects& defects, CRunReport& report);
     /// False, with a red line, without frames.
     bool holdsFrames();
-    /// Measures both radii and puts them into record and boxes; they stay where the spots do not tell.
+    /// Measures both radii and puts them into record and boxes; they stay where the spots are too few.
     /// @return false when the report asked to stop
     bool findRadii(CRunReport& report);
     /// Shows what is suggested with the reasons, and sets what the user takes.
@@ -689,7 +690,7 @@ private:
     void offerAxis(double dfAzimuth);
     void offerBeam(const std::vector<DirectBeamOnFrame>& listBeam);
     void offerCell(const TiltRefinement& refinement);
-    /// Says where nobody has told the rotation axis, and how to find it.
+    /// Says that the rotation axis is not known, if so, and how to find it.
     void tellUnknownAxis(CRunReport& report) const;
     void refreshPeakMarks();
     void showHuntedFrame(const QList<Peak3D>& listPeak);
@@ -719,7 +720,7 @@ private:
     /// The row of the first selected item; without one the first row is made current. A warning and -1 if
     /// there is nothing to choose.
     int selectedGroupRow(QTableWidget* pTable);
-    /// The reflections of the group chosen on the cell page; false when the user has been told why not.
+    /// The reflections of the group chosen on the cell page; false, with a message, when there are none.
     bool selectReflectionsForProcessing(QList<Peak3D>& listPeak);
     void assignViewingDirection(int nVector);
     void updateManualLength(int nVector);
@@ -757,7 +758,7 @@ private:
     void leaveSeriesPicture();
 
     /// What all runs that a button starts and stops have in common: stops the play, reads the pages,
-    /// takes a second click as the wish to stop, holds the flag and the button while `fnRun` works,
+    /// takes a second click as the wish to stop, keeps flag and button set while `fnRun` works,
     /// and afterwards shows the frame that was asked for meanwhile.
     /// @param pButton  null for a run without a button of its own
     void runWithButton(bool& bFlag, QPushButton* pButton, const std::function<void(CRunReport&)>& fnRun);

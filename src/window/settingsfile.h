@@ -1,4 +1,4 @@
-// Settings file: what stands between a damaged one and the start of the program.
+// Settings file: puts a damaged one aside before the program reads it.
 #pragma once
 
 #include <QString>

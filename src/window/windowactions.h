@@ -64,7 +64,7 @@ public:
     QAction* m_pZoomOut = nullptr;            ///< the next smaller one
     QAction* m_pGuide = nullptr;              ///< menu "Help": the guide
     QAction* m_pAbout = nullptr;              ///< name, version and libraries
-    QAction* m_pAboutQt = nullptr;            ///< what Qt tells of itself
+    QAction* m_pAboutQt = nullptr;            ///< the version of Qt
     QAction* m_pShowPeakLabels = nullptr;     ///< context menu of the frame view
     QAction* m_pGroupReset = nullptr;         ///< context menu of the group table: removes the selected ones
     QAction* m_pGroupMerge = nullptr;         ///< unites the selected groups

@@ -14,7 +14,7 @@ class MainWindow;
 ///
 /// goOn() is where the window stays alive: it handles waiting events, and through them the user can ask
 /// for anything, also for what must not happen now. MainWindow knows by isPumping() that it is so. The time
-/// that is left stands behind the text of the progress as soon as there is enough to go by.
+/// that is left is written behind the text of the progress as soon as there is enough to go by.
 class WindowReport : public CRunReport {
 public:
     /// @param pbFlag  the run's flag, whose clearing stops the run; null for what cannot be stopped but

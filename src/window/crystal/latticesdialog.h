@@ -15,11 +15,11 @@ class QTableWidget;
 
 namespace tessera {
 
-/// What a look at the lattice still holds for.
+/// Whether a look at the lattice is still of the cell and the peaks in memory.
 enum class LookAge {
     Current,       ///< cell and peaks are those that were looked at
     EarlierCell,   ///< another cell is in force: types and points are of the former one
-    EarlierPeaks,  ///< the peaks are others or lie elsewhere: nothing of it holds
+    EarlierPeaks,  ///< the peaks are others or lie elsewhere: all of it is out of date
 };
 
 /// Shows a LatticeLook beside the views, to which it leaves the mouse.
@@ -34,7 +34,7 @@ public:
 
     /// Fills tables and lists and selects the type that is proposed; of nothing looked at: empties them.
     void setLook(const LatticeLook& look);
-    /// Puts a line in the place of what does not hold any more; it comes back when it does again.
+    /// Shows a line in the place of what is out of date; that comes back when it is current again.
     void setAge(LookAge age);
 
     /// Number of the type in the row that is selected, from 0; −1: none.

@@ -44,20 +44,22 @@ private:
     PlotPanel* addPlot(const QString& strTab, const QString& strTip);
 };
 
-/// Means in bins of even width over x, with the standard error of each mean; bins of fewer than three points
-/// are left out. For points (x, y) that are finite.
+/// Means of points in bins.
 struct BinnedMeans {
-    QVector<QPointF> vecMean;
-    QVector<double> vecError;
+    QVector<QPointF> vecMean;  ///< (mean of x, mean of y)
+    QVector<double> vecError;  ///< standard error of each mean
 };
+/// Means in bins of even width over x; bins of fewer than three points are left out.
+/// @param vecPoint  finite
 BinnedMeans binnedMeans(const QVector<QPointF>& vecPoint, int nBins);
 
-/// The mean residual of the peaks in each square of a grid over the frame: (middle of the square, mean), for
-/// squares of at least three peaks.
+/// The mean residual of the peaks in one square of the frame.
 struct FieldArrow {
-    QPointF ptPlace;  ///< pixels, relative to the direct beam
+    QPointF ptPlace;  ///< middle of the square, pixels relative to the direct beam
     QPointF ptMean;   ///< pixels
 };
+/// The mean residuals in the squares of a grid over the frame that have at least three peaks.
+/// @param dfSquare  edge of a square, pixels
 std::vector<FieldArrow> residualField(const std::vector<SpotResidual>& listResidual, double dfSquare);
 
 }  // namespace tessera

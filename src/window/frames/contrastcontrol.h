@@ -22,10 +22,10 @@ class FramesPage;
 
 /// What it needs of the window.
 struct ContrastHost {
-    std::function<const CImgObj<float>*()> fnImage;  ///< in view and in nobody's use, or null
-    std::function<void()> fnRedraw;                  ///< with the limits of the boxes
-    std::function<void(bool)> fnSetLogarithmic;      ///< how it is drawn from then on
-    std::function<std::unique_ptr<QSettings>()> fnSettings;
+    std::function<const CImgObj<float>*()> fnImage;          ///< in view and in nobody's use, or null
+    std::function<void()> fnRedraw;                          ///< with the limits of the boxes
+    std::function<void(bool)> fnSetLogarithmic;              ///< how it is drawn from then on
+    std::function<std::unique_ptr<QSettings>()> fnSettings;  ///< of the program
 };
 
 /// The limits are those of the boxes "Min." and "Max."; they stay from frame to frame. What the user changes
@@ -43,7 +43,7 @@ public:
     void beginSeries(const QString& strSeries);
     /// The limits of a series by its first image: those that were kept, else those of displayLimits(), else
     /// where its values have no such range those of autoContrastLimits(). Nothing is drawn.
-    /// @return false where the image tells none
+    /// @return false where the image gives none
     bool takeFirst(const CImgObj<float>& image);
     /// An image has come into view.
     void showHistogramOf(const CImgObj<float>& image);

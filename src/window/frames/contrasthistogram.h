@@ -25,7 +25,7 @@ public:
     /// The histogram that is drawn.
     const ViewHistogram& histogram() const { return m_histogram; }
     void setLimits(double dfLow, double dfHigh);  ///< without a signal
-    /// Where a handle stands, pixels of the widget from the left.
+    /// Where a handle is, pixels of the widget from the left.
     double handleX(bool bHigh) const;
 
     QSize sizeHint() const override { return {200, 84}; }

@@ -45,7 +45,7 @@ public:
 
     /// Shows and hides the rings.
     QAction* ringsAction() const { return m_pRings; }
-    /// Tells the place under the pointer, scene coordinates; one beside the frame tells nothing.
+    /// Shows the place under the pointer in the status bar, scene coordinates; nothing beside the frame.
     void readPlace(const QPointF& ptScene);
     /// Another frame is in view, or geometry or limits have changed: the rings are drawn anew.
     void renew();

@@ -9,7 +9,7 @@
 
 namespace tessera {
 
-/// Takes each state that it is told of to a file in the user's own folder, never to that of the project, and
+/// Writes each state that it is given to a file in the user's own folder, never to that of the project, and
 /// lets the window go on meanwhile. The file goes with a clean end.
 class WorkKeeper : public QObject {
     Q_OBJECT
@@ -50,7 +50,7 @@ private:
     void told(const QString& strStep, const QString& strReason);
 
     const QString m_strFolder;
-    QSet<QString> m_setReason;  ///< that were told
+    QSet<QString> m_setReason;  ///< that have been reported
     CWorkWriter m_writer;       ///< the last member: its thread goes first
 };
 

@@ -1,4 +1,4 @@
-// Disc colours: the colour of a predicted reflection on the frame tells what is wrong with it.
+// Disc colours: the colour of a predicted reflection on the frame, by what is wrong with it.
 #pragma once
 
 #include "integration/observation.h"

@@ -1,4 +1,4 @@
-// Predicted discs: where the reflections of a frame were predicted, and what is told of each.
+// Predicted discs: where the reflections of a frame were predicted, and what is said of each.
 #pragma once
 
 #include "integration/integrationresult.h"
@@ -22,12 +22,12 @@ struct PredictedDisc {
     QString strTip;
 };
 
-/// The observations whose passage holds the frame; where a passage has no frames, the one that it is nearest
-/// to.
+/// The observations whose passage includes the frame; where a passage has no frames, the one that it is
+/// nearest to.
 /// @param nFrame  from 0
 std::vector<PredictedDisc> discsOnFrame(const IntegrationResult& result, int nFrame, const QLocale& locale);
 
-/// The disc around a point, the nearest where several hold it; −1 for none.
+/// The disc around a point, the nearest where several include it; −1 for none.
 /// @param ptScene   scene coordinates
 /// @param dfRadius  pixels, of the discs
 /// @return number of the observation

@@ -37,7 +37,7 @@ QSpinBox* makeSpin(QWidget* pParent, int TRecord::*pMember)
 }
 
 /// Puts a label and a box into a row of a grid; the box bears the name for those who see no page.
-/// @param strGroup  what the name begins with where the label alone does not tell; empty: nothing
+/// @param strGroup  what the name begins with where the label alone is not clear; empty: nothing
 void addBox(QGridLayout* pGrid, int nRow, const QString& strLabel, QWidget* pBox,
             const QString& strGroup = {});
 

@@ -60,7 +60,7 @@ public:
     /// The line above the rows, with a button for the export.
     PeakFilterBar& filterBar() { return *m_pBar; }
 
-    /// The row of the table that an index of the view stands for; -1: none.
+    /// The row of the table that an index of the view shows; -1: none.
     int peakRow(const QModelIndex& index) const;
     /// The index of a row of the table, in the first column shown; invalid where the filter leaves it out.
     QModelIndex indexOfPeak(int nRow) const;

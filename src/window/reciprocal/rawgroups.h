@@ -16,7 +16,7 @@ namespace tessera {
 class ED3DWidget;
 
 /// Whether the raw view shows the peaks of the data set, and labels, colours and visibility of its groups
-/// while it shows other points. Who is in a group stands in the masks of the peaks meanwhile.
+/// while it shows other points. The masks of the peaks keep meanwhile which peak is in which group.
 ///
 /// The same peaks under other limits or another geometry keep the groups that the user has made: keep()
 /// before the points change, take() for the points that come.

@@ -32,9 +32,9 @@ struct SectionsHost {
     std::function<RunOutcome(const SectionPlane&, const SectionOptions&, CRunReport&,
                              std::vector<ReciprocalSection>&)>
         fnMake;
-    std::function<void(int)> fnChoose;               ///< a reflection by its number
-    std::function<void(const QString&)> fnComplain;  ///< a red line
-    std::function<std::unique_ptr<QSettings>()> fnSettings;
+    std::function<void(int)> fnChoose;                       ///< a reflection by its number
+    std::function<void(const QString&)> fnComplain;          ///< a red line
+    std::function<std::unique_ptr<QSettings>()> fnSettings;  ///< of the program
 };
 
 /// Keeps the last section until another series comes. What changes its look draws it anew at once; what

@@ -45,7 +45,7 @@ struct SelectionHost {
 };
 
 /// A reflection that is chosen in a view is marked in both 3D views, ringed on its frame, scrolled to in the
-/// table, and its curve is drawn. What a view cannot show is told in the status bar.
+/// table, and its curve is drawn. What a view cannot show is named in the status bar.
 ///
 /// The view that has chosen keeps what it has made of the choice. Nothing comes back from the views while
 /// they are being set. Under a run nothing is chosen. When reflections or peaks are replaced, the choice
@@ -62,7 +62,8 @@ public:
     /// Next and previous of frame, reflection and unindexed, and no choice.
     const QList<QAction*>& actions() const { return m_listAction; }
 
-    /// Chooses a reflection by its number, at its best frame; one that is not there is told.
+    /// Chooses a reflection by its number, at its best frame; one that is not there is named in the status
+    /// bar.
     void chooseReflection(int nReflection);
     /// Drops a choice whose reflections or peaks have been replaced. Cheap while they have not.
     void checkData();

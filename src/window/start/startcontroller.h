@@ -15,13 +15,13 @@ class StartPage;
 
 /// What the start page needs of the window.
 struct StartHost {
-    std::function<std::unique_ptr<QSettings>()> fnSettings;
-    std::function<void()> fnOpen;        ///< asks for files
-    std::function<void()> fnNewProject;  ///< asks for frames
-    std::function<void(const QStringList&)> fnOpenFiles;
-    std::function<void()> fnListChanged;             ///< of recent series
-    std::function<void(const QString&)> fnSay;       ///< in the log
-    std::function<void(const QString&)> fnComplain;  ///< a red line
+    std::function<std::unique_ptr<QSettings>()> fnSettings;  ///< of the program
+    std::function<void()> fnOpen;                            ///< asks for files
+    std::function<void()> fnNewProject;                      ///< asks for frames
+    std::function<void(const QStringList&)> fnOpenFiles;     ///< opens these
+    std::function<void()> fnListChanged;                     ///< of recent series
+    std::function<void(const QString&)> fnSay;               ///< in the log
+    std::function<void(const QString&)> fnComplain;          ///< a red line
 };
 
 /// Shows the page over the view of frames while the window has no data set.
