@@ -119,7 +119,7 @@ int numberOfTag(const QByteArray& name)
 {
     const QByteArray lower = name.toLower();
     for (size_t n = 0; n < g_aTag.size(); ++n) {
-        // The macromolecular dictionary has a dot in place of the first underscore.
+        // The macromolecular dictionary has "_cell." in place of "_cell_".
         if (lower == g_aTag[n] || lower == QByteArray(g_aTag[n]).replace(0, 6, "_cell.")) {
             return int(n);
         }

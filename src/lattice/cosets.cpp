@@ -142,9 +142,9 @@ double deviations(int nPoints, double dfByChance)
 bool isInInnerHalves(const Tally& tally, const Division& division, double dfEven)
 {
     const double dfLeastDeviations = 2.5;  // for each half; all four must reach it
-    // Least ratio of the inner share of the coset to the inner share of the lattice's own points. An error
-    // that grows with the index reaches nothing in the inner half, while reflections of a superlattice are
-    // distributed like the others.
+    // In each inner half, the coset must have at least a third as many points per point of the lattice as
+    // in all. An error that grows with the index reaches nothing in the inner half, while reflections of a
+    // superlattice are distributed like the others.
     const double dfLeastRatio = 1.0 / 3;
     const double dfByChance = std::max(dfEven * double(division.listLeft.size()), tally.all.byChance());
     const double dfShare = (tally.all.nInside - dfByChance) / std::max(division.nFitting, 1);

@@ -49,8 +49,8 @@ bool explainsEnough(const OneOfLattices& lattice, const LatticePoints& listRest,
            dimensionsOfFit(lattice.matBasis, listRest) == 3;
 }
 
-/// Whether the edges of the first lattice are whole combinations of those of the second, so that its
-/// reciprocal lattice contains all points of the second one.
+/// Whether the edges of the second lattice are whole combinations of those of the first, so that its
+/// reciprocal lattice contains all points of the first one.
 bool holdsAllPointsOf(const LatticeBasis& first, const LatticeBasis& second)
 {
     const double dfOff = 0.05;  // in edges of the first, times the number of edges combined

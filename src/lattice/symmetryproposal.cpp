@@ -9,13 +9,13 @@ namespace tessera {
 
 namespace {
 
-// A cell straight from the indexing of a series with a well-known geometry is up to a quarter of a per cent
-// and of a degree off.
+// The error of a cell from the indexing of a series with well-known geometry is up to a quarter of a per
+// cent and of a degree.
 const double g_dfStrainOfGoodGeometry = 0.45;
 // Elliptic distortions of projector lenses: Capitani, Oleynikov, Hovmöller & Mellini (2006), Ultramicroscopy
 // 106, 66-74, who found 2.5 % uncorrected, half of it on either axis.
 const double g_dfStrainOfEllipse = 1.5;
-// The worst of several errors of one size against the worst of two or three.
+// The worst of several errors of one size may be this many times the worst of two or three.
 const double g_dfTimesLower = 3;
 
 }  // namespace
