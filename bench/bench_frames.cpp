@@ -129,11 +129,11 @@ void lookAtSeriesBeforeHunting(benchmark::State& state)
 {
     const DataSet dataSet = seriesOfLength(int(state.range(0)));
     CRunReport report;
-    SeriesLook look;
+    std::optional<SeriesLook> look;
     for (auto _ : state) {
-        lookAtSeries(dataSet, {}, report, look);
+        look = lookAtSeries(dataSet, {}, report);
     }
-    state.counters["spots"] = look.size ? look.size->nSpots : 0;
+    state.counters["spots"] = look && look->size ? look->size->nSpots : 0;
 }
 BENCHMARK(lookAtSeriesBeforeHunting)
     ->Arg(40)

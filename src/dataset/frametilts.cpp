@@ -2,6 +2,7 @@
 
 #include "dataset/textlines.h"
 #include "dataset/textscanner.h"
+#include "records/reason.h"
 
 #include <cmath>
 #include <vector>
@@ -34,13 +35,11 @@ double tiltStep(int nFrames, double dfStart, double dfEnd)
     return nFrames > 1 ? (dfEnd - dfStart) / (nFrames - 1) : 0;
 }
 
-bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReason)
+std::optional<FrameTilts> readTilts(const QByteArray& bytesText, QString* pstrReason)
 {
     const auto fail = [pstrReason](const QString& strReason) {
-        if (pstrReason) {
-            *pstrReason = strReason;
-        }
-        return false;
+        giveReason(pstrReason, strReason);
+        return std::nullopt;
     };
     QList<QByteArray> listLine = splitTextLines(bytesText);
     dropComments(listLine);
@@ -79,8 +78,7 @@ bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReas
     if (read.size() == 0) {
         return fail(QStringLiteral("The list of tilts is empty."));
     }
-    tilts = read;
-    return true;
+    return read;
 }
 
 }  // namespace tessera

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// Tilts in degrees, one entry per frame in each list.
@@ -35,9 +37,8 @@ double tiltStep(int nFrames, double dfStart, double dfEnd);
 /// white space, commas or semicolons, with decimal points. Empty lines and those that begin with "#" are
 /// skipped. Any number of lines is accepted.
 ///
-/// @param tilts       takes the tilts
 /// @param pstrReason  may be null; takes on failure which line is wrong
-/// @return false, with `tilts` as they were, when a line has another form or there is no line
-[[nodiscard]] bool readTilts(const QByteArray& bytesText, FrameTilts& tilts, QString* pstrReason = nullptr);
+/// @return nothing when a line has another form or there is no line
+[[nodiscard]] std::optional<FrameTilts> readTilts(const QByteArray& bytesText, QString* pstrReason = nullptr);
 
 }  // namespace tessera

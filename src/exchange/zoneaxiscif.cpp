@@ -99,7 +99,7 @@ double semiAngle(const IntegrationResult& result, const VirtualFrame& frame)
 
 }  // namespace
 
-std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool& bReversed)
+ZoneAxisBasis zoneAxisBasis(const IntegrationResult& result)
 {
     const ObservationSymmetry& symmetry = result.chosen.symmetry;
     Eigen::Matrix3d matTransform, matReciprocal;  // rows: axes of the setting; columns: a*, b*, c*
@@ -112,14 +112,14 @@ std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool&
     // The y axis of the laboratory frame points in the opposite direction.
     matReciprocal.row(1) *= -1;
     const Eigen::Matrix3d matSetting = matReciprocal * matTransform.inverse();
-    bReversed = matSetting.determinant() < 0;
-    std::array<DoubleVector, 3> aReciprocal;
+    ZoneAxisBasis basis;
+    basis.bReversed = matSetting.determinant() < 0;
     for (int n = 0; n < 3; ++n) {
         for (int nRow = 0; nRow < 3; ++nRow) {
-            aReciprocal[n][nRow] = bReversed ? -matSetting(nRow, n) : matSetting(nRow, n);
+            basis.aReciprocal[n][nRow] = basis.bReversed ? -matSetting(nRow, n) : matSetting(nRow, n);
         }
     }
-    return aReciprocal;
+    return basis;
 }
 
 ZoneAxisFrame zoneAxisFrame(const std::array<DoubleVector, 3>& aReciprocal, double dfOutOfPlane,
@@ -151,10 +151,9 @@ QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOption
     const VirtualFrameOptions options = chosenVirtualFrames(result.integrated, nFrames, asked);
     const std::vector<VirtualFrame> listFrame = virtualFrames(result.integrated, nFrames, options);
     const std::vector<double> listAngle = anglesOf(result.series);
-    bool bReversed = false;
-    const std::array<DoubleVector, 3> aReciprocal = zoneAxisBasis(result, bReversed);
+    const ZoneAxisBasis basis = zoneAxisBasis(result);
     QByteArray bytes = "data_pets\n";
-    addCell(bytes, aReciprocal, result.series.geometry.dfWavelength);
+    addCell(bytes, basis.aReciprocal, result.series.geometry.dfWavelength);
     addDetails(bytes, result, options);
     bytes += "\nloop_\n";
     for (const char* pszName : {"id", "u", "v", "w", "precession_angle", "alpha", "beta", "omega", "scale"}) {
@@ -163,7 +162,7 @@ QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOption
     for (size_t n = 0; n < listFrame.size(); ++n) {
         const VirtualFrame& frame = listFrame[n];
         const double dfAngle = (listAngle[frame.nFirst] + listAngle[frame.nLast]) / 2;
-        const ZoneAxisFrame zone = zoneAxisFrame(aReciprocal, result.series.geometry.turn.outOfPlane,
+        const ZoneAxisFrame zone = zoneAxisFrame(basis.aReciprocal, result.series.geometry.turn.outOfPlane,
                                                  dfAngle);
         bytes += QByteArray::number(int(n) + 1).rightJustified(4);
         for (const double dfIndex : zone.aZone) {
@@ -184,7 +183,7 @@ QByteArray zoneAxisCif(const IntegrationResult& result, const VirtualFrameOption
         for (const int nObservation : listFrame[n].listObservation) {
             const Observation& one = result.integrated.listObservation[nObservation];
             for (const int nIndex : conventionalIndex(result.chosen.symmetry, one.anIndex)) {
-                bytes += QByteArray::number(bReversed ? -nIndex : nIndex).rightJustified(4);
+                bytes += QByteArray::number(basis.bReversed ? -nIndex : nIndex).rightJustified(4);
             }
             bytes += number(one.dfIntensity, 2, 13) + number(one.dfSigma, 2, 11) +
                      QByteArray::number(int(n) + 1).rightJustified(5) + '\n';

@@ -22,10 +22,14 @@ struct ZoneAxisFrame {
     double dfAlpha = 0, dfBeta = 0, dfOmega = 0;  ///< degrees
 };
 
-/// a*, b*, c* of the conventional setting of an integration in that frame.
-/// @param bReversed  takes whether all three were reversed to be right-handed; the indices must then be
-///                   reversed, too
-std::array<DoubleVector, 3> zoneAxisBasis(const IntegrationResult& result, bool& bReversed);
+/// A right-handed basis for zone axis frames.
+struct ZoneAxisBasis {
+    std::array<DoubleVector, 3> aReciprocal = {};  ///< a*, b*, c*, Å⁻¹
+    bool bReversed = false;                        ///< all three were reversed, and so must be the indices
+};
+
+/// The conventional setting of an integration in the frame of ZoneAxisFrame.
+ZoneAxisBasis zoneAxisBasis(const IntegrationResult& result);
 
 /// The orientation at an angle about the axis.
 /// @param dfOutOfPlane  angle of the axis towards +z, degrees

@@ -373,14 +373,10 @@ QStringList tellDefects(const FrameDefects& defects)
     return list;
 }
 
-bool findFrameDefects(const DataSet& dataSet, CRunReport& report, FrameDefects& defects, int nJobs)
+std::optional<FrameDefects> findFrameDefects(const DataSet& dataSet, CRunReport& report, int nJobs)
 {
-    SeriesLook look;
-    if (!lookAtSeries(dataSet, {true, false}, report, look, nJobs)) {
-        return false;
-    }
-    defects = std::move(look.defects);
-    return true;
+    std::optional<SeriesLook> look = lookAtSeries(dataSet, {true, false}, report, nJobs);
+    return look ? std::make_optional(std::move(look->defects)) : std::nullopt;
 }
 
 }  // namespace tessera

@@ -69,9 +69,9 @@ MaskData maskOfDefects(const FrameDefects& defects);
 /// One line of the log for each kind of defect.
 QStringList tellDefects(const FrameDefects& defects);
 
-/// Looks at some frames of the series.
-/// @param nJobs  frames looked at side by side; the defects are the same for each
-/// @return false when the report asked to stop or memory is short
-bool findFrameDefects(const DataSet& dataSet, CRunReport& report, FrameDefects& defects, int nJobs = 1);
+/// Finds the defects of a series from some of its frames.
+/// @param nJobs  frames that are read side by side; the result does not depend on it
+/// @return nothing when the report asked to stop or memory is short
+std::optional<FrameDefects> findFrameDefects(const DataSet& dataSet, CRunReport& report, int nJobs = 1);
 
 }  // namespace tessera

@@ -28,15 +28,13 @@ QString formatName(const QString& strFrame)
 
 }  // namespace
 
-bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString* pstrReason)
+std::optional<FrameSummary> readFrameSummary(const QString& strFileName, QString* pstrReason)
 {
     CReasonReport report;
     ImageList vecImage;
     if (loadFirstImage(vecImage, strFileName, {}, report) != 1 || vecImage.empty()) {
-        if (pstrReason) {
-            *pstrReason = report.m_strReason;
-        }
-        return false;
+        giveReason(pstrReason, report.m_strReason);
+        return std::nullopt;
     }
     FrameSummary read;
     read.nWidth = vecImage.front()->Width();
@@ -45,41 +43,45 @@ bool readFrameSummary(const QString& strFileName, FrameSummary& summary, QString
     const FrameHeader header = frameHeader(strFileName);
     read.dfKilovolts = header.kilovolts.isTold() ? header.kilovolts.df : 0;
     read.dfPixelSize = header.pixelSize.isTold() ? header.pixelSize.df : 0;
-    summary = read;
-    return true;
+    return read;
 }
 
 bool areFramesAlike(const QStringList& listFile, QString* pstrReason)
 {
-    FrameSummary first, other;
-    if (!listFile.isEmpty() && !readFrameSummary(listFile.first(), first, pstrReason)) {
+    if (listFile.isEmpty()) {
+        return true;
+    }
+    const std::optional<FrameSummary> first = readFrameSummary(listFile.first(), pstrReason);
+    if (!first) {
         return false;
     }
-    const qint64 nLength = QFileInfo(frameName(listFile.value(0)).strFile).size();
+    const QSize sizeFirst(first->nWidth, first->nHeight);
+    const qint64 nLength = QFileInfo(frameName(listFile.first()).strFile).size();
     for (const QString& strFile : listFile) {
         const QFileInfo info(frameName(strFile).strFile);
         if (!info.isFile()) {
             return giveReason(pstrReason, strFile, QStringLiteral("no such file"));
         }
         const QString strFormat = formatName(strFile);
-        if (info.size() == nLength && strFormat == first.strFormat) {
+        if (info.size() == nLength && strFormat == first->strFormat) {
             continue;
         }
         QString strReason;
-        const QSize size = frameHeader(strFile).size;
-        if (size.isValid()) {
-            other.nWidth = size.width();
-            other.nHeight = size.height();
-        } else if (!readFrameSummary(strFile, other, &strReason)) {
-            return giveReason(pstrReason, strReason.isEmpty() ? strFile : strReason);
+        QSize size = frameHeader(strFile).size;
+        if (!size.isValid()) {
+            const std::optional<FrameSummary> other = readFrameSummary(strFile, &strReason);
+            if (!other) {
+                return giveReason(pstrReason, strReason.isEmpty() ? strFile : strReason);
+            }
+            size = QSize(other->nWidth, other->nHeight);
         }
-        if (other.nWidth != first.nWidth || other.nHeight != first.nHeight) {
+        if (size != sizeFirst) {
             return giveReason(pstrReason, strFile,
                               QStringLiteral("%1 × %2 pixels, but the first frame has %3 × %4")
-                                  .arg(other.nWidth)
-                                  .arg(other.nHeight)
-                                  .arg(first.nWidth)
-                                  .arg(first.nHeight));
+                                  .arg(size.width())
+                                  .arg(size.height())
+                                  .arg(sizeFirst.width())
+                                  .arg(sizeFirst.height()));
         }
     }
     return true;

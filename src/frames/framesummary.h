@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace tessera {
 
 /// What is known from one frame file.
@@ -18,9 +20,9 @@ struct FrameSummary {
 /// Reads the first image of a frame file, as loadFirstImage() does, and the header, if the format has one
 /// that tells about the microscope.
 /// @param pstrReason  may be null; takes on failure what is wrong with the file
-/// @return false, with `summary` as it was, when the file has no readable image
-[[nodiscard]] bool readFrameSummary(const QString& strFileName, FrameSummary& summary,
-                                    QString* pstrReason = nullptr);
+/// @return nothing when the file has no readable image
+[[nodiscard]] std::optional<FrameSummary> readFrameSummary(const QString& strFileName,
+                                                           QString* pstrReason = nullptr);
 
 /// Whether all files of a series exist and have the size of the first one. Only files of another length or
 /// format are read, and if possible only their headers.

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
 namespace tessera {
 
@@ -22,13 +23,15 @@ struct SmoothingWork {
 };
 
 // Makes the smoothed frame of the peak search, equal to the bit.
-// @return false where the transform failed
-bool smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting, CPeakFilters& filters,
-                 SmoothingWork& work, qint64& nBad)
+// @return the number of unusable pixels; nothing where the transform failed
+std::optional<qint64> smoothFrame(const CImgObj<float>& img, const PeakHuntingParameters& hunting,
+                                  CPeakFilters& filters, SmoothingWork& work)
 {
-    nBad = frameSpectrum(img, work.fft, work.spectrum);
-    return nBad >= 0 && updatePeakFilters(hunting, img.Width(), img.Height(), filters) &&
-           filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, &work.imgSmooth, nullptr);
+    const qint64 nBad = frameSpectrum(img, work.fft, work.spectrum);
+    const bool bSmoothed = nBad >= 0 && updatePeakFilters(hunting, img.Width(), img.Height(), filters) &&
+                           filterSpectrum(work.spectrum, filters, work.fft, work.imgProduct, &work.imgSmooth,
+                                          nullptr);
+    return bSmoothed ? std::make_optional(nBad) : std::nullopt;
 }
 
 // Measures both intensities of the peaks on a smoothed frame.
@@ -75,13 +78,13 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         if (!pImage) {
             return false;
         }
-        qint64 nBad = 0;
-        if (!smoothFrame(*pImage, hunting, filters, work, nBad)) {
+        const std::optional<qint64> nBad = smoothFrame(*pImage, hunting, filters, work);
+        if (!nBad) {
             report.fail(QStringLiteral("%1: the frame cannot be transformed. Stop.")
                             .arg(run.series().listFrameFile[nFrame]));
             return false;
         }
-        badPixelLines.add(nFrame, nBad, report);
+        badPixelLines.add(nFrame, *nBad, report);
         if (peaksSorted.size() != run.frameCount()) {
             return false;  // the list was changed while events were handled
         }

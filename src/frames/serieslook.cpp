@@ -27,8 +27,8 @@ int framesToLookAt(int nFrames)
     return std::min(nFrames, std::clamp(nFrames / g_nOneFrameIn, g_nLeastFrames, g_nMostFrames));
 }
 
-bool lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& report, SeriesLook& look,
-                  int nJobs)
+std::optional<SeriesLook> lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& report,
+                                       int nJobs)
 {
     const int nFrames = dataSet.m_listFrameFile.size();
     const int nMost = wanted.bSpotSize ? g_nMostFrames : g_nFramesForDefects;
@@ -57,11 +57,10 @@ bool lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& r
         }
     };
     if (!forEachFrameOf<Seen>(vecFrame, dataSet, nJobs, report, makeLook, take)) {
-        return false;
+        return std::nullopt;
     }
-    look.defects = wanted.bDefects ? defectsOf(vecSigns) : FrameDefects();
-    look.size = wanted.bSpotSize ? spotSizeOf(vecSpots) : std::nullopt;
-    return true;
+    return SeriesLook{wanted.bDefects ? defectsOf(vecSigns) : FrameDefects(),
+                      wanted.bSpotSize ? spotSizeOf(vecSpots) : std::nullopt};
 }
 
 }  // namespace tessera

@@ -30,8 +30,8 @@ int framesToLookAt(int nFrames);
 
 /// Reads framesToLookAt() frames spread over the series. At most seven of them are used for the defects.
 /// @param nJobs  frames that are read side by side; the result does not depend on it
-/// @return false, with look as it was, when the report asked to stop or memory is short
-bool lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& report, SeriesLook& look,
-                  int nJobs = 1);
+/// @return nothing when the report asked to stop or memory is short
+std::optional<SeriesLook> lookAtSeries(const DataSet& dataSet, SeriesLookWanted wanted, CRunReport& report,
+                                       int nJobs = 1);
 
 }  // namespace tessera

@@ -78,7 +78,8 @@ bool isMaximum(const float* pf, int nWidth)
 std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
 {
     const int nWidth = imgSmooth.Width(), nHeight = imgSmooth.Height();
-    // Tiles whose pixels are all equal get a noise from the other tiles: the median.
+    // The noise of a tile is taken to be at least the median of all tiles, as the pixels of some tiles are
+    // all equal.
     std::vector<RobustSpread> vecTile;
     std::vector<float> vecDeviation;
     for (int nTop = 1; nTop + 1 < nHeight; nTop += g_nTile) {
@@ -229,11 +230,11 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
 
 bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size, int nJobs)
 {
-    SeriesLook look;
-    if (!lookAtSeries(dataSet, {false, true}, report, look, nJobs)) {
+    const std::optional<SeriesLook> look = lookAtSeries(dataSet, {false, true}, report, nJobs);
+    if (!look) {
         return false;
     }
-    size = look.size;
+    size = look->size;
     return true;
 }
 

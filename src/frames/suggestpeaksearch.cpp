@@ -60,12 +60,12 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::opt
                              : QStringLiteral("no spot lies near"))};
 }
 
-bool suggestRadii(const DataSet& dataSet, CRunReport& report, Suggestion& suggestion,
-                  const std::optional<double>& dfPeakRadius, int nJobs)
+std::optional<Suggestion> suggestRadii(const DataSet& dataSet, CRunReport& report,
+                                       const std::optional<double>& dfPeakRadius, int nJobs)
 {
     std::optional<SpotSize> size;
     if (!measureSpotSize(dataSet, report, size, nJobs)) {
-        return false;
+        return std::nullopt;
     }
     if (!size) {
         report.addMessage(
@@ -73,21 +73,20 @@ bool suggestRadii(const DataSet& dataSet, CRunReport& report, Suggestion& sugges
                            "the peak search are those of the page."),
             Severity::Info);
     }
-    suggestion = suggestPeakSearch(size, dfPeakRadius);
-    return true;
+    return suggestPeakSearch(size, dfPeakRadius);
 }
 
-bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page, CPeakFilters& filters,
-                       CRunReport& report, Suggestion& suggestion, int nJobs)
+std::optional<Suggestion> suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page,
+                                            CPeakFilters& filters, CRunReport& report, int nJobs)
 {
-    Suggestion listFound;
-    if (!suggestRadii(dataSet, report, listFound, std::nullopt, nJobs)) {
-        return false;
+    std::optional<Suggestion> suggestion = suggestRadii(dataSet, report, std::nullopt, nJobs);
+    if (!suggestion) {
+        return std::nullopt;
     }
     PeakHuntingParameters parameters = page;
     ParameterRecords records{};
     std::get<PeakHuntingParameters*>(records) = &parameters;
-    for (const SuggestedValue& value : qAsConst(listFound)) {
+    for (const SuggestedValue& value : qAsConst(*suggestion)) {
         parameterOf(value.member).setValue(records, value.dfValue);
     }
     const std::optional<PeakThreshold> found = estimatePeakThreshold(dataSet, parameters, filters, report,
@@ -97,13 +96,12 @@ bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page
             &PeakHuntingParameters::m_dfPeakThreshold, found->dfThreshold,
             QStringLiteral("eight robust standard deviations of the noise with these radii"));
         if (value.dfValue > 0) {
-            listFound.append(value);
+            suggestion->append(value);
         }
     } else if (!report.goOn()) {
-        return false;
+        return std::nullopt;
     }
-    suggestion = listFound;
-    return true;
+    return suggestion;
 }
 
 }  // namespace tessera

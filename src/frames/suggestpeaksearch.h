@@ -42,19 +42,18 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size,
 
 /// Does the same with the spots of some frames of the series, and logs a line where there are no usable
 /// spots.
-/// @param suggestion  takes the proposal; empty where there are no usable spots
-/// @param nJobs       frames that are read side by side; the result does not depend on it
-/// @return false when the report asked to stop or memory is short
-bool suggestRadii(const DataSet& dataSet, CRunReport& report, Suggestion& suggestion,
-                  const std::optional<double>& dfPeakRadius = std::nullopt, int nJobs = 1);
+/// @param nJobs  frames that are read side by side; the result does not depend on it
+/// @return empty where there are no usable spots; nothing when the report asked to stop or memory is short
+std::optional<Suggestion> suggestRadii(const DataSet& dataSet, CRunReport& report,
+                                       const std::optional<double>& dfPeakRadius = std::nullopt,
+                                       int nJobs = 1);
 
 /// Proposes the radii, and the threshold that belongs to them, from some frames. No threshold is proposed
 /// where the noise of no frame can be measured, or where the decimals of the page are too coarse for it.
 /// @param page        parameters for which nothing is proposed keep these values
 /// @param filters     are made for the proposed radii
-/// @param suggestion  takes the proposal
-/// @return false when the report asked to stop or memory is short
-bool suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page, CPeakFilters& filters,
-                       CRunReport& report, Suggestion& suggestion, int nJobs = 1);
+/// @return nothing when the report asked to stop or memory is short
+std::optional<Suggestion> suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page,
+                                            CPeakFilters& filters, CRunReport& report, int nJobs = 1);
 
 }  // namespace tessera

@@ -44,11 +44,11 @@ void dropRepeated(QList<QPointF>& listPoint)
 
 }  // namespace
 
-bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, const QSize& sizeFrame)
+std::optional<QLineF> axisLine(const QPointF& ptCentre, double dfRotationAxis, const QSize& sizeFrame)
 {
     if (sizeFrame.isEmpty() || !std::isfinite(ptCentre.x()) || !std::isfinite(ptCentre.y()) ||
         !std::isfinite(dfRotationAxis)) {
-        return false;
+        return std::nullopt;
     }
     const double dfWidth = sizeFrame.width();
     const double dfHeight = sizeFrame.height();
@@ -59,12 +59,10 @@ bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, cons
     const QLineF right(dfWidth, 0, dfWidth, dfHeight);
     const QLineF bottom(0, dfHeight, dfWidth, dfHeight);
     if (isParallel(axis, top)) {
-        line = QLineF(0, ptCentre.y(), dfWidth, ptCentre.y());
-        return true;
+        return QLineF(0, ptCentre.y(), dfWidth, ptCentre.y());
     }
     if (isParallel(axis, left)) {
-        line = QLineF(ptCentre.x(), 0, ptCentre.x(), dfHeight);
-        return true;
+        return QLineF(ptCentre.x(), 0, ptCentre.x(), dfHeight);
     }
     QList<QPointF> listEnd;
     for (const QLineF& edge : {top, left, right, bottom}) {
@@ -77,10 +75,9 @@ bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis, cons
         dropRepeated(listEnd);
     }
     if (listEnd.size() != 2) {
-        return false;
+        return std::nullopt;
     }
-    line = QLineF(listEnd[0], listEnd[1]);
-    return true;
+    return QLineF(listEnd[0], listEnd[1]);
 }
 
 }  // namespace tessera

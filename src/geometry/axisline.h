@@ -5,6 +5,8 @@
 #include <QPointF>
 #include <QSize>
 
+#include <optional>
+
 namespace tessera {
 
 /// Finds the part of the rotation axis that lies on the frame.
@@ -15,13 +17,11 @@ namespace tessera {
 /// axis along x or y keeps the unrounded coordinate of the beam, and spans the frame even if the beam lies
 /// outside it. An axis that touches the frame only at a corner gives a line of length 0.
 ///
-/// @param line            takes the result
 /// @param ptCentre        direct beam on the frame, raw pixels
 /// @param dfRotationAxis  φ, degrees
 /// @param sizeFrame       pixels
-/// @return false, with `line` as it was, when the axis misses the frame, when the frame is empty, or when a
-///         number is not finite
-[[nodiscard]] bool axisLine(QLineF& line, const QPointF& ptCentre, double dfRotationAxis,
-                            const QSize& sizeFrame);
+/// @return nothing when the axis misses the frame, when the frame is empty, or when a number is not finite
+[[nodiscard]] std::optional<QLineF> axisLine(const QPointF& ptCentre, double dfRotationAxis,
+                                             const QSize& sizeFrame);
 
 }  // namespace tessera

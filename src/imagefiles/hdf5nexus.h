@@ -4,6 +4,7 @@
 #include "imagefiles/hdf5series.h"
 
 #include <array>
+#include <optional>
 
 namespace tessera {
 
@@ -24,11 +25,10 @@ using NexusVector = std::array<double, 3>;
 /// @param axis       in the frame of NeXus: z along the beam, y up
 /// @param fast       unit vector from pixel to pixel of a row, likewise
 /// @param slow       unit vector from row to row
-/// @param dfDegrees  takes the azimuth
 /// @param strReason  takes why it is unknown: the detector is not perpendicular to the beam or is seen from
 ///                   behind, or the axis is not in its plane
-/// @return false where it is unknown
-bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow, double& dfDegrees,
-                 QString& strReason);
+/// @return nothing where it is unknown
+std::optional<double> axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow,
+                                  QString& strReason);
 
 }  // namespace tessera

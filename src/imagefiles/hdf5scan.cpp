@@ -226,14 +226,13 @@ void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetecto
         const std::vector<Step> vecStep = chainFrom(idFile, strFile, strModule + pszName);
         return vecStep.empty() ? NexusVector{0, 0, 0} : inLaboratory(vecStep[0].vector, vecStep, 1);
     };
-    double dfDegrees = 0;
     QString strReason;
     constexpr double dfAlong = 1 - 1e-9;
     if (!bElectrons && std::fabs(axis[0]) > dfAlong) {
         strReason = QStringLiteral("it is the one that detectors write when they were told none");
-    } else if (axisOnImage(axis, direction("/fast_pixel_direction"), direction("/slow_pixel_direction"),
-                           dfDegrees, strReason)) {
-        header.rotationAxis = {dfDegrees, QStringLiteral("vector of the scan's axis")};
+    } else if (const auto dfDegrees = axisOnImage(axis, direction("/fast_pixel_direction"),
+                                                  direction("/slow_pixel_direction"), strReason)) {
+        header.rotationAxis = {*dfDegrees, QStringLiteral("vector of the scan's axis")};
         return;
     }
     header.listDoubt.append(QStringLiteral("The file's axis of rotation was not taken: %1.").arg(strReason));
@@ -241,8 +240,8 @@ void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetecto
 
 }  // namespace
 
-bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow, double& dfDegrees,
-                 QString& strReason)
+std::optional<double> axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVector& slow,
+                                  QString& strReason)
 {
     constexpr double dfSquare = 0.02, dfAcross = 0.95, dfInPlane = 0.3;
     const NexusVector normal = cross(slow, fast);  // out of the image, towards the viewer
@@ -254,10 +253,9 @@ bool axisOnImage(const NexusVector& axis, const NexusVector& fast, const NexusVe
     } else if (std::fabs(dot(axis, normal)) > dfInPlane) {
         strReason = QStringLiteral("it does not lie in the plane of the detector");
     } else {
-        dfDegrees = std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / g_dfPi;
-        return true;
+        return std::atan2(-dot(axis, slow), dot(axis, fast)) * 180 / g_dfPi;
     }
-    return false;
+    return std::nullopt;
 }
 
 void readScan(hid_t idFile, const QString& strPath, const QByteArray& strEntry, const QByteArray& strDetector,

@@ -96,14 +96,15 @@ bool learnFromFrames(RoadState& state, QList<QPoint>& listHotPixel)
     wanted.bDefects = options.bFindDefects && !options.bWindowDefaults && options.strMaskFile.isEmpty();
     wanted.bSpotSize = !options.bWindowDefaults && anyIsOpen(listGiven);
     if (wanted.bDefects || wanted.bSpotSize) {
-        SeriesLook look;
-        if (!lookAtSeries(state.dataSet, wanted, state.report, look, options.jobs())) {
+        const std::optional<SeriesLook> look = lookAtSeries(state.dataSet, wanted, state.report,
+                                                            options.jobs());
+        if (!look) {
             return false;
         }
-        leaveDefectsOut(state, look.defects);
-        listHotPixel = look.defects.listHotPixel;
+        leaveDefectsOut(state, look->defects);
+        listHotPixel = look->defects.listHotPixel;
         if (wanted.bSpotSize) {
-            takeRadii(state, look.size, listGiven, records);
+            takeRadii(state, look->size, listGiven, records);
         }
     }
     takeGiven(listGiven, records);

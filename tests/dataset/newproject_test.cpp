@@ -48,19 +48,18 @@ TEST(NewProject, FramesInTheOrderOfTheirNumbers)
 
 TEST(NewProject, Tilts)
 {
-    FrameTilts tilts;
-    EXPECT_FALSE(readTilts("# of the log\r\n-30,5\n\n -29.5; 0.5 -29\n", tilts));
-    ASSERT_TRUE(readTilts("# of the log\r\n-30,0.5,-29.5\n\n 1e1\xC2\xB0\r-2;0 -2.25", tilts));
-    EXPECT_EQ(tilts.listStage, QList<double>({-30, 10, -2}));
-    EXPECT_EQ(tilts.listBeam, QList<double>({0.5, 0, 0}));
-    EXPECT_EQ(tilts.listOverall, QList<double>({-29.5, 10, -2.25}));
+    EXPECT_FALSE(readTilts("# of the log\r\n-30,5\n\n -29.5; 0.5 -29\n"));
+    const auto tilts = readTilts("# of the log\r\n-30,0.5,-29.5\n\n 1e1\xC2\xB0\r-2;0 -2.25");
+    ASSERT_TRUE(tilts);
+    EXPECT_EQ(tilts->listStage, QList<double>({-30, 10, -2}));
+    EXPECT_EQ(tilts->listBeam, QList<double>({0.5, 0, 0}));
+    EXPECT_EQ(tilts->listOverall, QList<double>({-29.5, 10, -2.25}));
     QString strReason;
     for (const char* pch : {"1\n2 3\n", "1\nx\n", "1\nnan\n", "1\n2 3 4 5\n", "1\n2°x\n", "1\n2,-30,0.5"}) {
-        EXPECT_FALSE(readTilts(pch, tilts, &strReason)) << pch;
+        EXPECT_FALSE(readTilts(pch, &strReason)) << pch;
         EXPECT_TRUE(strReason.startsWith("Tilt 2 is")) << strReason.toStdString();
     }
-    EXPECT_FALSE(readTilts("# 1\n", tilts, &strReason));
-    EXPECT_EQ(tilts.size(), 3);
+    EXPECT_FALSE(readTilts("# 1\n", &strReason));
     EXPECT_DOUBLE_EQ(tiltStep(121, -60, 60), 1);
 }
 

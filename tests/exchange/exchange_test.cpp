@@ -324,14 +324,14 @@ TEST(Exchange, OrientationsOfZoneAxes)
     result.series = crookedSeries(0.7);
     // A setting whose axes are a + b, b, -c: it turns the hand.
     result.chosen.symmetry.anTransform = {{{1, 1, 0}, {0, 1, 0}, {0, 0, -1}}};
-    bool bReversed = false;
-    const auto aBasis = zoneAxisBasis(result, bReversed);
+    const ZoneAxisBasis basis = zoneAxisBasis(result);
+    const std::array<DoubleVector, 3>& aBasis = basis.aReciprocal;
     EXPECT_GT(dot(aBasis[0], cross(aBasis[1], aBasis[2])), 0);
     // A point has the same place whichever indices it goes by: the mirror image of that of the series.
     const std::array<int, 3> anIndex = {2, -1, 3},
                              anSetting = conventionalIndex(result.chosen.symmetry, anIndex);
     const DoubleVector point = CPassageGeometry(result.series).pointOf(anIndex);
-    const double dfSign = bReversed ? -1 : 1;
+    const double dfSign = basis.bReversed ? -1 : 1;
     for (size_t n = 0; n < 3; ++n) {
         const double df = dfSign * (anSetting[0] * aBasis[0][n] + anSetting[1] * aBasis[1][n] +
                                     anSetting[2] * aBasis[2][n]);

@@ -108,24 +108,23 @@ TEST(SeriesLook, IsTheSameForEveryNumberOfJobsAndAsEachAlone)
         series.add(img);
     }
     series.removeFrame(0);  // it is looked at, and not missed
-    SeriesLook one, four;
+    const auto one = lookAtSeries(series.dataSet, {}, series.report, 1);
+    const auto four = lookAtSeries(series.dataSet, {}, series.report, 4);
     std::optional<SpotSize> size;
-    FrameDefects defects;
-    ASSERT_TRUE(lookAtSeries(series.dataSet, {}, series.report, one, 1));
-    ASSERT_TRUE(lookAtSeries(series.dataSet, {}, series.report, four, 4));
     ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, size));
-    ASSERT_TRUE(findFrameDefects(series.dataSet, series.report, defects));
-    ASSERT_TRUE(one.size && four.size && size);
-    EXPECT_EQ(one.size->nFrames, 5);
-    for (const SpotSize& other : {*four.size, *size}) {
-        EXPECT_EQ(one.size->dfSigma, other.dfSigma);
-        EXPECT_EQ(one.size->dfClosest, other.dfClosest);
-        EXPECT_EQ(one.size->nSpots, other.nSpots);
+    const auto defects = findFrameDefects(series.dataSet, series.report);
+    ASSERT_TRUE(one && four && defects);
+    ASSERT_TRUE(one->size && four->size && size);
+    EXPECT_EQ(one->size->nFrames, 5);
+    for (const SpotSize& other : {*four->size, *size}) {
+        EXPECT_EQ(one->size->dfSigma, other.dfSigma);
+        EXPECT_EQ(one->size->dfClosest, other.dfClosest);
+        EXPECT_EQ(one->size->nSpots, other.nSpots);
     }
-    EXPECT_EQ(one.defects.listHotPixel, QList<QPoint>({{200, 40}}));
-    EXPECT_EQ(tellDefects(one.defects).size(), 2);
-    EXPECT_EQ(tellDefects(one.defects), tellDefects(four.defects));
-    EXPECT_EQ(tellDefects(one.defects), tellDefects(defects));
+    EXPECT_EQ(one->defects.listHotPixel, QList<QPoint>({{200, 40}}));
+    EXPECT_EQ(tellDefects(one->defects).size(), 2);
+    EXPECT_EQ(tellDefects(one->defects), tellDefects(four->defects));
+    EXPECT_EQ(tellDefects(one->defects), tellDefects(*defects));
 }
 
 TEST(SeriesLook, TakesNoMoreThanAFewOfTheFrames)

@@ -467,15 +467,15 @@ TEST(Hdf5Nexus, AxesLieOnTheImageAsTheDetectorDoes)
             const auto towards = [](double df) {  // degrees counter-clockwise from the right
                 return NexusVector{-std::cos(df * g_dfPi / 180), std::sin(df * g_dfPi / 180), 0};
             };
-            double df = 0;
             QString strReason;
-            ASSERT_TRUE(
-                axisOnImage(towards(dfAxis), towards(dfDetector), towards(dfDetector - 90), df, strReason));
-            EXPECT_NEAR(std::remainder(df - (dfAxis - dfDetector), 360), 0, 1e-9);
+            const auto df = axisOnImage(towards(dfAxis), towards(dfDetector), towards(dfDetector - 90),
+                                        strReason);
+            ASSERT_TRUE(df) << strReason.toStdString();
+            EXPECT_NEAR(std::remainder(*df - (dfAxis - dfDetector), 360), 0, 1e-9);
             EXPECT_FALSE(
-                axisOnImage(towards(dfAxis), towards(dfDetector), towards(dfDetector + 90), df, strReason));
+                axisOnImage(towards(dfAxis), towards(dfDetector), towards(dfDetector + 90), strReason));
             EXPECT_TRUE(strReason.contains("seen from behind"));
-            EXPECT_FALSE(axisOnImage({0, 0, 1}, towards(0), towards(-90), df, strReason));
+            EXPECT_FALSE(axisOnImage({0, 0, 1}, towards(0), towards(-90), strReason));
         }
     }
 }

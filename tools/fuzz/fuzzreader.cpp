@@ -135,7 +135,7 @@ QString readPeaks(const QString& strFileName, const QByteArray& bytes)
     if (writePeakList(data, written(strFileName), &strReason) != 1) {
         return QStringLiteral("not written: %1").arg(strReason);
     }
-    if (!strReason.isEmpty()) {  // numbers as wide as their fields
+    if (!strReason.isEmpty()) {  // there are numbers as wide as their fields
         return g_strGood;
     }
     const QByteArray bytesWritten = contentOf(written(strFileName));
@@ -184,7 +184,8 @@ QString readShifts(const QString& strFileName, const QByteArray&)
     return g_strGood;
 }
 
-/// The text of a unit cell file without its comment: the direct cell of rounded vectors is another.
+/// The text of a unit cell file without its comment, which has the direct cell and changes when the vectors
+/// are rounded.
 QByteArray vectorLines(const QByteArray& strText)
 {
     return strText.mid(strText.indexOf('\n'));
@@ -354,7 +355,7 @@ QString readHkl(const QString& strFileName, const QByteArray&)
         return QStringLiteral("not written");
     }
     const QList<HKL5> listAgain = readHKLFile(written(strFileName));
-    bool bSame = listAgain.size() == listReflection.size() + 1;  // the closing line
+    bool bSame = listAgain.size() == listReflection.size() + 1;  // plus the closing line
     for (int i = 0; bSame && i < listReflection.size(); ++i) {
         bSame = listAgain[i].nH == listReflection[i].nH && listAgain[i].nK == listReflection[i].nK &&
                 listAgain[i].nL == listReflection[i].nL;
@@ -379,13 +380,12 @@ QString readCellTable(const QString&, const QByteArray& bytes)
 
 QString readTiltList(const QString&, const QByteArray& bytes)
 {
-    FrameTilts tilts = evenTilts(1, 7, 0);
     QString strReason;
-    if (!readTilts(bytes, tilts, &strReason)) {
-        return strReason.isEmpty() || tilts.size() != 1 || tilts.listStage.value(0) != 7
-                   ? QStringLiteral("a failure without a reason, or one that has changed the tilts")
-                   : g_strGood;
+    const std::optional<FrameTilts> read = readTilts(bytes, &strReason);
+    if (!read) {
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
     }
+    const FrameTilts& tilts = *read;
     const int nFrames = tilts.size();
     if (nFrames == 0 || tilts.listStage.size() != nFrames || tilts.listBeam.size() != nFrames) {
         return QStringLiteral("lists of different length");
@@ -409,9 +409,9 @@ QString readTiltList(const QString&, const QByteArray& bytes)
         }
         bytesWritten += '\n';
     }
-    FrameTilts tiltsAgain;
-    return readTilts(bytesWritten, tiltsAgain) && tiltsAgain.listStage == tilts.listStage &&
-                   tiltsAgain.listBeam == tilts.listBeam && tiltsAgain.listOverall == tilts.listOverall
+    const std::optional<FrameTilts> again = readTilts(bytesWritten);
+    return again && again->listStage == tilts.listStage && again->listBeam == tilts.listBeam &&
+                   again->listOverall == tilts.listOverall
                ? g_strGood
                : QStringLiteral("tilts change when written and read");
 }
@@ -436,7 +436,7 @@ QString readCalibrationFile(const QString& strFileName, const QByteArray&)
                : QStringLiteral("a calibration changes when written and read");
 }
 
-/// As they are, and with a right check sum, which no fuzzer would hit.
+/// Reads the bytes as they are, and with a correct check sum, which a fuzzer would never find.
 QString readWorkState(const QString&, const QByteArray& bytes)
 {
     const QByteArray bytesValues = bytes.mid(workStateHead({}).size());

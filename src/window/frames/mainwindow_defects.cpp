@@ -34,27 +34,25 @@ void MainWindow::findFrameDefects()
     if (!holdsFrames()) {
         return;
     }
-    bool bDone = false;
-    FrameDefects defects;
+    std::optional<FrameDefects> defects;
     runWithButton(m_bRunning, m_pPeakSearchPage->m_pFindDefectsButton, [&](CRunReport& report) {
         computeAlive(report, [&](CAliveData& alive) {
-            bDone = tessera::findFrameDefects(alive.dataSet(), alive.report(), defects,
-                                              QThread::idealThreadCount());
+            defects = tessera::findFrameDefects(alive.dataSet(), alive.report(), QThread::idealThreadCount());
         });
-        if (!bDone) {
+        if (!defects) {
             report.addMessage(tr("The look at the frames did not finish."), Severity::Error);
         }
     });
-    if (!bDone) {
+    if (!defects) {
         return;
     }
     WindowReport report(*this);
-    if (tellDefects(defects).isEmpty()) {
+    if (tellDefects(*defects).isEmpty()) {
         report.addMessage(tr("The frames that were looked at have no defects."));
         return;
     }
-    addToMask(defects, report);
-    repairHotPixels(defects, report);
+    addToMask(*defects, report);
+    repairHotPixels(*defects, report);
 }
 
 void MainWindow::addToMask(const FrameDefects& defects, CRunReport& report)

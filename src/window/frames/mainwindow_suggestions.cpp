@@ -88,20 +88,19 @@ void MainWindow::suggestPeakSearch()
     if (!holdsFrames()) {
         return;
     }
-    bool bDone = false;
-    Suggestion suggestion;
+    std::optional<Suggestion> suggestion;
     runWithButton(m_bRunning, m_pPeakSearchPage->m_pSuggestButton, [&](CRunReport& report) {
         const PeakHuntingParameters hunting = m_hunting;
         computeAlive(report, [&](CAliveData& alive) {
-            bDone = tessera::suggestPeakSearch(alive.dataSet(), hunting, m_peakFilters, alive.report(),
-                                               suggestion, QThread::idealThreadCount());
+            suggestion = tessera::suggestPeakSearch(alive.dataSet(), hunting, m_peakFilters, alive.report(),
+                                                    QThread::idealThreadCount());
         });
-        if (!bDone) {
+        if (!suggestion) {
             report.addMessage(tr("The look at the frames did not finish."), Severity::Error);
         }
     });
-    if (bDone) {
-        offerSuggestion(tr("Peak Search"), suggestion);
+    if (suggestion) {
+        offerSuggestion(tr("Peak Search"), *suggestion);
     }
 }
 
@@ -135,16 +134,14 @@ void MainWindow::suggestCellRange()
 
 bool MainWindow::findRadii(CRunReport& report)
 {
-    Suggestion suggestion;
-    bool bDone = false;
+    std::optional<Suggestion> suggestion;
     computeAlive(report, [&](CAliveData& alive) {
-        bDone = suggestRadii(alive.dataSet(), alive.report(), suggestion, std::nullopt,
-                             QThread::idealThreadCount());
+        suggestion = suggestRadii(alive.dataSet(), alive.report(), std::nullopt, QThread::idealThreadCount());
     });
-    if (!bDone) {
+    if (!suggestion) {
         return false;
     }
-    for (const SuggestedValue& value : qAsConst(suggestion)) {
+    for (const SuggestedValue& value : qAsConst(*suggestion)) {
         QDoubleSpinBox* pBox = boxOf(value.member);
         if (pBox != m_pPeakSearchPage->m_pPeakRadiusSpin &&
             pBox != m_pPeakSearchPage->m_pBackgroundRadiusSpin) {

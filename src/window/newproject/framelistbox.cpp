@@ -289,8 +289,11 @@ bool FrameListBox::readFirstFrame()
     if (bOther) {
         m_firstFrame = {};
         m_strFirstFrameError.clear();
-        if (!listFile.isEmpty() && !readFrameSummary(m_strFirstFrame, m_firstFrame, &m_strFirstFrameError) &&
-            m_strFirstFrameError.isEmpty()) {
+        const auto summary = listFile.isEmpty() ? std::nullopt
+                                                : readFrameSummary(m_strFirstFrame, &m_strFirstFrameError);
+        if (summary) {
+            m_firstFrame = *summary;
+        } else if (!listFile.isEmpty() && m_strFirstFrameError.isEmpty()) {
             m_strFirstFrameError = m_strFirstFrame;
         }
     }

@@ -158,11 +158,7 @@ std::optional<FrameTilts> TiltsBox::tilts(int nFrames, QString* pstrReason) cons
     if (!m_pListRadio->isChecked()) {
         return evenTilts(nFrames, m_pTiltStartSpin->value(), step(nFrames), m_pBeamTiltSpin->value());
     }
-    FrameTilts tilts;
-    if (!readTilts(m_pTiltEdit->toPlainText().toUtf8(), tilts, pstrReason)) {
-        return std::nullopt;
-    }
-    return tilts;
+    return readTilts(m_pTiltEdit->toPlainText().toUtf8(), pstrReason);
 }
 
 void TiltsBox::showDerivedTilts(int nFrames)

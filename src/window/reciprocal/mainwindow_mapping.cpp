@@ -170,12 +170,13 @@ void MainWindow::showRotationAxisLine()
     const int nFrame = m_pFrameSpin->value() - 1;
     const BeamCentres centres = beamCentres(m_dataSet);
     const ImageList& vecImage = m_dataSet.m_vecFrameImage;
-    QLineF line;
-    bool bShow = m_pFramesPage->m_pShowAxisCheck->isChecked() && centres.holds(nFrame) && !vecImage.empty();
-    bShow = bShow && axisLine(line, frameCentre(centres, nFrame), m_pFramesPage->m_pRotationAxisSpin->value(),
-                              {vecImage.front()->Width(), vecImage.front()->Height()});
-    if (bShow) {
-        m_pMarks->showAxis(line);
+    std::optional<QLineF> line;
+    if (m_pFramesPage->m_pShowAxisCheck->isChecked() && centres.holds(nFrame) && !vecImage.empty()) {
+        line = axisLine(frameCentre(centres, nFrame), m_pFramesPage->m_pRotationAxisSpin->value(),
+                        {vecImage.front()->Width(), vecImage.front()->Height()});
+    }
+    if (line) {
+        m_pMarks->showAxis(*line);
     } else {
         m_pMarks->hideAxis();
     }
