@@ -1,6 +1,6 @@
-// Read by the leak check of an address-sanitized build of a program with widgets: what these libraries keep
-// to the end, and the guards of Qt's own frames, which are built without clean-up and lose them (16 bytes)
-// when a slot throws through them.
+// The leak check of address-sanitized programs with widgets reads these suppressions: memory that these
+// libraries keep to the end, and guards in frames of Qt, which is built without clean-up and loses them (16
+// bytes) when a slot throws through it.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
 {

@@ -1,12 +1,12 @@
-// What frames hold, for comparison with other programs:
+// Prints what frames contain, for comparison with other programs:
 //
 //   tessera-frameinfo [--pixels FILE] FRAME...
 //
 // Prints a line of JSON for each frame, FILE or FILE#12: format, width, height, the number of images in the
-// file, minimum, maximum and mean of the pixels that are numbers and how many are none, and what the header
-// tells, with sources and doubts. Of a file of many images it reads the first. --pixels writes the pixels,
-// frame after frame, as float32, little-endian, row by row from the top. Ends with 1, and the reason on the
-// standard error, where a frame cannot be read.
+// file; minimum, maximum and mean of the valid pixels, and the number of invalid ones; and the header, with
+// sources and doubts. Of a file of many images the first one is read. --pixels writes the pixels of one
+// frame after another as float32, little-endian, row by row from the top. The exit status is 1, with the
+// reason on the standard error, where a frame cannot be read.
 #include "imagefiles/frameformats.h"
 #include "imagefiles/framename.h"
 
@@ -41,7 +41,7 @@ QJsonObject statistics(const CImgObj<float>& image)
             ++nNumbers;
         }
     }
-    // what is no number becomes null in JSON
+    // NaN becomes null in JSON.
     return {{"width", image.Width()},
             {"height", image.Height()},
             {"minimum", dfMinimum},
@@ -82,7 +82,8 @@ bool writePixels(QFile& file, const CImgObj<float>& image)
     return file.write(bytes) == bytes.size();
 }
 
-/// @return what is wrong, in words
+/// Prints the line of a frame.
+/// @return what is wrong; empty if nothing is
 QString printFrame(const QString& strFrame, QFile& filePixels)
 {
     const FrameFormat& format = frameFormatOf(strFrame);

@@ -17,7 +17,7 @@ namespace {
 
 const QString g_strGood;
 
-/// Equal to the bit, NaNs too.
+/// Whether two images are equal to the bit, including NaNs.
 bool same(const CImgObj<float>& a, const CImgObj<float>& b)
 {
     const size_t nBytes = size_t(a.Width()) * size_t(a.Height()) * sizeof(float);
@@ -85,7 +85,8 @@ QString readDm3(const QString& strFileName, const QByteArray& bytes)
     return g_strGood;
 }
 
-/// What a header tells must be numbers, and the size of the image if that can be read.
+/// Reads the header. Its numbers must be valid, and its size must be that of the image if the image can be
+/// read.
 QString readHeader(const FrameFormat& format, const QString& strFileName, const ImageList& vecImage)
 {
     const FrameHeader header = format.fnReadHeader(strFileName, 0);
@@ -107,7 +108,7 @@ QString readHeader(const FrameFormat& format, const QString& strFileName, const 
         .arg(header.size.height());
 }
 
-/// What the table of formats asks of every reader.
+/// Checks what the table of formats demands of every reader.
 QString readFrame(const FrameFormat& format, const QString& strFileName)
 {
     ImageList vecImage;
@@ -155,7 +156,7 @@ std::vector<FuzzReader> frameFuzzReaders()
             try {
                 const QString strWrong = readFrame(format, strFileName);
                 return strWrong.isEmpty() && fnMore ? fnMore(strFileName, bytes) : strWrong;
-            } catch (const std::bad_alloc&) {  // which the loader catches, too
+            } catch (const std::bad_alloc&) {  // the loader catches it, too
                 return g_strGood;
             }
         };

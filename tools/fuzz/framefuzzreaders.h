@@ -1,12 +1,13 @@
-// The fuzzed readers of frame formats, made from the table of formats.
+// Frame fuzz readers: the fuzzed readers of frame formats, made from the table of formats.
 #pragma once
 
 #include "tools/fuzz/fuzzreader.h"
 
 namespace tessera {
 
-/// One for each reader in frameFormats(), held to what its docstring promises; MRC and DM3 also to what their
-/// readers of bytes promise. The pictures share one, named by the last row of the table.
+/// One entry for each reader of frameFormats(), which checks what its docstring promises. For MRC and DM3
+/// also what the readers of bytes promise is checked. The pictures share one entry, which has the name of
+/// the last row of the table.
 std::vector<FuzzReader> frameFuzzReaders();
 
 }  // namespace tessera

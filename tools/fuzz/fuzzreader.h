@@ -1,4 +1,4 @@
-// FuzzReader: a reader of files, held to what must be true whatever bytes it is given.
+// FuzzReader: a reader of files with checks that must hold for any content.
 #pragma once
 
 #include <QByteArray>
@@ -9,19 +9,20 @@
 
 namespace tessera {
 
-/// The fuzzers throw bytes at these, and the tests the cases that fuzzers have found.
+/// A reader that the fuzzers call with random bytes, and the tests with the cases that the fuzzers have
+/// found.
 struct FuzzReader {
-    QString strName;  ///< of the fuzz target, and of the reader's folder of cases
-    QString strFile;  ///< name of the file that it is given: readers go by the suffix
-    /// Reads the file whose content is `bytes`; what it writes itself goes to strFileName + ".written".
+    QString strName;  ///< name of the fuzz target, and of the folder of cases
+    QString strFile;  ///< name of the file, as readers go by the suffix
+    /// Reads the file whose content is `bytes`. It may write to strFileName + ".written".
     /// @return what is wrong with the reader; empty if nothing is
     std::function<QString(const QString& strFileName, const QByteArray& bytes)> fnRead;
 };
 
-/// One for each format that the program reads; those of frames come from frameFormats().
+/// One entry for each format that the program reads; those of frames come from frameFormats().
 const std::vector<FuzzReader>& fuzzReaders();
 
-/// Puts the bytes into a file of a folder for temporary files and has it read.
+/// Writes the bytes to a temporary file and reads it.
 /// @return as FuzzReader::fnRead
 QString readAsFile(const FuzzReader& reader, const QByteArray& bytes);
 

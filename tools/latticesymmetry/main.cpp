@@ -1,8 +1,8 @@
-// The Bravais types of cells, for comparison with other programs. Reads lines of primitive cells with limits,
-// "a b c alpha beta gamma obliquity" (Å, °). With an argument it prints the table of the log for each;
-// without one, a line for each type: the symbol, centring, number of rotations, the obliquity, misfits of
-// edges and angles, the nine numbers of the transformation, the constrained cell; and an empty line after
-// each cell.
+// Prints the Bravais types of cells, for comparison with other programs. Reads lines of primitive cells
+// with limits, "a b c alpha beta gamma obliquity" (Å, °). With an argument, it prints the table of the log
+// for each cell. Without one, it prints a line for each type: the symbol, centring, number of rotations,
+// the obliquity, misfits of edges and angles, the nine numbers of the transformation, and the constrained
+// cell; and an empty line after each cell.
 #include "geometry/angles.h"
 #include "lattice/symmetrytable.h"
 
@@ -14,7 +14,7 @@
 namespace tessera {
 namespace {
 
-/// a along x, b in the plane of x and y.
+/// The basis of a cell: a along x, b in the plane of x and y.
 LatticeBasis basisOf(const CellParameters& cell)
 {
     const double dfCosAlpha = std::cos(radians(cell.alpha));
@@ -49,7 +49,7 @@ int main(int nArguments, char**)
     CellParameters cell;
     double dfObliquity = 0;
     while (std::cin >> cell.a >> cell.b >> cell.c >> cell.alpha >> cell.beta >> cell.gamma >> dfObliquity) {
-        const double dfAll = 1e3;  // no limits but that of the obliquity
+        const double dfAll = 1e3;  // no limit except that of the obliquity
         const auto list = latticeSymmetries(basisOf(cell), {dfObliquity, dfAll, dfAll});
         if (nArguments > 1) {
             std::printf("%s\n", qPrintable(symmetryTable(list).join(QLatin1Char('\n'))));

@@ -53,8 +53,9 @@ namespace tessera {
 namespace {
 
 constexpr int g_nHangSeconds = 60;
-constexpr int g_nMostNested = 6;       ///< dialogs and runs within one another; deeper, they are only ended
-constexpr int g_nStepsInADialog = 40;  ///< then it is rejected
+constexpr int g_nMostNested =
+    6;  ///< levels of dialogs and runs; in deeper ones nothing is done except ending them
+constexpr int g_nStepsInADialog = 40;  ///< steps after which a dialog is rejected
 constexpr int g_nLongestPause = 8;     ///< ms between steps
 
 FILE* g_pLog = stdout;
@@ -77,7 +78,7 @@ void keepMessage(QtMsgType type, const QMessageLogContext&, const QString& strTe
     }
 }
 
-/// Aborts the thread of the window when it makes no step for too long.
+/// Aborts the program when the thread of the window makes no step for too long.
 void watchForHangs(pthread_t nWindowThread)
 {
     std::thread([nWindowThread] {
@@ -112,7 +113,7 @@ public:
           m_strProject(QFileInfo(strProject).fileName()),
           m_dfSeconds(dfSeconds)
     {
-        // Deep, so that a path that loses its end is still in the folder.
+        // A deep folder, so that a path that loses its end is still inside the temporary folder.
         m_strWork = m_folder.filePath(QStringLiteral("a/b/c/work"));
         QDir().mkpath(m_strWork);
         copySeries();
@@ -182,11 +183,12 @@ private:
             return;
         }
         ++g_nStep;
-        later();  // before anything that may run an event loop of its own
+        later();  // before anything that may run another event loop
         ++m_nDepth;
         m_nDeepest = qMax(m_nDeepest, m_nDepth);
         if (m_bDragging) {
-            QDrag::cancel();  // of a colour, say: Qt waits for a release that would come after the move only
+            QDrag::cancel();  // such as of a colour: Qt would wait for a release that only comes after the
+                              // move
         }
         if (m_timer.elapsed() > 1000 * m_dfSeconds) {
             end();
@@ -204,7 +206,7 @@ private:
         --m_nDepth;
     }
 
-    /// Leaves dialogs and runs, from the innermost outwards, and then the program.
+    /// Ends dialogs and runs, from the innermost outwards, and then the program.
     void end()
     {
         if (QWidget* pPopup = QApplication::activePopupWidget()) {
@@ -212,7 +214,7 @@ private:
         } else if (auto* pDialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
             pDialog->reject();
         } else if (m_nDepth > 1) {
-            m_pWindow->close();  // a run that is under way is asked to stop
+            m_pWindow->close();  // a running run is asked to stop
         } else {
             m_bEnded = true;
             QApplication::quit();
@@ -243,7 +245,7 @@ private:
         }
     }
 
-    /// A file of the folder, or a name that is not there yet.
+    /// A file of the folder, or a name that does not exist yet.
     QString fileName()
     {
         static const char* const s_apSuffix[] = {"ed3d", "pk",  "sc",  "uc",  "hkl", "mrc", "png",
@@ -323,7 +325,7 @@ private:
         }
     }
 
-    /// The main window, or now and then another one that stands open.
+    /// The main window, or now and then another open window.
     QWidget* pickWindow()
     {
         QList<QWidget*> listOther;
@@ -399,7 +401,7 @@ private:
         }
     }
 
-    /// A number at an end of its range or within it, an entry, a text.
+    /// Sets a widget to a number at an end of its range or within it, to an entry, or to a text.
     void setValue(const QList<QWidget*>& listWidget)
     {
         QList<QWidget*> listBox;
@@ -542,7 +544,7 @@ private:
 
     void press(QWidget* pTop, int nKey, Qt::KeyboardModifiers modifiers)
     {
-        // No letter is taken from or added to a path: it might lead out of the folder.
+        // Single letters of a path are never changed, as the path might then lead out of the folder.
         const auto* pEdit = qobject_cast<QLineEdit*>(pTop->focusWidget());
         const bool bPath = pEdit && pEdit->text().contains(QLatin1Char('/')) && nKey != Qt::Key_Return;
         say("key", QKeySequence(nKey | int(modifiers)).toString() +
@@ -554,11 +556,11 @@ private:
 
     std::mt19937 m_random;
     QTemporaryDir m_folder;
-    QString m_strSource;   ///< folder of the series as given
-    QString m_strProject;  ///< name of the project's file
-    QString m_strWork;     ///< the copy
+    QString m_strSource;   ///< folder of the given series
+    QString m_strProject;  ///< name of the project file
+    QString m_strWork;     ///< folder of the copy
     std::unique_ptr<MainWindow> m_pWindow;
-    const QWidget* m_pDialog = nullptr;  ///< the last one seen; to compare only
+    const QWidget* m_pDialog = nullptr;  ///< the last dialog seen; only for comparison
     QElapsedTimer m_timer;
     double m_dfSeconds;
     int m_nDepth = 0;
@@ -567,11 +569,11 @@ private:
     int m_nDialogs = 0;
     int m_nWindows = 0;
     bool m_bEnded = false;
-    bool m_bDragging = false;  ///< within the moves of a drag
+    bool m_bDragging = false;  ///< during the moves of a drag
     QMap<QString, int> m_mapDone;
 };
 
-/// Keeps addresses from being opened in a browser.
+/// Prevents addresses from being opened in a browser.
 class CNoBrowser : public QObject {
     Q_OBJECT
 public slots:
@@ -585,7 +587,7 @@ public slots:
 int main(int argc, char** argv)
 {
     using namespace tessera;
-    // Nothing of the user's is read or written.
+    // Settings and data of the user are neither read nor written.
     const QTemporaryDir home;
     for (const char* pName : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
         qputenv(pName, QFile::encodeName(home.path()));
@@ -594,7 +596,7 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    // Kept to the end: the offscreen platform loses track of its screen when the application goes.
+    // Never deleted, as the offscreen platform loses its screen when the application is deleted.
     static const QApplication* pApplication = new QApplication(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Lumenarc"));
     QCoreApplication::setApplicationName(QStringLiteral("Tessera"));

@@ -22,7 +22,7 @@ namespace {
 enum Tab { FrameTab, RawTab, MergedTab, TableTab, QualityTab };
 
 constexpr int g_nIntensityColumn = 7;
-constexpr int g_nChosenRow = 3;  // a strong reflection that is not alone on its frame
+constexpr int g_nChosenRow = 3;  // a strong reflection on several frames
 constexpr double g_dfDegreesOff = 10;
 
 void showTab(CCamera& camera, Tab tab)
@@ -40,7 +40,7 @@ void raiseDock(CCamera& camera, const QString& strTitle)
     }
 }
 
-/// The profile of a reflection, which comes with a click, lies on what is to be seen.
+/// Closes the profile of a reflection, which opens with a click and would cover the picture.
 void closeOtherWindows(CCamera& camera)
 {
     for (QWidget* pWidget : QApplication::topLevelWidgets()) {
@@ -50,7 +50,7 @@ void closeOtherWindows(CCamera& camera)
     }
 }
 
-/// Presses a button of a row of the road.
+/// Presses a button in a row of the road.
 void pressOfRow(CCamera& camera, RoadRowKind kind, const QString& strButton)
 {
     QList<QToolButton*> listButton;
@@ -66,7 +66,7 @@ void pressOfRow(CCamera& camera, RoadRowKind kind, const QString& strButton)
 
 void shootSolve(CCamera& camera)
 {
-    find<QAction>(&camera.window(), QStringLiteral("S&olve"))->trigger();  // comes back at its end
+    find<QAction>(&camera.window(), QStringLiteral("S&olve"))->trigger();  // returns at the end of the run
     pressOfRow(camera, RoadRowKind::Cell, QStringLiteral("Show"));
     camera.shoot(QStringLiteral("solve"));
 }
@@ -103,7 +103,7 @@ void shootRings(CCamera& camera)
     pRings->trigger();
     auto* pView = window.findChild<BaseImgView*>();
     camera.shootSmall(QStringLiteral("rings"), [&] {
-        // From a spot to another one, and on to where the status bar tells the place.
+        // Drags from one spot to another, and on to a place that the status bar shows.
         QWidget* pPort = pView->viewport();
         const QPoint ptFrom = pPort->mapTo(&window, pPort->rect().center() + QPoint(-60, 40)),
                      ptTo = pPort->mapTo(&window, pPort->rect().center() + QPoint(90, -70));

@@ -1,4 +1,4 @@
-// CHands: pointer and keyboard of a user, counted and logged.
+// CHands: the pointer and keyboard of a simulated user, which count and log what they do.
 #pragma once
 
 #include <QElapsedTimer>
@@ -13,25 +13,33 @@ class QWidget;
 
 namespace tessera {
 
-/// All that it does enters through the window that holds a widget, so that nothing is reached that is out of
-/// sight, covered, or grey. What cannot be reached is told by failure(), and nothing is done then.
+/// Sends all events to the window of a widget, as the system does, so that widgets that are hidden, covered
+/// or disabled cannot be used. If a widget cannot be reached, nothing is done and failure() tells so.
 class CHands {
 public:
-    /// @param pLog  gets a line for each click and each text that is typed
+    /// @param pLog  gets a line for each click and each typed text
     explicit CHands(FILE* pLog);
 
+    /// Clicks on a widget.
     void click(QWidget* pWidget, const QString& strName);
-    /// Opens a menu of the bar, or chooses an entry of a menu that is open; "&" does not count in the names.
+    /// Opens a menu of the bar. "&" in the titles is ignored.
     void clickMenu(QMenuBar* pBar, const QString& strTitle);
+    /// Chooses an entry of an open menu. "&" in the names is ignored.
     void clickEntry(QMenu* pMenu, const QString& strEntry);
-    /// To the widget with the keyboard's focus in that window, a key for each character.
+    /// Types a text, key by key, into the widget of a window that has the focus.
     void type(QWidget* pWindow, const QString& strText);
+    /// Presses a key in a window.
     void press(QWidget* pWindow, Qt::Key nKey, Qt::KeyboardModifiers modifiers = {});
+    /// Adds a line to the log.
     void note(const QString& strText);
 
+    /// Number of clicks so far.
     int clicks() const { return m_nClicks; }
+    /// Number of keys so far.
     int keys() const { return m_nKeys; }
+    /// Seconds since the start.
     double seconds() const { return double(m_clock.elapsed()) / 1000; }
+    /// What could not be reached; empty if there was nothing.
     const QString& failure() const { return m_strFailure; }
 
 private:

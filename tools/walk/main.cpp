@@ -1,10 +1,10 @@
-// tessera-walk: takes the frames of a folder from an empty window to the merged intensities by pointer and
-// keys alone, counts them, and holds the files against those of the driver.
+// tessera-walk: goes with the frames of a folder from an empty window to the merged intensities by pointer
+// and keys only, counts these, and compares the files with those of the driver.
 //
 //   tessera-walk FRAMES [--type "First Frame=-29.45"]... [--work FOLDER] [--log FILE] [--pictures FOLDER]
 //
-// Exit status: 0 walked, and the files are the driver's to the byte; 1 some are not; 2 wrong call, or the way
-// came to no end.
+// Exit status: 0 all steps were done and the files equal those of the driver to the byte, 1 some files
+// differ, 2 wrong call, or a step was impossible.
 #include "dataset/framefiles.h"
 #include "tools/walk/hands.h"
 #include "tools/walk/walker.h"
@@ -27,7 +27,7 @@ namespace tessera {
 
 namespace {
 
-/// What belongs to the frames of a series as a camera leaves them: no project, no results.
+/// Copies the files of a series that a camera writes, without projects and results.
 bool copyFrames(const QString& strFrom, const QString& strTo)
 {
     if (!QDir().mkpath(strTo)) {
@@ -47,8 +47,8 @@ QByteArray bytesOf(const QString& strFile)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("not there");
 }
 
-/// @return how many files differ; logs and records of runs name folders and times, so that they only have to
-///         be there
+/// Compares two folders. Logs and records of runs contain folders and times, so these only have to exist.
+/// @return the number of files that differ
 int filesThatDiffer(const QDir& one, const QDir& other)
 {
     QStringList listFile = one.entryList(QDir::Files, QDir::Name);
@@ -57,7 +57,7 @@ int filesThatDiffer(const QDir& one, const QDir& other)
             listFile.append(strFile);
         }
     }
-    // What a window keeps of its own looks, as the contrast, is no result.
+    // The settings of a window for its display, such as the contrast, are no results.
     for (const QString& strFile : listFile.filter(QRegularExpression(QStringLiteral("\\.window\\.json$")))) {
         listFile.removeAll(strFile);
     }
@@ -75,7 +75,7 @@ int filesThatDiffer(const QDir& one, const QDir& other)
     return nDiffer;
 }
 
-/// The driver on a copy of the frames with the project that the walk has made.
+/// Runs the driver on a copy of the frames with the project of the walk, and compares the results.
 int compareWithDriver(const QString& strWindow, const QString& strFrames, const QString& strDriver)
 {
     const QStringList listProject = QDir(strWindow).entryList({QStringLiteral("*.ed3d")}, QDir::Files);
@@ -99,7 +99,8 @@ int compareWithDriver(const QString& strWindow, const QString& strFrames, const 
     return filesThatDiffer(QDir(strWindow), QDir(strDriver)) > 0 || listMerged.isEmpty() ? 1 : 0;
 }
 
-/// @return false for what is no "NAME=TEXT"
+/// Splits texts "NAME=TEXT".
+/// @return false for a text of another form
 bool fieldsOf(const QStringList& listText, std::vector<CWalker::Field>& listField)
 {
     for (const QString& strText : listText) {
@@ -136,7 +137,7 @@ void addOptions(QCommandLineParser& parser)
 int main(int argc, char** argv)
 {
     using namespace tessera;
-    // Nothing of the user's is read or written.
+    // Settings and data of the user are neither read nor written.
     const QTemporaryDir home;
     for (const char* pszName : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
         qputenv(pszName, QFile::encodeName(home.path()));
@@ -146,7 +147,7 @@ int main(int argc, char** argv)
     }
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
-    // Kept to the end: the offscreen platform loses track of its screen when the application goes.
+    // Never deleted, as the offscreen platform loses its screen when the application is deleted.
     static const Application& application = *new Application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Lumenarc"));
     QCoreApplication::setApplicationName(QStringLiteral("Tessera"));
@@ -187,7 +188,7 @@ int main(int argc, char** argv)
         if (!hands.failure().isEmpty()) {
             std::printf("the way ends: %s\n", qPrintable(hands.failure()));
             std::fflush(nullptr);
-            std::_Exit(2);  // out of whatever dialogs and runs are open
+            std::_Exit(2);  // ends the program within any open dialogs and runs
         }
         QCoreApplication::exit(
             compareWithDriver(strWindow, strFrames, dirWork.absoluteFilePath(QStringLiteral("driver"))));

@@ -27,7 +27,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nPause = 30;  ///< ms between looks whether the next step can be done
+constexpr int g_nPause = 30;  ///< ms between checks whether the next step is possible
 constexpr double g_dfSecondsToLook = 0.5;
 constexpr double g_dfLongestWait = 3600;  ///< s for one step; the road of a large series may take long
 
@@ -42,7 +42,7 @@ QMenu* openMenu()
     return qobject_cast<QMenu*>(QApplication::activePopupWidget());
 }
 
-/// The button with that text that can be seen.
+/// The visible button with a text.
 QAbstractButton* buttonOf(const QWidget* pParent, const QString& strText)
 {
     for (QAbstractButton* pButton : pParent->findChildren<QAbstractButton*>()) {
@@ -64,7 +64,7 @@ QAbstractButton* buttonOfTool(const QWidget& window, const QString& strText)
     return nullptr;
 }
 
-/// The label or radio button that stands before a field.
+/// The label or radio button in front of a field.
 QWidget* captionOf(const QWidget* pParent, const QString& strText)
 {
     if (QAbstractButton* pButton = buttonOf(pParent, strText)) {
@@ -78,7 +78,7 @@ QWidget* captionOf(const QWidget* pParent, const QString& strText)
     return nullptr;
 }
 
-/// The box right of a caption, in the same row.
+/// The box to the right of a caption, in the same row.
 QAbstractSpinBox* fieldBeside(const QWidget* pCaption)
 {
     QAbstractSpinBox* pNearest = nullptr;
@@ -109,39 +109,39 @@ void CWalker::addDialogSteps(const std::vector<Field>& listField)
 {
     const auto project = [] { return modal<NewProjectDialog>() != nullptr; };
     const QString strFromFrames = QStringLiteral("New from Frames...");
-    m_listStep = {
-        {QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
-         [this, strFromFrames] {
-             if (QAbstractButton* pButton = buttonOf(&m_window, strFromFrames)) {  // of an empty window
-                 m_hands.click(pButton, strFromFrames);
-             } else {
-                 m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File"));
-             }
-         }},
-        {QStringLiteral("menu"), Ends::Later, [project] { return project() || openMenu(); },
-         [this] {
-             if (QMenu* pMenu = openMenu()) {
-                 m_hands.clickEntry(pMenu, QStringLiteral("New Project..."));
-             }
-         }},
-        {QStringLiteral("new_project"), Ends::Later, project,
-         [this] {
-             const QString strButton = QStringLiteral("Add Folder...");
-             m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
-         }},
-        {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
-         [this] {
-             auto* pDialog = modal<QFileDialog>();
-             m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
-             m_hands.type(pDialog, m_strFolder);
-             m_hands.press(pDialog, Qt::Key_Return);
-         }},
-        {QStringLiteral("frames_read"), Ends::AtOnce,
-         [project] {
-             return project() && modal<NewProjectDialog>()->m_pStopFactsButton->isHidden() &&
-                    !modal<NewProjectDialog>()->project().listFrame.isEmpty();
-         },
-         [] {}}};
+    m_listStep = {{QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
+                   [this, strFromFrames] {
+                       if (QAbstractButton* pButton = buttonOf(
+                               &m_window, strFromFrames)) {  // the button of an empty window
+                           m_hands.click(pButton, strFromFrames);
+                       } else {
+                           m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File"));
+                       }
+                   }},
+                  {QStringLiteral("menu"), Ends::Later, [project] { return project() || openMenu(); },
+                   [this] {
+                       if (QMenu* pMenu = openMenu()) {
+                           m_hands.clickEntry(pMenu, QStringLiteral("New Project..."));
+                       }
+                   }},
+                  {QStringLiteral("new_project"), Ends::Later, project,
+                   [this] {
+                       const QString strButton = QStringLiteral("Add Folder...");
+                       m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
+                   }},
+                  {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
+                   [this] {
+                       auto* pDialog = modal<QFileDialog>();
+                       m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
+                       m_hands.type(pDialog, m_strFolder);
+                       m_hands.press(pDialog, Qt::Key_Return);
+                   }},
+                  {QStringLiteral("frames_read"), Ends::AtOnce,
+                   [project] {
+                       return project() && modal<NewProjectDialog>()->m_pStopFactsButton->isHidden() &&
+                              !modal<NewProjectDialog>()->project().listFrame.isEmpty();
+                   },
+                   [] {}}};
     for (const Field& field : listField) {
         m_listStep.push_back({QStringLiteral("field"), Ends::AtOnce, project,
                               [this, field] { fill(modal<NewProjectDialog>(), field); }});
@@ -161,7 +161,7 @@ void CWalker::addSolveSteps()
         return !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
                pRoad->m_pSolveButton->text() == QLatin1String(pszText);
     };
-    // The first frame is in view, and the program waits for a user again.
+    // The first frame is shown, and the program is idle again.
     const auto opened = [this, says] {
         const auto* pView = m_window.findChild<BaseImgView*>();
         return says("Solve") && !pView->scene()->sceneRect().isEmpty() && m_window.isEnabled() &&
@@ -210,7 +210,7 @@ void CWalker::picture(const QString& strName)
     if (m_strPictures.isEmpty()) {
         return;
     }
-    QTest::qWait(2 * g_nPause);  // until it is drawn
+    QTest::qWait(2 * g_nPause);  // until it has been drawn
     QScreen* pScreen = m_window.screen();
     const QPixmap pixmap = pScreen->grabWindow(0, 0, 0, m_window.width(), m_window.height());
     pixmap.save(
@@ -222,7 +222,7 @@ void CWalker::step()
     if (m_bEnded) {
         return;
     }
-    later();  // before what may have a loop of its own
+    later();  // before an action that may run another event loop
     if (m_bWithinStep) {
         return;
     }

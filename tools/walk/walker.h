@@ -1,4 +1,4 @@
-// CWalker: the way from an empty window to the intensities, one step of a user after the other.
+// CWalker: goes from an empty window to the intensities, step by step as a user does.
 #pragma once
 
 #include "tools/walk/hands.h"
@@ -17,29 +17,32 @@ namespace tessera {
 
 class MainWindow;
 
-/// Waits for what a user waits for, then does the next step; dialogs and runs, which have loops of their own,
-/// are gone through by the same timer.
+/// Waits until the next step is possible and does it. A timer does this also within dialogs and runs, which
+/// have event loops of their own.
 class CWalker : public QObject {
     Q_OBJECT
 
 public:
-    /// What is typed into a field of "New Project", by the text beside it.
+    /// A field of "New Project", by the text beside it, and what is typed into it.
     using Field = std::pair<QString, QString>;
 
-    /// @param strFolder      of the frames; the project comes to lie there
-    /// @param strPictures    gets a picture of the screen before each step; empty: none
+    /// @param strFolder    folder of the frames; the project is written there, too
+    /// @param listField    what is typed in the dialog
+    /// @param strPictures  folder for a picture of the screen before each step; empty: none
     CWalker(MainWindow& window, CHands& hands, const QString& strFolder, const std::vector<Field>& listField,
             const QString& strPictures);
 
+    /// Begins with the first step.
     void start();
     /// Seconds from the click on "Solve" to its end.
     double solveSeconds() const { return m_dfSolve; }
 
 signals:
-    void ended();  ///< at the end of the way, or where it goes no further: failure() of the hands
+    void ended();  ///< the last step is done, or a step is impossible: see failure() of the hands
 
 private:
-    /// A step that begins a dialog or a run comes back at its end, and the next ones are done meanwhile.
+    /// Whether the action of a step returns at once, or at the end of a dialog or run, during which the
+    /// next steps are done.
     enum class Ends { AtOnce, Later };
     struct Step {
         QString strName;

@@ -1,6 +1,6 @@
-// tessera-windowkilltest: kills a window at work at random moments and starts the next one, which restores
-// what the former one has kept. That must be, to the bit, one of the last two states that the former one had,
-// and none before the last that was on the disk.
+// tessera-windowkilltest: kills a working window at random moments and starts the next one, which restores
+// the state that the former one has stored. This must be, to the bit, one of the last two states of the
+// former window, and not older than the last one that was on the disk.
 #include "tools/windowkilltest/workingwindow.h"
 
 #include <QCommandLineParser>
@@ -24,15 +24,15 @@ namespace {
 constexpr int g_nStartSeconds = 60;
 const QString g_strStage = QStringLiteral("Solve: ");
 
-/// What a window has told of its states, in order; equal ones that follow one another are one.
+/// The states that a window has reported, in order. Equal states in succession count as one.
 struct Account {
     QStringList listState;        ///< sums
-    QStringList listStep;         ///< after which each was taken last
-    QMap<QString, int> mapState;  ///< the place of the last state by its steps
-    int nOnDisk = -1;             ///< the last state known to be on the disk; −1: none
-    QString strRestored;          ///< sum of the state that was restored, empty: nothing was there
-    bool bReady = false;          ///< it has come to its first step
-    bool bEnded = false;          ///< cleanly
+    QStringList listStep;         ///< the step after which each was last reported
+    QMap<QString, int> mapState;  ///< number of the last state by its steps
+    int nOnDisk = -1;             ///< number of the last state known to be on the disk; −1: none
+    QString strRestored;          ///< check sum of the restored state; empty: there was none
+    bool bReady = false;          ///< it has begun its first step
+    bool bEnded = false;          ///< it has ended regularly
 };
 
 Account readAccount(const QString& strFile)
@@ -67,7 +67,7 @@ Account readAccount(const QString& strFile)
     return account;
 }
 
-/// What is wrong with the state that came back after a window with this account; empty if nothing is.
+/// What is wrong with the state that was restored after a window with this account; empty if nothing is.
 QString faultOf(const Account& former, const QString& strRestored)
 {
     if (strRestored.isEmpty()) {
@@ -75,12 +75,12 @@ QString faultOf(const Account& former, const QString& strRestored)
     }
     const int nState = former.listState.lastIndexOf(strRestored);
     if (nState < 0 && strRestored == former.strRestored && former.nOnDisk < 0) {
-        return {};  // killed before the state that it had restored was on the disk again
+        return {};  // killed before the restored state was on the disk again
     }
     if (nState < 0) {
         return QStringLiteral("what came back was never there");
     }
-    // The stages of so small a series follow one another faster than a disk writes.
+    // The stages of such a small series follow each other faster than a disk can write.
     const bool bStage = former.listStep.last().startsWith(g_strStage);
     if (nState < former.nOnDisk || (!bStage && nState < former.listState.size() - 2)) {
         return QStringLiteral("state %1 of %2 came back, %3 was on the disk")
@@ -91,7 +91,7 @@ QString faultOf(const Account& former, const QString& strRestored)
     return {};
 }
 
-/// A window in a process of its own, with settings and data of its own.
+/// A window in a process of its own, with separate settings and data.
 class WindowProcess {
 public:
     WindowProcess(const QString& strFolder, const QStringList& listArgument)
@@ -108,7 +108,8 @@ public:
     }
 
     Account account() const { return readAccount(m_strLog); }
-    /// @return false where it never came to work
+    /// Waits until the window works.
+    /// @return false where it never does
     bool waitUntilReady()
     {
         QElapsedTimer timer;
@@ -135,11 +136,11 @@ private:
 struct Figures {
     int nFaults = 0;
     int nRestored = 0;
-    int nWithoutLast = 0;  ///< came back without the last state, which was on its way
-    int nStages = 0;       ///< came back from the middle of "Solve"
+    int nWithoutLast = 0;  ///< windows restored without the last state, which was still being written
+    int nStages = 0;       ///< windows restored from the middle of "Solve"
 };
 
-/// Kills one window after the other, each of which goes on with what the one before it had.
+/// Kills one window after another. Each continues with the state of the one before it.
 Figures killWindows(const QString& strFolder, const QString& strProject, int nRounds, std::mt19937& random)
 {
     const QString strKept = strFolder + QStringLiteral("/kept");
@@ -220,6 +221,6 @@ int main(int argc, char** argv)
     std::printf(
         "restored %d, %d of them without the last state, %d from the middle of \"Solve\"; faults %d\n",
         figures.nRestored, figures.nWithoutLast, figures.nStages, figures.nFaults);
-    // Most windows must have come to something, or the kills are worth nothing.
+    // Most windows must have stored a state, or the kills prove nothing.
     return figures.nFaults == 0 && 2 * figures.nRestored > nRounds ? 0 : 1;
 }

@@ -48,7 +48,7 @@ public:
         tell("ready");
     }
 
-    /// Makes a step, as a user would, and waits until it is kept, as a user would without knowing.
+    /// Makes a step as a user does, and waits until its state is stored.
     void makeStep()
     {
         const auto* pSearch = m_window.findChild<PeakSearchPage*>();
@@ -78,7 +78,8 @@ public:
 
     void discardOthers(const QString& strFolder)
     {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // of the window that asked
+        QCoreApplication::sendPostedEvents(nullptr,
+                                           QEvent::DeferredDelete);  // deletes the window that has asked
         QStringList listReason;
         for (Leftover& leftover : takeLeftovers(strFolder, listReason)) {
             static_cast<void>(leftover.remove());
@@ -115,7 +116,7 @@ int runWorkingWindow(int argc, char** argv)
     const bool bEnd = listArgument[1] == QLatin1String("--end");
     WorkingWindow window(listArgument[5], listArgument[4].toUInt());
     window.begin(listArgument[2], listArgument[3]);
-    for (bool bGoOn = true; bGoOn; bGoOn = !bEnd) {  // without an end until it is killed
+    for (bool bGoOn = true; bGoOn; bGoOn = !bEnd) {  // endless until it is killed
         window.makeStep();
     }
     window.discardOthers(listArgument[3]);
