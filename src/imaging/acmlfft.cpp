@@ -227,6 +227,11 @@ struct CAcmlFft::Plan {
 
     Lines in(const LinePlan& plan) const { return {pIn.get(), plan.nStride, nBlock}; }
     Lines out(const LinePlan& plan) const { return {pOut.get(), plan.nStride, nBlock}; }
+    // The lines that a transform of real numbers takes: as long, of floats.
+    ImageView<float> realIn(const LinePlan& plan) const
+    {
+        return {reinterpret_cast<float*>(pIn.get()), plan.nStride, nBlock};
+    }
 };
 
 CAcmlFft::CAcmlFft() = default;
@@ -332,11 +337,12 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     // after column.
     const BlockedColumns<COMPLEX> half(pHalf, nHeight);
     const int nColumns = nWidth / 2 + 1;
-    const Lines rowsIn = m_pComm->in(m_pComm->row), rowsOut = m_pComm->out(m_pComm->row);
+    const ImageView<float> rowsIn = m_pComm->realIn(m_pComm->row);
+    const Lines rowsOut = m_pComm->out(m_pComm->row);
     for (int y = 0; y < nHeight; y += nBlock) {
         const int nLines = std::min(nBlock, nHeight - y);
         for (int i = 0; i < nLines; ++i) {
-            fnRow(y + i, reinterpret_cast<float*>(rowsIn.row(i)));
+            fnRow(y + i, rowsIn.row(i));
         }
         fftwf_execute(m_pComm->row.planReal.get());
         for (int n = 0; n < blockCount(nWidth); ++n) {

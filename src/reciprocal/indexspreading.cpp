@@ -64,16 +64,37 @@ TESSERA_WIDE_LANES void solveSteps(StepBlock& block, int nSteps, const double* p
             const double dfB = pdfCofactor[3 * nIndex + 1];
             const double dfC = pdfCofactor[3 * nIndex + 2];
             float* pfIndex = block.aafIndex[nIndex] + nFirst;
+            // One loop for each kind of number, which all compilers make vector instructions of.
+            double adfIndex[g_nLanes];
             for (int n = 0; n < g_nLanes; ++n) {
-                pfIndex[n] = float((double(pfX[n]) * dfA + double(pfY[n]) * dfB + double(pfZ[n]) * dfC) /
-                                   dfDeterminant);
-                const double dfValue = double(pfIndex[n]);
-                const bool bSmall = (dfValue < 1e9) & (dfValue > -1e9);
-                const double dfOutwards = dfValue < 0 ? dfValue - 0.5 : dfValue + 0.5;
-                const double dfRounded = double(int32_t(bSmall ? dfOutwards : 0.0));
-                const float fOff = float(dfValue - dfRounded);
-                anWhole[n] &= int(fOff <= fThreshold) & int(fOff >= -fThreshold);
-                anLarge[n] |= bSmall ? 0 : 1;
+                adfIndex[n] = (double(pfX[n]) * dfA + double(pfY[n]) * dfB + double(pfZ[n]) * dfC) /
+                              dfDeterminant;
+            }
+            for (int n = 0; n < g_nLanes; ++n) {
+                pfIndex[n] = float(adfIndex[n]);
+            }
+            double adfValue[g_nLanes], adfHalf[g_nLanes], adfSmall[g_nLanes];
+            for (int n = 0; n < g_nLanes; ++n) {
+                adfValue[n] = double(pfIndex[n]);
+            }
+            for (int n = 0; n < g_nLanes; ++n) {
+                adfHalf[n] = adfValue[n] < 0 ? -0.5 : 0.5;
+            }
+            int anSmall[g_nLanes];
+            for (int n = 0; n < g_nLanes; ++n) {
+                anSmall[n] = int(pfIndex[n] < 1e9f) & int(pfIndex[n] > -1e9f);
+            }
+            for (int n = 0; n < g_nLanes; ++n) {
+                adfSmall[n] = anSmall[n] ? adfValue[n] : 0.0;
+            }
+            float afOff[g_nLanes];
+            for (int n = 0; n < g_nLanes; ++n) {
+                const double dfRounded = double(int32_t(adfSmall[n] + adfHalf[n]));
+                afOff[n] = float(adfValue[n] - dfRounded);
+            }
+            for (int n = 0; n < g_nLanes; ++n) {
+                anWhole[n] &= int(afOff[n] <= fThreshold) & int(afOff[n] >= -fThreshold);
+                anLarge[n] |= 1 - anSmall[n];
             }
         }
         for (int n = 0; n < g_nLanes; ++n) {

@@ -46,18 +46,32 @@ TESSERA_WIDE_LANES void addCandidates(PileLanes& lanes, const Contribution* pCan
     PileLanes sums = lanes;
     for (; pCandidate != pCandidateEnd; ++pCandidate) {
         const Contribution other = *pCandidate;
+        // One loop for each kind of number, which all compilers make vector instructions of.
+        int anNear[g_nLanes];
         for (int n = 0; n < g_nLanes; ++n) {
             const float fDX = other.fX - sums.afX[n];
             const float fDY = other.fY - sums.afY[n];
             const float fDZ = other.fZ - sums.afZ[n];
             // A vector is no neighbour of itself.
-            const bool bNear = (fDX * fDX + fDY * fDY + fDZ * fDZ <= fSquareLimit) &
-                               (sums.anBegin[n] <= other.nIndex) & (other.nIndex < sums.anEnd[n]) &
-                               (other.nIndex != sums.anIndex[n]);
-            sums.afSX[n] += bNear ? other.fSX : -0.f;
-            sums.afSY[n] += bNear ? other.fSY : -0.f;
-            sums.afSZ[n] += bNear ? other.fSZ : -0.f;
-            sums.afWeight[n] = float(double(sums.afWeight[n]) + (bNear ? other.dfWeight : -0.0));
+            anNear[n] = int(fDX * fDX + fDY * fDY + fDZ * fDZ <= fSquareLimit) &
+                        int(sums.anBegin[n] <= other.nIndex) & int(other.nIndex < sums.anEnd[n]) &
+                        int(other.nIndex != sums.anIndex[n]);
+        }
+        float afX[g_nLanes], afY[g_nLanes], afZ[g_nLanes];
+        for (int n = 0; n < g_nLanes; ++n) {
+            afX[n] = anNear[n] ? other.fSX : -0.f;
+            afY[n] = anNear[n] ? other.fSY : -0.f;
+            afZ[n] = anNear[n] ? other.fSZ : -0.f;
+        }
+        double adfWeight[g_nLanes];
+        for (int n = 0; n < g_nLanes; ++n) {
+            adfWeight[n] = anNear[n] ? other.dfWeight : -0.0;
+        }
+        for (int n = 0; n < g_nLanes; ++n) {
+            sums.afSX[n] += afX[n];
+            sums.afSY[n] += afY[n];
+            sums.afSZ[n] += afZ[n];
+            sums.afWeight[n] = float(double(sums.afWeight[n]) + adfWeight[n]);
         }
     }
     lanes = sums;
