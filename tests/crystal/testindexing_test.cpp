@@ -31,7 +31,9 @@ TEST(TestIndexing, BuildsTheSphereAndItsNegativesOrSaysWhyNot)
     for (int n = 0; n < list.size(); ++n) {
         const Peak3D &peak = list[n], &mate = list[(n + list.size() / 2) % list.size()];
         EXPECT_EQ(mate.point(), -peak.point());
-        EXPECT_TRUE(peak.nID == n && peak.dfIPoint == 100 && peak.nFrame == 0);
+        EXPECT_EQ(peak.nID, n);
+        EXPECT_EQ(peak.dfIPoint, 100);
+        EXPECT_EQ(peak.nFrame, 0);
         EXPECT_TRUE(setBuilt.insert({int(peak.dfH), int(peak.dfK), int(peak.dfL)}).second);
     }
     for (int n = 0; n < 27 * 27 * 27; ++n) {
@@ -43,7 +45,8 @@ TEST(TestIndexing, BuildsTheSphereAndItsNegativesOrSaysWhyNot)
         EXPECT_TRUE(bBuilt == bInside || (!bBuilt && fDStar > 0.99f)) << h << ' ' << k << ' ' << l;
     }
     CReflectionBuilder builder;  // takes the sizes of all numbers
-    EXPECT_TRUE(builder.setUnitCell(-5, 5, 5, 90, -90, 90) && !builder.setUnitCell(5, 5, 5, 120, 60, 60));
+    EXPECT_TRUE(builder.setUnitCell(-5, 5, 5, 90, -90, 90));
+    EXPECT_FALSE(builder.setUnitCell(5, 5, 5, 120, 60, 60));
 }
 
 }  // namespace tessera

@@ -43,7 +43,8 @@ TEST(Correlate, FindsTheShiftOfTheMovedFormula)
             auto vecA = asComplex(spotImage(nW, nH, 0.0, 0.0)),
                  vecB = asComplex(spotImage(nW, nH, dfDX, dfDY));
             const auto image = correlate(vecA, vecB, nW, nH, nMethod);
-            ASSERT_TRUE(image.pMap && image.bFound);
+            ASSERT_TRUE(image.pMap);
+            ASSERT_TRUE(image.bFound);
             EXPECT_NEAR(image.dfX, dfDX, dfTolerance);
             EXPECT_NEAR(image.dfY, dfDY, dfTolerance);
             for (double df : {image.dfX, image.dfY}) {  // in steps of a fortieth
@@ -91,7 +92,8 @@ TEST(Correlate, BlankFramesGiveNoShift)
                 const std::vector<COMPLEX> vecBlank(std::size_t(nW * nH), COMPLEX{f, 0.f});
                 const auto result = correlate(asComplex(spotImage(nW, nH, 0, 0)), vecBlank, nW, nH, nMethod);
                 EXPECT_FALSE(result.bFound) << nW << " " << f << " " << nMethod;
-                EXPECT_TRUE(result.dfX == 0 && result.dfY == 0);
+                EXPECT_EQ(result.dfX, 0);
+                EXPECT_EQ(result.dfY, 0);
             }
         }
     }
