@@ -53,7 +53,11 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
             }
         }
     }
-    // 64 classes from 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
+}
+
+// From 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
+TEST(PointSizes, ComeIn64Classes)
+{
     const PointSizeClasses classes = pointSizeClasses({3, 0.5, 99, 40, 13.4f, 14}, {1, 1, 0, 1, 1, 1});
     EXPECT_NEAR(classes.m_fSizeClass[21], 0.5 + 39.5 / 3, 1e-5);
     const std::pair<size_t, std::vector<int>> aClass[] = {
@@ -64,106 +68,147 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
     EXPECT_EQ(pointSizeClasses({3, 3}, {1, 1}).m_pnSizeClass[0], (std::vector<int>{0, 1}));
 }
 
-TEST(PointGroups, EachChangeLeavesWhatASlowCountGives)
-{
-    const int nPoints = 150;
-    std::mt19937 random(11);
-    CPointGroups groups;
-    groups.reset(nPoints);
-    std::vector<std::set<int>> vecTruth(1);  // members of groups 1 and on
-    const auto check = [&](const char* pcStep) {
-        SCOPED_TRACE(pcStep);
+namespace {
+
+/// Five groups of random points, of which the last one is hidden, and their members by a plain count.
+class PointGroups : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        groups.reset(nPoints);
+        expectAsCounted();
+        QList<PointGroup> listGroup{{"Unlabeled", {1, 2}, Qt::white}};
+        for (int k = 1; k <= 5; ++k) {
+            QList<int> listPoint{-1, nPoints, 7, 7};  // strangers and a second mention
+            vecTruth.push_back({7});
+            for (int n = 0; n < 40; ++n) {
+                listPoint.append(int(random() % nPoints));
+                vecTruth.back().insert(listPoint.last());
+            }
+            listGroup.append({QString::number(k), listPoint, QColor::fromRgb(random() | 0xff000000), k != 5});
+        }
+        EXPECT_FALSE(groups.setGroups({}));
+        ASSERT_TRUE(groups.setGroups(listGroup.mid(0, 4) + listGroup.mid(5)));  // group 4 comes by itself
+        groups.insertGroup(4, "4", listGroup[4].listPoint, listGroup[4].color);
+    }
+    /// Expects of each point that it is shown where one of its groups is, in the mean of their colours or, if
+    /// it is selected, in red; and in group 0 what no other one has.
+    void expectAsCounted()
+    {
         PointDisplay display;
         groups.makeDisplay(display);
         ASSERT_EQ(groups.groupCount(), int(vecTruth.size()));
         vecTruth[0].clear();
         for (int i = 0; i < nPoints; ++i) {
             int nHeld = 0, nShown = 0, anSum[3] = {};
-            for (size_t k = vecTruth.size(); k-- > 0;) {
+            for (int k = int(vecTruth.size()) - 1; k >= 0; --k) {
                 if (k == 0 && nHeld == 0) {
                     vecTruth[0].insert(i);
                 }
                 nHeld += int(vecTruth[k].count(i));
-                if (!vecTruth[k].count(i) || !groups.visible()[int(k)]) {
+                if (!vecTruth[k].count(i) || !groups.visible()[k]) {
                     continue;
                 }
-                const QColor color = groups.colors()[int(k)];
+                const QColor color = groups.colors()[k];
                 ++nShown;
                 anSum[0] += color.red();
                 anSum[1] += color.green();
                 anSum[2] += color.blue();
             }
             const bool bSelected = groups.selected().contains(i);
-            const size_t n = size_t(i);
-            ASSERT_EQ(bool(display.m_pbPointVisible[n]), nShown > 0 || bSelected) << i;
-            const float afShown[3] = {display.m_pfRed[n], display.m_pfGreen[n], display.m_pfBlue[n]};
+            ASSERT_EQ(bool(display.m_pbPointVisible[i]), nShown > 0 || bSelected) << i;
+            const float afShown[3] = {display.m_pfRed[i], display.m_pfGreen[i], display.m_pfBlue[i]};
             for (int c = 0; c < 3; ++c) {
                 ASSERT_FLOAT_EQ(afShown[c] * 255,
                                 bSelected ? (c == 0) * 255 : anSum[c] / std::max(nShown, 1));
             }
         }
         EXPECT_EQ(groups.points()[0], QList<int>(vecTruth[0].begin(), vecTruth[0].end()));
-    };
-    check("new");
-    QList<PointGroup> listGroup{{"Unlabeled", {1, 2}, Qt::white}};
-    for (int k = 1; k <= 5; ++k) {
-        QList<int> listPoint{-1, nPoints, 7, 7};  // strangers and a second mention
-        vecTruth.push_back({7});
-        for (int n = 0; n < 40; ++n) {
-            listPoint.append(int(random() % nPoints));
-            vecTruth.back().insert(listPoint.last());
-        }
-        listGroup.append({QString::number(k), listPoint, QColor::fromRgb(random() | 0xff000000), k != 5});
     }
-    EXPECT_FALSE(groups.setGroups({}));
-    EXPECT_TRUE(groups.setGroups(listGroup.mid(0, 4) + listGroup.mid(5)));  // group 4 comes by itself
-    groups.insertGroup(4, "4", listGroup[4].listPoint, listGroup[4].color);
+
+    const int nPoints = 150;
+    std::mt19937 random{11};
+    CPointGroups groups;
+    std::vector<std::set<int>> vecTruth = std::vector<std::set<int>>(1);  ///< members of groups 1 and on
+};
+
+}  // namespace
+
+TEST_F(PointGroups, AreSetAndInserted)
+{
     EXPECT_FALSE(groups.visible()[5]);
-    check("set and inserted");
+    expectAsCounted();
     EXPECT_EQ(groups.points()[5].size(), int(vecTruth[5].size()));
-    EXPECT_TRUE(groups.setVisible(2, false) && groups.setVisible(0, false) && groups.setVisible(5, true));
-    EXPECT_FALSE(groups.setVisible(6, false) || groups.setColor(-1, Qt::red) || groups.setLabel(6, "z"));
+}
+
+TEST_F(PointGroups, AreHiddenAndTheirPointsSelected)
+{
+    EXPECT_TRUE(groups.setVisible(2, false));
+    EXPECT_TRUE(groups.setVisible(0, false));
+    EXPECT_TRUE(groups.setVisible(5, true));
+    EXPECT_FALSE(groups.setVisible(6, false));
+    EXPECT_FALSE(groups.setColor(-1, Qt::red));
+    EXPECT_FALSE(groups.setLabel(6, "z"));
     groups.select({3, 140, 64, 900}, false);
     groups.select({5}, true);
     EXPECT_EQ(groups.selected(), (QList<int>{3, 5, 64, 140}));
-    check("hidden and selected");
+    expectAsCounted();
+}
+
+TEST_F(PointGroups, AreMergedAndRemoved)
+{
     EXPECT_FALSE(groups.mergeGroups({3, 3}));
     EXPECT_TRUE(groups.mergeGroups({5, 2}));
     vecTruth[2].insert(vecTruth[5].begin(), vecTruth[5].end());
     vecTruth.pop_back();
-    check("merged");
+    expectAsCounted();
     EXPECT_TRUE(groups.removeGroups({0, 1, 3}));
     vecTruth = {{}, vecTruth[2], vecTruth[4]};
     EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "2", "4"}));
-    check("removed");
-    // With group 0: its points and those of the other stand in what was group 0, under the merged one.
+    expectAsCounted();
+}
+
+// Its points and those of the other stand in what was group 0, under the merged one.
+TEST_F(PointGroups, AreMergedWithTheFirst)
+{
+    ASSERT_TRUE(groups.removeGroups({3, 4, 5}));
+    vecTruth.resize(3);
     EXPECT_TRUE(groups.mergeGroups({2, 0}));
-    EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "Unlabeled", "2"}));
+    EXPECT_EQ(groups.labels(), (QStringList{"Unlabeled", "Unlabeled", "1"}));
     EXPECT_TRUE(groups.points()[0].isEmpty());
     EXPECT_EQ(groups.points()[1].size(), nPoints - int(vecTruth[1].size()));
+}
 
+TEST_F(PointGroups, ANewOneHasTheSelectedAndAColourOfItsOwn)
+{
     groups.reset(2);
-    // Nothing selected: neither a colour nor a number is used up.
-    EXPECT_FALSE(groups.addSelectedAsNewGroup());
+    EXPECT_FALSE(groups.addSelectedAsNewGroup()) << "neither a colour nor a number is used up";
     for (int nGroup : {0, 1, 2}) {
         groups.select({1}, false);
-        EXPECT_TRUE(groups.addSelectedAsNewGroup() && groups.selected().isEmpty());
+        EXPECT_TRUE(groups.addSelectedAsNewGroup());
+        EXPECT_TRUE(groups.selected().isEmpty());
         EXPECT_EQ(groups.labels().last(), QStringLiteral("Label%1").arg(nGroup));
         EXPECT_FALSE(groups.colors().mid(0, nGroup + 1).contains(groups.colors().last()));
     }
 }
+
+namespace {
+
+void expectRotation(const CCamera& camera, const QQuaternion& quaternion, double dfTolerance)
+{
+    const QMatrix3x3 matrix = quaternion.toRotationMatrix();
+    for (int n = 0; n < 9; ++n) {
+        ASSERT_NEAR(camera.m_fRotation(n % 3, n / 3), matrix(n % 3, n / 3), dfTolerance) << n;
+    }
+}
+
+}  // namespace
 
 TEST(Camera, TurnsAsQuaternionsDo)
 {
     std::mt19937 random(3);
     std::uniform_real_distribution<float> uniform(-1.f, 1.f);
     CCamera camera;
-    const auto expectRotation = [&camera](const QQuaternion& quaternion, double dfTolerance) {
-        const QMatrix3x3 matrix = quaternion.toRotationMatrix();
-        for (int n = 0; n < 9; ++n) {
-            ASSERT_NEAR(camera.m_fRotation(n % 3, n / 3), matrix(n % 3, n / 3), dfTolerance) << n;
-        }
-    };
     QQuaternion turned;
     const int nW = 611, nH = 400;
     for (int n = 0; n < 300; ++n) {
@@ -179,13 +224,20 @@ TEST(Camera, TurnsAsQuaternionsDo)
         turned = QQuaternion::fromAxisAndAngle(QVector3D::crossProduct(q1, q2), (q2 - q1).length() * 60) *
                  turned;
         turned.normalize();
-        expectRotation(turned, 2e-4);
+        expectRotation(camera, turned, 2e-4);
     }
+}
+
+TEST(Camera, LooksAlongADirectionByTheShortestTurn)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
+    CCamera camera;
     for (int n = 0; n < 50; ++n) {
         const Vec3D v{uniform(random), uniform(random), 0.05f * uniform(random)};
         camera.viewAlong(v);
         EXPECT_LT(length(camera.viewDirection() - scaled(v, 1 / length(v))), 1e-6);
-        expectRotation(QQuaternion::rotationTo({v.x, v.y, v.z}, {0, 0, 1}), 1e-5);
+        expectRotation(camera, QQuaternion::rotationTo({v.x, v.y, v.z}, {0, 0, 1}), 1e-5);
     }
     const QMatrix4x4 before = camera.m_fRotation;
     camera.viewAlong({0, 0, 0});
@@ -194,7 +246,10 @@ TEST(Camera, TurnsAsQuaternionsDo)
     EXPECT_EQ(camera.m_fRotation, before);
     camera.viewAlong({0, 0, -0.2f});  // no axis to turn about
     EXPECT_EQ(camera.m_fRotation, QMatrix4x4());
+}
 
+TEST(Camera, TheTrackballIsAHemisphereOverTheView)
+{
     const struct {
         int nX, nY;
         Vec3D vec;
@@ -231,19 +286,28 @@ TEST(Camera, NoZoomTurnsThePictureRound)
     }
 }
 
-TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
+const ReciprocalBasis g_basis{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
+
+TEST(LatticeGrid, HasThePointsAndLinesOfItsRange)
 {
-    const ReciprocalBasis basis{{0.09f, 0.01f, 0}, {0.02f, -0.11f, 0.03f}, {0, 0.01f, 0.13f}};
-    CCamera camera;
+    const ReciprocalBasis& basis = g_basis;
+    const CCamera camera;
     const int anSmall[3] = {2, 3, 0}, anGreat[3] = {60, 50, 40}, anNone[3] = {0, -4, 0};
-    LatticeGrid grid = makeLatticeGrid(basis, anSmall, 2.f, camera);
+    const LatticeGrid grid = makeLatticeGrid(basis, anSmall, 2.f, camera);
     EXPECT_EQ(grid.vecPoint.size(), 35u);
     EXPECT_EQ(grid.vecLine[2].size(), 70u);
     EXPECT_LT(length(grid.vecLine[0][1] - grid.vecLine[0][0] + scaled(basis.a, 8)), 1e-6);  // +H to -H
     EXPECT_EQ(makeLatticeGrid(basis, anNone, 1.f, camera).vecPoint.size(), 1u);
-    const Vec3D a = basis.a, b = basis.b, c = basis.c;
-    EXPECT_TRUE(makeLatticeGrid({a, b, {float(g_dfInf), 0, 0}}, anGreat, 1.f, camera).vecPoint.empty());
+    const ReciprocalBasis endless{basis.a, basis.b, {float(g_dfInf), 0, 0}};
+    EXPECT_TRUE(makeLatticeGrid(endless, anGreat, 1.f, camera).vecPoint.empty());
+}
 
+TEST(LatticeGrid, HasAllThatCanBeSeenOfAGreatRange)
+{
+    const ReciprocalBasis& basis = g_basis;
+    const int anGreat[3] = {60, 50, 40};
+    const Vec3D a = basis.a, b = basis.b, c = basis.c;
+    CCamera camera;
     camera.viewAlong({1, 2, 3});
     camera.m_fPanX = -1.1f;
     camera.m_fZoom = -1.2f;
@@ -264,13 +328,18 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
             bSeen = bSeen && std::abs(m(r, 0) * v.x + m(r, 1) * v.y + m(r, 2) * v.z + m(r, 3)) < 1.f;
         }
         nSeen += bSeen;
-        ASSERT_TRUE(!bSeen || setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;
+        if (bSeen) {
+            ASSERT_TRUE(setDrawn.count(key(v))) << h << ' ' << k << ' ' << l;
+        }
     }
     EXPECT_GT(nSeen, 5000u);
     EXPECT_LT(setDrawn.size(), 2 * nSeen);
+}
 
-    // A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn,
-    // but never less of a greater range.
+// A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn.
+TEST(LatticeGrid, HasNeverLessOfAGreaterRange)
+{
+    const Vec3D a = g_basis.a, b = g_basis.b, c = g_basis.c;
     const QList<ReciprocalBasis> listDense{{{0.05f, 0, 0}, {0, 0.05f, 0}, {0, 0, 0.05f}},
                                            {{0.008f, 0, 0}, {0.001f, 0.009f, 0}, {0, 0, 0.005f}},
                                            {a, b, c},
@@ -282,11 +351,12 @@ TEST(LatticeGrid, HoldsAllThatCanBeSeenOfAnyRange)
             const int anRange[3] = {n, n, n};
             QElapsedTimer timer;
             timer.start();
-            grid = makeLatticeGrid(dense, anRange, 1.f, CCamera());
+            const LatticeGrid grid = makeLatticeGrid(dense, anRange, 1.f, CCamera());
             EXPECT_LT(timer.elapsed(), 3000);
-            const bool bAll = &dense == &listDense[0] && n <= 40;
-            EXPECT_TRUE(!bAll || (grid.vecPoint.size() == std::pow(2 * n + 1, 3) &&
-                                  grid.vecLine[1].size() == 2 * std::pow(2 * n + 1, 2)));
+            if (&dense == &listDense[0] && n <= 40) {
+                EXPECT_EQ(grid.vecPoint.size(), std::pow(2 * n + 1, 3));
+                EXPECT_EQ(grid.vecLine[1].size(), 2 * std::pow(2 * n + 1, 2));
+            }
             EXPECT_GE(grid.vecPoint.size(), smaller.vecPoint.size()) << n;
             EXPECT_GE(grid.vecLine[2].size(), smaller.vecLine[2].size()) << n;
             EXPECT_LE(grid.vecPoint.size(), size_t(g_nMostLatticePoints));

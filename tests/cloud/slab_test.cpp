@@ -86,6 +86,10 @@ TEST(Directions, AreReadInEachWayOfWritingAndRefusedInWords)
         EXPECT_TRUE(strReason.contains(row.pszReason)) << qPrintable(strReason);
         EXPECT_EQ(read.has_value(), strReason.isEmpty()) << row.pszText;
     }
+}
+
+TEST(Layers, AreReadAndNamed)
+{
     EXPECT_EQ(readLayer(" k ", nullptr), (std::array<int, 3>{0, 1, 0}));
     EXPECT_EQ(readLayer("[11-2]", nullptr), (std::array<int, 3>{1, 1, -2}));
     EXPECT_FALSE(readLayer("m", nullptr));
@@ -124,21 +128,72 @@ TEST(Slabs, HoldThePointsOfTheirLayerWhateverTheCell)
         EXPECT_NEAR(nLeast, *std::min_element(vecTruth.begin(), vecTruth.end()), 0.501);
         EXPECT_NEAR(nGreatest, *std::max_element(vecTruth.begin(), vecTruth.end()), 0.501);
     }
+}
+
+TEST(Slabs, HoldNoPointsThatAreNoNumbersAndNoneWithoutACell)
+{
     const auto box = CCellFrame::of(g_box);
     const float fNaN = std::nanf(""), fFar = 1e30f;
     const QList<Peak3D> listStrange{peakAt({0, 0, fNaN}), peakAt({0, 0, fFar}), peakAt({0, 0, -0.5f})};
     EXPECT_EQ(pointsInSlab(listStrange, *box, {{0, 0, 1}, -2, 0.1}), (std::vector<char>{0, 0, 1}));
     EXPECT_EQ(slabLevels(listStrange, *box, {0, 0, 1}), std::make_pair(-2, -2));
     EXPECT_EQ(slabLevels({}, *box, {0, 0, 1}), std::make_pair(0, 0));
-    // Of two lines the one along b*, which lies in the layer; not that along c*, whose ends do not.
-    const std::vector<Vec3D> vecLine{{0, -0.4f, 0.25f}, {0, 0.4f, 0.25f}, {0, 0, 0.25f}, {0, 0, 0.5f}};
-    EXPECT_EQ(placesInSlab(vecLine, 2, *box, {{0, 0, 1}, 1, 0.1}),
-              (std::vector<Vec3D>{vecLine[0], vecLine[1]}));
     for (const ReciprocalBasis& bad : {ReciprocalBasis{{1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, ReciprocalBasis{},
                                        ReciprocalBasis{{fNaN, 0, 0}, {0, 1, 0}, {0, 0, 1}}}) {
         EXPECT_FALSE(CCellFrame::of(bad));
     }
 }
+
+// Of two lines the one along b*, which lies in the layer; not that along c*, whose ends do not.
+TEST(Slabs, HoldLinesThatLieInTheirLayer)
+{
+    const auto box = CCellFrame::of(g_box);
+    const std::vector<Vec3D> vecLine{{0, -0.4f, 0.25f}, {0, 0.4f, 0.25f}, {0, 0, 0.25f}, {0, 0, 0.5f}};
+    EXPECT_EQ(placesInSlab(vecLine, 2, *box, {{0, 0, 1}, 1, 0.1}),
+              (std::vector<Vec3D>{vecLine[0], vecLine[1]}));
+}
+
+namespace {
+
+/// A direct-space direction.
+QVector3D direct(const ReciprocalBasis& basis, int u, int v, int w)
+{
+    const QVector3D aStar = asQt(basis.a), bStar = asQt(basis.b), cStar = asQt(basis.c);
+    const float fVolume = QVector3D::dotProduct(aStar, QVector3D::crossProduct(bStar, cStar));
+    return (float(u) * QVector3D::crossProduct(bStar, cStar) +
+            float(v) * QVector3D::crossProduct(cStar, aStar) +
+            float(w) * QVector3D::crossProduct(aStar, bStar)) /
+           fVolume;
+}
+
+/// The least angle between a view and the directions that have names, degrees.
+double leastAngle(const ReciprocalBasis& basis, const QVector3D& view)
+{
+    double dfLeast = 180;
+    for (int i = 0; i < 343; ++i) {
+        if (i != 171) {  // [0 0 0]
+            dfLeast = std::min(dfLeast,
+                               degreesBetween(view, direct(basis, i / 49 - 3, i / 7 % 7 - 3, i % 7 - 3)));
+        }
+    }
+    for (const Vec3D& v : {basis.a, basis.b, basis.c}) {
+        dfLeast = std::min({dfLeast, degreesBetween(view, asQt(v)), degreesBetween(view, -asQt(v))});
+    }
+    return dfLeast;
+}
+
+/// The direction that a zone's name stands for, null for none.
+QVector3D directionNamed(const ReciprocalBasis& basis, const QString& strName)
+{
+    if (const auto anIndex = readDirection(strName, nullptr)) {
+        return direct(basis, (*anIndex)[0], (*anIndex)[1], (*anIndex)[2]);
+    }
+    const bool bBack = strName.startsWith('-');
+    const int nAxis = QStringList{"a*", "b*", "c*"}.indexOf(strName.mid(bBack ? 1 : 0));
+    return nAxis < 0 ? QVector3D() : (bBack ? -1.f : 1.f) * asQt(basis.vectors()[nAxis]);
+}
+
+}  // namespace
 
 TEST(NearestZone, IsThatOfABruteSearch)
 {
@@ -149,43 +204,19 @@ TEST(NearestZone, IsThatOfABruteSearch)
         const ReciprocalBasis basis = n % 4 == 0 ? ReciprocalBasis{{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}}
                                                  : randomBasis(random);
         const Vec3D view{normal(random), normal(random), normal(random)};
-        const QVector3D aStar = asQt(basis.a), bStar = asQt(basis.b), cStar = asQt(basis.c);
-        const float fVolume = QVector3D::dotProduct(aStar, QVector3D::crossProduct(bStar, cStar));
-        const auto direct = [&](int u, int v, int w) {
-            return (float(u) * QVector3D::crossProduct(bStar, cStar) +
-                    float(v) * QVector3D::crossProduct(cStar, aStar) +
-                    float(w) * QVector3D::crossProduct(aStar, bStar)) /
-                   fVolume;
-        };
-        double dfLeast = 180;
-        for (int i = 0; i < 343; ++i) {
-            if (i != 171) {  // [0 0 0]
-                dfLeast = std::min(dfLeast,
-                                   degreesBetween(asQt(view), direct(i / 49 - 3, i / 7 % 7 - 3, i % 7 - 3)));
-            }
-        }
-        for (const QVector3D& v : {aStar, bStar, cStar}) {
-            dfLeast = std::min({dfLeast, degreesBetween(asQt(view), v), degreesBetween(asQt(view), -v)});
-        }
         const NearestZone zone = nearestZone(*CCellFrame::of(basis), view);
-        EXPECT_NEAR(zone.dfOff, dfLeast, 0.051);
-        // The name stands for the direction, and that is as far off as is told.
-        QVector3D named;
-        if (const auto anIndex = readDirection(zone.strName, nullptr)) {
-            named = direct((*anIndex)[0], (*anIndex)[1], (*anIndex)[2]);
-        } else {
-            const QStringList listAxis{"a*", "b*", "c*"};
-            const bool bBack = zone.strName.startsWith('-');
-            const int nAxis = listAxis.indexOf(zone.strName.mid(bBack ? 1 : 0));
-            ASSERT_GE(nAxis, 0) << qPrintable(zone.strName);
-            named = (bBack ? -1.f : 1.f) * asQt(basis.vectors()[nAxis]);
-        }
+        EXPECT_NEAR(zone.dfOff, leastAngle(basis, asQt(view)), 0.051);
+        const QVector3D named = directionNamed(basis, zone.strName);
         EXPECT_NEAR(degreesBetween(asQt(view), named), zone.dfOff, 1e-3) << qPrintable(zone.strName);
         if (n % 4 == 0) {
             dfFarthestCubic = std::max(dfFarthestCubic, zone.dfOff);
         }
     }
     EXPECT_LT(dfFarthestCubic, 13);
+}
+
+TEST(NearestZone, HasAName)
+{
     const struct {
         Vec3D view;
         const char* pszText;
@@ -219,7 +250,7 @@ TEST(PointPairs, AreMeasuredAsByHand)
     EXPECT_EQ(pairText(measurePair({}, {}, std::nullopt)), "Δ=0.0000 Å⁻¹");
 }
 
-TEST(Camera, FitsTheCloudAndTurnsOnTheShortestWay)
+TEST(Camera, FitsTheCloud)
 {
     std::mt19937 random(2);
     std::normal_distribution<float> normal;
@@ -252,6 +283,12 @@ TEST(Camera, FitsTheCloudAndTurnsOnTheShortestWay)
         }
         EXPECT_FALSE(zoomToFit({}, CCamera(), 100, 100, true));
     }
+}
+
+TEST(Camera, TurnsOnTheShortestWay)
+{
+    std::mt19937 random(2);
+    std::normal_distribution<float> normal;
     for (int i = 0; i < 50; ++i) {
         CCamera camera;
         camera.rotateAroundScreen(i % 3, 7.0 * i);
