@@ -19,7 +19,8 @@ namespace tessera {
 class CFileSet {
 public:
     CFileSet() = default;
-    /// @param strWaiting  a folder in that of the files, in which they wait, so that what a killed program has
+    /// @param strWaiting  a folder in that of the files, in which they wait, so that what a killed program
+    /// has
     ///                    left is told from files of the user's. It has to be there
     explicit CFileSet(const QString& strWaiting) : m_strWaiting(strWaiting) {}
 

@@ -63,8 +63,8 @@ private:
 
     QString m_strFileName;
     QString m_strReason;
-    QByteArray m_strPlace;   ///< the file itself, behind all links
-    QByteArray m_strBeside;  ///< its name until it is in place; after exchange() that of the former file
+    QByteArray m_strPlace;    ///< the file itself, behind all links
+    QByteArray m_strBeside;   ///< its name until it is in place; after exchange() that of the former file
     QByteArray m_strWaiting;  ///< folder in which it waits; empty: that of the file
     int m_nFile = -1;
     int m_nFormer = -1;        ///< the former file, kept open while its name is removed, see exchange()
