@@ -183,7 +183,7 @@ TEST(MergeSet, thatIsKilledLeavesARecordThatTellsSo)
     const QString strFolder = QFileInfo(dir.path()).canonicalFilePath() + QStringLiteral("/m");
     const QString strRecord = strFolder + QStringLiteral("/m.merge.json");
     const auto nameOf = [&](int n) { return strFolder + QStringLiteral("/m_%1_merged.hkl").arg(n); };
-    const int nFiles = 600;  // more than stay open at once
+    const int nFiles = 230;  // more than stay open at once
     CrystalsJobOptions options;
     options.strOutFolder = strFolder;
     const auto write = [&](const QByteArray& bytes) {
@@ -201,7 +201,7 @@ TEST(MergeSet, thatIsKilledLeavesARecordThatTellsSo)
         EXPECT_EQ(set.commit(strRecord, record, former), QString());
     };
     write("0");
-    for (int nRound = 1; nRound <= 5; ++nRound) {
+    for (int nRound = 1; nRound <= 3; ++nRound) {
         const QByteArray bytesNew = QByteArray::number(nRound), bytesFormer = readBytes(nameOf(1));
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
