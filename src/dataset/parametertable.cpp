@@ -43,7 +43,7 @@ using Extract = ExtractionParameters;
 using Refine = RefinementParameters;
 using Lens = SeriesDistortion;
 
-constexpr OptionValues orAuto = OptionValues::OfPageOrAuto;
+constexpr OptionValues g_orAuto = OptionValues::OfPageOrAuto;
 
 // Each row: member, box (minimum, maximum, decimals, step, suffix), tip, option, key in the settings.
 const std::vector<Parameter> g_listParameter = {
@@ -143,7 +143,7 @@ const std::vector<Parameter> g_listParameter = {
      "Sigma of the narrow Gaussian that smooths the frame, pixels: about that of a spot. Lower both radii if "
      "close or weak spots are missed or run together.",
      {"peak-radius", "pixels",
-      "sigma of the narrow Gaussian; default auto, that of the spots; with --window-defaults %1", orAuto},
+      "sigma of the narrow Gaussian; default auto, that of the spots; with --window-defaults %1", g_orAuto},
      "PeakSearch/PeakRadius"},
     {&Hunt::m_dfBackgroundRadius,
      {0, 1000, 2, 0.5, " pix."},
@@ -151,7 +151,7 @@ const std::vector<Parameter> g_listParameter = {
      {"background-radius", "pixels",
       "sigma of the wide Gaussian; default auto, by the size and the distance of the spots; with "
       "--window-defaults %1",
-      orAuto},
+      g_orAuto},
      "PeakSearch/BackgroundAveragingRadius"},
     {&Hunt::m_dfPeakThreshold,
      {-100000, 1000000, 2, 0.1, ""},
@@ -160,7 +160,7 @@ const std::vector<Parameter> g_listParameter = {
      {"peak-threshold", "counts",
       "least band-passed value of a peak; default auto, 8 robust standard deviations of the noise; with "
       "--window-defaults %1",
-      orAuto},
+      g_orAuto},
      "PeakSearch/PeakBGDiffThreshold"},
     {&Hunt::m_dfSmoothRadius,
      {0, 1000, 2, 0.1, " pix."},
@@ -172,13 +172,13 @@ const std::vector<Parameter> g_listParameter = {
      {"integration-radius", "pixels",
       "disc of the 2D integration; default auto, three sigmas of a spot or half the way to the next one; "
       "with --window-defaults %1",
-      orAuto},
+      g_orAuto},
      "PeakSearch/Peak2DIntegrationRadious"},
     {&Hunt::m_dfIntegrationBackground,
      {0, 1000, 1, 0.1, " pix."},
      "Width of the ring around the disc, pixels, whose mean is taken as background.",
      {"integration-background", "pixels",
-      "ring around the disc; default auto, at most up to the next spot; with --window-defaults %1", orAuto},
+      "ring around the disc; default auto, at most up to the next spot; with --window-defaults %1", g_orAuto},
      "PeakSearch/Peak2DIntegrationBG"},
 
     // Page "3D Peak Merging": what is shown and merged
@@ -188,25 +188,26 @@ const std::vector<Parameter> g_listParameter = {
      {"resolution-min", "Å⁻¹",
       "least d* of a peak to merge; default auto, beyond the peaks that a saturated direct beam makes of "
       "itself; with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Mapping::m_dfResolutionMax,
      {0, 100, 2, 0.1, " Å⁻¹"},
      "Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern reaches further.",
      {"resolution-max", "Å⁻¹",
-      "greatest d* of a peak to merge; default auto, no limit; with --window-defaults %1", orAuto}},
+      "greatest d* of a peak to merge; default auto, no limit; with --window-defaults %1", g_orAuto}},
     {&Mapping::m_dfIntensityMin,
      {-100000, 1000000, 2, 1, ""},
      "Peaks of a smaller point intensity, counts, are neither shown nor merged. Raise it to leave false "
      "peaks out.",
      {"intensity-min", "counts",
-      "least point intensity of a peak to merge; default auto, no limit; with --window-defaults %1", orAuto}},
+      "least point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
+      g_orAuto}},
     {&Mapping::m_dfIntensityMax,
      {-100000, 1000000, 2, 1, ""},
      "Peaks of a larger point intensity, counts, are neither shown nor merged. Raise it if strong "
      "reflections are missing.",
      {"intensity-max", "counts",
       "greatest point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
 
     // Page "3D Peak Merging": the chains
     {&Merge::m_dfMin3DDistance,
@@ -216,7 +217,7 @@ const std::vector<Parameter> g_listParameter = {
      {"min-3d-distance", "pixels",
       "distance from the frame's plane that closes a chain; default auto, %1 or 0.87 times the way to the "
       "next spot; with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Merge::m_dfMax2DDistance,
      {0, 1000, 2, 0.1, " pix."},
      "A peak joins a chain whose last peak lies closer than this on the frame, pixels. Raise it if one "
@@ -224,7 +225,7 @@ const std::vector<Parameter> g_listParameter = {
      {"max-2d-distance", "pixels",
       "distance on the frames within a chain; default auto, %1 or half the way to the next spot; with "
       "--window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Merge::m_dfMin2DLength, {-1, 1000, 2, 0.1, " pix."}, "Least length of a chain on the frame, pixels."},
     {&Merge::m_dfMax3DLength,
      {0, 1000, 2, 0.1, " pix."},
@@ -271,14 +272,14 @@ const std::vector<Parameter> g_listParameter = {
      {"refine-intensity-low", "counts",
       "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits of "
       "weak ones go astray; with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Refine::m_dfRefineIntensityHigh,
      {-1e7, 1e7, 1, 0.1, ""},
      "Both peaks of a pair must have at most this point intensity, counts. Raise it if strong pairs are "
      "missing.",
      {"refine-intensity-high", "counts",
       "greatest point intensity of a peak in a pair; default auto, no limit; with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Refine::m_dfRefineDStarLow,
      {0, 1000, 3, 0.05, " Å⁻¹"},
      "Least distance of the two peaks of a pair, Å⁻¹. Lower it, to about 0.3, if there are few pairs; long "
@@ -286,14 +287,14 @@ const std::vector<Parameter> g_listParameter = {
      {"refine-dstar-low", "Å⁻¹",
       "least distance of the two peaks of a pair; default auto, 0.3 or less where the patterns are small; "
       "with --window-defaults %1",
-      orAuto}},
+      g_orAuto}},
     {&Refine::m_dfRefineDStarHigh,
      {0, 1000, 3, 0.05, " Å⁻¹"},
      "Largest distance of the two peaks of a pair, Å⁻¹.",
      {"refine-dstar-high", "Å⁻¹",
       "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
       "--window-defaults %1",
-      orAuto}},
+      g_orAuto}},
 };
 
 }  // namespace

@@ -12,29 +12,29 @@ struct KeptBlock {
     size_t nSize;
     bool bClosed;
 };
-thread_local KeptBlock t_kept = {nullptr, 0, false};
+thread_local KeptBlock g_kept = {nullptr, 0, false};
 
 /// Frees the kept block at the end of the thread. Blocks that are released later are freed at once.
 struct KeptBlockOwner {
     ~KeptBlockOwner()
     {
-        delete[] t_kept.pBlock;
-        t_kept = {nullptr, 0, true};
+        delete[] g_kept.pBlock;
+        g_kept = {nullptr, 0, true};
     }
     void touch() {}
 };
-thread_local KeptBlockOwner t_owner;
+thread_local KeptBlockOwner g_owner;
 
 void giveBack(uint8_t* pBlock, size_t nSize)
 {
-    if (t_kept.bClosed || nSize > g_nMostKept) {
+    if (g_kept.bClosed || nSize > g_nMostKept) {
         delete[] pBlock;
         return;
     }
-    t_owner.touch();  // constructs the thread-local object, so that it will be destroyed
-    delete[] t_kept.pBlock;
-    t_kept.pBlock = pBlock;
-    t_kept.nSize = nSize;
+    g_owner.touch();  // constructs the thread-local object, so that it will be destroyed
+    delete[] g_kept.pBlock;
+    g_kept.pBlock = pBlock;
+    g_kept.nSize = nSize;
 }
 
 }  // namespace
@@ -44,11 +44,11 @@ std::shared_ptr<uint8_t> makeFileBuffer(size_t nSize)
     uint8_t* pBlock = nullptr;
     size_t nBlock = nSize;
     // A much larger block is not kept occupied by a small file.
-    if (t_kept.pBlock && t_kept.nSize >= nSize && t_kept.nSize / 4 <= nSize) {
-        pBlock = t_kept.pBlock;
-        nBlock = t_kept.nSize;
-        t_kept.pBlock = nullptr;
-        t_kept.nSize = 0;
+    if (g_kept.pBlock && g_kept.nSize >= nSize && g_kept.nSize / 4 <= nSize) {
+        pBlock = g_kept.pBlock;
+        nBlock = g_kept.nSize;
+        g_kept.pBlock = nullptr;
+        g_kept.nSize = 0;
     } else {
         pBlock = new uint8_t[nSize];
     }

@@ -19,7 +19,7 @@ namespace {
 
 // Lines that go through the scratch buffer together: eight COMPLEX are one cache line, so gathering
 // eight columns reads every line of memory once.
-constexpr int nBlock = 8;
+constexpr int g_nBlock = 8;
 
 fftwf_complex* asFftw(COMPLEX* p)
 {
@@ -35,7 +35,7 @@ struct PlanDestroy {
 };
 using PlanHandle = std::unique_ptr<std::remove_pointer_t<fftwf_plan>, PlanDestroy>;
 
-// Transforms of nBlock lines of one length, forward and backward, between two aligned buffers of the
+// Transforms of g_nBlock lines of one length, forward and backward, between two aligned buffers of the
 // holder. Lines stand at multiples of a padded stride: a stride of a high power of two would crowd
 // the lines of a block into the same cache sets.
 struct LinePlan {
@@ -50,7 +50,7 @@ struct LinePlan {
         const std::lock_guard<std::mutex> lock(fftwPlannerMutex());
         requireRoomToPlan();
         const auto plan = [&](int nSign) {
-            return fftwf_plan_many_dft(1, &nLength, nBlock, asFftw(pIn), nullptr, 1, nStride, asFftw(pOut),
+            return fftwf_plan_many_dft(1, &nLength, g_nBlock, asFftw(pIn), nullptr, 1, nStride, asFftw(pOut),
                                        nullptr, 1, nStride, nSign, FFTW_ESTIMATE);
         };
         planForward.reset(plan(FFTW_FORWARD));
@@ -63,7 +63,7 @@ struct LinePlan {
         const std::lock_guard<std::mutex> lock(fftwPlannerMutex());
         if (!planReal) {
             requireRoomToPlan();
-            planReal.reset(fftwf_plan_many_dft_r2c(1, &nLength, nBlock, reinterpret_cast<float*>(pIn),
+            planReal.reset(fftwf_plan_many_dft_r2c(1, &nLength, g_nBlock, reinterpret_cast<float*>(pIn),
                                                    nullptr, 1, nStride, asFftw(pOut), nullptr, 1, nStride,
                                                    FFTW_ESTIMATE));
         }
@@ -92,15 +92,15 @@ public:
 
     static std::size_t blockLength(int nHeight)
     {
-        return std::size_t(nBlock) * (std::size_t(nHeight) + std::size_t(nBlock));
+        return std::size_t(g_nBlock) * (std::size_t(nHeight) + std::size_t(g_nBlock));
     }
     T* block(int n) const { return m_p + std::size_t(n) * blockLength(m_nHeight); }
     // A block as an image whose rows are the columns of the spectrum, and as one whose rows are its rows.
-    ImageView<T> byColumn(int n) const { return {block(n), m_nHeight, nBlock}; }
-    ImageView<T> byRow(int n) const { return {block(n), nBlock, m_nHeight}; }
+    ImageView<T> byColumn(int n) const { return {block(n), m_nHeight, g_nBlock}; }
+    ImageView<T> byRow(int n) const { return {block(n), g_nBlock, m_nHeight}; }
     // Where the tile of the rows y … y + 7 and the columns 8 n … 8 n + 7 begins, for the image that stays in
     // the work space: n counts all 2 N blocks of it.
-    T* tile(int n, int y) const { return byRow(n).row(y / nBlock * nBlock); }
+    T* tile(int n, int y) const { return byRow(n).row(y / g_nBlock * g_nBlock); }
 
 private:
     T* m_p;
@@ -109,7 +109,7 @@ private:
 
 int blockCount(int nWidth)
 {
-    return nWidth / 2 / nBlock + 1;
+    return nWidth / 2 / g_nBlock + 1;
 }
 
 // The lines of a scratch buffer.
@@ -120,7 +120,7 @@ void takeRows(const ImageView<COMPLEX>& block, const Lines& lines)
 {
     for (int y = 0; y < block.nHeight; ++y) {
         const COMPLEX* pRow = block.row(y);
-        for (int i = 0; i < nBlock; ++i) {
+        for (int i = 0; i < g_nBlock; ++i) {
             lines.row(i)[y] = pRow[i];
         }
     }
@@ -131,7 +131,7 @@ void putRows(const Lines& lines, const ImageView<COMPLEX>& block)
 {
     for (int y = 0; y < block.nHeight; ++y) {
         COMPLEX* pRow = block.row(y);
-        for (int i = 0; i < nBlock; ++i) {
+        for (int i = 0; i < g_nBlock; ++i) {
             pRow[i] = lines.row(i)[y];
         }
     }
@@ -142,7 +142,7 @@ void filterColumns(const ImageView<const COMPLEX>& spectrum, const ImageView<con
                    const Lines& lines)
 {
     const int nHeight = spectrum.nWidth;
-    for (int i = 0; i < nBlock; ++i) {
+    for (int i = 0; i < g_nBlock; ++i) {
         COMPLEX* pColumn = lines.row(i);
         const COMPLEX* pf = spectrum.row(i);
         const COMPLEX* ps = filter.row(i);
@@ -159,8 +159,8 @@ void filterMirroredColumns(const ImageView<const COMPLEX>& spectrum, const Image
                            const Lines& lines)
 {
     const int nHeight = spectrum.nWidth;
-    for (int i = 0; i < nBlock; ++i) {
-        COMPLEX* pColumn = lines.row(nBlock - 1 - i);
+    for (int i = 0; i < g_nBlock; ++i) {
+        COMPLEX* pColumn = lines.row(g_nBlock - 1 - i);
         const COMPLEX* pf = spectrum.row(i);
         const COMPLEX* ps = filter.row(i);
         pColumn[0] = {pf[0].re * ps[0].re + pf[0].im * ps[0].im, pf[0].re * ps[0].im - pf[0].im * ps[0].re};
@@ -180,8 +180,8 @@ using Scratch = std::unique_ptr<COMPLEX, FftwFree>;
 // Nearly all copies are of whole blocks: for those the compiler knows the size.
 void copyUpToBlock(const COMPLEX* pSource, int nCount, COMPLEX* pTarget)
 {
-    if (nCount == nBlock) {
-        std::memcpy(pTarget, pSource, nBlock * sizeof(COMPLEX));
+    if (nCount == g_nBlock) {
+        std::memcpy(pTarget, pSource, g_nBlock * sizeof(COMPLEX));
     } else if (nCount > 0) {
         std::copy_n(pSource, nCount, pTarget);
     }
@@ -194,16 +194,16 @@ void gatherRows(const BlockedColumns<const COMPLEX>& work, int nWidth, int y, in
     const int nColumns = nWidth / 2 + 1;
     const int nMirrored = (nWidth + 1) / 2;  // 0 and, at even widths, nWidth/2 are their own mirrors
     for (int n = 0; n < blockCount(nWidth); ++n) {
-        const int x = n * nBlock;
+        const int x = n * g_nBlock;
         const COMPLEX* pRow = work.byRow(2 * n).row(y);
         const COMPLEX* pMirror = work.byRow(2 * n + 1).row(y);
-        const int nUsed = std::min(nBlock, nColumns - x);
+        const int nUsed = std::min(g_nBlock, nColumns - x);
         const int nFirst = x == 0 ? 1 : 0;
-        const int nLast = std::min(nBlock, nMirrored - x);
-        for (int i = 0; i < nLines; ++i, pRow += nBlock, pMirror += nBlock) {
+        const int nLast = std::min(g_nBlock, nMirrored - x);
+        for (int i = 0; i < nLines; ++i, pRow += g_nBlock, pMirror += g_nBlock) {
             COMPLEX* pLine = lines.row(i);
             copyUpToBlock(pRow, nUsed, pLine + x);
-            copyUpToBlock(pMirror + nBlock - nLast, nLast - nFirst, pLine + nWidth - x - nLast + 1);
+            copyUpToBlock(pMirror + g_nBlock - nLast, nLast - nFirst, pLine + nWidth - x - nLast + 1);
         }
     }
 }
@@ -225,12 +225,12 @@ struct CAcmlFft::Plan {
     LinePlan row;
     LinePlan column;
 
-    Lines in(const LinePlan& plan) const { return {pIn.get(), plan.nStride, nBlock}; }
-    Lines out(const LinePlan& plan) const { return {pOut.get(), plan.nStride, nBlock}; }
+    Lines in(const LinePlan& plan) const { return {pIn.get(), plan.nStride, g_nBlock}; }
+    Lines out(const LinePlan& plan) const { return {pOut.get(), plan.nStride, g_nBlock}; }
     // The lines that a transform of real numbers takes: as long, of floats.
     ImageView<float> realIn(const LinePlan& plan) const
     {
-        return {reinterpret_cast<float*>(pIn.get()), plan.nStride, nBlock};
+        return {reinterpret_cast<float*>(pIn.get()), plan.nStride, g_nBlock};
     }
 };
 
@@ -251,7 +251,7 @@ int CAcmlFft::Init(int nWidth, int nHeight)
     pPlan->row.nStride = paddedStride(nWidth);
     pPlan->column.nLength = nHeight;
     pPlan->column.nStride = paddedStride(nHeight);
-    const std::size_t nCount = std::size_t(nBlock) *
+    const std::size_t nCount = std::size_t(g_nBlock) *
                                std::size_t(std::max(pPlan->row.nStride, pPlan->column.nStride));
     pPlan->pIn = allocateScratch(nCount);
     pPlan->pOut = allocateScratch(nCount);
@@ -279,8 +279,8 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     // A block at the end may be short; what the unused lines hold is transformed along and dropped.
     const LinePlan& row = m_pComm->row;
     const Lines rowsIn = m_pComm->in(row), rowsOut = m_pComm->out(row);
-    for (int y = 0; y < nHeight; y += nBlock) {
-        const int nLines = std::min(nBlock, nHeight - y);
+    for (int y = 0; y < nHeight; y += g_nBlock) {
+        const int nLines = std::min(g_nBlock, nHeight - y);
         for (int i = 0; i < nLines; ++i) {
             std::copy_n(image.row(y + i), nWidth, rowsIn.row(i));
         }
@@ -293,8 +293,8 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     const float fScale = bForward ? 1.f : float(1.0 / (double(nWidth) * nHeight));
     const LinePlan& column = m_pComm->column;
     const Lines columnsIn = m_pComm->in(column), columnsOut = m_pComm->out(column);
-    for (int x = 0; x < nWidth; x += nBlock) {
-        const int nLines = std::min(nBlock, nWidth - x);
+    for (int x = 0; x < nWidth; x += g_nBlock) {
+        const int nLines = std::min(g_nBlock, nWidth - x);
         for (int y = 0; y < nHeight; ++y) {
             const COMPLEX* pRow = image.row(y) + x;
             for (int i = 0; i < nLines; ++i) {
@@ -320,8 +320,8 @@ std::size_t CAcmlFft::HalfCount(int nWidth, int nHeight)
 
 std::size_t CAcmlFft::HalfIndex(int nX, int nY, int nHeight)
 {
-    return std::size_t(nX / nBlock) * BlockedColumns<COMPLEX>::blockLength(nHeight) +
-           std::size_t(nX % nBlock) * std::size_t(nHeight) + std::size_t(nY);
+    return std::size_t(nX / g_nBlock) * BlockedColumns<COMPLEX>::blockLength(nHeight) +
+           std::size_t(nX % g_nBlock) * std::size_t(nHeight) + std::size_t(nY);
 }
 
 int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COMPLEX* pHalf)
@@ -339,18 +339,18 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     const int nColumns = nWidth / 2 + 1;
     const ImageView<float> rowsIn = m_pComm->realIn(m_pComm->row);
     const Lines rowsOut = m_pComm->out(m_pComm->row);
-    for (int y = 0; y < nHeight; y += nBlock) {
-        const int nLines = std::min(nBlock, nHeight - y);
+    for (int y = 0; y < nHeight; y += g_nBlock) {
+        const int nLines = std::min(g_nBlock, nHeight - y);
         for (int i = 0; i < nLines; ++i) {
             fnRow(y + i, rowsIn.row(i));
         }
         fftwf_execute(m_pComm->row.planReal.get());
         for (int n = 0; n < blockCount(nWidth); ++n) {
-            const int nUsed = std::min(nBlock, nColumns - n * nBlock);
+            const int nUsed = std::min(g_nBlock, nColumns - n * g_nBlock);
             COMPLEX* pTarget = half.byRow(n).row(y);
-            for (int i = 0; i < nLines; ++i, pTarget += nBlock) {
-                copyUpToBlock(rowsOut.row(i) + n * nBlock, nUsed, pTarget);
-                std::fill(pTarget + nUsed, pTarget + nBlock, COMPLEX{0.f, 0.f});
+            for (int i = 0; i < nLines; ++i, pTarget += g_nBlock) {
+                copyUpToBlock(rowsOut.row(i) + n * g_nBlock, nUsed, pTarget);
+                std::fill(pTarget + nUsed, pTarget + g_nBlock, COMPLEX{0.f, 0.f});
             }
         }
     }
@@ -358,7 +358,7 @@ int CAcmlFft::TransformReal(const FnFillRow& fnRow, int nWidth, int nHeight, COM
     for (int n = 0; n < blockCount(nWidth); ++n) {
         takeRows(half.byRow(n), columnsIn);
         fftwf_execute(m_pComm->column.planForward.get());
-        for (int i = 0; i < nBlock; ++i) {
+        for (int i = 0; i < g_nBlock; ++i) {
             std::copy_n(columnsOut.row(i), nHeight, half.byColumn(n).row(i));
         }
     }
@@ -392,8 +392,8 @@ void CAcmlFft::TransformFilteredRows(const COMPLEX* pWork, const FnRows& fnRows)
 {
     const BlockedColumns<const COMPLEX> work(pWork, m_nHeight);
     const Lines in = m_pComm->in(m_pComm->row), out = m_pComm->out(m_pComm->row);
-    for (int y = 0; y < m_nHeight; y += nBlock) {
-        const int nLines = std::min(nBlock, m_nHeight - y);
+    for (int y = 0; y < m_nHeight; y += g_nBlock) {
+        const int nLines = std::min(g_nBlock, m_nHeight - y);
         gatherRows(work, m_nWidth, y, nLines, in);
         fftwf_execute(m_pComm->row.planBackward.get());
         fnRows(y, nLines, out);
@@ -440,10 +440,10 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
     std::vector<float> vecRow(std::size_t(nWidth), 0.f);
     TransformFilteredRows(pWork, [&](int y, int nLines, const Lines& rows) {
         // The tiles of these rows have been read: half of each takes the other image.
-        for (int x = 0; keptS.bWanted && x < nWidth; x += nBlock) {
-            float* pTile = reinterpret_cast<float*>(work.tile(x / nBlock, y));
-            const int nUsed = std::min(nBlock, nWidth - x);
-            for (int i = 0; i < nLines; ++i, pTile += nBlock) {
+        for (int x = 0; keptS.bWanted && x < nWidth; x += g_nBlock) {
+            float* pTile = reinterpret_cast<float*>(work.tile(x / g_nBlock, y));
+            const int nUsed = std::min(g_nBlock, nWidth - x);
+            for (int i = 0; i < nLines; ++i, pTile += g_nBlock) {
                 const COMPLEX* pRow = rows.row(i) + x;
                 for (int j = 0; j < nUsed; ++j) {
                     pTile[j] = pRow[j].re * fScale + keptS.fConstant;
@@ -463,8 +463,8 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
 
 float CAcmlFft::KeptPixel(const COMPLEX* pWork, int nX, int nY, int nHeight)
 {
-    const COMPLEX* pTile = BlockedColumns<const COMPLEX>(pWork, nHeight).tile(nX / nBlock, nY);
-    return reinterpret_cast<const float*>(pTile)[nY % nBlock * nBlock + nX % nBlock];
+    const COMPLEX* pTile = BlockedColumns<const COMPLEX>(pWork, nHeight).tile(nX / g_nBlock, nY);
+    return reinterpret_cast<const float*>(pTile)[nY % g_nBlock * g_nBlock + nX % g_nBlock];
 }
 
 void CAcmlFft::Free()

@@ -11,17 +11,17 @@ namespace tessera {
 
 namespace {
 
-constexpr int nWorkEntries = 2000;
+constexpr int g_nWorkEntries = 2000;
 
 }  // namespace
 
 CDF2::CDF2()
-    : m_vecSumRe(nWorkEntries),
-      m_vecSumIm(nWorkEntries),
-      m_vecDiffRe(nWorkEntries),
-      m_vecDiffIm(nWorkEntries),
-      m_vecTrigRe(nWorkEntries),
-      m_vecTrigIm(nWorkEntries)
+    : m_vecSumRe(g_nWorkEntries),
+      m_vecSumIm(g_nWorkEntries),
+      m_vecDiffRe(g_nWorkEntries),
+      m_vecDiffIm(g_nWorkEntries),
+      m_vecTrigRe(g_nWorkEntries),
+      m_vecTrigIm(g_nWorkEntries)
 {
     m_dfPi = 4.0 * std::atan(1.0);
     m_dfC3_1 = std::cos(2.0 * m_dfPi / 3.0) - 1.0;

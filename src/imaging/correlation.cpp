@@ -19,9 +19,9 @@ namespace tessera {
 
 namespace {
 
-constexpr int nBox = 10;  // side of the box that is enlarged around the peak
-constexpr int nHalfBox = 5;
-constexpr int nEnlarge = 40;
+constexpr int g_nBox = 10;  // side of the box that is enlarged around the peak
+constexpr int g_nHalfBox = 5;
+constexpr int g_nEnlarge = 40;
 
 bool isPowerOfTwo(int n)
 {
@@ -89,13 +89,13 @@ struct BoxOnAxis {
 
 BoxOnAxis boxOnAxis(int nPeak, int nSize)
 {
-    if (nPeak - nHalfBox < 0) {
-        return {0, nHalfBox - nPeak};
+    if (nPeak - g_nHalfBox < 0) {
+        return {0, g_nHalfBox - nPeak};
     }
-    if (nPeak - nHalfBox + nBox > nSize - 1) {
-        return {nSize - nBox, nSize - nPeak - nHalfBox - 1};
+    if (nPeak - g_nHalfBox + g_nBox > nSize - 1) {
+        return {nSize - g_nBox, nSize - nPeak - g_nHalfBox - 1};
     }
-    return {nPeak - nHalfBox, 0};
+    return {nPeak - g_nHalfBox, 0};
 }
 
 // Whether the finite values differ by no more than the rounding of a float.
@@ -120,16 +120,16 @@ float intoSide(float f, int nSize)
     return f < 0.f ? f + float(nSize) : f;
 }
 
-using Box = std::array<float, nBox * nBox>;
+using Box = std::array<float, g_nBox * g_nBox>;
 
 // The box with its corner at (x, y) in a map that goes on periodically.
 Box periodicBox(const ImageView<const float>& map, int x, int y)
 {
     const auto wrapped = [](int n, int nSize) { return (n % nSize + nSize) % nSize; };
     Box afBox;
-    for (int r = 0; r < nBox; ++r) {
-        for (int c = 0; c < nBox; ++c) {
-            afBox[r * nBox + c] = map.at(wrapped(x + c, map.nWidth), wrapped(y + r, map.nHeight));
+    for (int r = 0; r < g_nBox; ++r) {
+        for (int c = 0; c < g_nBox; ++c) {
+            afBox[r * g_nBox + c] = map.at(wrapped(x + c, map.nWidth), wrapped(y + r, map.nHeight));
         }
     }
     return afBox;
@@ -144,11 +144,11 @@ struct FinePlace {
 // The maximum of the enlarged box no more than a pixel of the map away from its middle.
 FinePlace maximumNearMiddle(const Box& afBox)
 {
-    constexpr int nSide = nBox * nEnlarge;
-    constexpr int nFirst = nHalfBox * nEnlarge - nEnlarge;
-    constexpr int nLength = 2 * nEnlarge + 1;
+    constexpr int nSide = g_nBox * g_nEnlarge;
+    constexpr int nFirst = g_nHalfBox * g_nEnlarge - g_nEnlarge;
+    constexpr int nLength = 2 * g_nEnlarge + 1;
     std::vector<float> vecEnlarged(nSide * nSide);
-    ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), nBox, nBox);
+    ResizeBicubic(vecEnlarged.data(), nSide, nSide, afBox.data(), g_nBox, g_nBox);
     std::vector<float> vecMiddle(nLength * nLength);
     CopyRegion(vecEnlarged.data(), nSide, nSide, vecMiddle.data(), nFirst, nFirst, nLength, nLength);
     FinePlace place;
@@ -241,12 +241,12 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
         return 0;
     }
 
-    if (nWidth < nBox || nHeight < nBox) {
+    if (nWidth < g_nBox || nHeight < g_nBox) {
         // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
-        const int nCornerX = nX - nHalfBox, nCornerY = nY - nHalfBox;
+        const int nCornerX = nX - g_nHalfBox, nCornerY = nY - g_nHalfBox;
         const FinePlace fine = maximumNearMiddle(periodicBox({pMap, nWidth, nHeight}, nCornerX, nCornerY));
-        fDX = intoSide(float(fine.nX) / float(nEnlarge) + float(nCornerX), nWidth);
-        fDY = intoSide(float(fine.nY) / float(nEnlarge) + float(nCornerY), nHeight);
+        fDX = intoSide(float(fine.nX) / float(g_nEnlarge) + float(nCornerX), nWidth);
+        fDY = intoSide(float(fine.nY) / float(g_nEnlarge) + float(nCornerY), nHeight);
         return 1;
     }
 
@@ -255,11 +255,12 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
         CyclicShift(pMap, nWidth, nHeight, boxX.nWrap, boxY.nWrap);
     }
     Box afBox;
-    CopyRegion(pMap, nWidth, nHeight, afBox.data(), boxX.nCorner, boxY.nCorner, nBox, nBox);
+    CopyRegion(pMap, nWidth, nHeight, afBox.data(), boxX.nCorner, boxY.nCorner, g_nBox, g_nBox);
     FinePlace fine;
-    FindResizedMaximum(nBox * nEnlarge, nBox * nEnlarge, afBox.data(), nBox, nBox, &fine.nX, &fine.nY);
-    fDX = float(fine.nX) / float(nEnlarge) + float(boxX.nCorner) - float(boxX.nWrap);
-    fDY = float(fine.nY) / float(nEnlarge) + float(boxY.nCorner) - float(boxY.nWrap);
+    FindResizedMaximum(g_nBox * g_nEnlarge, g_nBox * g_nEnlarge, afBox.data(), g_nBox, g_nBox, &fine.nX,
+                       &fine.nY);
+    fDX = float(fine.nX) / float(g_nEnlarge) + float(boxX.nCorner) - float(boxX.nWrap);
+    fDY = float(fine.nY) / float(g_nEnlarge) + float(boxY.nCorner) - float(boxY.nWrap);
     return 1;
 }
 

@@ -30,7 +30,7 @@ struct KeptBlock {
     std::size_t nBytes;
 };
 
-thread_local CImageMemory* t_pMemory = nullptr;
+thread_local CImageMemory* g_pMemory = nullptr;
 
 Front* frontOf(void* pMemory)
 {
@@ -98,11 +98,11 @@ std::size_t CImageMemory::keptBytes() const
     return nBytes;
 }
 
-CImageMemory::CUse::CUse(CImageMemory& memory) : m_pFormer(std::exchange(t_pMemory, &memory)) {}
+CImageMemory::CUse::CUse(CImageMemory& memory) : m_pFormer(std::exchange(g_pMemory, &memory)) {}
 
 CImageMemory::CUse::~CUse()
 {
-    t_pMemory = m_pFormer;
+    g_pMemory = m_pFormer;
 }
 
 void* takeImageMemory(std::size_t nBytes)
@@ -111,8 +111,8 @@ void* takeImageMemory(std::size_t nBytes)
         return ::operator new(nBytes);
     }
     void* pMemory = nullptr;
-    if (t_pMemory) {
-        CImageMemory::State& state = *t_pMemory->m_pState;
+    if (g_pMemory) {
+        CImageMemory::State& state = *g_pMemory->m_pState;
         const std::lock_guard<std::mutex> lock(state.mutex);
         const auto it = std::find_if(state.vecKept.begin(), state.vecKept.end(),
                                      [&](const KeptBlock& block) { return block.nBytes == nBytes; });
@@ -124,14 +124,14 @@ void* takeImageMemory(std::size_t nBytes)
     if (!pMemory) {
         pMemory = allocateLarge(nBytes);
     }
-    if (!pMemory && t_pMemory) {
-        t_pMemory->clear();  // the kept blocks have other sizes
+    if (!pMemory && g_pMemory) {
+        g_pMemory->clear();  // the kept blocks have other sizes
         pMemory = allocateLarge(nBytes);
     }
     if (!pMemory) {
         throw std::bad_alloc();
     }
-    new (frontOf(pMemory)) Front{t_pMemory ? t_pMemory->m_pState : nullptr};
+    new (frontOf(pMemory)) Front{g_pMemory ? g_pMemory->m_pState : nullptr};
     return pMemory;
 }
 

@@ -50,7 +50,7 @@ std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
 }
 
 // Target pixels that are made together: an enlargement has many on end of the same samples.
-constexpr std::size_t nTogether = 8;
+constexpr std::size_t g_nTogether = 8;
 
 // nCount target pixels of one row, all of the same 16 samples. Each sums its samples in the same order.
 template <std::size_t nCount>
@@ -92,13 +92,13 @@ void resizeRow(const std::vector<Taps>& vecX, const Taps& tapsY, const std::arra
 {
     std::size_t i = 0;
     while (i < vecX.size()) {
-        if (i + nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + nTogether - 1].anIndex) {
+        if (i + g_nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + g_nTogether - 1].anIndex) {
             if (fnWanted(vecX[i])) {
-                sumSamples<nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
+                sumSamples<g_nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
             } else {
-                std::fill_n(pTarget + i, nTogether, -INFINITY);
+                std::fill_n(pTarget + i, g_nTogether, -INFINITY);
             }
-            i += nTogether;
+            i += g_nTogether;
         } else {
             sumSamples<1>(&vecX[i], tapsY, apRow, pTarget + i);
             ++i;

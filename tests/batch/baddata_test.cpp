@@ -87,7 +87,7 @@ struct BadCase {
 
 void leaveAsItIs(const Series&) {}
 
-const BadCase aBad[] = {
+const BadCase g_aBad[] = {
     {"frame missing", "f2.mrc", [](const Series& s) { QFile::remove(s.path("f2.mrc")); }},
     {"frame cut in its header",
      "f2.mrc: truncated: 700 of 1024 header bytes",
@@ -186,7 +186,7 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
 {
     const QStringList listStage = {"none", "shifts", "peaks", "merge", "cell"};
     const QByteArray bytesPeaks = "1 0 0 40.0 32.0 250.0 4000.0 8000000000000000\n";
-    for (const BadCase& bad : aBad) {
+    for (const BadCase& bad : g_aBad) {
         SCOPED_TRACE(bad.pszName);
         Series series;
         const QStringList listResult = {"s.sc", "s.pk", "s.uc", "s.hkl", "s.p4p", "s.ipf"};

@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-const char* const aszResult[] = {"sc", "pk", "uc", "hkl", "p4p", "ipf"};
+const char* const g_aszResult[] = {"sc", "pk", "uc", "hkl", "p4p", "ipf"};
 
 class Stages : public testing::Test {
 protected:
@@ -33,7 +33,7 @@ protected:
     }
     void expectSameFiles(const QString& strOne, const QString& strOther) const
     {
-        for (const char* pszSuffix : aszResult) {
+        for (const char* pszSuffix : g_aszResult) {
             const QByteArray bytes = result(strOne, pszSuffix);
             EXPECT_FALSE(bytes.isEmpty()) << pszSuffix;
             EXPECT_EQ(bytes, result(strOther, pszSuffix)) << pszSuffix;
@@ -407,7 +407,7 @@ TEST_F(Stages, TakeImagesWithTheGeometryOfTheCommandLine)
                                                                      "1", "--out", m_dir.filePath("images")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     const QString strBase = QFileInfo(listArgument.first()).completeBaseName();
-    for (const char* pszSuffix : aszResult) {
+    for (const char* pszSuffix : g_aszResult) {
         EXPECT_EQ(readBytes(m_dir.filePath("images/" + strBase + '.' + pszSuffix)),
                   result("project", pszSuffix))
             << pszSuffix;
@@ -430,7 +430,7 @@ TEST_F(Stages, TakeTheImagesOfAStackAsTheFramesOfASeries)
     writeBytes(m_dir.filePath("stack.ed3d"), bytesProject);
     const BatchOutcome outcome = runBatch({m_dir.filePath("stack.ed3d"), "--out", m_dir.filePath("stack")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-    for (const char* pszSuffix : aszResult) {
+    for (const char* pszSuffix : g_aszResult) {
         EXPECT_EQ(readBytes(m_dir.filePath("stack/stack." + QString(pszSuffix))),
                   result("project", pszSuffix))
             << pszSuffix;

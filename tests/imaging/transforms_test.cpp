@@ -16,7 +16,7 @@ namespace tessera {
 namespace {
 
 using Complex = std::complex<double>;
-const double dfPi = std::acos(-1.0);
+const double g_dfPi = std::acos(-1.0);
 
 std::vector<COMPLEX> randomImage(int n)
 {
@@ -46,7 +46,8 @@ std::vector<Complex> directSum(const std::vector<COMPLEX>& vecIn, int nWidth, in
         std::vector<Complex> vecSum(std::size_t(n), Complex(0.0));
         for (int k = 0; k < n; ++k) {
             for (int j = 0; j < n; ++j) {
-                vecSum[k] += vec[nStart + j * nStep] * std::polar(1.0, -2.0 * dfPi * ((long(j) * k) % n) / n);
+                vecSum[k] += vec[nStart + j * nStep] *
+                             std::polar(1.0, -2.0 * g_dfPi * ((long(j) * k) % n) / n);
             }
         }
         for (int k = 0; k < n; ++k) {
