@@ -54,7 +54,6 @@ public:
                 addFromCube(nPile, nCell, vecGone, vecNeighbour);
             }
         }
-        std::sort(vecNeighbour.begin(), vecNeighbour.end());
         return vecNeighbour;
     }
 
@@ -113,13 +112,20 @@ std::vector<char> suppressNeighbours(const std::vector<VectorPile>& vecPile, flo
         if (vecGone[nPile]) {
             continue;
         }
-        for (const int nOther : neighbours.behind(int(nPile), vecGone)) {
+        // The pile meets its neighbours in the order of the list, until one is heavier and takes it away.
+        const std::vector<int> vecNeighbour = neighbours.behind(int(nPile), vecGone);
+        int nFirstHeavier = int(vecPile.size());
+        for (const int nOther : vecNeighbour) {
             if (vecPile[nOther].dfWeight > vecPile[nPile].dfWeight) {
-                vecGone[nPile] = 1;
-                break;
+                nFirstHeavier = std::min(nFirstHeavier, nOther);
             }
-            vecGone[nOther] = 1;
         }
+        for (const int nOther : vecNeighbour) {
+            if (nOther < nFirstHeavier) {
+                vecGone[nOther] = 1;
+            }
+        }
+        vecGone[nPile] = nFirstHeavier < int(vecPile.size());
     }
     return vecGone;
 }
