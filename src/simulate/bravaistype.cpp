@@ -13,10 +13,10 @@ namespace {
 using IntMatrix = std::array<std::array<int, 3>, 3>;
 using IntVector = std::array<int, 3>;
 
-// What is taken for equal, of squared lengths: far above rounding, far below any real difference.
+// Relative difference of squared lengths that count as equal: far above rounding, far below real differences.
 constexpr double g_dfTolerance = 1e-6;
 
-// Edges shortened by one another until none gets shorter.
+// Subtracts edges from one another until none gets shorter.
 Matrix3 shortened(Matrix3 mat)
 {
     for (bool bShorter = true; bShorter;) {
@@ -98,7 +98,7 @@ std::vector<IntVector> vectorsWithImage(const Matrix3& matBasis, const IntMatrix
     for (int n = 0; n < 7 * 7 * 7; ++n) {
         const IntVector vec{n / 49 - 3, n / 7 % 7 - 3, n % 7 - 3};
         const IntVector vecImage = imageOf(vec, mat);
-        // One of a vector and its opposite.
+        // Of a vector and its opposite only one is taken.
         const bool bFirstOfTwo = vec > IntVector{0, 0, 0};
         if (bFirstOfTwo && std::gcd(std::gcd(vec[0], vec[1]), vec[2]) == 1 &&
             vecImage == IntVector{nSign * vec[0], nSign * vec[1], nSign * vec[2]}) {

@@ -1,5 +1,7 @@
 #include "simulate/cellsetting.h"
 
+#include "simulate/angles.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -7,11 +9,10 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 // Uncorrected distortions and axes are off by some per cent and degrees; a wrong lattice is off by more.
 constexpr double g_dfLargestShare = 0.06;
 constexpr double g_dfLargestAngle = 5 * g_dfPi / 180;
-// What refined cells are uncertain by; axes that differ by more are told apart.
+// The uncertainty of refined cells; axes that differ by more are told apart.
 constexpr double g_dfEquallyNear = 0.003;
 
 struct LatticeVector {
@@ -35,7 +36,7 @@ struct Triple {
     double angle(int i) const { return angleBetween(*apVector[(i + 1) % 3], *apVector[(i + 2) % 3]); }
 };
 
-// Lattice vectors of about a length.
+// The lattice vectors whose length is near a given one.
 std::vector<LatticeVector> shell(const Matrix3& matReciprocal, double dfLength)
 {
     const Matrix3 matDirect = transposed(inverseOf(matReciprocal));
@@ -72,7 +73,7 @@ void forEachTriple(const std::array<double, 6>& adfCell, const Matrix3& matTrue,
             return;
         }
         aList[i] = shell(matPrimitive * matTrue, adfCell[i]);
-        adfAngle[i] = adfCell[3 + i] * g_dfPi / 180;
+        adfAngle[i] = radians(adfCell[3 + i]);
     }
     const auto judge = [&](const Triple& triple) {
         const int nRatio = int(std::lround(std::abs(determinantOf(triple.indices()))));
@@ -115,7 +116,7 @@ CellSetting trueCellInSettingOf(const std::array<double, 6>& adfCell, const Matr
         setting.nVolumeRatio = nRatio;
         for (int i = 0; i < 3; ++i) {
             setting.adfTrue[i] = triple.apVector[i]->dfLength;
-            setting.adfTrue[size_t(i) + 3] = triple.angle(i) * 180 / g_dfPi;
+            setting.adfTrue[size_t(i) + 3] = degrees(triple.angle(i));
         }
     });
     return setting;

@@ -1,5 +1,6 @@
 #include "simulate/crossings.h"
 
+#include "simulate/angles.h"
 #include "simulate/simulatedseries.h"
 #include "simulate/spotprofile.h"
 
@@ -9,7 +10,6 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 constexpr double g_dfWidths = 3;  // a Gaussian has 0.3 % of its area farther out
 
 // What the passages of a series have in common.
@@ -131,7 +131,7 @@ double CSpherePath::tiltOf(int nPassage, double dfExcitation, double dfNear) con
     const double dfHeight = (m_dfSquare + 2 * m_dfEwaldRadius * dfExcitation - dfExcitation * dfExcitation) /
                             (2 * m_dfEwaldRadius);
     const double dfAngle = std::acos(dfHeight / m_dfPath);  // not finite beyond the circle
-    const double dfTilt = ((nPassage == 0 ? dfAngle : -dfAngle) - m_dfPhase) * 180 / g_dfPi;
+    const double dfTilt = degrees((nPassage == 0 ? dfAngle : -dfAngle) - m_dfPhase);
     return dfTilt + 360 * std::round((dfNear - dfTilt) / 360);
 }
 
@@ -139,7 +139,7 @@ double CSpherePath::speed() const
 {
     // On the sphere ds = dz: the two lengths in the excitation error are both K there.
     const double dfHeight = m_dfSquare / (2 * m_dfEwaldRadius);
-    return std::sqrt(std::max(0.0, m_dfPath * m_dfPath - dfHeight * dfHeight)) * g_dfPi / 180;
+    return radians(std::sqrt(std::max(0.0, m_dfPath * m_dfPath - dfHeight * dfHeight)));
 }
 
 std::vector<Crossing> findCrossings(const SimulatedSeries& series,
@@ -151,7 +151,7 @@ std::vector<Crossing> findCrossings(const SimulatedSeries& series,
                                 dfMeanSquareF};
     std::vector<Crossing> listCrossing;
     if (series.parameters.dfTiltStep == 0) {
-        return listCrossing;  // nothing turns
+        return listCrossing;  // without a rotation no reflection crosses the sphere
     }
     for (int nLattice = 0; nLattice < series.latticeCount(); ++nLattice) {
         for (const Reflection& reflection : listReflection) {

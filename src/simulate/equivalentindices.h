@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <gemmi/symmetry.hpp>
+
 #include <array>
 #include <vector>
 
@@ -17,13 +19,12 @@ public:
     /// The one of the equivalent indices that stands for all: the last by h, k, l.
     std::array<int, 3> standFor(const std::array<int, 3>& anIndex) const;
 
-    /// Symbol of the Laue class, such as 4/mmm; empty without a crystal. Told by the orders of the rotations;
-    /// -3m is not told by its setting.
-    QString laueClass() const;
+    /// Symbol of the Laue class, such as 4/mmm or -3m; empty without a crystal.
+    QString laueClass() const { return m_strLaueClass; }
 
 private:
-    std::vector<std::array<std::array<int, 3>, 3>>
-        m_listRotation;  ///< of indices as columns, inversion included
+    std::vector<gemmi::Op> m_listRotation;  ///< without translations, the inversion among them
+    QString m_strLaueClass;
 };
 
 }  // namespace tessera

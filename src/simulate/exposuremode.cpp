@@ -1,5 +1,6 @@
 #include "simulate/exposuremode.h"
 
+#include "simulate/angles.h"
 #include "simulate/randomsource.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 constexpr std::uint64_t g_nStreamWobble = 7ull << 40;
 constexpr double g_dfFarthest = 5;  // widths from the sphere beyond which nothing is recorded
 }  // namespace
@@ -18,12 +18,12 @@ CExposureMode::CExposureMode(const SimulationParameters& parameters, const CRota
 
 double CExposureMode::width(double dfDStar) const
 {
-    return std::hypot(m_parameters.dfRocking, m_parameters.dfMosaicity * g_dfPi / 180 * dfDStar);
+    return std::hypot(m_parameters.dfRocking, radians(m_parameters.dfMosaicity) * dfDStar);
 }
 
 double CExposureMode::precessionReach(double dfDStar) const
 {
-    return std::sin(m_parameters.dfPrecession * g_dfPi / 180) * dfDStar;
+    return std::sin(radians(m_parameters.dfPrecession)) * dfDStar;
 }
 
 double CExposureMode::recordedMean(const Vector3& vecLattice, double dfTilt, double dfDStar) const
@@ -50,7 +50,7 @@ double CExposureMode::precessedMean(const Vector3& vecTurned, double dfDStar) co
     // The integrand is smooth and periodic, so that even steps of the azimuth converge as fast as any rule:
     // half a width apart in the excitation error they leave no error that shows.
     const int nSteps = std::max(16, int(std::ceil(4 * g_dfPi * dfReach / dfWidth)));
-    const double dfCone = m_parameters.dfPrecession * g_dfPi / 180;
+    const double dfCone = radians(m_parameters.dfPrecession);
     double dfSum = 0;
     for (int n = 0; n < nSteps; ++n) {
         const double dfAzimuth = 2 * g_dfPi * n / nSteps;

@@ -10,22 +10,13 @@ namespace {
 bool isForbidden(const CStructureFactor& crystal, const std::array<int, 3>& anIndex, bool bTranslationOnly)
 {
     const auto& listOperation = crystal.operations();
-    return std::any_of(listOperation.begin(), listOperation.end(), [&](const SymmetryOperation& operation) {
-        if (bTranslationOnly && operation.matRotation != listOperation.front().matRotation) {
+    return std::any_of(listOperation.begin(), listOperation.end(), [&](const gemmi::Op& operation) {
+        if (bTranslationOnly && operation.rot != listOperation.front().rot) {
             return false;
         }
-        int nPhase = 0;
-        for (size_t j = 0; j < 3; ++j) {
-            int nTurned = 0;
-            for (size_t i = 0; i < 3; ++i) {
-                nTurned += anIndex[i] * operation.matRotation[i][j];
-            }
-            if (nTurned != anIndex[j]) {
-                return false;
-            }
-            nPhase += anIndex[j] * operation.vecTranslation[j];
-        }
-        return nPhase % 24 != 0;  // translations are told in 24ths
+        const int nPhase = anIndex[0] * operation.tran[0] + anIndex[1] * operation.tran[1] +
+                           anIndex[2] * operation.tran[2];
+        return operation.apply_to_hkl(anIndex) == anIndex && nPhase % gemmi::Op::DEN != 0;
     });
 }
 }  // namespace

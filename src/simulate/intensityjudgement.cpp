@@ -45,7 +45,8 @@ bool bringOver(const Index& anFound, const Matrix3& mat, Index& anTrue)
     return true;
 }
 
-// A line with what the truth says of it; 0 off the truth.
+// A line of the list and the intensity that the truth has for it; 0 if the truth does not have the
+// reflection.
 struct MatchedLine {
     Index anIndex{};
     bool bOnTruth = false;
@@ -106,7 +107,8 @@ double median(std::vector<double> list)
     return (list[(list.size() - 1) / 2] + list[list.size() / 2]) / 2;
 }
 
-// What crossed as a whole, with the best expected ratio of its passages.
+// The reflections that crossed the sphere wholly, with the best expected signal-to-noise ratio of their
+// passages.
 std::map<Index, double> crossedReflections(const SimulatedSeries& truth, int nLattice,
                                            const CEquivalentIndices& equivalents)
 {
@@ -203,7 +205,7 @@ double decayLeft(const std::vector<MatchedLine>& list)
     return dfSpread > 0 ? -(dfW * dfXY - dfX * dfY) / dfSpread : g_dfNone;
 }
 
-// All that needs the scale.
+// Fills in everything that depends on the scale.
 void judgeDeviations(const std::vector<MatchedLine>& list, IntensityJudgement& judgement)
 {
     double dfCross = 0, dfSquare = 0;

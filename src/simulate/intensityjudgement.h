@@ -15,7 +15,7 @@ namespace tessera {
 struct JudgedReflection {
     std::array<int, 3> anIndex{};  ///< on the true cell
     double dfIntensity = 0, dfSigma = 0, dfTrue = 0;
-    double deviation() const { return (dfIntensity - dfTrue) / dfSigma; }
+    double deviation() const { return (dfIntensity - dfTrue) / dfSigma; }  ///< in standard deviations
 };
 
 /// Numbers that the lines do not tell are not finite. "Observed" are those with I > 2 sigma.

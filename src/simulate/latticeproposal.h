@@ -18,7 +18,7 @@ struct LatticeProposal {
     bool bAmongCandidates = false;  ///< the right type is the proposed one or one of the candidates
     bool bMatrixRead = false;
     bool bSpans = false;  ///< the conventional cell, centred as told, spans the true lattice
-    bool isRight() const { return bRead && bSystemRight && bCentringRight; }
+    bool isRight() const { return bRead && bSystemRight && bCentringRight; }  ///< system and centring
 };
 
 /// Judges a proposal.

@@ -1,5 +1,7 @@
 #include "simulate/lensdistortion.h"
 
+#include "simulate/angles.h"
+
 #include <cmath>
 #include <complex>
 #include <limits>
@@ -10,7 +12,7 @@ std::array<double, 2> distorted(const std::array<double, 2>& ptOffset, const Len
 {
     double x = ptOffset[0], y = ptOffset[1];
     if (lens.hasEllipse()) {
-        const double dfTwice = 2 * lens.dfEllipseAzimuth * 3.14159265358979323846 / 180;
+        const double dfTwice = radians(2 * lens.dfEllipseAzimuth);
         const double dfCos = lens.dfEllipseAmplitude / 100 * std::cos(dfTwice);
         const double dfSin = lens.dfEllipseAmplitude / 100 * std::sin(dfTwice);
         // Of y down the off-diagonal elements change their sign.

@@ -21,7 +21,7 @@ struct LensDistortion {
     double dfSpiral = 0;  ///< as the radial one, but along the circle, counter-clockwise
     double dfRadius = 0;  ///< reference radius, pixels; above 0 where there is a third order
 
-    bool hasEllipse() const { return dfEllipseAmplitude != 0; }
+    bool hasEllipse() const { return dfEllipseAmplitude != 0; }  ///< any
     bool hasThirdOrder() const { return dfRadial != 0 || dfSpiral != 0; }
 };
 

@@ -1,5 +1,6 @@
 #include "simulate/refinedgeometry.h"
 
+#include "simulate/angles.h"
 #include "simulate/cellsetting.h"
 
 #include <QJsonArray>
@@ -7,7 +8,6 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 
 std::optional<double> numberOf(const QJsonValue& value)
 {
@@ -85,7 +85,7 @@ void judgeOrientation(const Matrix3& matRefined, const Matrix3& matTrue, const M
     const Vector3 vecSine{(mat[2][1] - mat[1][2]) / 2, (mat[0][2] - mat[2][0]) / 2,
                           (mat[1][0] - mat[0][1]) / 2};
     const double dfSine = lengthOf(vecSine), dfCos = (mat[0][0] + mat[1][1] + mat[2][2] - 1) / 2;
-    const double dfAngle = std::atan2(dfSine, dfCos) * 180 / g_dfPi;
+    const double dfAngle = degrees(std::atan2(dfSine, dfCos));
     geometry.orientationError = dfAngle;
     if (dfSine > 0) {
         geometry.vecTurn = dfAngle / dfSine * vecSine;
@@ -100,7 +100,7 @@ std::optional<JudgedDistortion> judgeDistortion(const QJsonObject& object, doubl
     if (!amplitude || (!azimuth && *amplitude != 0)) {
         return std::nullopt;
     }
-    // What undoes it lengthens across.
+    // The correction lengthens the pattern at right angles to the distortion.
     const double dfAcross = dfTrueAmplitude == 0 ? 0 : std::remainder(dfTrueAzimuth + 90, 180);
     return JudgedDistortion{*amplitude, azimuth.value_or(0), dfTrueAmplitude, dfAcross};
 }
@@ -111,8 +111,8 @@ void judgeThirdOrder(const QJsonObject& object, const LensDistortion& lens, Refi
     if (!(dfFoundRadius > 0)) {
         return;
     }
-    // Of its own radius a displacement goes with the square of the radius. Outward undoes inward, and
-    // clockwise undoes counter-clockwise.
+    // Relative to its radius a displacement grows with the square of the radius. The correction of an inward
+    // displacement is outward, that of a counter-clockwise one clockwise.
     const double dfRatio = lens.hasThirdOrder() ? lens.dfRadius / dfFoundRadius : 1;
     const std::pair<QString, double> aTrue[] = {{QStringLiteral("radial"), -lens.dfRadial},
                                                 {QStringLiteral("spiral"), lens.dfSpiral}};
@@ -170,7 +170,7 @@ std::optional<double> JudgedCell::meanRatio() const
 
 double JudgedDistortion::error() const
 {
-    const double dfTwice = 2 * dfAzimuth * g_dfPi / 180, dfTrueTwice = 2 * dfTrueAzimuth * g_dfPi / 180;
+    const double dfTwice = radians(2 * dfAzimuth), dfTrueTwice = radians(2 * dfTrueAzimuth);
     return std::hypot(dfAmplitude * std::cos(dfTwice) - dfTrueAmplitude * std::cos(dfTrueTwice),
                       dfAmplitude * std::sin(dfTwice) - dfTrueAmplitude * std::sin(dfTrueTwice));
 }

@@ -1,23 +1,23 @@
 #include "simulate/rotationprojection.h"
 
+#include "simulate/angles.h"
+
 namespace tessera {
 
-namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
-}
+namespace {}
 
 CRotationProjection::CRotationProjection(double dfWavelength, double dfPixelSize, double dfAxis,
                                          double dfStretchAmplitude, double dfStretchAzimuth)
     : m_dfRadius(1 / dfWavelength),
       m_dfPixelSize(dfPixelSize),
-      m_dfAxis(dfAxis * g_dfPi / 180),
+      m_dfAxis(radians(dfAxis)),
       m_dfStretch(dfStretchAmplitude / 100),
-      m_dfStretchAzimuth(dfStretchAzimuth * g_dfPi / 180)
+      m_dfStretchAzimuth(radians(dfStretchAzimuth))
 {}
 
 Vector3 CRotationProjection::turned(const Vector3& vecLattice, double dfTilt) const
 {
-    const double dfCos = std::cos(dfTilt * g_dfPi / 180), dfSin = std::sin(dfTilt * g_dfPi / 180);
+    const double dfCos = std::cos(radians(dfTilt)), dfSin = std::sin(radians(dfTilt));
     return {vecLattice[0], dfCos * vecLattice[1] + dfSin * vecLattice[2],
             dfCos * vecLattice[2] - dfSin * vecLattice[1]};
 }

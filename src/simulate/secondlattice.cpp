@@ -1,13 +1,14 @@
 #include "simulate/secondlattice.h"
 
+#include "simulate/angles.h"
+
 #include <algorithm>
 
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 
-// In the laboratory frame, of any length.
+// The axis of the turn in the laboratory frame, of any length.
 Vector3 turnAxis(const QString& strAxis, const Matrix3& matFirst, CRandomSource& random)
 {
     const int nAxis = turnAxisNames().indexOf(strAxis);
@@ -51,7 +52,7 @@ bool parseTurn(const QString& strTurn, SimulationParameters& parameters)
 Matrix3 rotationAbout(const Vector3& vecAxis, double dfDegrees)
 {
     const Vector3 n = (1 / lengthOf(vecAxis)) * vecAxis;
-    const double c = std::cos(dfDegrees * g_dfPi / 180), s = std::sin(dfDegrees * g_dfPi / 180);
+    const double c = std::cos(radians(dfDegrees)), s = std::sin(radians(dfDegrees));
     Matrix3 mat{Vector3{c, -s * n[2], s * n[1]}, Vector3{s * n[2], c, -s * n[0]},
                 Vector3{-s * n[1], s * n[0], c}};
     for (size_t i = 0; i < 3; ++i) {
@@ -83,7 +84,7 @@ double turnBetween(const Matrix3& matFirst, const Matrix3& matSecond)
     // Rows g' = R g, so that second = first times the transposed rotation.
     const Matrix3 mat = inverseOf(matFirst) * matSecond;
     const double dfCos = (mat[0][0] + mat[1][1] + mat[2][2] - 1) / 2;
-    return std::acos(std::max(-1.0, std::min(1.0, dfCos))) * 180 / g_dfPi;
+    return degrees(std::acos(std::max(-1.0, std::min(1.0, dfCos))));
 }
 
 }  // namespace tessera

@@ -32,8 +32,8 @@ bool isWithin(const T& item, double dfX, double dfY, double dfRadius)
     return (item.dfX - dfX) * (item.dfX - dfX) + (item.dfY - dfY) * (item.dfY - dfY) <= dfRadius * dfRadius;
 }
 
-// Where spots lie on top of each other a peak stands for the strongest, not for a faint one that
-// happens to be nearer. Of one lattice or, below 0, of all.
+// Where spots overlap a peak is that of the strongest, not of a faint one that happens to be nearer. Looks at
+// the spots of one lattice or, below 0, of all.
 const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, double dfY, double dfRadius,
                                int nLattice = -1)
 {
@@ -47,7 +47,7 @@ const TruthSpot* strongestSpot(const std::vector<TruthSpot>& list, double dfX, d
     return pBest;
 }
 
-// Right before wrong, some relation before none, then what fits closer.
+// The order of matches: right ones first, then those with some relation, then by how closely they fit.
 bool isBetter(const LatticeMatch& a, const LatticeMatch& b)
 {
     const auto rank = [](const LatticeMatch& match) {

@@ -1,5 +1,6 @@
 #include "simulate/simulatedseries.h"
 
+#include "simulate/angles.h"
 #include "simulate/crystalstructures.h"
 #include "simulate/exposuremode.h"
 #include "simulate/forbiddenreflections.h"
@@ -14,7 +15,6 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 
 // Streams of random numbers beside those of the frames, which go by the frame number.
 constexpr std::uint64_t g_nStreamDrift = 1ull << 40;
@@ -32,7 +32,8 @@ double reachOnFrame(const SimulationParameters& p)
                       std::max(p.dfCenterY, p.nSize - p.dfCenterY));
 }
 
-// Of what lies between the true pattern and the frame, and of what the project leaves out of it.
+// What is wrong with the parameters of the distortions between the true pattern and the frame; empty if
+// nothing.
 QString whatIsWrongInTheLens(const SimulationParameters& p)
 {
     const LensDistortion& lens = p.lens;
@@ -57,7 +58,7 @@ QString whatIsWrongInTheLens(const SimulationParameters& p)
     return QString();
 }
 
-// Of how the crystal is turned, lit and counted.
+// What is wrong with the parameters of rotation, exposure and counting; empty if nothing.
 QString whatIsWrongInTheExposure(const SimulationParameters& p)
 {
     if (!(p.dfPrecession >= 0 && p.dfPrecession <= 10)) {
@@ -157,8 +158,8 @@ std::vector<std::array<double, 2>> scaledPath(std::vector<std::array<double, 2>>
     return listShift;
 }
 
-// What correlating or fitting the direct beam cannot take out: a walk around it, and single frames whose
-// pattern jumped in a direction by chance.
+// Offsets of the pattern that cannot be found by the direct beam: a walk around it, and single frames whose
+// pattern jumped in a random direction.
 std::vector<std::array<double, 2>> patternOffsets(const SimulationParameters& p)
 {
     const bool bJumps = p.nJumpEvery > 0 && p.dfJump > 0;
@@ -208,7 +209,7 @@ void fillTilts(const SimulationParameters& p, SimulatedSeries& series)
     }
 }
 
-// Mean |F|² of the average structure up to 1 Å⁻¹, which the exposure is told by.
+// Mean |F|² of the average structure up to 1 Å⁻¹, the unit of the exposure.
 double meanSquareF(const std::vector<Reflection>& listReflection, const Supercell& supercell)
 {
     double dfSum = 0;

@@ -1,11 +1,12 @@
 #include "simulate/spotprofile.h"
 
+#include "simulate/angles.h"
+
 #include <cmath>
 
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
 
 double moffatSquareWidth(const SimulationParameters& parameters)
 {

@@ -1,5 +1,6 @@
 #include "simulate/structurefactor.h"
 
+#include "simulate/angles.h"
 #include "simulate/scatteringfactors.h"
 
 #include <algorithm>
@@ -7,12 +8,6 @@
 namespace tessera {
 
 namespace {
-constexpr double g_dfPi = 3.14159265358979323846;
-
-double radians(double dfDegrees)
-{
-    return dfDegrees * g_dfPi / 180;
-}
 
 // Special positions give the same atom by several operations.
 bool isSamePlace(const Vector3& a, const Vector3& b)
@@ -47,7 +42,7 @@ std::array<double, 6> cellOfReciprocalBasis(const Matrix3& matBasis)
         const Vector3& vecB = matDirect[(i + 1) % 3];
         const Vector3& vecC = matDirect[(i + 2) % 3];
         adfCell[i] = lengthOf(matDirect[i]);
-        adfCell[3 + i] = std::acos(dotProduct(vecB, vecC) / (lengthOf(vecB) * lengthOf(vecC))) * 180 / g_dfPi;
+        adfCell[3 + i] = degrees(std::acos(dotProduct(vecB, vecC) / (lengthOf(vecB) * lengthOf(vecC))));
     }
     return adfCell;
 }
@@ -59,7 +54,7 @@ CStructureFactor::CStructureFactor(const CrystalStructure& structure, double dfD
 {
     for (const AtomSite& site : structure.listSite) {
         std::vector<Vector3> listOrbit;
-        for (const SymmetryOperation& operation : m_listOperation) {
+        for (const gemmi::Op& operation : m_listOperation) {
             const Vector3 vec = applyOperation(operation, {site.dfX, site.dfY, site.dfZ});
             if (std::none_of(listOrbit.begin(), listOrbit.end(),
                              [&](const Vector3& vecOld) { return isSamePlace(vec, vecOld); })) {

@@ -39,7 +39,7 @@ public:
 
     int atomCount() const;
     int operationCount() const { return int(m_listOperation.size()); }
-    const std::vector<SymmetryOperation>& operations() const { return m_listOperation; }
+    const std::vector<gemmi::Op>& operations() const { return m_listOperation; }
     const Matrix3& reciprocalBasis() const { return m_matBasis; }
     /// Rows of indices: the primitive reciprocal basis that the centring leaves.
     Matrix3 primitiveBasis() const { return primitiveIndexBasis(m_listOperation); }
@@ -50,7 +50,7 @@ private:
         std::vector<Vector3> listPosition;
     };
     std::vector<Element> m_listElement;
-    std::vector<SymmetryOperation> m_listOperation;
+    std::vector<gemmi::Op> m_listOperation;
     Matrix3 m_matBasis;
     double m_dfDisplacement;
 };

@@ -39,9 +39,9 @@ Matrix3 supercellPrimitive(const CStructureFactor& crystal, const Supercell& sup
     if (supercell.nMultiple == 1) {
         return crystal.primitiveBasis();
     }
-    std::vector<SymmetryOperation> listKept;
-    for (const SymmetryOperation& operation : crystal.operations()) {
-        if (operation.vecTranslation[supercell.nAxis] == 0) {
+    std::vector<gemmi::Op> listKept;
+    for (const gemmi::Op& operation : crystal.operations()) {
+        if (operation.tran[supercell.nAxis] == 0) {
             listKept.push_back(operation);
         }
     }

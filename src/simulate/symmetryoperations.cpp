@@ -1,117 +1,50 @@
 #include "simulate/symmetryoperations.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
+#include <cmath>
+#include <stdexcept>
 
 namespace tessera {
 
-namespace {
-constexpr int g_nParts = 24;  // every translation of the 230 groups is a multiple of 1/24
-
-SymmetryOperation product(const SymmetryOperation& a, const SymmetryOperation& b)
+std::vector<gemmi::Op> closeGroup(const QStringList& listGenerator)
 {
-    SymmetryOperation result;
-    for (int i = 0; i < 3; ++i) {
-        int nShift = a.vecTranslation[i];
-        for (int j = 0; j < 3; ++j) {
-            nShift += a.matRotation[i][j] * b.vecTranslation[j];
-            for (int k = 0; k < 3; ++k) {
-                result.matRotation[i][k] += a.matRotation[i][j] * b.matRotation[j][k];
-            }
+    std::vector<gemmi::Op> listSeed;
+    try {
+        for (const QString& strTriplet : listGenerator) {
+            listSeed.push_back(gemmi::parse_triplet(strTriplet.toStdString()));
         }
-        result.vecTranslation[i] = ((nShift % g_nParts) + g_nParts) % g_nParts;
+    } catch (const std::runtime_error&) {
+        return {};
     }
-    return result;
-}
-
-SymmetryOperation identity()
-{
-    SymmetryOperation operation;
-    for (int i = 0; i < 3; ++i) {
-        operation.matRotation[i][i] = 1;
-    }
-    return operation;
-}
-}  // namespace
-
-bool parseTriplet(const QString& strTriplet, SymmetryOperation& operation)
-{
-    static const QRegularExpression term(QStringLiteral("([+-]?)(?:([xyz])|(\\d+)(?:/(\\d+))?)"));
-    static const QRegularExpression whole(
-        QStringLiteral("^(?:[+-]?(?:[xyz]|\\d+(?:/\\d+)?))(?:[+-](?:[xyz]|\\d+(?:/\\d+)?))*$"));
-    const QStringList listPart = QString(strTriplet).remove(QLatin1Char(' ')).split(QLatin1Char(','));
-    if (listPart.size() != 3) {
-        return false;
-    }
-    SymmetryOperation result;
-    for (int i = 0; i < 3; ++i) {
-        if (!whole.match(listPart[i]).hasMatch()) {
-            return false;
-        }
-        int nShift = 0;
-        auto it = term.globalMatch(listPart[i]);
-        while (it.hasNext()) {
-            const QRegularExpressionMatch match = it.next();
-            const int nSign = match.captured(1) == QLatin1String("-") ? -1 : 1;
-            if (!match.captured(2).isEmpty()) {
-                result.matRotation[i][match.captured(2)[0].unicode() - 'x'] += nSign;
-                continue;
-            }
-            const int nDenominator = match.captured(4).isEmpty() ? 1 : match.captured(4).toInt();
-            if (nDenominator == 0 || g_nParts % nDenominator != 0) {
-                return false;
-            }
-            nShift += nSign * match.captured(3).toInt() * (g_nParts / nDenominator);
-        }
-        result.vecTranslation[i] = ((nShift % g_nParts) + g_nParts) % g_nParts;
-    }
-    operation = result;
-    return true;
-}
-
-std::vector<SymmetryOperation> closeGroup(const QStringList& listGenerator)
-{
-    std::vector<SymmetryOperation> listSeed;
-    for (const QString& strTriplet : listGenerator) {
-        SymmetryOperation operation;
-        if (!parseTriplet(strTriplet, operation)) {
-            return {};
-        }
-        listSeed.push_back(operation);
-    }
-    std::vector<SymmetryOperation> listAll{identity()};
+    // Not by gemmi's GroupOps: the order of the operations is that of the sums over the atoms.
+    std::vector<gemmi::Op> listAll{gemmi::Op::identity()};
     // 192 is the largest group with its centring; what grows beyond that is no space group.
     for (size_t i = 0; i < listAll.size() && listAll.size() <= 192; ++i) {
-        for (const SymmetryOperation& seed : listSeed) {
-            const SymmetryOperation next = product(listAll[i], seed);
+        for (const gemmi::Op& seed : listSeed) {
+            const gemmi::Op next = listAll[i] * seed;
             if (std::find(listAll.begin(), listAll.end(), next) == listAll.end()) {
                 listAll.push_back(next);
             }
         }
     }
-    return listAll.size() <= 192 ? listAll : std::vector<SymmetryOperation>();
+    return listAll.size() <= 192 ? listAll : std::vector<gemmi::Op>();
 }
 
-Vector3 applyOperation(const SymmetryOperation& operation, const Vector3& vecFractional)
+Vector3 applyOperation(const gemmi::Op& operation, const Vector3& vecFractional)
 {
-    Vector3 vecResult{};
-    for (int i = 0; i < 3; ++i) {
-        double df = operation.vecTranslation[i] / double(g_nParts);
-        for (int j = 0; j < 3; ++j) {
-            df += operation.matRotation[i][j] * vecFractional[j];
-        }
-        vecResult[i] = df - std::floor(df);
+    Vector3 vecResult = operation.apply_to_xyz(vecFractional);
+    for (double& df : vecResult) {
+        df -= std::floor(df);
     }
     return vecResult;
 }
 
-Matrix3 primitiveIndexBasis(const std::vector<SymmetryOperation>& listOperation)
+Matrix3 primitiveIndexBasis(const std::vector<gemmi::Op>& listOperation)
 {
     std::vector<std::array<int, 3>> listCentring;
-    for (const SymmetryOperation& operation : listOperation) {
-        if (operation.matRotation == identity().matRotation) {
-            listCentring.push_back(operation.vecTranslation);
+    for (const gemmi::Op& operation : listOperation) {
+        if (operation.rot == gemmi::Op::identity().rot) {
+            listCentring.push_back(operation.tran);
         }
     }
     // hkl belongs to the lattice when h·t is whole for every centring translation t. The primitive
@@ -122,7 +55,7 @@ Matrix3 primitiveIndexBasis(const std::vector<SymmetryOperation>& listOperation)
             for (int l = -3; l <= 3; ++l) {
                 const bool bAllowed = std::all_of(
                     listCentring.begin(), listCentring.end(),
-                    [&](const auto& t) { return (h * t[0] + k * t[1] + l * t[2]) % g_nParts == 0; });
+                    [&](const auto& t) { return (h * t[0] + k * t[1] + l * t[2]) % gemmi::Op::DEN == 0; });
                 if (bAllowed && (h != 0 || k != 0 || l != 0)) {
                     listPoint.push_back({double(h), double(k), double(l)});
                 }
