@@ -60,8 +60,8 @@ struct PixelWindow {
 /// frame.
 class CSpotMeasurer {
 public:
-    explicit CSpotMeasurer(const MeasureSettings& settings)
-        : m_settings(settings) {}  ///< copies the settings
+    /// Copies the settings.
+    explicit CSpotMeasurer(const MeasureSettings& settings) : m_settings(settings) {}
 
     /// Starts a frame, and marks the pixels in the discs of all expected spots.
     void beginFrame(const CImgObj<float>& img, const std::vector<ExpectedSpot>& listSpot);
