@@ -106,7 +106,8 @@ void tellTilt(const MiniCbfLines& lines, FrameHeader& header)
     const double dfStep = tiltWithin(lines[pszStep].number(0), g_dfMostTiltStep, pszStep, header);
     const bool bTurned = std::isfinite(dfStep) && dfStep != 0;
     if (std::isfinite(dfStart)) {
-        (bTurned ? header.tiltStart : header.tilt) = {dfStart, QLatin1String(pszStart)};
+        ToldNumber& told = bTurned ? header.tiltStart : header.tilt;
+        told = {dfStart, QLatin1String(pszStart)};
     }
     if (bTurned) {
         header.tiltStep = {dfStep, QLatin1String(pszStep)};
