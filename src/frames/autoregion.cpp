@@ -32,6 +32,8 @@ struct Map {
     float at(int nX, int nY) const { return vec[size_t(nY) * size_t(nWidth) + size_t(nX)]; }
 };
 
+enum class MapLines { Rows, Columns };
+
 // The median of the usable pixels in a rectangle of a frame; 0 where it has none. The rectangle, which ends
 // before nRight and nBottom, may reach beyond the frame.
 float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, int nBottom,
@@ -114,8 +116,9 @@ Map reduced(const CImgObj<float>& img, int nBlock)
 // Subtracts from each row (or column) the excess of its median over the median of the lines around it. This
 // removes lines of the detector that are brighter or darker over the whole frame, such as the interpolated
 // rows and columns between the chips.
-void flattenLines(Map& map, bool bRows)
+void flattenLines(Map& map, MapLines lines)
 {
+    const bool bRows = lines == MapLines::Rows;
     const int nLines = bRows ? map.nHeight : map.nWidth;
     const int nLength = bRows ? map.nWidth : map.nHeight;
     std::vector<float> vecMedian, vecLine;
@@ -167,14 +170,15 @@ FrameMap mapOfFrame(const CImgObj<float>& imgFrame)
         return frame;
     }
     frame.map = reduced(imgFrame, frame.nBlock);
-    flattenLines(frame.map, true);
-    flattenLines(frame.map, false);
+    flattenLines(frame.map, MapLines::Rows);
+    flattenLines(frame.map, MapLines::Columns);
     compress(frame.map);
     return frame;
 }
 
-Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, bool bX)
+Map blurredAlong(const Map& map, const std::vector<float>& vecKernel, MapLines lines)
 {
+    const bool bX = lines == MapLines::Rows;
     Map result = map;
     std::fill(result.vec.begin(), result.vec.end(), 0.f);
     const int nReach = int(vecKernel.size()) - 1;
@@ -202,7 +206,7 @@ Map blurred(const Map& map, double dfSigma)
     for (int i = 0; i <= int(std::ceil(3 * dfSigma)); ++i) {
         vecKernel.push_back(float(std::exp(-0.5 * i * i / (dfSigma * dfSigma))));
     }
-    return blurredAlong(blurredAlong(map, vecKernel, true), vecKernel, false);
+    return blurredAlong(blurredAlong(map, vecKernel, MapLines::Rows), vecKernel, MapLines::Columns);
 }
 
 // The place of the greatest value within dfReach of a point, the first in reading order of equal ones; the

@@ -27,9 +27,12 @@ float pixel(const CImgObj<float>& img, int nX, int nY)
     return img.Data()[qint64(nY) * img.Width() + nX];
 }
 
+enum class ImageLine { Row, Column };
+
 // The mean of the middle half of some pixels of a line, which reflections and hot pixels do not affect.
-float lineLevel(const CImgObj<float>& img, int nLine, bool bColumn)
+float lineLevel(const CImgObj<float>& img, int nLine, ImageLine line)
 {
+    const bool bColumn = line == ImageLine::Column;
     const int nLength = bColumn ? img.Height() : img.Width();
     const int nStep = std::max(1, nLength / 128);
     std::vector<float> vec;
@@ -56,10 +59,10 @@ void lookAtBorders(const CImgObj<float>& img, FrameSigns& signs)
 {
     for (int i = 0; i < g_nBorderLines; ++i) {
         const size_t n = size_t(i);
-        signs.aBorder[0][n] = lineLevel(img, i, true);
-        signs.aBorder[1][n] = lineLevel(img, img.Width() - 1 - i, true);
-        signs.aBorder[2][n] = lineLevel(img, i, false);
-        signs.aBorder[3][n] = lineLevel(img, img.Height() - 1 - i, false);
+        signs.aBorder[0][n] = lineLevel(img, i, ImageLine::Column);
+        signs.aBorder[1][n] = lineLevel(img, img.Width() - 1 - i, ImageLine::Column);
+        signs.aBorder[2][n] = lineLevel(img, i, ImageLine::Row);
+        signs.aBorder[3][n] = lineLevel(img, img.Height() - 1 - i, ImageLine::Row);
     }
 }
 
