@@ -2,6 +2,8 @@
 
 #include "frameview/baseimgview.h"
 #include "window/mainwindow.h"
+#include "window/newproject/framelistbox.h"
+#include "window/newproject/headerreading.h"
 #include "window/newprojectdialog.h"
 #include "window/road/roaddock.h"
 
@@ -109,39 +111,41 @@ void CWalker::addDialogSteps(const std::vector<Field>& listField)
 {
     const auto project = [] { return modal<NewProjectDialog>() != nullptr; };
     const QString strFromFrames = QStringLiteral("New from Frames...");
-    m_listStep = {{QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
-                   [this, strFromFrames] {
-                       if (QAbstractButton* pButton = buttonOf(
-                               &m_window, strFromFrames)) {  // the button of an empty window
-                           m_hands.click(pButton, strFromFrames);
-                       } else {
-                           m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File"));
-                       }
-                   }},
-                  {QStringLiteral("menu"), Ends::Later, [project] { return project() || openMenu(); },
-                   [this] {
-                       if (QMenu* pMenu = openMenu()) {
-                           m_hands.clickEntry(pMenu, QStringLiteral("New Project..."));
-                       }
-                   }},
-                  {QStringLiteral("new_project"), Ends::Later, project,
-                   [this] {
-                       const QString strButton = QStringLiteral("Add Folder...");
-                       m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
-                   }},
-                  {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
-                   [this] {
-                       auto* pDialog = modal<QFileDialog>();
-                       m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
-                       m_hands.type(pDialog, m_strFolder);
-                       m_hands.press(pDialog, Qt::Key_Return);
-                   }},
-                  {QStringLiteral("frames_read"), Ends::AtOnce,
-                   [project] {
-                       return project() && modal<NewProjectDialog>()->m_pStopFactsButton->isHidden() &&
-                              !modal<NewProjectDialog>()->project().listFrame.isEmpty();
-                   },
-                   [] {}}};
+    m_listStep = {
+        {QStringLiteral("window"), Ends::Later, [this] { return m_window.isVisible(); },
+         [this, strFromFrames] {
+             if (QAbstractButton* pButton = buttonOf(&m_window,
+                                                     strFromFrames)) {  // the button of an empty window
+                 m_hands.click(pButton, strFromFrames);
+             } else {
+                 m_hands.clickMenu(m_window.menuBar(), QStringLiteral("File"));
+             }
+         }},
+        {QStringLiteral("menu"), Ends::Later, [project] { return project() || openMenu(); },
+         [this] {
+             if (QMenu* pMenu = openMenu()) {
+                 m_hands.clickEntry(pMenu, QStringLiteral("New Project..."));
+             }
+         }},
+        {QStringLiteral("new_project"), Ends::Later, project,
+         [this] {
+             const QString strButton = QStringLiteral("Add Folder...");
+             m_hands.click(buttonOf(modal<NewProjectDialog>(), strButton), strButton);
+         }},
+        {QStringLiteral("folder"), Ends::AtOnce, [] { return modal<QFileDialog>() != nullptr; },
+         [this] {
+             auto* pDialog = modal<QFileDialog>();
+             m_hands.press(pDialog, Qt::Key_A, Qt::ControlModifier);
+             m_hands.type(pDialog, m_strFolder);
+             m_hands.press(pDialog, Qt::Key_Return);
+         }},
+        {QStringLiteral("frames_read"), Ends::AtOnce,
+         [project] {
+             return project() &&
+                    modal<NewProjectDialog>()->m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden() &&
+                    !modal<NewProjectDialog>()->project().listFrame.isEmpty();
+         },
+         [] {}}};
     for (const Field& field : listField) {
         m_listStep.push_back({QStringLiteral("field"), Ends::AtOnce, project,
                               [this, field] { fill(modal<NewProjectDialog>(), field); }});
