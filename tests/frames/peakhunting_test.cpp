@@ -79,7 +79,7 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
         PeakHuntingOptions options;
         options.nJobs = nJobs;
         options.fnFrameDone = [&](int nFrame, const QList<Peak3D>& listPeak) {
-            EXPECT_EQ(nFrame, ++nShown);
+            EXPECT_EQ(nFrame, nShown++);
             EXPECT_EQ(series.dataSet.m_vecFrameImage.at(0)->Width(), nFrame == 3 ? 200 : 192);
             int nPeak = 0;
             for (int i = 0; i < 12; ++i) {
@@ -90,7 +90,7 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
                 const Peak3D& peak = listPeak[nPeak++];
                 EXPECT_EQ(QPointF(peak.dfX2D, peak.dfY2D), QPointF(series.column(i), series.row(i)));
                 EXPECT_EQ(peak.nFrame, nFrame);
-                EXPECT_EQ(peak.nID, ++nID);
+                EXPECT_EQ(peak.nID, nID++);
                 expectIntensities(peak, series.height(i));
             }
             EXPECT_EQ(nPeak, listPeak.size()) << nFrame;

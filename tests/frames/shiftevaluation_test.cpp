@@ -47,7 +47,7 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
         const DataSet& dataSet = series.dataSet;
         int nDone = 0;
         const auto done = [&](int nFrame, const QPointF& pt, const CImgObj<float>& img) {
-            EXPECT_EQ(nFrame, ++nDone);
+            EXPECT_EQ(nFrame, nDone++);
             const QPointF ptOff = pt - g_listDrift[nFrame];
             EXPECT_LT(std::hypot(ptOff.x(), ptOff.y()), nFrame == 0 ? 1e-9 : 0.07) << nFrame;
             EXPECT_EQ(img.Width(), int(dfSide) / 2 * 2);

@@ -158,7 +158,7 @@ QWidget* MergingPage::makeParameters(QWidget* pParent)
     for (const auto& row : aRow) {
         auto* pLabel = new QLabel(row.strLabel, pParameters);
         pGrid->addWidget(pLabel, nRow, 0);
-        pGrid->addWidget(row.pSpin, ++nRow, 1);
+        pGrid->addWidget(row.pSpin, nRow++, 1);
         row.pSpin->setAccessibleName(row.strLabel);
         if (row.pSpin == m_pSpinMin2DLength) {
             pLabel->hide();

@@ -76,7 +76,7 @@ void addNarrowButtons(QGridLayout* pGrid, QWidget* pParent, const QString& strTi
         button.pButton = new QPushButton(button.strText, pParent);
         button.pButton->setMinimumWidth(g_nNarrowButton);
         explain(button.pButton, QString(strTip).replace(QStringLiteral("%1"), button.strText));
-        pGrid->addWidget(button.pButton, 0, ++nColumn);
+        pGrid->addWidget(button.pButton, 0, nColumn++);
     }
 }
 
