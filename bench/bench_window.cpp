@@ -229,7 +229,7 @@ void chooseReflection(benchmark::State& state)
         const QList<QByteArray> listLine = vecLines[i].split('\n');
         for (const QByteArray& bytesLine : listLine) {
             if (!bytesLine.isEmpty()) {
-                bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, ++nOnFrame).toLatin1() +
+                bytesPeaks += QString::asprintf("%8d%5d%6d", ++nSerial, i, nOnFrame++).toLatin1() +
                               bytesLine + '\n';
             }
         }

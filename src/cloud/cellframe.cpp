@@ -9,17 +9,23 @@ namespace tessera {
 
 namespace {
 
-const double g_dfCoPlanar = 1e-6;  // volume of co-planar vectors against that of a box, at the most
-const int g_nGreatestIndex = 99;   // beyond the rows that any cell shows
+// Vectors count as co-planar up to this ratio of the volume that they span to the product of their lengths,
+// which is the volume of a box with these edges. Single precision leaves a ratio of some 1e-7 to vectors that
+// are co-planar.
+const double g_dfCoPlanar = 1e-6;
 
-QString tooFew()
+// Two digits: zone axes with greater indices are so sparsely populated that they cannot be made out.
+const int g_nGreatestIndex = 99;
+
+QString wrongForm()
 {
     return QStringLiteral("a direction has three whole numbers, such as \"1 -1 0\" or \"[1-10]\"");
 }
 
-// The three numbers of the text, none where it has another form.
+// The three whole numbers of the text; an empty list where the text has another form.
 QStringList numbersOf(const QString& strText)
 {
+    // Three digits with their signs and nothing between them, such as "1-10".
     static const QRegularExpression together(QStringLiteral("^([+-]?\\d)([+-]?\\d)([+-]?\\d)$"));
     static const QRegularExpression number(QStringLiteral("^[+-]?\\d+$"));
     static const QRegularExpression between(QStringLiteral("[\\s,;]+"));
@@ -44,7 +50,7 @@ std::optional<CCellFrame> CCellFrame::of(const std::optional<ReciprocalBasis>& b
         return std::nullopt;
     }
     CCellFrame frame;
-    double dfBox = 1;
+    double dfBox = 1;  // product of the lengths, Å⁻³
     for (size_t i = 0; i < 3; ++i) {
         frame.m_aReciprocal[i] = widened(basis->vectors()[i]);
         dfBox *= std::sqrt(dot(frame.m_aReciprocal[i], frame.m_aReciprocal[i]));
@@ -54,6 +60,7 @@ std::optional<CCellFrame> CCellFrame::of(const std::optional<ReciprocalBasis>& b
     if (!(std::abs(dfVolume) > g_dfCoPlanar * dfBox)) {
         return std::nullopt;
     }
+    // a = b* × c* / V*, and so on; with the sign of V* this holds for left-handed vectors, too.
     frame.m_aDirect = {cross(b, c), cross(c, a), cross(a, b)};
     for (DoubleVector& v : frame.m_aDirect) {
         for (double& df : v) {
@@ -102,7 +109,7 @@ std::optional<std::array<int, 3>> readDirection(const QString& strText, QString*
     }
     const QStringList listNumber = numbersOf(str);
     if (listNumber.isEmpty()) {
-        return refuse(tooFew());
+        return refuse(wrongForm());
     }
     std::array<int, 3> anIndex = {};
     for (int i = 0; i < 3; ++i) {

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-void sayUnwritten(const QString& strFileName, const QString& strReason, CRunReport& report)
+void reportUnwritten(const QString& strFileName, const QString& strReason, CRunReport& report)
 {
     report.addMessage(QStringLiteral("Failed to open %1 for writing.").arg(strFileName), Severity::Error);
     report.addMessage(strReason, Severity::Error);
@@ -27,13 +27,13 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
 {
     const float fDStar = getEffectiveDStar(listIndexedPeak);
     const QList<HKLRef> listObserved = getRoundedHKLRef(listIndexedPeak);
-    bool bComplete = true;
+    bool bMissingListed = true;  // false: too many lattice points to list those that were not observed
     const QList<HKLRef> listMissing = missingReflections(
-        calAllReflections2(listIndexedPeak, basis, listOverallTilt, report, &bComplete), listObserved);
+        calAllReflections2(listIndexedPeak, basis, listOverallTilt, report, &bMissingListed), listObserved);
     const QString strHKL = hklFileText(listObserved, listMissing);
     report.addMessage(
         QStringLiteral("Maximum d* including 95% reflections: %L1 Å⁻¹").arg(double(fDStar), 6, 'f', 4));
-    if (bComplete) {
+    if (bMissingListed) {
         report.addMessage(QStringLiteral("No. of reflections not observed: %L1").arg(listMissing.size()));
     }
 
@@ -44,11 +44,11 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     if (bHKLWritten) {
         report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
     } else {
-        sayUnwritten(strHKLFile, strReason, report);
+        reportUnwritten(strHKLFile, strReason, report);
     }
 
     const QString strP4PFile = strBase + resultSuffix(ResultFile::P4P);
-    QString strP4P;
+    QString strP4P;  // stays empty without a cell; a, b, c in Å, angles in degrees
     if (const std::optional<CellParameters> cell = basis ? cellParameters(*basis) : std::nullopt) {
         strP4P = QStringLiteral("CELL %1 %2 %3 %4 %5 %6\n")
                      .arg(cell->a, 8, 'f', 3)
@@ -60,7 +60,7 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     }
     const bool bP4PWritten = writeTextFile(strP4PFile, strP4P, &strReason, pSet);
     if (!bP4PWritten) {
-        sayUnwritten(strP4PFile, strReason, report);
+        reportUnwritten(strP4PFile, strReason, report);
     } else if (!strP4P.isEmpty()) {
         report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
     }

@@ -14,14 +14,16 @@
 namespace tessera {
 
 /// Writes DIR/NAME.hkl and DIR/NAME.p4p. Each failure is a red line, and the other file is still written.
-/// Where calAllReflections2() refuses, the HKL file has no unobserved reflections, and the log no count of
-/// them.
+/// The HKL file lists the observed reflections with rounded indices, and then, with intensity 0, those that
+/// the rotation swept through and that were not observed. Where calAllReflections2() refuses to list the
+/// latter, the HKL file has none of them, and the log does not count them.
 ///
-/// @param listIndexedPeak  indexed reflections, real indices
-/// @param basis            without a cell the p4p file is empty and nothing is said
+/// @param listIndexedPeak  indexed reflections; their indices are real numbers
+/// @param basis            none, or one that spans no cell: the p4p file is empty, and the log does not
+///                         mention it
 /// @param listOverallTilt  degrees, one per frame
 /// @param pSet             may be null; else the files become part of the set and wait for its commit()
-/// @return true if both files stand
+/// @return true if both files have been written, or have become part of the set
 bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
                                  const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,

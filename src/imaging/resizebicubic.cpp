@@ -14,24 +14,29 @@ namespace tessera {
 
 namespace {
 
-float cube(float f)
+// The cube of f, or 0 where f is negative.
+float truncatedCube(float f)
 {
     const float fPositive = f > 0.f ? f : 0.f;
     return fPositive * fPositive * fPositive;
 }
 
-// Weight of a sample at the distance t, |t| < 2.
+// The uniform cubic B-spline: the weight of a sample at the signed distance t, in source pixels. The term of
+// (t - 2) is missing, so it holds for t up to 2, and no tap lies farther away.
 float weight(float t)
 {
-    return (cube(t + 2.f) - 4.f * cube(t + 1.f) + 6.f * cube(t) - 4.f * cube(t - 1.f)) / 6.f;
+    return (truncatedCube(t + 2.f) - 4.f * truncatedCube(t + 1.f) + 6.f * truncatedCube(t) -
+            4.f * truncatedCube(t - 1.f)) /
+           6.f;
 }
 
-// The four samples of one axis that a target position is made of.
+// The four source pixels along one axis that make up a target pixel, with their weights.
 struct Taps {
     std::array<int, 4> anIndex;
     std::array<float, 4> afWeight;
 };
 
+// The taps of each target pixel along an axis of nTarget target and nSource source pixels.
 std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
 {
     std::vector<Taps> vecTaps(static_cast<std::size_t>(nTarget));
@@ -41,6 +46,7 @@ std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
         Taps& taps = vecTaps[i];
         for (int k = 0; k < 4; ++k) {
             const float fOffset = float(k - 1);
+            // The conversion rounds down except between -1 and 0, where the index is 0 either way.
             const int nIndex = int(fPosition + fOffset);
             taps.anIndex[k] = nIndex < 0 ? 0 : (nIndex >= nSource ? nSource - 1 : nIndex);
             taps.afWeight[k] = weight(fOffset - fFraction);
@@ -49,10 +55,12 @@ std::vector<Taps> tapsOfAxis(int nTarget, int nSource)
     return vecTaps;
 }
 
-// Target pixels that are made together: an enlargement has many on end of the same samples.
+// Target pixels of a row that are computed together. An enlargement has many neighbours that use the same
+// samples; eight floats fill one or two vector registers.
 constexpr std::size_t g_nTogether = 8;
 
-// nCount target pixels of one row, all of the same 16 samples. Each sums its samples in the same order.
+// Computes nCount neighbouring target pixels of one row, which all use the same 16 samples and differ in the
+// weights along x alone. Each pixel sums its samples in the same order for every nCount.
 template <std::size_t nCount>
 void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const float*, 4>& apRow,
                 float* pTarget)
@@ -78,20 +86,22 @@ void sumSamples(const Taps* pTapsX, const Taps& tapsY, const std::array<const fl
     }
 }
 
-// The source rows of a target row.
+// The four source rows that a target row is made of.
 std::array<const float*, 4> rowsOf(const Taps& tapsY, const ImageView<const float>& source)
 {
     return {source.row(tapsY.anIndex[0]), source.row(tapsY.anIndex[1]), source.row(tapsY.anIndex[2]),
             source.row(tapsY.anIndex[3])};
 }
 
-// One target row. Pixels made together for which fnWanted(taps) is false stay below all.
+// Computes one target row. Where fnWanted() is false for the taps along x of pixels that would be computed
+// together, these pixels are set to minus infinity instead, so that none of them is a maximum.
 template <class FnWanted>
 void resizeRow(const std::vector<Taps>& vecX, const Taps& tapsY, const std::array<const float*, 4>& apRow,
                float* pTarget, const FnWanted& fnWanted)
 {
     std::size_t i = 0;
     while (i < vecX.size()) {
+        // Indices never fall along the row: where the first and the last pixel have the same, all have.
         if (i + g_nTogether <= vecX.size() && vecX[i].anIndex == vecX[i + g_nTogether - 1].anIndex) {
             if (fnWanted(vecX[i])) {
                 sumSamples<g_nTogether>(&vecX[i], tapsY, apRow, pTarget + i);
@@ -138,8 +148,10 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
     const ImageView<const float> source{pSource, nSourceWidth, nSourceHeight};
     const std::vector<Taps> vecX = tapsOfAxis(nTargetWidth, nSourceWidth);
     const std::vector<Taps> vecY = tapsOfAxis(nTargetHeight, nSourceHeight);
-    // The maximum reaches what stands at the largest sample, up to rounding. A pixel reaches no more than
-    // its largest sample, as the weights are positive and their sum is 1.
+    // The maximum is at least fBound, the value of the target pixel at the place of the largest sample. A
+    // target pixel is at most its largest sample, as no weight is negative and their sum is 1. So only pixels
+    // with a sample of at least fBound can be the maximum. The comparisons are written so that a fBound that
+    // is no number excludes no pixel.
     int nLargestX = 0;
     int nLargestY = 0;
     FindMaximum(pSource, nSourceWidth, nSourceHeight, nullptr, &nLargestX, &nLargestY);
@@ -147,31 +159,35 @@ int FindResizedMaximum(int nTargetWidth, int nTargetHeight, const float* pSource
         return std::size_t(std::int64_t(n) * nTarget / nSource);
     };
     const Taps& tapsLargest = vecY[targetOf(nLargestY, nTargetHeight, nSourceHeight)];
-    float fLeast = 0.f;
+    float fBound = 0.f;
     sumSamples<1>(&vecX[targetOf(nLargestX, nTargetWidth, nSourceWidth)], tapsLargest,
-                  rowsOf(tapsLargest, source), &fLeast);
-    float fSize = 0.f;
+                  rowsOf(tapsLargest, source), &fBound);
+    float fLargestMagnitude = 0.f;
     for (int i = 0; i < nSourceWidth * nSourceHeight; ++i) {
-        fSize = std::max(fSize, std::abs(pSource[i]));
+        fLargestMagnitude = std::max(fLargestMagnitude, std::abs(pSource[i]));
     }
-    fLeast -= 1e-4f * fSize;
+    // Room for the rounding of weights and sums of 16 terms, which is some 1e-6 of the largest magnitude.
+    fBound -= 1e-4f * fLargestMagnitude;
 
-    std::vector<float> vecColumn(static_cast<std::size_t>(nSourceWidth));  // maxima of the four source rows
+    // For each source column its largest sample in the four source rows of the present target row.
+    std::vector<float> vecColumnMaximum(static_cast<std::size_t>(nSourceWidth));
     std::vector<float> vecRow(vecX.size());
     const auto reaches = [&](const Taps& taps) {
         return std::any_of(taps.anIndex.begin(), taps.anIndex.end(),
-                           [&](int n) { return !(vecColumn[n] < fLeast); });
+                           [&](int n) { return !(vecColumnMaximum[n] < fBound); });
     };
     const auto anyReaches = [&] {
-        return std::any_of(vecColumn.begin(), vecColumn.end(), [&](float f) { return !(f < fLeast); });
+        return std::any_of(vecColumnMaximum.begin(), vecColumnMaximum.end(),
+                           [&](float f) { return !(f < fBound); });
     };
-    float fBest = NAN;
+    float fBest = NAN;  // until a pixel that is a number has been found
     *pX = *pY = 0;
     for (int y = 0; y < nTargetHeight; ++y) {
         const Taps& tapsY = vecY[y];
         const std::array<const float*, 4> apRow = rowsOf(tapsY, source);
-        for (std::size_t n = 0; n < vecColumn.size(); ++n) {
-            vecColumn[n] = std::max(std::max(apRow[0][n], apRow[1][n]), std::max(apRow[2][n], apRow[3][n]));
+        for (std::size_t n = 0; n < vecColumnMaximum.size(); ++n) {
+            vecColumnMaximum[n] = std::max(std::max(apRow[0][n], apRow[1][n]),
+                                           std::max(apRow[2][n], apRow[3][n]));
         }
         if (!anyReaches()) {
             continue;
