@@ -10,8 +10,15 @@ namespace tessera {
 
 namespace {
 
-const double g_dfDegree = g_dfPi / 180.0;
-const float g_fLeastHalfWidth = 0.001f;  // Å⁻¹: a hundredth of the rows of the largest cells
+const double g_dfDegree = g_dfPi / 180.0;  // radians
+
+// Å⁻¹. The view is then 0.002 Å⁻¹ wide, as far as the points of a cell edge of 500 Å lie apart: a still
+// closer view has hardly a second point to show.
+const float g_fLeastHalfWidth = 0.001f;
+
+// Degrees of turn per length of the chord between two points of the trackball. A chord of length 1 spans 60
+// degrees of the unit ball, so that the scene follows the mouse to within 5 % for chords up to 1.
+const double g_dfDegreesPerChord = 60.0;
 
 Vec3D row(const QMatrix4x4& matrix, int nRow)
 {
@@ -36,6 +43,7 @@ Vec3D trackballVector(int nX, int nY, int nWidth, int nHeight)
     if (nWidth <= 0 || nHeight <= 0) {
         return {0.f, 0.f, 1.f};
     }
+    // In units of half the widget, from its middle.
     const double x = (2.0 * nX - nWidth) / nWidth, y = (nHeight - 2.0 * nY) / nHeight;
     const double z = std::cos(g_dfPi / 2.0 * std::min(std::hypot(x, y), 1.0));
     const double dfLength = std::hypot(x, y, z);
@@ -57,6 +65,7 @@ QMatrix4x4 rotationMatrix(double dfAngle, const Vec3D& axis)
     if (!(dfLength > 0.0) || !std::isfinite(dfLength) || !std::isfinite(dfAngle)) {
         return {};
     }
+    // Rodrigues' formula.
     const double dfRadians = dfAngle * g_dfDegree;
     const double x = axis.x / dfLength, y = axis.y / dfLength, z = axis.z / dfLength;
     const double s = std::sin(dfRadians), c = std::cos(dfRadians), t = 1.0 - c;
@@ -98,6 +107,7 @@ void CCamera::viewAlong(const Vec3D& v)
     if (!(dfLength > 0.0) || !std::isfinite(dfLength)) {
         return;
     }
+    // The axis v × z turns v towards z, which points at the viewer.
     const double dfAngle = std::acos(std::clamp(double(v.z) / dfLength, -1.0, 1.0)) / g_dfDegree;
     setRotation(rotationMatrix(dfAngle, {v.y, -v.x, 0.f}));
 }
@@ -109,23 +119,24 @@ void CCamera::turnTowards(const Vec3D& v)
     if (!(dfLength > 0.0) || !std::isfinite(dfLength)) {
         return;
     }
-    // On the screen; the axis of the turn lies in its plane.
+    // The components of v in the frame of the screen. The axis of the turn lies in the plane of the screen.
     const auto along = [&](int nRow) { return dot(widened(row(m_fRotation, nRow)), direction) / dfLength; };
     const double dfX = along(0), dfY = along(1), dfZ = along(2);
-    const double dfOff = std::hypot(dfX, dfY);
-    const Vec3D axis = dfOff > 0.0 ? Vec3D{float(dfY / dfOff), float(-dfX / dfOff), 0.f}
-                                   : Vec3D{0.f, 1.f, 0.f};
-    setRotation(rotationMatrix(std::atan2(dfOff, dfZ) / g_dfDegree, axis) * m_fRotation);
+    const double dfAside = std::hypot(dfX, dfY);  // sine of the angle between v and the view
+    const Vec3D axis = dfAside > 0.0 ? Vec3D{float(dfY / dfAside), float(-dfX / dfAside), 0.f}
+                                     : Vec3D{0.f, 1.f, 0.f};
+    setRotation(rotationMatrix(std::atan2(dfAside, dfZ) / g_dfDegree, axis) * m_fRotation);
 }
 
 void CCamera::rotateAroundScreen(int nAxis, double dfAngle)
 {
+    // A row of the rotation is an axis of the screen in the frame of the scene, so the turn comes first.
     setRotation(m_fRotation * rotationMatrix(dfAngle, row(m_fRotation, nAxis)));
 }
 
 void CCamera::rotateTrackball(const Vec3D& vecFrom, const Vec3D& vecTo)
 {
-    const double dfAngle = double(length(vecTo - vecFrom)) * 60.0;
+    const double dfAngle = double(length(vecTo - vecFrom)) * g_dfDegreesPerChord;
     setRotation(rotationMatrix(dfAngle, cross(vecFrom, vecTo)) * m_fRotation);
 }
 
@@ -154,6 +165,7 @@ QMatrix4x4 CCamera::projection() const
 
 bool CCamera::isFlat() const
 {
+    // The two elements that glOrtho computes for an axis.
     const auto isFlatAlong = [](const Reach& reach) {
         const float fWidth = reach.fHigh - reach.fLow;
         return !std::isfinite(2.f / fWidth) || !std::isfinite((reach.fHigh + reach.fLow) / fWidth);
@@ -166,8 +178,9 @@ float CCamera::sizeFactor() const
     return m_fViewBound / std::abs(m_fViewBound + m_fZoom);
 }
 
-// Rounding adds up over thousands of turns by the mouse: the columns are made orthonormal again, by Gram and
-// Schmidt, which changes the last digits only.
+// Rounding errors add up over thousands of turns by the mouse. So the columns are made orthonormal again by
+// the method of Gram and Schmidt, which changes the last digits only. A matrix for which that does not give
+// finite numbers is not taken.
 void CCamera::setRotation(const QMatrix4x4& matrix)
 {
     const DoubleVector second = column(matrix, 1);
