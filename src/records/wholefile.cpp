@@ -18,10 +18,10 @@ namespace tessera {
 
 namespace {
 
-const int g_nMaxLinks = 40;      // in a chain; Linux follows no more
-const int g_nMaxNames = 100;     // names tried before giving up
-const int g_nLongestName = 255;  // bytes, without the folder
-const qint64 g_nCopyBytes = 1 << 20;
+const int g_nMaxLinks = 40;           // symbolic links followed in a chain, as many as Linux follows
+const int g_nMaxNames = 100;          // random names tried; that many in use have another cause than chance
+const int g_nLongestName = 255;       // NAME_MAX of Linux: bytes, without the folder
+const qint64 g_nCopyBytes = 1 << 20;  // copied at a time: 1 MiB
 
 /// The folder of a path with its slash; empty for a mere name.
 QByteArray folderOf(const QByteArray& strPath)
@@ -44,11 +44,11 @@ QByteArray behindLinks(QByteArray strPath)
     return strPath;
 }
 
-/// A file name with a dot and six more characters, shortened to what the file system allows.
+/// The path with a dot and six random characters behind it, its name shortened where that is too long.
 QByteArray nameBeside(const QByteArray& strPath)
 {
     static const char s_szLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
-    const int nSuffix = 7;
+    const int nSuffix = 7;  // the dot and the six characters
     const QByteArray strFolder = folderOf(strPath);
     QByteArray strName = strPath.mid(strFolder.size());
     while (strName.size() > g_nLongestName - nSuffix) {
@@ -71,6 +71,7 @@ QByteArray pathOfOpenFile(int nFile)
     return "/proc/self/fd/" + QByteArray::number(nFile);
 }
 
+/// Whether an error of fdatasync() only says that files cannot be flushed here.
 bool flushIsUnknown(int nError)
 {
     return nError == EINVAL || nError == EROFS || nError == ENOSYS || nError == ENOTSUP;
@@ -91,6 +92,7 @@ bool CWholeFile::fail(const QString& strWhat)
     return false;
 }
 
+/// Fails with the text of errno, so nothing that may change it must come between.
 bool CWholeFile::failBySystem()
 {
     return fail(qt_error_string(errno));
@@ -120,23 +122,25 @@ bool CWholeFile::open(const QString& strFileName)
     }
     m_strPlace = behindLinks(strName);
     const QByteArray strFolder = folderOf(m_strPlace);
+    // Where the file system has them, a file without a name, which vanishes with the program.
 #ifdef O_TMPFILE
     m_nFile = ::open(strFolder.isEmpty() ? "." : strFolder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC,
                      0666);
     if (m_nFile >= 0 && ::access(pathOfOpenFile(m_nFile).constData(), F_OK) != 0) {
-        closeFile();  // without /proc it would never get a name
+        closeFile();  // it could not be named, as giveName() needs /proc for that
     }
 #endif
     if (m_nFile < 0 && !makeNamed()) {
         return failBySystem();
     }
     if (bExists) {
-        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // fails on file systems without permissions
+        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // may fail: some file systems have no permissions
     }
     return true;
 }
 
-/// Prepares that exchange() takes the file away. A link goes itself, not what it leads to.
+/// Makes exchange() take the file away instead of putting one in its place. Of a symbolic link, the link
+/// itself is taken away, not the file that it leads to.
 bool CWholeFile::openRemoval(const QString& strFileName)
 {
     m_strFileName = strFileName;
@@ -149,8 +153,9 @@ bool CWholeFile::openRemoval(const QString& strFileName)
     return !S_ISDIR(info.st_mode) || fail(QStringLiteral("is a folder"));
 }
 
-/// In the folder for waiting, where there is one and the file is no other folder's by a link: names go from
-/// one folder to another of the same file system alone.
+/// A new temporary name. It lies in the folder for waiting if there is one and that is in the file's own
+/// folder. A file that is reached by a symbolic link may be in another folder, and rename() cannot move a
+/// file to another file system, so its temporary name is beside it.
 QByteArray CWholeFile::newNameBeside() const
 {
     const QByteArray strFolder = folderOf(m_strPlace);
@@ -159,6 +164,7 @@ QByteArray CWholeFile::newNameBeside() const
                : nameBeside(m_strPlace);
 }
 
+/// Makes a file with a temporary name; errno has the cause of a failure.
 bool CWholeFile::makeNamed()
 {
     for (int i = 0; i < g_nMaxNames; ++i) {
@@ -232,11 +238,11 @@ bool CWholeFile::flush()
     return true;
 }
 
-/// Gives the file its temporary name, if it has none yet, and closes it.
+/// Gives the file its temporary name, if it has none yet, and closes it; a device or a pipe is only closed.
 bool CWholeFile::giveName()
 {
     if (m_bRemoval || (m_nFile < 0 && (m_bDirect || !m_strBeside.isEmpty()))) {
-        return true;  // nothing to be named, or named before
+        return true;  // nothing is written, or it was named and closed before
     }
     if (m_bDirect) {
         return closeFile() || failBySystem();
@@ -256,14 +262,14 @@ bool CWholeFile::giveName()
     return closeFile() || failBySystem();
 }
 
-/// Copies the unnamed file to one with a name, for file systems that cannot name it afterwards.
+/// Copies the unnamed file to one with a temporary name, for file systems that cannot name it afterwards.
 bool CWholeFile::copyToNamed()
 {
     const int nUnnamed = m_nFile;
     m_nFile = -1;
     m_bFlushed = false;
     const bool bCopied = makeNamed() && writeCopy(QFile::decodeName(pathOfOpenFile(nUnnamed))) && flush();
-    const int nError = errno;
+    const int nError = errno;  // of makeNamed(); close() may replace it
     ::close(nUnnamed);
     errno = nError;
     return bCopied;
@@ -273,7 +279,7 @@ bool CWholeFile::closeFile()
 {
     const int nFile = m_nFile;
     m_nFile = -1;
-    return ::close(nFile) == 0 || errno == EINTR;
+    return ::close(nFile) == 0 || errno == EINTR;  // Linux has closed the file where it says EINTR
 }
 
 bool CWholeFile::commit(QString* pstrReason)
@@ -289,6 +295,7 @@ bool CWholeFile::commit(QString* pstrReason)
     return bDone || giveReason(pstrReason, m_strReason);
 }
 
+/// Gives a file that is to be removed a temporary name, from which goBack() can bring it back.
 bool CWholeFile::moveAside()
 {
     const QByteArray strFormer = newNameBeside();
@@ -300,8 +307,9 @@ bool CWholeFile::moveAside()
     return true;
 }
 
-/// Puts a file that has its name beside into place, and the former one, if there is one, beside.
-/// @param bHoldFormer  keep the former file open; a process may have some hundreds open at once
+/// Puts the file, which has its temporary name, into place, and gives the former file, if there is one, a
+/// temporary name. For a removal it does the latter alone.
+/// @param bHoldFormer  keep the former file open, as explained below; a process may have some hundreds open
 bool CWholeFile::exchange(bool bHoldFormer)
 {
     if (m_bRemoval) {
@@ -323,15 +331,15 @@ bool CWholeFile::exchange(bool bHoldFormer)
         m_strBeside.clear();
         return true;
     }
-    // Freeing the room of a file takes a hundred times as long as all the names here. Held open, it is freed
-    // after the names of the whole set are in order.
+    // Freeing the room of a removed file takes a hundred times as long as renaming. While the file is open
+    // its room stays, so the names of the whole set are in order before any room is freed.
     m_nFormer = bHoldFormer ? ::open(pszPlace, O_PATH | O_CLOEXEC | O_NOFOLLOW) : -1;
 #ifdef RENAME_EXCHANGE
     if (::renameat2(AT_FDCWD, m_strBeside.constData(), AT_FDCWD, pszPlace, RENAME_EXCHANGE) == 0) {
         return true;
     }
 #endif
-    // A file system that cannot exchange: in two steps.
+    // The file system cannot exchange two names in one step. Between the two steps there is no file in place.
     const QByteArray strFormer = newNameBeside();
     if (std::rename(pszPlace, strFormer.constData()) != 0) {
         return failBySystem();
@@ -359,6 +367,7 @@ void CWholeFile::goBack()
     m_strBeside.clear();  // if renaming back fails, the former file keeps this name
 }
 
+/// Before exchange() that is the new file, after it the former one.
 void CWholeFile::removeBeside()
 {
     if (!m_strBeside.isEmpty()) {

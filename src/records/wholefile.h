@@ -24,7 +24,7 @@ public:
 
     /// Opens the file; can be called once per object.
     /// @return false when the name is empty, when it is that of a folder or of a write-protected file, or
-    ///         when no file can be made in the folder
+    ///         when no file can be made in the folder; reason() tells which
     bool open(const QString& strFileName);
     /// Appends bytes to the file.
     /// @return false when this or an earlier call has failed
@@ -63,11 +63,11 @@ private:
 
     QString m_strFileName;
     QString m_strReason;
-    QByteArray m_strPlace;    ///< the file itself, behind all links
-    QByteArray m_strBeside;   ///< its name until it is in place; after exchange() that of the former file
-    QByteArray m_strWaiting;  ///< folder in which it waits; empty: that of the file
-    int m_nFile = -1;
-    int m_nFormer = -1;        ///< the former file, kept open while its name is removed, see exchange()
+    QByteArray m_strPlace;     ///< the file itself, behind all links
+    QByteArray m_strBeside;    ///< its name until it is in place; after exchange() that of the former file
+    QByteArray m_strWaiting;   ///< folder for its temporary name; empty: the folder of the file
+    int m_nFile = -1;          ///< descriptor of the file while it is written, else -1
+    int m_nFormer = -1;        ///< descriptor of the former file while its name is removed, see exchange()
     bool m_bDirect = false;    ///< a device or a pipe
     bool m_bRemoval = false;   ///< exchange() takes the file away and puts none there
     bool m_bFlushed = false;   ///< all of it is on the disk
