@@ -28,6 +28,7 @@ CAsymmetricUnit::CAsymmetricUnit(const gemmi::GroupOps& ops)
 
 std::array<int, 3> CAsymmetricUnit::image(const gemmi::Op::Rot& rot, const std::array<int, 3>& anIndex) const
 {
+    // Indices are a row that is multiplied by the rotation from the left: h' = h R.
     std::array<int, 3> anImage = {};
     for (size_t n = 0; n < 3; ++n) {
         anImage[n] = anIndex[0] * rot[0][n] + anIndex[1] * rot[1][n] + anIndex[2] * rot[2][n];
@@ -41,6 +42,7 @@ CAsymmetricUnit::Image CAsymmetricUnit::representative(const std::array<int, 3>&
         return std::array<int, 3>{-an[0], -an[1], -an[2]};
     };
     if (m_pGroup) {
+        // Rotations of the reflection itself come first, so that it is a mate only where none leads there.
         const gemmi::ReciprocalAsu asu(m_pGroup);
         for (const bool bMate : {false, true}) {
             for (const gemmi::Op::Rot& rot : m_listRotation) {
@@ -51,6 +53,7 @@ CAsymmetricUnit::Image CAsymmetricUnit::representative(const std::array<int, 3>&
             }
         }
     }
+    // The greatest equivalent. An image of the reflection itself stays where one of the mate is equal to it.
     Image best = {anIndex, false};
     for (const bool bMate : {false, true}) {
         for (const gemmi::Op::Rot& rot : m_listRotation) {
@@ -65,6 +68,8 @@ CAsymmetricUnit::Image CAsymmetricUnit::representative(const std::array<int, 3>&
 
 bool CAsymmetricUnit::isAbsent(const std::array<int, 3>& anIndex) const
 {
+    // The product of h, k, l with a centring vector has to be a whole number; gemmi stores the vector in
+    // units of 1/24.
     return std::any_of(m_ops.cen_ops.begin(), m_ops.cen_ops.end(), [&](const gemmi::Op::Tran& tran) {
         return (anIndex[0] * tran[0] + anIndex[1] * tran[1] + anIndex[2] * tran[2]) % gemmi::Op::DEN != 0;
     });

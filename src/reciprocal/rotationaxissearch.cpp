@@ -9,6 +9,7 @@ namespace tessera {
 
 namespace {
 
+/// The sharpness (0 to 1) against the azimuth (degrees), in one line of the log.
 void reportCurve(const std::vector<AxisSharpness>& vecCurve, CRunReport& report)
 {
     QStringList listPoint;
@@ -22,6 +23,8 @@ void reportCurve(const std::vector<AxisSharpness>& vecCurve, CRunReport& report)
     }
 }
 
+/// The axis, and how sure its sense is: the opposite axis fits the peaks nearly as well, as only the
+/// curvature of the Ewald sphere tells the two apart.
 void reportAxis(const AxisFound& found, double dfSeconds, CRunReport& report)
 {
     report.addMessage(
@@ -57,7 +60,7 @@ std::vector<FlatPeak> flatPeaksOf(const DataSet& dataSet, const MappingParameter
     const CPlaceCorrection correction = placeCorrection(dataSet, parameters.m_bApplyStretching);
     const int nFrames = dataSet.m_listPeakFrame.size();
     for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
-        const QPointF ptCentre = frameCentre(centres, nFrame);
+        const QPointF ptCentre = frameCentre(centres, nFrame);  // pixels, as the peaks
         const double dfTilt = relaxedTilt(dataSet, nFrame, nFrames);
         for (const Peak3D& peak : dataSet.m_listPeakFrame[nFrame]) {
             const QPointF pt = correction.undone({peak.dfX2D - ptCentre.x(), peak.dfY2D - ptCentre.y()});
