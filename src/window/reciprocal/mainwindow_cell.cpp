@@ -42,6 +42,7 @@ QString cellFilter()
     return MainWindow::tr("Unit Cell Files (*.%1);;All Files (*.*)").arg(QStringLiteral("uc"));
 }
 
+/// The boxes of the lengths of a*, b*, c*, Å⁻¹.
 std::array<QDoubleSpinBox*, 3> lengthSpins(const CellPage& page)
 {
     return {page.m_pSpinManualLengthA, page.m_pSpinManualLengthB, page.m_pSpinManualLengthC};
@@ -84,11 +85,14 @@ void MainWindow::runUnitCellHunting()
     searchCellWithButton(listSelection);
 }
 
-/// A search by difference vectors is over soon, so its button is disabled; one on the peaks is stopped by it.
+/// Runs a search for the cell. One that works on the peaks of the frames takes long, and its button becomes
+/// "Stop" meanwhile. One by difference vectors of the selected reflections is over soon, and its button is
+/// disabled.
 void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
 {
     QPushButton* pButton = m_pCellPage->m_pButtonSearchCell;
     const QString strButton = pButton->text();
+    // An automatic range of the edges is taken from the peaks of the frames, too.
     const bool bOnPeaks = m_cellHunting.m_method != CellSearchMethod::DifferenceVectors ||
                           m_cellHunting.m_bAutoRange;
     CRunFlag flag(m_bSearchingCell);
@@ -98,10 +102,11 @@ void MainWindow::searchCellWithButton(const QList<Peak3D>& listSelection)
         showCellRange();
         pButton->setText(tr("Stop"));
     }
+    // A search by difference vectors of no reflections is refused at once, and the page stays as it is.
     if (bOnPeaks || !listSelection.isEmpty()) {
         pButton->setEnabled(bOnPeaks);
-        report.goOn();
-        m_pCellPage->m_pButtonTest->setChecked(false);
+        report.goOn();  // the window handles its events, so that the button is drawn
+        m_pCellPage->m_pButtonTest->setChecked(false);  // puts the committed cell in force
     }
     CellSearch search{m_cellHunting, m_indexing.m_dfIndexThreshold, PoorCell::Told, m_strLatticeHost,
                       QThread::idealThreadCount()};
@@ -157,7 +162,7 @@ void MainWindow::startDialogsAtCellFile()
     m_strWorkingDir = QFileInfo(fileOfProject(m_dataSet, ResultFile::Cell)).absolutePath();
 }
 
-/// The lattice of a new cell, one cell in each direction, as lines in both views.
+/// Shows the lattice of a new cell as lines in both 3D views, one cell in each direction.
 void MainWindow::showLattice()
 {
     for (ED3DWidget* pView : views3D()) {
@@ -171,7 +176,8 @@ void MainWindow::updateUnitCell()
 {
     tessera::updateUnitCell(m_dataSet);
     {
-        // The committed cell is in force again, so no other one is under test, whatever the button said.
+        // The committed cell is in force again, so no transformed one is under test. The button is released
+        // without its slot, which would put the committed cell in force once more.
         const QSignalBlocker blocker(m_pCellPage->m_pButtonTest);
         m_pCellPage->m_pButtonTest->setChecked(false);
     }
@@ -197,9 +203,11 @@ void MainWindow::showCellFit()
     QString strFit;
     guarded([&] {
         if (needsMapping(m_dataSet, m_mapping)) {
-            return;
+            return;  // the points are not those of the present geometry, so the label stays empty
         }
         std::optional<LatticeFit> fit;
+        // At the end of a run the count is made in a thread as the run was, so that the window stays alive.
+        // From the event pump of a run no further one may be started.
         if (isRunning() && !isPumping()) {
             WindowReport report(*this);
             computeAlive(report, [&](CAliveData& alive) { fit = cellResultOf(alive.dataSet()).fit; });
@@ -214,8 +222,9 @@ void MainWindow::showCellFit()
     showAgeOfLattices();
 }
 
-/// The cell of the data set that has just been opened, or that it has none. The manual way begins with a
-/// made-up cell when it is chosen, and nobody has chosen it for these data.
+/// Shows the cell of the data set that has just been opened. Where it has none, the page goes back to the
+/// automatic way: the manual way would begin with a made-up cell, and the user has not chosen it for these
+/// data.
 void MainWindow::showOpenedCell()
 {
     if (m_dataSet.m_listCellFound.size() != 3) {
@@ -229,7 +238,8 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
 {
     const QList<Vec3D>& listCell = m_dataSet.m_listCellFound;
     if (!bTrue) {
-        // The boxes round the lengths, and their slots would take the rounded ones.
+        // On leaving, the boxes take the lengths of the cell. A box rounds its length, and where that changes
+        // its number, its slot gives the vector of the cell the rounded length.
         const std::array<QDoubleSpinBox*, 3> apSpin = lengthSpins(*m_pCellPage);
         for (int i = 0; i < 3 && basisFromList(listCell) && !isPumping(); ++i) {
             if (const double dfLength = double(length(listCell[i])); apSpin[i]->value() != dfLength) {
@@ -244,13 +254,16 @@ void MainWindow::switchtoManualUnitCellHunting(bool bTrue)
     if (m_pView3DCurrent) {
         return;
     }
-    for (ED3DWidget* pView : views3D()) {  // none was looked at yet, and the page shows what they are set to
+    // No 3D view has been looked at yet, so the check boxes act on none. Both views are set, as the boxes
+    // will show what the view is set to that is looked at first.
+    for (ED3DWidget* pView : views3D()) {
         pView->setShowLatticeLines(true);
         pView->setShowLatticePoints(true);
     }
 }
 
-/// Gives the manual way, where it is chosen, the cell that it begins with, unless there is one.
+/// Puts the made-up cell that the manual way begins with in force, if this way is chosen and there is no
+/// cell.
 void MainWindow::startManualCell()
 {
     if (!m_pCellPage->m_pRadioCellManual->isChecked() || basisFromList(m_dataSet.m_listCellFound) ||
@@ -261,6 +274,7 @@ void MainWindow::startManualCell()
     updateUnitCell();
 }
 
+/// Gives a*, b* or c* (nVector 0, 1, 2) the direction that points at the viewer, and the length of its box.
 void MainWindow::assignViewingDirection(int nVector)
 {
     if (!m_pView3DCurrent || !basisFromList(m_dataSet.m_listCellFound) ||
@@ -287,6 +301,7 @@ void MainWindow::unitCellHuntingManualAssignRC()
     assignViewingDirection(2);
 }
 
+/// Gives a*, b* or c* (nVector 0, 1, 2) the length of its box.
 void MainWindow::updateManualLength(int nVector)
 {
     if (!basisFromList(m_dataSet.m_listCellFound) || refuseDuringRun(tr("Changing the cell"))) {
