@@ -10,9 +10,12 @@ namespace tessera {
 
 namespace {
 
+/// The reflections of all crystals, E² in place of the intensity, with the indices of the group's reduced
+/// cell.
 std::vector<Observation> observationsOf(const std::vector<SettingInput>& listInput,
                                         const std::vector<int>& listSetting, const CellParameters& cell)
 {
+    // Its columns are a*, b*, c* (Å⁻¹), as the rows of the direct basis are a, b, c.
     const Eigen::Matrix3d matReciprocal = directBasisOf(cell).inverse();
     std::vector<Observation> list;
     for (size_t n = 0; n < listInput.size(); ++n) {
@@ -54,15 +57,16 @@ CrystalSymmetry symmetryOfCrystals(const std::vector<SettingInput>& listInput,
                                    const QString& strWish, const CellParameters& cell)
 {
     const LaueProposal proposal = proposeLaueClass(observationsOf(listInput, listSetting, cell), {}, cell);
+    // The candidates are in the order of likelihood, so the first that fits is the likeliest.
     const auto find = [&](auto fnFits) {
         return std::find_if(proposal.listCandidate.begin(), proposal.listCandidate.end(), fnFits);
     };
     const auto itEnd = proposal.listCandidate.end();
     auto itTaken = strWish.isEmpty() ? itEnd : find([&](const LaueCandidate& candidate) {
-        const bool bAxesEither = strWish == QLatin1String("-3m") &&
-                                 candidate.strClass.startsWith(strWish.left(2)) &&
+        const bool bEitherAxes = strWish == QLatin1String("-3m") &&
+                                 candidate.strClass.startsWith(QLatin1String("-3")) &&
                                  candidate.nOperations == rotationCount(strWish);
-        return candidate.strClass == strWish || bAxesEither;
+        return candidate.strClass == strWish || bEitherAxes;
     });
     if (itTaken == itEnd) {  // no wish, or one that the lattice does not have
         itTaken = find(

@@ -11,7 +11,8 @@ namespace tessera {
 
 namespace {
 
-/// "quartz, off by 0.12 of the tolerance"
+/// The known compound of a group, "quartz (edges off by 0.12 %, angles by 0.05°)", with the next one that
+/// fits; "no known cell" where none fits, and empty where no cells are known.
 QString knownText(const CompoundGroup& compound, const CrystalsJobResult& result)
 {
     if (!compound.known) {
@@ -27,6 +28,7 @@ QString knownText(const CompoundGroup& compound, const CrystalsJobResult& result
     return strText;
 }
 
+/// The quality of merged intensities; figures that are not finite are left out.
 QString qualityLine(const ShellQuality& quality)
 {
     const QString strLimit = QStringLiteral("to %1 Å").arg(quality.dfDMin, 0, 'f', 2);
@@ -38,20 +40,22 @@ QString qualityLine(const ShellQuality& quality)
         }
     };
     put("%1 % complete", 100 * quality.dfCompleteness, 1);
-    listPart.last() += QLatin1Char(' ') + strLimit;  // of the crystal that reaches farthest
+    // The limit is that of all observations together, so single crystals may not reach it.
+    listPart.last() += QLatin1Char(' ') + strLimit;
     put("Rint %1", quality.dfRInt, 3);
     put("CC1/2 %1", quality.dfCcHalf, 3);
     put("I/σ %1", quality.dfIOverSigma, 1);
     return listPart.join(QStringLiteral(", "));
 }
 
-/// "space group I a -3 d (230); as likely: ..."; empty where none was ranked
+/// "space group I a -3 d (230), as likely: ..."; empty where no space groups were ranked.
 QString groupText(const IntegrationResult& merged)
 {
     if (!merged.spaceGroup) {
         return {};
     }
-    const double dfEqual = 0.95;  // likelihoods are told with two decimals
+    // Likelihoods are told with two decimals, and do not mean more: a difference of a twentieth is none.
+    const double dfEqual = 0.95;
     QStringList listEqual;
     for (const SpaceGroupCandidate& other : merged.spaceGroups.listCandidate) {
         if (other.nNumber != merged.spaceGroup->nNumber &&
@@ -67,7 +71,10 @@ QString groupText(const IntegrationResult& merged)
     return strText;
 }
 
-/// A coefficient before a letter, as "+1/2h"; nothing for 0.
+/// One term of an index, such as "+1/2h"; empty for a factor of 0. The denominators are those that centrings,
+/// and two of them after one another, give. The factors are products of matrices with such fractions and are
+/// off by rounding alone, far less than the 0.01 that is allowed.
+/// @param bFirst  whether it begins the index, so that there is no plus before it
 QString termText(double dfFactor, const char* pszLetter, bool bFirst)
 {
     for (const int nDenominator : {1, 2, 3, 4, 6}) {
@@ -87,6 +94,7 @@ QString termText(double dfFactor, const char* pszLetter, bool bFirst)
     return {};
 }
 
+/// The lines of one group.
 void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, CRunReport& report)
 {
     const QString strKnown = knownText(compound, result);
@@ -131,6 +139,27 @@ void tellGroup(const CompoundGroup& compound, const CrystalsJobResult& result, C
     }
 }
 
+/// The line of one group in the summary.
+QString summaryLine(const CompoundGroup& compound, const CrystalsJobResult& result)
+{
+    QString strLine = compound.strName + QStringLiteral(": ");
+    if (compound.known) {
+        strLine += result.listKnown[compound.known->nKnown].strName + QStringLiteral(", ");
+    }
+    const QString strCrystals = counted(compound.crystalCount(), "crystal");
+    if (!compound.isMerged()) {
+        return strLine + QStringLiteral("%1, not merged").arg(strCrystals);
+    }
+    const IntegrationResult& merged = compound.merged.result;
+    strLine += QStringLiteral("%1 of %2 merged, %3")
+                   .arg(QString::number(compound.usedCount()), strCrystals,
+                        qualityLine(merged.quality.overall));
+    if (merged.spaceGroup) {
+        strLine += QStringLiteral("; ") + groupText(merged);
+    }
+    return strLine;
+}
+
 }  // namespace
 
 QString counted(int nCount, const char* pszWhat)
@@ -170,30 +199,15 @@ void tellGroups(const CrystalsJobResult& result, CRunReport& report)
 
 QStringList summaryOf(const CrystalsJobResult& result)
 {
-    const size_t nMostSingles = 20;
+    const size_t nManyGroups = 20;  // of more groups, single crystals would hide the others in the log
     QStringList listLine;
     int nSingles = 0;
     for (const CompoundGroup& compound : result.listGroup) {
-        if (result.listGroup.size() > nMostSingles && compound.crystalCount() == 1) {
+        if (result.listGroup.size() > nManyGroups && compound.crystalCount() == 1) {
             ++nSingles;
             continue;
         }
-        const QString strCompound = compound.known ? result.listKnown[compound.known->nKnown].strName +
-                                                         QStringLiteral(", ")
-                                                   : QString();
-        listLine.append(
-            QStringLiteral("%1: %2%3")
-                .arg(
-                    compound.strName, strCompound,
-                    compound.isMerged()
-                        ? QStringLiteral("%1 of %2 merged, %3")
-                              .arg(compound.usedCount())
-                              .arg(counted(compound.crystalCount(), "crystal"),
-                                   qualityLine(compound.merged.result.quality.overall) +
-                                       (compound.merged.result.spaceGroup
-                                            ? QStringLiteral("; ") + groupText(compound.merged.result)
-                                            : QString()))
-                        : QStringLiteral("%1, not merged").arg(counted(compound.crystalCount(), "crystal"))));
+        listLine.append(summaryLine(compound, result));
     }
     if (nSingles > 0) {
         listLine.append(QStringLiteral("%1 of one crystal.").arg(counted(nSingles, "group")));
@@ -213,15 +227,16 @@ QString relationLine(const CompoundGroup& compound, const CrystalsJobResult& res
     if (compound.known || &compound == &first) {
         return {};
     }
-    // Beyond twice the tolerance a lattice that is near says nothing: it is another compound.
+    // A lattice just beyond the tolerance may be of the same compound, measured badly. One that is off by
+    // more than twice the tolerance is taken for another compound.
     const CellTolerance& tolerance = compound.group.tolerance;
     const CellTolerance wide = {2 * tolerance.dfLengths, 2 * tolerance.dfAngles};
-    const bool bNear = relationBetween(compound.group.reference, first.group.reference, tolerance).nTimes >
-                           1 ||
-                       !settingsBetween(compound.group.reference, first.group.reference, wide).empty();
-    return bNear ? QStringLiteral("%1, held against %2: %3")
-                       .arg(compound.strName, first.strName, compound.group.strRelation)
-                 : QString();
+    const bool bRelated = relationBetween(compound.group.reference, first.group.reference, tolerance).nTimes >
+                              1 ||
+                          !settingsBetween(compound.group.reference, first.group.reference, wide).empty();
+    return bRelated ? QStringLiteral("%1, held against %2: %3")
+                          .arg(compound.strName, first.strName, compound.group.strRelation)
+                    : QString();
 }
 
 QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResult& result)
@@ -242,6 +257,8 @@ QStringList otherKindLines(const CompoundGroup& compound, const CrystalsJobResul
 QString settingText(const CompoundGroup& compound, const SettledCrystal& settled)
 {
     const ObservationSymmetry& symmetry = compound.merged.result.chosen.symmetry;
+    // From the crystal's own cell to the reduced cell of the group (matIndices), then to the conventional
+    // one.
     Eigen::Matrix3d mat;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
