@@ -106,20 +106,36 @@ TEST_F(Tiff, RowsAndColumnsAreWhereTheOrientationTells)
     }
 }
 
-TEST_F(Tiff, PagesAreASeriesUpToOneOfAnotherSize)
-{
-    CTiffBuilder builder;
-    const auto addPage = [&](int nSide, char ch, int nKind) {
+namespace {
+
+/// Files of several pages, the first three of which that count have 2 × 2 pixels.
+class TiffPages : public Tiff {
+protected:
+    quint64 addPage(int nSide, char ch, int nKind)
+    {
         builder.tag(254, {quint64(nKind)});
         builder.page(nSide, nSide, 8, 2, {builder.add(QByteArray(nSide * nSide, ch))}, quint64(nSide * nSide),
                      nSide);
         return builder.directory();
-    };
-    addPage(1, '\x9', 1);  // a thumbnail, even in front
-    const quint64 nSecond = addPage(2, '\1', 0);
-    addPage(2, '\2', 2);   // "page of many"
-    addPage(3, '\x9', 4);  // a mask
-    addPage(2, '\3', 0);
+    }
+    void SetUp() override
+    {
+        Tiff::SetUp();
+        addPage(1, '\x9', 1);  // a thumbnail, even in front
+        nSecond = addPage(2, '\1', 0);
+        addPage(2, '\2', 2);   // "page of many"
+        addPage(3, '\x9', 4);  // a mask
+        addPage(2, '\3', 0);
+    }
+
+    CTiffBuilder builder;
+    quint64 nSecond = 0;  ///< place of the second directory
+};
+
+}  // namespace
+
+TEST_F(TiffPages, AreASeriesWithoutThumbnailsAndMasks)
+{
     write(builder);
     ASSERT_TRUE(read());
     EXPECT_EQ(m_strReason, "");
@@ -130,8 +146,10 @@ TEST_F(Tiff, PagesAreASeriesUpToOneOfAnotherSize)
     EXPECT_EQ(pixels(), Pixels(4, 2.f));
     EXPECT_FALSE(read(3, 1));
     EXPECT_EQ(m_strReason, "image 4 of 3");
+}
 
-    CTiffBuilder loop = builder;
+TEST_F(TiffPages, EndAtOneOfAnotherSize)
+{
     addPage(3, '\4', 0);
     addPage(2, '\5', 0);
     write(builder);
@@ -142,10 +160,13 @@ TEST_F(Tiff, PagesAreASeriesUpToOneOfAnotherSize)
     EXPECT_EQ(readTiffHeader(file(), 0).nImages, 3);
     ASSERT_TRUE(read(0, 3));
     EXPECT_EQ(m_strReason, "");
+}
 
-    loop.page(2, 2, 8, 2, {8}, 4, 2);
-    loop.directory(nSecond);
-    write(loop);
+TEST_F(TiffPages, EndWhereOneLeadsBack)
+{
+    builder.page(2, 2, 8, 2, {8}, 4, 2);
+    builder.directory(nSecond);
+    write(builder);
     ASSERT_TRUE(read());
     EXPECT_EQ(m_vecImage.size(), 4u);
     EXPECT_EQ(m_strReason, "page 6 leads back to an earlier one");
@@ -211,25 +232,61 @@ TEST_F(Tiff, DirectoriesThatOverlapEndTheSeries)
     EXPECT_EQ(readTiffHeader(file(), 0).listDoubt, QStringList("the directory of page 2 overlaps others"));
 }
 
-TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
+namespace {
+
+typedef std::function<void(CTiffBuilder&)> Tags;
+
+Tags page(int nWidth, int nHeight, int nBits, int nFormat, std::vector<quint64> vecPlace, quint64 nBytes,
+          int nRows)
 {
+    return [=](CTiffBuilder& builder) {
+        builder.page(nWidth, nHeight, nBits, nFormat, vecPlace, nBytes, nRows);
+    };
+}
+
+Tags packed(int nCompression, int nWidth, int nHeight, int nBits)
+{
+    return [=](CTiffBuilder& builder) {
+        builder.tag(259, {quint64(nCompression)});
+        builder.page(nWidth, nHeight, nBits, 1, {8}, 16, nHeight);
+    };
+}
+
+}  // namespace
+
+namespace {
+
+/// Files with an error in their tags.
+class TiffErrors : public Tiff {
+protected:
     struct Row {
-        std::function<void(CTiffBuilder&)> fnTags;
-        const char* pszReason;
+        Tags fnTags;
+        const char* pszReason;  ///< begins so
     };
-    const auto page = [](int nWidth, int nHeight, int nBits, int nFormat, std::vector<quint64> vecPlace,
-                         quint64 nBytes, int nRows) {
-        return [=](CTiffBuilder& builder) {
-            builder.page(nWidth, nHeight, nBits, nFormat, vecPlace, nBytes, nRows);
-        };
-    };
-    const auto packed = [](int nCompression, int nWidth, int nHeight, int nBits) {
-        return [=](CTiffBuilder& builder) {
-            builder.tag(259, {quint64(nCompression)});
-            builder.page(nWidth, nHeight, nBits, 1, {8}, 16, nHeight);
-        };
-    };
-    const Row aRow[] = {
+    /// What libtiff says is a reason, and goes nowhere else.
+    void expectRefused(const std::vector<Row>& vecRow)
+    {
+        testing::internal::CaptureStderr();
+        for (const Row& row : vecRow) {
+            CTiffBuilder builder;
+            builder.add("abcdefghijklmnop");
+            row.fnTags(builder);
+            builder.directory();
+            write(builder);
+            EXPECT_FALSE(read()) << row.pszReason;
+            EXPECT_FALSE(m_strReason.isEmpty()) << row.pszReason;
+            EXPECT_EQ(m_strReason.left(int(strlen(row.pszReason))), row.pszReason) << qPrintable(m_strReason);
+            readTiffHeader(file(), 0);
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+};
+
+}  // namespace
+
+TEST_F(TiffErrors, OfSizesAndPlacesAreRefused)
+{
+    expectRefused({
         {page(-1, 1, 16, 1, {8}, 16, 1), "4294967295 x 1 pixels; fewer than 2147483648 can be read"},
         {page(65536, 32768, 16, 1, {8}, 16, 1), "65536 x 32768 pixels; fewer than 2147483648 can be read"},
         {page(0, 4, 16, 1, {8}, 16, 4), "0 x 4 pixels; "},
@@ -242,6 +299,18 @@ TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
         {page(2, 4, 16, 1, {8, 16}, 16, 1), "places of 2 of 4 strips"},
         {page(2, 4, 16, 1, {8, 16}, 7, 2), "strip 1 of 2 has 7 of 8 bytes"},
         {page(2, 4, 16, 1, {8, 0}, 8, 2), "strip 2 of 2 has 0 of 8 bytes"},
+        {[](CTiffBuilder& builder) {
+             builder.tag(322, {65536});
+             builder.tag(323, {65536});
+             builder.page(2, 2, 16, 1, {8}, 16, 2);
+         },
+         "tiles of 65536 x 65536 pixels"},
+    });
+}
+
+TEST_F(TiffErrors, OfPackedPixelsAreRefused)
+{
+    expectRefused({
         {packed(COMPRESSION_ADOBE_DEFLATE, 46340, 46340, 32), "46340 x 46340 pixels packed in 16 bytes"},
         {packed(COMPRESSION_CCITTFAX4, 46340, 46340, 1), "46340 x 46340 pixels packed in 16 bytes"},
         {packed(COMPRESSION_ADOBE_DEFLATE, 2, 4, 16), "ZIPDecode: "},
@@ -249,28 +318,12 @@ TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
         {packed(COMPRESSION_PACKBITS, 2, 40, 16), "PackBitsDecode: "},
         {packed(COMPRESSION_JPEG, 2, 4, 16), ""},
         {packed(4711, 2, 4, 16), ""},
-        {[](CTiffBuilder& builder) {
-             builder.tag(322, {65536});
-             builder.tag(323, {65536});
-             builder.page(2, 2, 16, 1, {8}, 16, 2);
-         },
-         "tiles of 65536 x 65536 pixels"}};
-    testing::internal::CaptureStderr();
-    for (const Row& row : aRow) {
-        CTiffBuilder builder;
-        builder.add("abcdefghijklmnop");
-        row.fnTags(builder);
-        builder.directory();
-        write(builder);
-        EXPECT_FALSE(read()) << row.pszReason;
-        EXPECT_TRUE(!m_strReason.isEmpty() && m_strReason.startsWith(row.pszReason))
-            << row.pszReason << " | " << qPrintable(m_strReason);
-        readTiffHeader(file(), 0);
-    }
-    // What libtiff says is a reason, and goes nowhere else.
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    });
+}
 
-    // Cut anywhere, a file is never taken for a whole one; the pages that are whole come.
+// The pages that are whole come.
+TEST_F(Tiff, AFileThatIsCutAnywhereIsNotTakenForAWholeOne)
+{
     CTiffBuilder builder;
     for (char ch : {'\1', '\2'}) {
         builder.page(3, 3, 8, 2, {builder.add(QByteArray(9, ch))}, 9, 3);
@@ -282,7 +335,11 @@ TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
         EXPECT_NE(m_strReason, "") << nSize;
         EXPECT_EQ(bRead, m_vecImage.size() == 1) << nSize;
     }
-    // Pages that share their pixels would grow beyond bounds.
+}
+
+// They would grow beyond bounds.
+TEST_F(Tiff, PagesThatShareTheirPixelsEndTheSeries)
+{
     CTiffBuilder shared;
     shared.add(QByteArray(4096, '\1'));
     for (int i = 0; i < 100; ++i) {
@@ -295,9 +352,13 @@ TEST_F(Tiff, DamagedFilesAreRefusedWithAReason)
     EXPECT_TRUE(m_strReason.endsWith("its pixels are those of other pages"));
 }
 
-TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
-{
-    const auto header = [&](const std::function<void(CTiffBuilder&)>& fnTags) {
+namespace {
+
+/// Files of one pixel, 255, with the tags of a program.
+class TiffTags : public Tiff {
+protected:
+    FrameHeader header(const Tags& fnTags)
+    {
         CTiffBuilder builder;
         fnTags(builder);
         builder.page(1, 1, 8, 2, {builder.add("\xff")}, 1, 1);
@@ -305,7 +366,13 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
         write(builder);
         EXPECT_TRUE(read());
         return readTiffHeader(file(), 0);
-    };
+    }
+};
+
+}  // namespace
+
+TEST_F(TiffTags, OfImageJTellThePixelSizeInReciprocalUnitsAlone)
+{
     for (const auto& [pszUnit, df] : {std::pair("1/nm", 0.0005),
                                       {"nm^-1", 0.0005},
                                       {"1/\\u00C5", 0.005},
@@ -322,6 +389,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
         EXPECT_TRUE(df == 0 || std::abs(ofImageJ.pixelSize.df - df) < 1e-12) << pszUnit;
         EXPECT_EQ(ofImageJ.listDoubt.size(), df > 0 || QByteArray(pszUnit) == "pixel" ? 0 : 1) << pszUnit;
     }
+}
+
+TEST_F(TiffTags, OfInstamaticTellNoUnitOfThePixelSize)
+{
     const FrameHeader instamatic = header([](CTiffBuilder& builder) {
         builder.text(305, "instamatic 1.7");
         builder.text(270, "ImageCameraName: timepix\nImageExposureTime: 0.4\nImagePixelsize: 0.0123\n");
@@ -331,6 +402,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_FALSE(instamatic.pixelSize.isTold());
     EXPECT_EQ(instamatic.listDoubt.size(), 2);
     EXPECT_EQ(pixels()[0], -1);
+}
+
+TEST_F(TiffTags, OfDectrisTellTheDetectorAndItsGaps)
+{
     const FrameHeader dectris = header([](CTiffBuilder& builder) {
         builder.text(
             270,
@@ -343,6 +418,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_EQ(dectris.exposure.df, 0.095);
     EXPECT_EQ(dectris.saturation.df, 1000);
     EXPECT_TRUE(std::isnan(pixels()[0]));  // a gap
+}
+
+TEST_F(TiffTags, OfDigitalMicrographTellThePixelSize)
+{
     const FrameHeader dm = header([](CTiffBuilder& builder) {
         quint64 nScale;
         const double dfScale = 0.02;
@@ -353,6 +432,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
         }
     });
     EXPECT_DOUBLE_EQ(dm.pixelSize.df, 0.002);
+}
+
+TEST_F(TiffTags, OfTvipsTellMicroscopeAndCamera)
+{
     const FrameHeader tvips = header([](CTiffBuilder& builder) {
         QByteArray bytes(6312, '\0');
         const auto put = [&](int nPlace, const QByteArray& value) { bytes.replace(nPlace, 4, value); };
@@ -370,6 +453,10 @@ TEST_F(Tiff, TagsOfProgramsTellWhatHasAUnit)
     EXPECT_DOUBLE_EQ(tvips.detectorPixel.df, 30);
     EXPECT_EQ(tvips.exposure.df, 0.5);
     EXPECT_EQ(tvips.listDoubt.size(), 2);  // of units that are not told
+}
+
+TEST_F(TiffTags, OfSisTellTheCamera)
+{
     const FrameHeader sis = header([](CTiffBuilder& builder) {
         QByteArray block(80, '\0');
         block.replace(10, 2, builder.number(quint64(-9), 2))
