@@ -227,26 +227,55 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
     }
 }
 
-TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
-{
+namespace {
+
+/// A series with links to its frames among its files.
+class BadUsage : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(QFile::link("f2.mrc", series.path("s.json")));
+        ASSERT_TRUE(QFile::link("new/s.pk", series.path("to.json")));
+        ASSERT_TRUE(QDir(series.path("")).mkdir("hard"));
+        ASSERT_TRUE(QFile::link("../f2.mrc", series.path("hard/s.hkl")));
+        ASSERT_EQ(link(qPrintable(series.path("f3.mrc")), qPrintable(series.path("hard.json"))), 0);
+        series.write("f0_s.mrc", "a frame");
+        series.write("s.uc", "a cell");
+        mapBefore = files();
+    }
+    void TearDown() override { EXPECT_EQ(files(), mapBefore) << "nothing is written"; }
+    QMap<QString, QByteArray> files() const
+    {
+        QMap<QString, QByteArray> map;
+        for (const QString& strName : QDir(series.path("")).entryList(QDir::Files)) {
+            map[strName] = series.read(strName);
+        }
+        return map;
+    }
+    struct Row {
+        QStringList listArgument;
+        const char* pszMessage;
+    };
+    static void expectRefused(const std::vector<Row>& vecRow)
+    {
+        for (const Row& row : vecRow) {
+            const BatchOutcome outcome = runBatch(row.listArgument);
+            EXPECT_EQ(outcome.nStatus, 2) << outcome.strText.toStdString();
+            EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(row.pszMessage)))
+                << row.listArgument.join(' ').toStdString() << ": " << outcome.strText.toStdString();
+        }
+    }
+
     Series series;
     const QString strProject = series.path("s.ed3d");
     QMap<QString, QByteArray> mapBefore;
-    ASSERT_TRUE(QFile::link("f2.mrc", series.path("s.json")) &&
-                QFile::link("new/s.pk", series.path("to.json")) && QDir(series.path("")).mkdir("hard") &&
-                QFile::link("../f2.mrc", series.path("hard/s.hkl")) &&
-                link(qPrintable(series.path("f3.mrc")), qPrintable(series.path("hard.json"))) == 0);
-    series.write("f0_s.mrc", "a frame");
-    series.write("s.uc", "a cell");
-    for (const QString& strName : QDir(series.path("")).entryList(QDir::Files)) {
-        mapBefore[strName] = series.read(strName);
-    }
-    const QString strFirst = series.path("f0.mrc");
-    const QStringList listGeometry = {"--wavelength", "0.0251", "--pixel-size", "0.01", "--axis", "10"};
-    const struct {
-        QStringList listArgument;
-        const char* pszMessage;
-    } aRow[] = {
+};
+
+}  // namespace
+
+TEST_F(BadUsage, OfInputsAndStagesIsRefused)
+{
+    expectRefused({
         {{}, "no project and no images given"},
         {{strProject, strProject}, "one project at a time"},
         {{strProject, "--no-such-option"}, "no-such-option"},
@@ -257,6 +286,17 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--export", "cif", "--to", "geometry"}, "needs the stage integrate"},
         {{strProject, "--export", "cif", "--virtual-frames", "-1"}, "virtual-frames"},
         {{strProject, "--from", "refine", "--to", "index"}, "lies before"},
+        {{strProject, "--tilt-step", "1"}, "--tilt-step"},
+        {{strProject, "--group", "1"}, "--from merge"},
+        {{series.path("f0.mrc")}, "--wavelength"},
+        {{"--summary"}, "no files of --json"},
+        {{"--summary", "--jobs", "1", strProject}, "no other option"},
+    });
+}
+
+TEST_F(BadUsage, OfNumbersIsRefused)
+{
+    expectRefused({
         {{strProject, "--refine-dstar-low", "-1"}, "from 0 to 1000 or auto"},
         {{strProject, "--peak-radius", "wide"}, "--peak-radius wide"},
         {{strProject, "--peak-radius", "nan"}, "--peak-radius nan"},
@@ -267,16 +307,28 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
         {{strProject, "--region", "1,2,65"}, "X,Y,SIZE"},
         {{strProject, "--jobs", "0"}, "--jobs 0"},
         {{strProject, "--cell-min", "30", "--cell-max", "3"}, "--cell-min"},
+        {{strProject, "--resolution-min", "0.8", "--resolution-max", "0.2"}, "0.8 lies above"},
+        {{strProject, "--window-defaults", "--intensity-min", "40000"}, "40000 lies above"},
+    });
+}
+
+TEST_F(BadUsage, OfKnownCellsIsRefused)
+{
+    expectRefused({
         {{strProject, "--known-cell", "4,5,6"}, "neither six numbers"},
         {{strProject, "--known-cell", "4,5,six,90,90,90"}, "\"six\" is no number"},
         {{strProject, "--known-cell", "4,5,6,90,90,200"}, "the six numbers make no cell"},
         {{strProject, "--known-cell", series.path("none.cif")}, "none.cif"},
         {{strProject, "--known-cell", "4,5,6,90,90,90", "--cell", "s.uc"}, "one of them tells the cell"},
         {{strProject, "--known-cell", "4,5,6,90,90,90", "--from", "index"}, "--from index lies behind"},
-        {{strProject, "--tilt-step", "1"}, "--tilt-step"},
-        {{strProject, "--group", "1"}, "--from merge"},
-        {{strProject, "--resolution-min", "0.8", "--resolution-max", "0.2"}, "0.8 lies above"},
-        {{strProject, "--window-defaults", "--intensity-min", "40000"}, "40000 lies above"},
+    });
+}
+
+TEST_F(BadUsage, OfTheNamesOfResultsIsRefused)
+{
+    const QString strFirst = series.path("f0.mrc");
+    const QStringList listGeometry = {"--wavelength", "0.0251", "--pixel-size", "0.01", "--axis", "10"};
+    expectRefused({
         {{strProject, "--json", strProject}, "would overwrite an input file"},
         {{strProject, "--json", series.path("hard/../f1.mrc")}, "would overwrite an input file"},
         {{strProject, "--json", series.path("s.json")}, "would overwrite an input file"},
@@ -296,35 +348,35 @@ TEST(BadUsage, EndsWithStatusTwoBeforeAnyWork)
          "by its name, no summary"},
         {QStringList{"--export", "scaled", strFirst, series.path("f0_s.mrc")} + listGeometry,
          "f0_s.mrc, which the run would write, is one of its input files"},
-        {{series.path("f0.mrc")}, "--wavelength"},
-        {{"--summary"}, "no files of --json"},
-        {{"--summary", "--jobs", "1", strProject}, "no other option"},
-    };
-    for (const auto& row : aRow) {
-        const BatchOutcome outcome = runBatch(row.listArgument);
-        EXPECT_EQ(outcome.nStatus, 2) << outcome.strText.toStdString();
-        EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(row.pszMessage)))
-            << row.listArgument.join(' ').toStdString() << ": " << outcome.strText.toStdString();
-    }
-    const QStringList listAfter = QDir(series.path("")).entryList(QDir::Files);
-    EXPECT_EQ(listAfter, QStringList(mapBefore.keys()));
-    for (const QString& strName : listAfter) {
-        EXPECT_EQ(series.read(strName), mapBefore[strName]) << strName.toStdString();
-    }
+    });
     EXPECT_FALSE(QFile::exists(series.path("new")));
 }
 
-TEST(Output, IsWholeWhenTheReaderLeaves)
-{
+namespace {
+
+/// A series whose peaks have been hunted.
+class Output : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(runShell(strFolder, "tessera-batch s.ed3d --to peaks").nStatus, 0);
+        nLines = lines();
+        bytesPeaks = series.read("s.pk");
+        ASSERT_GT(nLines, 10);
+    }
+    int lines() const { return series.read("s.log").count('\n'); }
+
     Series series;
     const QString strFolder = series.path("");
-    const auto lines = [&] { return series.read("s.log").count('\n'); };
-    ASSERT_EQ(runShell(strFolder, "tessera-batch s.ed3d --to peaks").nStatus, 0);
-    const int nLines = lines();
-    const QByteArray bytesPeaks = series.read("s.pk");
-    EXPECT_GT(nLines, 10);
+    int nLines = 0;  ///< of the log
+    QByteArray bytesPeaks;
+};
 
-    // A reader that leaves at once, of the log and of a table.
+}  // namespace
+
+// Of the log and of a table, at once.
+TEST_F(Output, IsWholeWhenTheReaderLeaves)
+{
     for (const char* pszFile : {"s.log", "s.pk"}) {
         QFile::remove(series.path(pszFile));
     }
@@ -340,14 +392,19 @@ TEST(Output, IsWholeWhenTheReaderLeaves)
                        "read n < status; exit $n")
                   .nStatus,
               0);
+}
 
-    // The summary on the standard output has it to itself.
+TEST_F(Output, OfTheSummaryHasTheStandardOutputToItself)
+{
     ASSERT_EQ(runShell(strFolder, "tessera-batch s.ed3d --to peaks --json - > out 2> err").nStatus, 0);
     const QJsonObject summary = QJsonDocument::fromJson(series.read("out")).object();
     EXPECT_EQ(summary["stage"].toString(), "peaks");
     EXPECT_EQ(series.read("err"), series.read("s.log"));
+}
 
-    // A pipe is written to and stays a pipe, also behind a link that has the name of a result.
+// Also behind a link that has the name of a result.
+TEST_F(Output, IntoAPipeLeavesItAPipe)
+{
     QFile::remove(series.path("s.pk"));
     EXPECT_EQ(runShell(strFolder,
                        "mkfifo one two && ln -s two s.pk && { timeout 60 cat one > summary & } &&"

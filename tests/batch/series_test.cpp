@@ -97,6 +97,52 @@ protected:
         writeBytes(QDir(strFolder).filePath("q.ed3d"), projectText(g_dfPixel * nBin, bytesFrames));
     }
 
+    /// The road of the simulated series with the options of a choice, and of files that were made so.
+    static void runBoth(const QString& strName, const QStringList& listOption, const QList<int>& listFirst,
+                        int nSum, int nBin)
+    {
+        ASSERT_NO_FATAL_FAILURE(makeFiles(made(strName), listFirst, nSum, nBin));
+        const QStringList listLast = {"--accept", "--export", "smv,xds"};
+        BatchOutcome outcome = runBatch(QStringList{made(strName) + "/q.ed3d"} + listLast);
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(3000).toStdString();
+        outcome = runBatch(QStringList{project(), "--out", out(strName)} + listOption + listLast);
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(3000).toStdString();
+    }
+    static QString made(const QString& strName) { return s_pDir->filePath("made_" + strName); }
+    static QString out(const QString& strName) { return s_pDir->filePath("out_" + strName); }
+    /// Expects results and an image of both that are alike.
+    static void expectAlike(const QString& strName, int nFrame)
+    {
+        int nCompared = 0;
+        for (const char* pszSuffix : {".sc", ".pk", ".uc", ".hkl", ".p4p", ".ipf", "_refined.uc",
+                                      "_refined.sc", "_integrated.hkl", "_merged.hkl"}) {
+            const QByteArray bytesMade = readBytes(made(strName) + "/q" + pszSuffix);
+            EXPECT_EQ(readBytes(out(strName) + "/q" + pszSuffix), bytesMade) << pszSuffix;
+            nCompared += bytesMade.size() > 50;
+        }
+        EXPECT_GE(nCompared, 9);
+        const QString strImage = '/' + QFileInfo(nameOf(nFrame)).completeBaseName() + ".img";
+        EXPECT_EQ(readBytes(out(strName) + strImage).mid(512), readBytes(made(strName) + strImage).mid(512));
+    }
+    /// Expects that the choice which the run kept is that of a later start, and of the refined project.
+    static void expectChoiceKept(const QString& strName)
+    {
+        const QStringList listAgain = {"--from", "merge", "--to", "index", "--accept"};
+        BatchOutcome outcome = runBatch(QStringList{project(), "--out", out(strName)} + listAgain);
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
+        EXPECT_EQ(runBatch(QStringList{made(strName) + "/q.ed3d"} + listAgain).nStatus, 0);
+        EXPECT_EQ(readBytes(out(strName) + "/q.ipf"), readBytes(made(strName) + "/q.ipf"));
+        const QString strAgain = s_pDir->filePath("again_" + strName);
+        outcome = runBatch({out(strName) + "/q_refined.ed3d", "--out", strAgain, "--to", "peaks"});
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
+        EXPECT_EQ(readBytes(strAgain + "/q_refined.pk"), readBytes(made(strName) + "/q.pk"));
+        outcome = runBatch({project(), "--out", out(strName), "--from", "merge", "--bin", "1"});
+        EXPECT_EQ(outcome.nStatus, 1);
+        EXPECT_TRUE(outcome.strText.contains("read otherwise")) << outcome.strText.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(s_pDir->filePath("q.series.json")))
+            << "results elsewhere change no project";
+    }
+
     static QTemporaryDir* s_pDir;
 };
 
@@ -104,71 +150,36 @@ QTemporaryDir* ReadSeries::s_pDir = nullptr;
 
 }  // namespace
 
-TEST_F(ReadSeries, GivesTheBytesOfFilesThatWereMadeSoBeforehand)
+// A frame is as wide as its sum, whatever the numbers in the names, and begins half of that before it.
+TEST_F(ReadSeries, SummedAndBinnedGivesTheBytesOfFilesThatWereMadeSo)
 {
-    QList<int> listSums, listCut;
+    QList<int> listFirst;
     for (int n = 3; n + 1 <= g_nFrames; n += 2) {
-        listSums.append(n);
+        listFirst.append(n);
     }
+    ASSERT_NO_FATAL_FAILURE(runBoth("both", {"--bin", "2", "--sum", "2", "--frames", "3-"}, listFirst, 2, 2));
+    expectAlike("both", listFirst[3]);
+    const QByteArray bytesXds = readBytes(out("both") + "/XDS.INP");
+    EXPECT_TRUE(bytesXds.contains("OSCILLATION_RANGE= 1.000000")) << bytesXds.toStdString();
+    EXPECT_TRUE(bytesXds.contains("DATA_RANGE= 1 29")) << bytesXds.toStdString();
+    EXPECT_TRUE(bytesXds.contains("STARTING_ANGLE= -14.25000"));
+    expectChoiceKept("both");
+}
+
+TEST_F(ReadSeries, WithAHoleGivesTheBytesOfFilesThatWereMadeSo)
+{
+    QList<int> listFirst;
     for (int n = 5; n <= 50; ++n) {
         if (n < 20 || n > 22) {
-            listCut.append(n);
+            listFirst.append(n);
         }
     }
-    const struct {
-        QString strName;
-        QStringList listOption;
-        QList<int> listFirst;
-        int nSum, nBin;
-    } aRow[] = {{"both", {"--bin", "2", "--sum", "2", "--frames", "3-"}, listSums, 2, 2},
-                {"hole", {"--frames", "5-50", "--skip", "20-22", "--jobs", "2"}, listCut, 1, 1}};
-    for (const auto& row : aRow) {
-        const QString strMade = s_pDir->filePath("made_" + row.strName);
-        const QString strOut = s_pDir->filePath("out_" + row.strName);
-        ASSERT_NO_FATAL_FAILURE(makeFiles(strMade, row.listFirst, row.nSum, row.nBin));
-        const QStringList listLast = {"--accept", "--export", "smv,xds"};
-        BatchOutcome outcome = runBatch(QStringList{strMade + "/q.ed3d"} + listLast);
-        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(3000).toStdString();
-        outcome = runBatch(QStringList{project(), "--out", strOut} + row.listOption + listLast);
-        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(3000).toStdString();
-        int nCompared = 0;
-        for (const char* pszSuffix : {".sc", ".pk", ".uc", ".hkl", ".p4p", ".ipf", "_refined.uc",
-                                      "_refined.sc", "_integrated.hkl", "_merged.hkl"}) {
-            const QByteArray bytesMade = readBytes(strMade + "/q" + pszSuffix);
-            EXPECT_EQ(readBytes(strOut + "/q" + pszSuffix), bytesMade) << pszSuffix;
-            nCompared += bytesMade.size() > 50;
-        }
-        EXPECT_GE(nCompared, 9);
-        const QString strImage = QFileInfo(nameOf(row.listFirst[3])).completeBaseName() + ".img";
-        EXPECT_EQ(readBytes(strOut + "/" + strImage).mid(512), readBytes(strMade + "/" + strImage).mid(512));
-
-        // A frame is as wide as its sum, whatever the numbers in the names, and begins half of that before
-        // it.
-        const QByteArray bytesXds = readBytes(strOut + "/XDS.INP");
-        if (row.nSum == 2) {
-            EXPECT_TRUE(bytesXds.contains("OSCILLATION_RANGE= 1.000000")) << bytesXds.toStdString();
-            EXPECT_TRUE(bytesXds.contains("DATA_RANGE= 1 29")) << bytesXds.toStdString();
-            EXPECT_TRUE(bytesXds.contains("STARTING_ANGLE= -14.25000"));
-        } else {
-            EXPECT_TRUE(bytesXds.contains("EXCLUDE_DATA_RANGE= 20 22")) << bytesXds.toStdString();
-        }
-
-        // What the run kept is the choice of a later start, and of the refined project.
-        const QStringList listAgain = {"--from", "merge", "--to", "index", "--accept"};
-        outcome = runBatch(QStringList{project(), "--out", strOut} + listAgain);
-        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
-        EXPECT_EQ(runBatch(QStringList{strMade + "/q.ed3d"} + listAgain).nStatus, 0);
-        EXPECT_EQ(readBytes(strOut + "/q.ipf"), readBytes(strMade + "/q.ipf"));
-        const QString strAgain = s_pDir->filePath("again_" + row.strName);
-        outcome = runBatch({strOut + "/q_refined.ed3d", "--out", strAgain, "--to", "peaks"});
-        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
-        EXPECT_EQ(readBytes(strAgain + "/q_refined.pk"), readBytes(strMade + "/q.pk"));
-        outcome = runBatch({project(), "--out", strOut, "--from", "merge", "--bin", "1"});
-        EXPECT_EQ(outcome.nStatus, 1);
-        EXPECT_TRUE(outcome.strText.contains("read otherwise")) << outcome.strText.toStdString();
-    }
-    EXPECT_FALSE(QFileInfo::exists(s_pDir->filePath("q.series.json")))
-        << "results elsewhere change no project";
+    ASSERT_NO_FATAL_FAILURE(
+        runBoth("hole", {"--frames", "5-50", "--skip", "20-22", "--jobs", "2"}, listFirst, 1, 1));
+    expectAlike("hole", listFirst[3]);
+    const QByteArray bytesXds = readBytes(out("hole") + "/XDS.INP");
+    EXPECT_TRUE(bytesXds.contains("EXCLUDE_DATA_RANGE= 20 22")) << bytesXds.toStdString();
+    expectChoiceKept("hole");
 }
 
 TEST_F(ReadSeries, WhatIsNoChoiceOfTheSeriesIsBadUsage)
