@@ -39,68 +39,97 @@ gemmi::Intensities mergedByGemmi(const std::vector<Observation>& list, const cha
 
 }  // namespace
 
-TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
-{
-    SyntheticOptions options;
-    options.bPrimitive = false;
-    options.dfElectrons = 40;
-    options.dfB = 0.2;
-    options.dfDMin = 0.8;
-    const SyntheticSeries made = syntheticSeries(structureNamed("natrolite"), options);
+namespace {
+
+/// A series of natrolite merged in its Laue class, by the program and by gemmi.
+class MergedNatrolite : public testing::Test {
+protected:
+    typedef std::array<int, 3> Index;
+
+    static SyntheticSeries series()
+    {
+        SyntheticOptions options;
+        options.bPrimitive = false;
+        options.dfElectrons = 40;
+        options.dfB = 0.2;
+        options.dfDMin = 0.8;
+        return syntheticSeries(structureNamed("natrolite"), options);
+    }
+    void SetUp() override
+    {
+        symmetry.ops = gemmi::get_spacegroup_by_name("F m m m").operations();
+        quality = judgeMerging(list, symmetry, made.lattice.cell, made.series.frameCount(), 0.8);
+        merged = mergedByGemmi(list, "F m m m");
+        for (const gemmi::Intensities::Refl& one : merged.data) {
+            mapMerged[one.hkl] = one;
+        }
+        const gemmi::ReciprocalAsu asu(merged.spacegroup);
+        for (const Observation& observation : list) {
+            mapGroup[asu.to_asu(observation.anIndex, symmetry.ops).first].push_back(observation);
+        }
+    }
+
+    const SyntheticSeries made = series();
     const std::vector<Observation>& list = made.integrated.listObservation;
     ObservationSymmetry symmetry;
-    symmetry.ops = gemmi::get_spacegroup_by_name("F m m m").operations();
-    const CellParameters cell = made.lattice.cell;
-    const MergingQuality quality = judgeMerging(list, symmetry, cell, made.series.frameCount(), 0.8);
+    MergingQuality quality;
+    gemmi::Intensities merged;
+    std::map<Index, gemmi::Intensities::Refl> mapMerged;
+    std::map<Index, std::vector<Observation>> mapGroup;  ///< of equivalents
+};
 
-    const gemmi::Intensities merged = mergedByGemmi(list, "F m m m");
+}  // namespace
+
+TEST_F(MergedNatrolite, HasGemmisMeans)
+{
     ASSERT_EQ(quality.listMerged.size(), merged.data.size());
-    std::map<std::array<int, 3>, gemmi::Intensities::Refl> mapMerged;
-    for (const gemmi::Intensities::Refl& one : merged.data) {
-        mapMerged[one.hkl] = one;
-    }
     for (const MergedReflection& one : quality.listMerged) {
         ASSERT_EQ(mapMerged.count(one.anIndex), 1u);
         EXPECT_NEAR(one.dfIntensity, mapMerged[one.anIndex].value, 1e-9 * std::abs(one.dfIntensity));
         EXPECT_EQ(one.nObserved, mapMerged[one.anIndex].nobs);
     }
-    // Rint with gemmi's means, and CC1/2 as the mean of halves drawn at random.
-    std::map<std::array<int, 3>, std::vector<double>> mapGroup;
-    const gemmi::ReciprocalAsu asu(merged.spacegroup);
+}
+
+// With gemmi's means. From three observations on the scatter counts where it is more than the sigmas say.
+TEST_F(MergedNatrolite, HasRintAndSigmasOfItsDeviations)
+{
     double dfDeviations = 0;
     double dfIntensities = 0;
-    std::map<std::array<int, 3>, double> mapSquares;  // of the deviations, in sigmas
-    for (const Observation& observation : list) {
-        const std::array<int, 3> an = asu.to_asu(observation.anIndex, symmetry.ops).first;
-        mapGroup[an].push_back(observation.corrected());
-        const double dfOff = (observation.corrected() - mapMerged[an].value) / observation.correctedSigma();
-        mapSquares[an] += dfOff * dfOff;
-        if (mapMerged[an].nobs > 1) {
-            dfDeviations += std::abs(observation.corrected() - mapMerged[an].value);
-            dfIntensities += observation.corrected();
+    std::map<Index, double> mapSquares;  // of the deviations, in sigmas
+    for (const auto& [an, listEqual] : mapGroup) {
+        for (const Observation& observation : listEqual) {
+            const double dfOff = observation.corrected() - mapMerged[an].value;
+            mapSquares[an] += std::pow(dfOff / observation.correctedSigma(), 2);
+            if (mapMerged[an].nobs > 1) {
+                dfDeviations += std::abs(dfOff);
+                dfIntensities += observation.corrected();
+            }
         }
     }
     EXPECT_NEAR(quality.overall.dfRInt, dfDeviations / dfIntensities, 1e-9);
-    // From three observations on the scatter counts where it is more than the sigmas say.
     for (const MergedReflection& one : quality.listMerged) {
         const double dfScatter = one.nObserved < 3 ? 0 : mapSquares[one.anIndex] / (one.nObserved - 1);
         const double dfSigma = mapMerged[one.anIndex].sigma * std::sqrt(std::max(1.0, dfScatter));
         EXPECT_NEAR(one.dfSigma, dfSigma, 1e-9 * one.dfSigma);
     }
+}
+
+TEST_F(MergedNatrolite, HasACcHalfAsTheMeanOfHalvesDrawnAtRandom)
+{
     std::mt19937 random(7);
     double dfCorrelation = 0;
     const int nRounds = 100;
     for (int n = 0; n < nRounds; ++n) {
         gemmi::Correlation correlation;
-        for (auto& [an, listValue] : mapGroup) {
-            if (listValue.size() > 1) {
-                std::shuffle(listValue.begin(), listValue.end(), random);
-                const size_t nHalf = listValue.size() / 2;
+        for (auto& [an, listEqual] : mapGroup) {
+            if (listEqual.size() > 1) {
+                std::shuffle(listEqual.begin(), listEqual.end(), random);
+                const size_t nHalf = listEqual.size() / 2;
                 double dfOne = 0;
                 double dfOther = 0;
-                for (size_t i = 0; i < listValue.size(); ++i) {
-                    (i < nHalf ? dfOne : dfOther) += listValue[i] /
-                                                     double(i < nHalf ? nHalf : listValue.size() - nHalf);
+                for (size_t i = 0; i < listEqual.size(); ++i) {
+                    (i < nHalf ? dfOne : dfOther) += listEqual[i].corrected() /
+                                                     double(i < nHalf ? nHalf : listEqual.size() - nHalf);
                 }
                 correlation.add_point(dfOne, dfOther);
             }
@@ -109,9 +138,12 @@ TEST(MergingQuality, AgreesWithGemmiAndWithHalvesAtRandom)
     }
     EXPECT_NEAR(quality.overall.dfCcHalf, dfCorrelation, 0.01);
     EXPECT_LT(quality.overall.dfCcHalf, 0.995);  // so that the comparison means something
+}
 
+TEST_F(MergedNatrolite, IsCompleteAsGemmiCounts)
+{
     EXPECT_EQ(quality.overall.nPossible,
-              gemmi::count_reflections(cellOfGemmi(cell), merged.spacegroup, 0.8 / (1 + 1e-6)));
+              gemmi::count_reflections(cellOfGemmi(made.lattice.cell), merged.spacegroup, 0.8 / (1 + 1e-6)));
     int nUnique = 0;
     int nPossible = 0;
     for (const ShellQuality& shell : quality.listShell) {
@@ -178,65 +210,93 @@ TEST(MergingQuality, WilsonPlotSeesAFallOff)
 
 // Whatever a series holds, the judgement comes to its end, with numbers that are finite where its docstrings
 // do not say otherwise.
-TEST(Judgement, BadInputGivesNoNonsense)
+namespace {
+
+void expectLikelihood(double df)
 {
-    const SyntheticSeries good = syntheticSeries(structureNamed("anatase"), {});
+    EXPECT_GE(df, 0);
+    EXPECT_LE(df, 1);
+}
+
+/// Expects numbers that are finite, and reasons where nothing is.
+void expectSound(const IntegrationResult& result, const CRecordingReport& report)
+{
+    ASSERT_FALSE(result.laue.listCandidate.empty());
+    EXPECT_TRUE(std::any_of(result.laue.listCandidate.begin(), result.laue.listCandidate.end(),
+                            [](const LaueCandidate& one) { return one.strClass == "-1"; }));
+    for (const LaueCandidate& candidate : result.laue.listCandidate) {
+        expectLikelihood(candidate.dfLikelihood);
+    }
+    EXPECT_TRUE(std::isfinite(result.scaling.dfErrorA));
+    EXPECT_TRUE(std::isfinite(result.scaling.dfErrorB));
+    for (const double df : result.scaling.listFrameScale) {
+        EXPECT_TRUE(std::isfinite(df)) << df;
+        EXPECT_GT(df, 0);
+    }
+    for (const SpaceGroupCandidate& candidate : result.spaceGroups.listCandidate) {
+        expectLikelihood(candidate.dfLikelihood);
+    }
+    for (const MergedReflection& merged : result.quality.listMerged) {
+        EXPECT_TRUE(std::isfinite(merged.dfIntensity)) << merged.dfIntensity;
+        EXPECT_GT(merged.dfSigma, 0);
+    }
+    if (result.quality.listMerged.empty()) {
+        EXPECT_TRUE(report.said("red No reflection was measured"));
+        EXPECT_EQ(result.chosen.strClass, QString("-1"));
+    }
+}
+
+}  // namespace
+
+namespace {
+
+using Change = std::function<void(std::vector<Observation>&)>;
+
+/// What may be wrong with observations, by name.
+std::map<std::string, Change> changesForTheWorse()
+{
     const double dfNone = std::numeric_limits<double>::quiet_NaN();
-    using Change = std::function<void(std::vector<Observation>&)>;
     const auto each = [](const std::function<void(Observation&)>& fn) {
         return Change([fn](std::vector<Observation>& list) { std::for_each(list.begin(), list.end(), fn); });
     };
-    const std::map<std::string, Change> mapChange = {
-        {"empty", [](std::vector<Observation>& list) { list.clear(); }},
-        {"one", [](std::vector<Observation>& list) { list.resize(1); }},
-        {"two", [](std::vector<Observation>& list) { list.resize(2); }},
-        {"flagged", each([](Observation& o) { o.nFlags = FlagMasked; })},
-        {"unmeasured", each([](Observation& o) { o.dfSigma = 0; })},
-        {"zero", each([](Observation& o) { o.dfIntensity = 0; })},
-        {"negative", each([](Observation& o) { o.dfIntensity = -5; })},
-        {"equal", each([](Observation& o) { o.dfIntensity = 100; })},
-        {"huge", each([](Observation& o) {
-             o.dfIntensity *= 1e27;
-             o.dfSigma *= 1e27;
-         })},
-        {"beyond", each([](Observation& o) { o.dfIntensity = 1e300; })},
-        {"no number", each([dfNone](Observation& o) { o.dfIntensity = dfNone; })},
-        {"no frame", each([dfNone](Observation& o) { o.dfFrame = dfNone; })},
-        {"far frames", each([](Observation& o) { o.dfFrame *= 1e20; })},
-        {"no speed", each([](Observation& o) { o.dfSpeed = 0; })},
-        {"one reflection", each([](Observation& o) {
-             o.anIndex = {1, 2, 3};
-         })},
-        {"origin", each([](Observation& o) {
-             o.anIndex = {0, 0, 0};
-         })}};
-    for (const auto& [strName, fnChange] : mapChange) {
+    return {{"empty", [](std::vector<Observation>& list) { list.clear(); }},
+            {"one", [](std::vector<Observation>& list) { list.resize(1); }},
+            {"two", [](std::vector<Observation>& list) { list.resize(2); }},
+            {"flagged", each([](Observation& o) { o.nFlags = FlagMasked; })},
+            {"unmeasured", each([](Observation& o) { o.dfSigma = 0; })},
+            {"zero", each([](Observation& o) { o.dfIntensity = 0; })},
+            {"negative", each([](Observation& o) { o.dfIntensity = -5; })},
+            {"equal", each([](Observation& o) { o.dfIntensity = 100; })},
+            {"huge", each([](Observation& o) {
+                 o.dfIntensity *= 1e27;
+                 o.dfSigma *= 1e27;
+             })},
+            {"beyond", each([](Observation& o) { o.dfIntensity = 1e300; })},
+            {"no number", each([dfNone](Observation& o) { o.dfIntensity = dfNone; })},
+            {"no frame", each([dfNone](Observation& o) { o.dfFrame = dfNone; })},
+            {"far frames", each([](Observation& o) { o.dfFrame *= 1e20; })},
+            {"no speed", each([](Observation& o) { o.dfSpeed = 0; })},
+            {"one reflection", each([](Observation& o) {
+                 o.anIndex = {1, 2, 3};
+             })},
+            {"origin", each([](Observation& o) {
+                 o.anIndex = {0, 0, 0};
+             })}};
+}
+
+}  // namespace
+
+TEST(Judgement, BadInputGivesNoNonsense)
+{
+    const SyntheticSeries good = syntheticSeries(structureNamed("anatase"), {});
+    for (const auto& [strName, fnChange] : changesForTheWorse()) {
         SCOPED_TRACE(strName);
         IntegratedSeries integrated = good.integrated;
         fnChange(integrated.listObservation);
         CRecordingReport report;
         const IntegrationResult result = judgeIntegration(integrated, good.series, good.lattice, {}, report);
         EXPECT_EQ(result.integrated.listObservation.size(), integrated.listObservation.size());
-        ASSERT_FALSE(result.laue.listCandidate.empty());
-        EXPECT_TRUE(std::any_of(result.laue.listCandidate.begin(), result.laue.listCandidate.end(),
-                                [](const LaueCandidate& one) { return one.strClass == "-1"; }));
-        for (const LaueCandidate& candidate : result.laue.listCandidate) {
-            EXPECT_TRUE(candidate.dfLikelihood >= 0 && candidate.dfLikelihood <= 1);
-        }
-        EXPECT_TRUE(std::isfinite(result.scaling.dfErrorA) && std::isfinite(result.scaling.dfErrorB));
-        for (const double df : result.scaling.listFrameScale) {
-            EXPECT_TRUE(std::isfinite(df) && df > 0);
-        }
-        for (const SpaceGroupCandidate& candidate : result.spaceGroups.listCandidate) {
-            EXPECT_TRUE(candidate.dfLikelihood >= 0 && candidate.dfLikelihood <= 1);
-        }
-        for (const MergedReflection& merged : result.quality.listMerged) {
-            EXPECT_TRUE(std::isfinite(merged.dfIntensity) && merged.dfSigma > 0);
-        }
-        if (result.quality.listMerged.empty()) {
-            EXPECT_TRUE(report.said("red No reflection was measured"));
-            EXPECT_EQ(result.chosen.strClass, QString("-1"));
-        }
+        expectSound(result, report);
     }
     // No cell, no frames.
     CRunReport report;

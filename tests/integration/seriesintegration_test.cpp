@@ -182,7 +182,8 @@ TEST(SeriesIntegration, FlagsWhatIsNoMeasurement)
     ASSERT_TRUE(integrated(frames, result).finished());
     EXPECT_TRUE(find(result, spot.anIndex)->nFlags & FlagBlankFrame);
     for (const Observation& o : result.listObservation) {
-        EXPECT_TRUE(std::isfinite(o.dfIntensity) && std::isfinite(o.dfSigma));
+        EXPECT_TRUE(std::isfinite(o.dfIntensity));
+        EXPECT_TRUE(std::isfinite(o.dfSigma));
         const bool bFar = o.nFirstFrame > nFrame || o.nLastFrame < nFrame;
         EXPECT_FALSE(bFar && (o.nFlags & FlagBlankFrame));
     }
@@ -270,7 +271,8 @@ TEST(SeriesIntegration, LeavesOutWhatLiesInGapsAndMeasuresTheRestAsBefore)
     const double dfRadius = result.model.dfDiscRadius;
     int nInGap = 0, nSame = 0;
     for (const Observation& o : result.listObservation) {
-        EXPECT_TRUE(std::isfinite(o.dfIntensity) && std::isfinite(o.dfSigma));
+        EXPECT_TRUE(std::isfinite(o.dfIntensity));
+        EXPECT_TRUE(std::isfinite(o.dfSigma));
         const double dfFrom = std::min(std::abs(o.place.dfX - nGap - 2.5),
                                        std::abs(o.place.dfY - nGap - 2.5));
         if (dfFrom < 2.5 + dfRadius - 1) {
@@ -323,55 +325,73 @@ TEST(SeriesIntegration, IsTheSameForAnyNumberOfJobsAndStops)
     }
 }
 
-TEST(SeriesIntegration, SaysWhatItCannotDo)
+namespace {
+
+/// Expects that the integration does not come about, for a reason with some words, and gives nothing.
+void expectRefused(const DataSet& data, const SeriesGeometry& geometry, const char* pszWords)
+{
+    CRunReport report;
+    IntegratedSeries result;
+    const RunOutcome outcome = integrateSeries(data, geometry, {}, 2, report, result);
+    EXPECT_FALSE(outcome.finished()) << pszWords;
+    EXPECT_TRUE(result.listObservation.empty()) << pszWords;
+    EXPECT_TRUE(outcome.strReason.contains(pszWords)) << outcome.strReason.toStdString();
+}
+
+void overwriteAll(const CSimulatedFrames& frames, float fValue)
+{
+    const SimulationParameters& p = frames.m_series.parameters;
+    for (int n = 0; n < p.nFrames; ++n) {
+        overwrite(frames, n, std::vector<float>(size_t(p.nSize) * size_t(p.nSize), fValue));
+    }
+}
+
+}  // namespace
+
+TEST(SeriesIntegration, SaysWhatIsWrongWithTheGeometry)
 {
     CSimulatedFrames frames(smallCrystal());
     frames.write();
-    const auto reasonOf = [&](const DataSet& data, const SeriesGeometry& geometry) {
-        CRunReport report;
-        IntegratedSeries result;
-        const RunOutcome outcome = integrateSeries(data, geometry, {}, 2, report, result);
-        EXPECT_FALSE(outcome.finished());
-        EXPECT_TRUE(result.listObservation.empty());
-        return outcome.strReason.toStdString();
-    };
-    EXPECT_NE(reasonOf({}, {}).find("no frames"), std::string::npos);
-    EXPECT_NE(reasonOf(frames.m_data, {}).find("geometry is that of 0 frames"), std::string::npos);
+    expectRefused({}, {}, "no frames");
+    expectRefused(frames.m_data, {}, "geometry is that of 0 frames");
     DataSet two;
     two.m_listFrameFile = frames.m_data.m_listFrameFile.mid(0, 2);
     SeriesGeometry geometry = frames.m_geometry;
     geometry.listTilt.resize(2);
     geometry.listBeam.resize(2);
-    EXPECT_NE(reasonOf(two, geometry).find("too few"), std::string::npos);
+    expectRefused(two, geometry, "too few");
     // Tilts that hardly change: all that cross at all are slow.
     geometry = frames.m_geometry;
     for (size_t n = 0; n < geometry.listTilt.size(); ++n) {
         geometry.listTilt[n] = 0.01 * double(n);
     }
-    EXPECT_NE(reasonOf(frames.m_data, geometry).find("slow"), std::string::npos)
-        << reasonOf(frames.m_data, geometry);
+    expectRefused(frames.m_data, geometry, "slow");
     geometry.listTilt.assign(geometry.listTilt.size(), 5);
-    EXPECT_NE(reasonOf(frames.m_data, geometry).find("No reflection crosses"), std::string::npos);
+    expectRefused(frames.m_data, geometry, "No reflection crosses");
+    geometry = frames.m_geometry;
+    geometry.sizeFrame = {};
+    expectRefused(frames.m_data, geometry, "can be read");
+}
+
+TEST(SeriesIntegration, SaysWhatIsWrongWithTheFrames)
+{
+    CSimulatedFrames frames(smallCrystal());
+    frames.write();
     DataSet masked;
     masked.m_listFrameFile = frames.m_data.m_listFrameFile;
     masked.m_maskPeakHunting.listPolygon = {QPolygonF(QRectF(-1, -1, 300, 300))};
-    EXPECT_NE(reasonOf(masked, frames.m_geometry).find("masked"), std::string::npos);
+    expectRefused(masked, frames.m_geometry, "masked");
+    overwriteAll(frames, 0);
+    expectRefused(frames.m_data, frames.m_geometry, "above its background");
+    overwriteAll(frames, 30000);
+    expectRefused(frames.m_data, frames.m_geometry, "saturated");
+}
 
-    geometry = frames.m_geometry;
-    geometry.sizeFrame = {};
-    EXPECT_NE(reasonOf(frames.m_data, geometry).find("can be read"), std::string::npos);
-
-    // Nothing on the frames, all pixels full, then all below 0.
-    const SimulationParameters& p = frames.m_series.parameters;
-    for (int n = 0; n < p.nFrames; ++n) {
-        overwrite(frames, n, std::vector<float>(size_t(p.nSize) * size_t(p.nSize), 0.f));
-    }
-    EXPECT_NE(reasonOf(frames.m_data, frames.m_geometry).find("above its background"), std::string::npos);
-    for (int n = 0; n < p.nFrames; ++n) {
-        overwrite(frames, n, std::vector<float>(size_t(p.nSize) * size_t(p.nSize), 30000.f));
-    }
-    EXPECT_NE(reasonOf(frames.m_data, frames.m_geometry).find("saturated"), std::string::npos);
-    for (int n = 0; n < p.nFrames; ++n) {
+TEST(SeriesIntegration, GivesNumbersOnFramesBelowZero)
+{
+    CSimulatedFrames frames(smallCrystal());
+    frames.write();
+    for (int n = 0; n < frames.m_series.parameters.nFrames; ++n) {
         std::vector<float> listPixel = renderFrame(frames.m_series, n);
         for (float& f : listPixel) {
             f -= 20000;
@@ -382,7 +402,8 @@ TEST(SeriesIntegration, SaysWhatItCannotDo)
     IntegratedSeries result;
     if (integrateSeries(frames.m_data, frames.m_geometry, {}, 2, report, result).finished()) {
         for (const Observation& o : result.listObservation) {
-            EXPECT_TRUE(std::isfinite(o.dfIntensity) && std::isfinite(o.dfSigma));
+            EXPECT_TRUE(std::isfinite(o.dfIntensity)) << o.dfIntensity;
+            EXPECT_TRUE(std::isfinite(o.dfSigma)) << o.dfSigma;
         }
     }
 }
