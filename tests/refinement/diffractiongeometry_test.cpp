@@ -81,10 +81,30 @@ TEST(DiffractionGeometry, withoutNewTermsItIsTheMapping)
     }
 }
 
-// What a project tells, in complex numbers with y up: each term by what it says of the pattern.
-TEST(DiffractionGeometry, theMappingUndoesWhatAProjectTells)
+namespace {
+
+/// A place as it was before the lens of toldSeries() moved it, in complex numbers with y up: each term by
+/// what it says of the pattern.
+QPointF undoneByHand(const QPointF& pt, bool bStretching)
 {
     using Complex = std::complex<double>;
+    const Complex z(pt.x(), -pt.y());
+    Complex before = z;  // what the projector lenses moved to z, and they come last
+    for (int n = 0; n < 200; ++n) {
+        const double dfRatio = std::abs(before) / 240;
+        before = z + before * (Complex(0.02, 0.006) * dfRatio * dfRatio -  // outwards, against the turn
+                               0.009 * dfRatio * std::cos(std::arg(before) - radians(-110)));
+    }
+    const double dfAlong = bStretching ? 0.015 * std::cos(2 * (std::arg(z) - radians(33))) : 0;
+    // Shorter where it is longer.
+    const Complex undone = before + z * dfAlong -
+                           0.012 * std::polar(1.0, 2 * radians(70)) * std::conj(before);
+    return {undone.real(), -undone.imag()};
+}
+
+/// A series whose project tells a stretching and a lens of every order.
+DataSet toldSeries()
+{
     DataSet dataSet;
     dataSet.m_dfWavelength = 0.0251;
     dataSet.m_dfPixelSize = 0.004;
@@ -93,32 +113,38 @@ TEST(DiffractionGeometry, theMappingUndoesWhatAProjectTells)
     dataSet.m_dfStretchAzimuth = 33;
     dataSet.m_listOverallTilt = {-50, 60};
     dataSet.m_listCell = {{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}};
-    SeriesDistortion& told = dataSet.m_distortion;
-    told = {1.2, 70, 2, -0.6, 0.9, -110, 240, 0.8};
+    dataSet.m_distortion = {1.2, 70, 2, -0.6, 0.9, -110, 240, 0.8};
+    return dataSet;
+}
+
+const QPointF g_aPlace[] = {{0, 0}, {200, -30}, {-1, 270}, {-210, -190}};
+
+}  // namespace
+
+TEST(DiffractionGeometry, theCorrectionUndoesWhatAProjectTells)
+{
+    const DataSet dataSet = toldSeries();
+    for (const bool bStretching : {false, true}) {
+        const CPlaceCorrection correction = placeCorrection(dataSet, bStretching);
+        for (const QPointF& pt : g_aPlace) {
+            const QPointF ptUndone = correction.undone(pt), ptByHand = undoneByHand(pt, bStretching);
+            EXPECT_NEAR(ptUndone.x(), ptByHand.x(), 1e-9);
+            EXPECT_NEAR(ptUndone.y(), ptByHand.y(), 1e-9);
+            const QPointF ptBack = correction.putBack(ptUndone).value();
+            EXPECT_NEAR(ptBack.x(), pt.x(), 1e-9);
+            EXPECT_NEAR(ptBack.y(), pt.y(), 1e-9);
+        }
+    }
+}
+
+TEST(DiffractionGeometry, ofAProjectIsThatOfTheMappingAndLeadsBack)
+{
+    const DataSet dataSet = toldSeries();
     MappingParameters mapping;
     for (const bool bStretching : {false, true}) {
         mapping.m_bApplyStretching = bStretching;
         const DiffractionGeometry geometry = geometryOfSeries(dataSet, mapping).value();
-        const CPlaceCorrection correction = placeCorrection(dataSet, bStretching);
-        for (const QPointF pt : {QPointF(0, 0), QPointF(200, -30), QPointF(-1, 270), QPointF(-210, -190)}) {
-            const Complex z(pt.x(), -pt.y());
-            Complex before = z;  // what the projector lenses moved to z, and they come last
-            for (int n = 0; n < 200; ++n) {
-                const double dfRatio = std::abs(before) / 240;
-                before = z +
-                         before * (Complex(0.02, 0.006) * dfRatio * dfRatio -  // outwards, against the turn
-                                   0.009 * dfRatio * std::cos(std::arg(before) - radians(-110)));
-            }
-            const double dfAlong = bStretching ? 0.015 * std::cos(2 * (std::arg(z) - radians(33))) : 0;
-            // Shorter where it is longer.
-            const Complex undone = before + z * dfAlong -
-                                   0.012 * std::polar(1.0, 2 * radians(70)) * std::conj(before);
-            const QPointF ptUndone = correction.undone(pt);
-            EXPECT_NEAR(ptUndone.x(), undone.real(), 1e-9);
-            EXPECT_NEAR(ptUndone.y(), -undone.imag(), 1e-9);
-            const QPointF ptBack = correction.putBack(ptUndone).value();
-            EXPECT_NEAR(ptBack.x(), pt.x(), 1e-9);
-            EXPECT_NEAR(ptBack.y(), pt.y(), 1e-9);
+        for (const QPointF& pt : g_aPlace) {
             for (const double dfTilt : {-50.0, 23.5}) {
                 Peak3D peak;
                 peak.dfX2D = pt.x() + 256;
@@ -134,7 +160,7 @@ TEST(DiffractionGeometry, theMappingUndoesWhatAProjectTells)
         }
         SeriesDistortion back = seriesDistortion(geometry);
         for (const DistortionKeyword& row : g_aDistortionKeyword) {
-            EXPECT_NEAR(back.*row.pMember, told.*row.pMember, 1e-9) << row.pszKeyword;
+            EXPECT_NEAR(back.*row.pMember, dataSet.m_distortion.*row.pMember, 1e-9) << row.pszKeyword;
         }
     }
 }
