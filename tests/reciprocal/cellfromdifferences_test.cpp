@@ -25,6 +25,38 @@ Peak3D indexed(double h, double k, double l, double dfIntensity, double dfX, dou
     return peak;
 }
 
+/// Three peaks: two pairs of one difference whose lengths disagree, and one of equal indices; and a weak one.
+class ThreePeaks : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        data.m_listCell = {{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}};
+        parameters.m_dfRefineDStarLow = 0.1;
+        parameters.m_dfRefineDStarHigh = 0.5;
+        parameters.m_bOutputPeakList = true;
+        parameters.m_referenceCell = {10.4, 9.6, 10, 90, 94.9, 90};
+    }
+    /// The lines of the log of a refinement.
+    QStringList run(const FnRefinePositions& fnRefine = {})
+    {
+        report.m_listLine.clear();
+        refineCellFromDifferenceVectors(vecPeak, data, parameters, report, fnRefine);
+        return report.m_listLine;
+    }
+
+    const QVector<QList<Peak3D>> vecPeak{{indexed(1, 0.2, 0, 200, 100, 100), indexed(0, 1, 0, 300, 200, 110),
+                                          indexed(0, 1, -0.4, 150, 100, 250),
+                                          indexed(5, 5, 5, 99, 300, 300)}};
+    DataSet data;
+    RefinementParameters parameters;
+    CRecordingReport report;
+    const QString strFirst = "     1    5   1  -1   0 0.100499   1   0   0    200.0  100.0  100.0";
+    const QString strThird =
+        "     3    5   0   0   0 0.172047   0   1   0    300.0  200.0  110.0   0   1   0    "
+        "150.0  100.0  250.0    172.0   54.462    0.000    0.000   0.0000  -100.00%    1";
+    const QString strEnd = "    100.5  174.289   71.063   71.063";
+};
+
 }  // namespace
 
 TEST(CellFromDifferences, APerfectCrystalGivesItsCellThoughStretched)
@@ -52,47 +84,29 @@ TEST(CellFromDifferences, APerfectCrystalGivesItsCellThoughStretched)
     EXPECT_EQ(report.marked().last(), "red No indexed peaks are available. Do merging and indexing first.");
 }
 
-// Three peaks: two pairs of one difference whose lengths disagree, and one of equal indices.
-TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
+TEST_F(ThreePeaks, AreTabledToTheLetter)
 {
-    const QVector<QList<Peak3D>> vecPeak{{indexed(1, 0.2, 0, 200, 100, 100), indexed(0, 1, 0, 300, 200, 110),
-                                          indexed(0, 1, -0.4, 150, 100, 250),
-                                          indexed(5, 5, 5, 99, 300, 300)}};
-    DataSet data;
-    data.m_listCell = {{0.1f, 0, 0}, {0, 0.1f, 0}, {0, 0, 0.1f}};
-    RefinementParameters parameters;
-    parameters.m_dfRefineDStarLow = 0.1;
-    parameters.m_dfRefineDStarHigh = 0.5;
-    parameters.m_bOutputPeakList = true;
-    parameters.m_referenceCell = {10.4, 9.6, 10, 90, 94.9, 90};
-    CRecordingReport report;
-    const auto run = [&](const FnRefinePositions& fnRefine = {}) {
-        report.m_listLine.clear();
-        refineCellFromDifferenceVectors(vecPeak, data, parameters, report, fnRefine);
-        return report.m_listLine;
-    };
-    const QString strFirst = "     1    5   1  -1   0 0.100499   1   0   0    200.0  100.0  100.0";
-    const QString strThird =
-        "     3    5   0   0   0 0.172047   0   1   0    300.0  200.0  110.0   0   1   0    "
-        "150.0  100.0  250.0    172.0   54.462    0.000    0.000   0.0000  -100.00%    1";
-    const QString strEnd = "    100.5  174.289   71.063   71.063";
-    QStringList list = run();
+    const QStringList list = run();
     EXPECT_EQ(list.mid(0, 5),
               (QStringList{"1 groups and 2 difference vectors rejected due to high std in d*.",
                            "Total number of difference vectors for refinement: 1",
                            "    1     0     0     0  5.812382 0.172047", "Unit cell refinement: 1 points.",
                            "Too few peaks for refinement."}));
     // 27 columns, since the cell is close to the reference: d* of that, and the difference in per cent.
-    QStringList listRow = list.last().split('\n');
+    const QStringList listRow = list.last().split('\n');
     ASSERT_EQ(listRow.size(), 4);
     EXPECT_EQ(listRow[0], strFirst + "   0   1   0    300.0  200.0  110.0" + strEnd +
                               "   0.1414    40.72%    2   0.1420    -0.41%");
     EXPECT_EQ(listRow[2], strThird + "   0.0000     0.00%");
     parameters.m_referenceCell->beta = 95.1;
     EXPECT_EQ(run().last().split('\n')[2], strThird);
+}
 
+TEST_F(ThreePeaks, AreTabledWithTheirRefinedPositions)
+{
+    parameters.m_referenceCell->beta = 95.1;
     parameters.m_bRefine2D = true;
-    list = run([](QVector<QList<Peak3D>> vec) {
+    const QStringList list = run([](QVector<QList<Peak3D>> vec) {
         EXPECT_EQ(vec[0].size(), 3);  // the weak one is gone
         for (Peak3D& peak : vec[0]) {
             peak.dfX2DCorrected = peak.dfX2D - 0.5;
@@ -106,6 +120,11 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
                   "  0.500 -0.250  0.030  0.040  0.050   0   1   0    300.0    200.0    110.0  0.500 "
                   "-0.250  0.120  0.000  0.120" +
                   strEnd + "  0.130   0.1414    40.72%");
+    EXPECT_TRUE(run([](const auto&) { return QVector<QList<Peak3D>>(); }).last().endsWith("did not finish."));
+}
+
+TEST_F(ThreePeaks, AStopAndAFlatCellAreTold)
+{
     report.m_nAsked = 0;
     run();
     report.m_nStopAfter = report.m_nAsked - 1;  // once the table of pairs is shown
@@ -113,7 +132,6 @@ TEST(CellFromDifferences, MessagesAndTablesToTheLetter)
     report.m_nStopAfter = -1;
     data.m_listCell.clear();
     EXPECT_EQ(run().last(), "Warning: co-planar reciprocal basis vectors!");
-    EXPECT_TRUE(run([](const auto&) { return QVector<QList<Peak3D>>(); }).last().endsWith("did not finish."));
 }
 
 // Two lengths of one difference 4 pixels apart deviate by 2 pixels; a pixel size of 2⁻¹⁰ leaves that exact.
@@ -158,7 +176,9 @@ TEST(PeakPairs, FollowIndicesAbsencesAndLimits)
     const auto vecMap = refineDirectBeamPosition(vecPeak, {0.5, 0.1, 0.001}, spaceGroup, 1, 20, reportFrames);
     EXPECT_EQ(vecMap[0].adfEnd, refineDirectBeamPosition(vec, 1, 20, 0.001, report)[0].adfEnd);
     EXPECT_EQ(reportFrames.log(), report.log());
-    EXPECT_TRUE(vecMap.size() == 2 && vecMap[0].nPairs == 4 && vecMap[1].nPairs == 1);
+    EXPECT_EQ(vecMap.size(), 2);
+    EXPECT_EQ(vecMap[0].nPairs, 4);
+    EXPECT_EQ(vecMap[1].nPairs, 1);
 }
 
 TEST(DifferenceGroups, HoldEqualAndNegatedIndicesInTheOrderOfTheList)

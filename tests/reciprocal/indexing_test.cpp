@@ -51,7 +51,7 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
             QList<Peak3D> listPlain = list;
             ASSERT_TRUE(indexReflections(listFast, basis, fThreshold, fRadius, report));
             nMostPasses = std::max(nMostPasses, plainIndexing(listPlain, basis, fThreshold, fRadius));
-            EXPECT_TRUE(bitsOf(listFast) == bitsOf(listPlain)) << fThreshold << " " << fRadius;
+            EXPECT_EQ(bitsOf(listFast), bitsOf(listPlain)) << fThreshold << " " << fRadius;
         }
     }
     EXPECT_GE(nMostPasses, 3);
@@ -59,7 +59,7 @@ TEST(Indexing, IsThePlainLoopToTheLastBit)
     CRecordingReport log;
     log.m_nStopAfter = 0;
     EXPECT_FALSE(indexReflections(list, basis, 0.05f, 1.f / 3, log));
-    EXPECT_TRUE(bitsOf(list) == vecBefore);
+    EXPECT_EQ(bitsOf(list), vecBefore);
 }
 
 TEST(BasisSolver, FindsTheStepsOfItsBasis)
@@ -143,28 +143,45 @@ DataSet indexedSeries(const QList<Vec3D>& listCell, const QList<Peak3D>& listRef
 
 }  // namespace
 
-TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
-{
-    QList<Peak3D> list = simulatedReflections(g_listCell, 0.5, 0, all);
-    const int nGood = list.size();
-    list[10].nFrame = 0;
-    list[11].nFrame = 9;
-    list << list[20] << list[30] << Peak3D();  // the last one at the origin
-    list[nGood].dfIPoint /= 2;
-    placeAt(list[nGood + 1], list[30].point() + scaled(g_listCell[0], 0.5f));
-    for (int n : {nGood, nGood + 1, nGood + 2}) {
-        list[n].nID = n;
+namespace {
+
+/// Reflections of a cell that have been indexed: two on edges, a duplicate, one off the lattice and the
+/// origin among them.
+class IndexedSeries : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        nGood = list.size();
+        list[10].nFrame = 0;
+        list[11].nFrame = 9;
+        list << list[20] << list[30] << Peak3D();  // the last one at the origin
+        list[nGood].dfIPoint /= 2;
+        placeAt(list[nGood + 1], list[30].point() + scaled(g_listCell[0], 0.5f));
+        for (int n : {nGood, nGood + 1, nGood + 2}) {
+            list[n].nID = n;
+        }
+        data = indexedSeries(g_listCell, list);
+        data.m_strProjectDir = dir.path();
+        data.m_strProjectName = "series";
+        parameters.m_nSpaceGroup = 14;
+        parameters.m_bOutputIndexing = true;
+        result = runIndexing(data, list, parameters, log);
+        ASSERT_TRUE(result.outcome.finished());
     }
-    DataSet data = indexedSeries(g_listCell, list);
+
+    QList<Peak3D> list = simulatedReflections(g_listCell, 0.5, 0, all);
+    int nGood = 0;  ///< without the last three
+    DataSet data;
     QTemporaryDir dir;
-    data.m_strProjectDir = dir.path();
-    data.m_strProjectName = "series";
     IndexingParameters parameters;
-    parameters.m_nSpaceGroup = 14;
-    parameters.m_bOutputIndexing = true;
     CRecordingReport log;
-    const IndexingResult result = runIndexing(data, list, parameters, log);
-    ASSERT_TRUE(result.outcome.finished());
+    IndexingResult result;
+};
+
+}  // namespace
+
+TEST_F(IndexedSeries, SortsOutEdgesDuplicatesAndTheUnindexed)
+{
     EXPECT_EQ(result.listOnEdgeID.size(), 2);
     EXPECT_EQ(result.listDuplicatedID, QList<int>({nGood}));
     EXPECT_EQ(result.listUnindexedID, QList<int>({nGood + 1}));
@@ -173,7 +190,10 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(result.listRounded.size(), nGood);
     EXPECT_EQ(result.listSelection.size(), nGood + 3);
     EXPECT_EQ(data.m_listPeakMerged[30].nRGroup, 0);  // the merged list stays as it was
+}
 
+TEST_F(IndexedSeries, HasItsPeaksOnTheFramesAsLongAsTheCellIsTheirs)
+{
     ASSERT_EQ(data.m_vecPeakIndexedOnFrame.size(), 10);
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[4].size(), nGood - 2);
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
@@ -187,8 +207,10 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_TRUE(holdsIndicesOfCell(data));
     data.m_listCell[0].x *= 2;
     EXPECT_FALSE(holdsIndicesOfCell(data));
-    data.m_listCell = g_listCell;
+}
 
+TEST_F(IndexedSeries, TellsCellAndCountAndWritesItsFiles)
+{
     const int nCell = log.find(
         ">Unit cell used for indexing: a= 8.000 Å, b=10.000 Å, c=12.000 Å, "
         "α= 90.00°, β=100.00°, γ= 90.00°");
@@ -196,8 +218,11 @@ TEST(RunIndexing, SortsOutEdgesDuplicatesAndTheUnindexed)
     EXPECT_EQ(log.find(QString("> %L1 out of %L2 (").arg(nGood - 1).arg(nGood + 3)), nCell + 1);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files, QDir::Name),
               QStringList({"series.hkl", "series.ipf", "series.p4p"}));
+}
 
-    // Reflections without chains, as an extraction leaves them, have no peaks to show.
+// As an extraction leaves them, they have no peaks to show.
+TEST_F(IndexedSeries, WithoutChainsKeepsListAndFileOfPeaks)
+{
     data.m_listPeakChain.clear();
     EXPECT_TRUE(runIndexing(data, list, parameters, log).outcome.finished());
     EXPECT_EQ(data.m_vecPeakIndexedOnFrame[5].size(), nGood - 2);
@@ -325,7 +350,8 @@ TEST(RunIndexing, LeavesEverythingWhereItCannotRun)
         const RunOutcome outcome = runIndexing(data, row.listSelection, IndexingParameters(), log).outcome;
         EXPECT_EQ(log.log(), row.pLine);
         EXPECT_EQ(outcome.end, RunEnd::Refused);
-        EXPECT_TRUE(!outcome.strReason.isEmpty() && log.log().endsWith(outcome.strReason));
+        EXPECT_FALSE(outcome.strReason.isEmpty());
+        EXPECT_TRUE(log.log().endsWith(outcome.strReason));
         EXPECT_EQ(data.m_vecReflectionFrame, std::vector<int>{77});
         EXPECT_EQ(data.m_listReflectionIndexed.size(), 1);
     }

@@ -16,72 +16,91 @@ namespace {
 
 const double g_dfRadians = std::acos(-1.0) / 180;
 
+/// Ten frames, the first peak of each with indices, with an axis and a stretching of 8 % at 25 degrees.
+DataSet seriesOfAxis(double dfAxis, double dfRelaxation)
+{
+    DataSet data;
+    data.m_dfStretchAmplitude = 8;
+    data.m_dfStretchAzimuth = 25;
+    data.m_dfCenterX = 512.25;
+    data.m_dfCenterY = 500.5;
+    data.m_dfRotationAxis = dfAxis;
+    data.m_dfTiltRelaxation = dfRelaxation;
+    for (int n = 0; n < 10; ++n) {
+        data.m_listOverallTilt.append(-20.0 + 3.5 * n);
+        data.m_listShift.append(QPointF(0.5 * n, -0.25 * n));
+        data.m_listPeakFrame.append(QList<Peak3D>());
+        for (double dfX : {3.0, 212.0, 512.25, 1020.0}) {  // and on the direct beam
+            for (double dfY : {9.0, 500.5, 777.0}) {
+                data.m_listPeakFrame[n].append(peakAt(dfX, dfY));
+            }
+        }
+        data.m_listPeakFrame[n][0].setHKL(1, 2, 3);
+    }
+    return data;
+}
+
+/// Bragg's law in double precision: no sphere, no projection. The stretching by the angle between the peak
+/// and the azimuth of the greatest stretching.
+void expectBragg(const DataSet& data, const Peak3D& peak, int n, bool bStretched)
+{
+    const double dfRawX = peak.dfX2D - 512.25 - 0.5 * n, dfRawY = peak.dfY2D - 500.5 + 0.25 * n;
+    const double dfAlong = dfRawX * std::cos(25 * g_dfRadians) - dfRawY * std::sin(25 * g_dfRadians);
+    const double dfPart = dfAlong / std::max(1e-9, std::hypot(dfRawX, dfRawY));
+    const double dfScale = 1 + (bStretched ? 0.08 * (2 * dfPart * dfPart - 1) : 0);
+    EXPECT_NEAR(peak.dfX2DCorrected, dfRawX * dfScale, 1e-9);
+    EXPECT_NEAR(peak.dfY2DCorrected, dfRawY * dfScale, 1e-9);
+    const double dfX = dfRawX * dfScale * data.m_dfPixelSize, dfY = dfRawY * dfScale * data.m_dfPixelSize;
+    const double dfTwoTheta = std::atan(std::hypot(dfX, dfY) * data.m_dfWavelength);
+    const double dfLength = 2 * std::sin(dfTwoTheta / 2) / data.m_dfWavelength;
+    const double dfInPlane = std::sin(dfTwoTheta) / data.m_dfWavelength;
+    const double dfAzimuth = std::atan2(dfY, dfX) + data.m_dfRotationAxis * g_dfRadians;
+    const double dfLift = dfLength * std::sin(dfTwoTheta / 2);
+    const double dfTilt = (-20 + 3.5 * n + n * data.m_dfTiltRelaxation / 10) * g_dfRadians;
+    const double dfFlatY = dfInPlane * std::sin(dfAzimuth);
+    EXPECT_NEAR(peak.fX3D, dfInPlane * std::cos(dfAzimuth), 8e-6);  // float step at 1/λ: 4e-6
+    EXPECT_NEAR(peak.fY3D, dfFlatY * std::cos(dfTilt) - dfLift * std::sin(dfTilt), 8e-6);
+    EXPECT_NEAR(peak.fZ3D, dfFlatY * std::sin(dfTilt) + dfLift * std::cos(dfTilt), 8e-6);
+    EXPECT_NEAR(peak.dfDStar, dfLength, dfLength == 0 ? 0 : 8e-6);
+    EXPECT_EQ(peak.dfFrameTilt, -20 + 3.5 * n);
+}
+
 }  // namespace
 
-// Bragg's law in double precision: no sphere, no projection. The stretching by the angle between the peak and
-// the azimuth of the greatest stretching.
 TEST(Mapping, FollowsBraggsLawAndTheTiltAboutTheAxis)
 {
     for (double dfAxis : {0.0, 37.5, -120.0, 90.0}) {
         for (double dfRelaxation : {0.0, 2.0}) {
-            DataSet data;
+            SCOPED_TRACE(testing::Message() << "axis " << dfAxis << ", relaxation " << dfRelaxation);
+            DataSet data = seriesOfAxis(dfAxis, dfRelaxation);
             MappingParameters parameters;
             parameters.m_bApplyStretching = dfAxis > 0;
-            data.m_dfStretchAmplitude = 8;
-            data.m_dfStretchAzimuth = 25;
-            data.m_dfCenterX = 512.25;
-            data.m_dfCenterY = 500.5;
-            data.m_dfRotationAxis = dfAxis;
-            data.m_dfTiltRelaxation = dfRelaxation;
-            for (int n = 0; n < 10; ++n) {
-                data.m_listOverallTilt.append(-20.0 + 3.5 * n);
-                data.m_listShift.append(QPointF(0.5 * n, -0.25 * n));
-                data.m_listPeakFrame.append(QList<Peak3D>());
-                for (double dfX : {3.0, 212.0, 512.25, 1020.0}) {  // and on the direct beam
-                    for (double dfY : {9.0, 500.5, 777.0}) {
-                        data.m_listPeakFrame[n].append(peakAt(dfX, dfY));
-                    }
-                }
-                data.m_listPeakFrame[n][0].setHKL(1, 2, 3);
-            }
             CRecordingReport log;
             ASSERT_TRUE(transformPeaksTo3D(data, parameters, log));
             for (int n = 0; n < 10; ++n) {
                 ASSERT_EQ(data.m_listPeakFrame[n].size(), 12);
                 for (const Peak3D& peak : data.m_listPeakFrame[n]) {
-                    const double dfRawX = peak.dfX2D - 512.25 - 0.5 * n,
-                                 dfRawY = peak.dfY2D - 500.5 + 0.25 * n;
-                    const double dfAlong = dfRawX * std::cos(25 * g_dfRadians) -
-                                           dfRawY * std::sin(25 * g_dfRadians);
-                    const double dfPart = dfAlong / std::max(1e-9, std::hypot(dfRawX, dfRawY));
-                    const double dfScale = 1 + (dfAxis > 0 ? 0.08 * (2 * dfPart * dfPart - 1) : 0);
-                    EXPECT_NEAR(peak.dfX2DCorrected, dfRawX * dfScale, 1e-9);
-                    EXPECT_NEAR(peak.dfY2DCorrected, dfRawY * dfScale, 1e-9);
-                    const double dfX = dfRawX * dfScale * data.m_dfPixelSize;
-                    const double dfY = dfRawY * dfScale * data.m_dfPixelSize;
-                    const double dfTwoTheta = std::atan(std::hypot(dfX, dfY) * data.m_dfWavelength);
-                    const double dfLength = 2 * std::sin(dfTwoTheta / 2) / data.m_dfWavelength;
-                    const double dfInPlane = std::sin(dfTwoTheta) / data.m_dfWavelength;
-                    const double dfAzimuth = std::atan2(dfY, dfX) + dfAxis * g_dfRadians;
-                    const double dfLift = dfLength * std::sin(dfTwoTheta / 2);
-                    const double dfTilt = (-20 + 3.5 * n + n * dfRelaxation / 10) * g_dfRadians;
-                    const double dfFlatY = dfInPlane * std::sin(dfAzimuth);
-                    EXPECT_NEAR(peak.fX3D, dfInPlane * std::cos(dfAzimuth), 8e-6);  // float step at 1/λ: 4e-6
-                    EXPECT_NEAR(peak.fY3D, dfFlatY * std::cos(dfTilt) - dfLift * std::sin(dfTilt), 8e-6);
-                    EXPECT_NEAR(peak.fZ3D, dfFlatY * std::sin(dfTilt) + dfLift * std::cos(dfTilt), 8e-6);
-                    EXPECT_NEAR(peak.dfDStar, dfLength, dfLength == 0 ? 0 : 8e-6);
-                    EXPECT_EQ(peak.dfFrameTilt, -20 + 3.5 * n);
-                    EXPECT_EQ(std::fabs(peak.dfH) + std::fabs(peak.dfK) + std::fabs(peak.dfL), 0);
+                    expectBragg(data, peak, n, parameters.m_bApplyStretching);
+                    EXPECT_EQ(peak.dfH, 0);
+                    EXPECT_EQ(peak.dfK, 0);
+                    EXPECT_EQ(peak.dfL, 0);
                 }
             }
-            data.m_listShift.removeLast();
-            EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
-            data.m_listShift.append(QPointF());
-            data.m_listOverallTilt.removeLast();
-            EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
-            EXPECT_EQ(log.m_listSeverity, QList<Severity>({Severity::Error, Severity::Error}));
         }
     }
+}
+
+TEST(Mapping, WantsShiftsAndTiltsOfEachFrame)
+{
+    DataSet data = seriesOfAxis(37.5, 0);
+    const MappingParameters parameters;
+    CRecordingReport log;
+    data.m_listShift.removeLast();
+    EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
+    data.m_listShift.append(QPointF());
+    data.m_listOverallTilt.removeLast();
+    EXPECT_FALSE(transformPeaksTo3D(data, parameters, log));
+    EXPECT_EQ(log.m_listSeverity, QList<Severity>({Severity::Error, Severity::Error}));
 }
 
 TEST(Mapping, IsDueWhenAnythingThatItUsedIsAnother)

@@ -62,61 +62,27 @@ std::string reasonFor(const char* pszLine)
 
 }  // namespace
 
-TEST(PeakFilter, PassesWhatThePlainConditionsPass)
+namespace {
+
+/// A row of the table as a plain condition sees it.
+struct Plain {
+    const Peak3D& peak;
+    bool bIndexed;
+    int h, k, l;
+    const IntegratedPeak* pIntegrated;
+};
+
+typedef std::pair<const char*, std::function<bool(const Plain&)>> FilterCase;
+
+void expectPassed(const std::vector<FilterCase>& vecCase)
 {
-    struct Plain {
-        const Peak3D& peak;
-        bool bIndexed;
-        int h, k, l;
-        const IntegratedPeak* pIntegrated;
-    };
-    const std::pair<const char*, std::function<bool(const Plain&)>> aCase[] = {
-        {"", [](const Plain&) { return true; }},
-        {"indexed", [](const Plain& p) { return p.bIndexed; }},
-        {" UnIndexed ", [](const Plain& p) { return !p.bIndexed; }},
-        {"h=0", [](const Plain& p) { return p.bIndexed && p.h == 0; }},
-        {"H != 0", [](const Plain& p) { return p.bIndexed && p.h != 0; }},
-        {"I>1000, d<1.2", [](const Plain& p) { return p.peak.dfIPoint > 1000 && 1 / p.peak.dfDStar < 1.2; }},
-        {"intensity≥2e3", [](const Plain& p) { return p.peak.dfIPoint >= 2000; }},
-        {"d*<=0.75", [](const Plain& p) { return p.peak.dfDStar <= 0.75; }},
-        {"D(å)>=2", [](const Plain& p) { return 1 / p.peak.dfDStar >= 2; }},
-        {"d=1.25", [](const Plain& p) { return QString::number(1 / p.peak.dfDStar, 'f', 2) == "1.25"; }},
-        {"frame=12..30", [](const Plain& p) { return p.peak.nFrame >= 11 && p.peak.nFrame <= 29; }},
-        {"No.Frame!=12 .. 30", [](const Plain& p) { return p.peak.nFrame < 11 || p.peak.nFrame > 29; }},
-        {"fno.fit=-.5..0.5", [](const Plain& p) { return std::abs(p.peak.dfFrameFit) <= 0.5; }},
-        {"hkl=2 0 -3", [](const Plain& p) { return p.bIndexed && p.h == 2 && p.k == 0 && p.l == -3; }},
-        {"hkl != (2 0 -3)",
-         [](const Plain& p) { return p.bIndexed && !(p.h == 2 && p.k == 0 && p.l == -3); }},
-        {"h+k=2n", [](const Plain& p) { return p.bIndexed && (p.h + p.k) % 2 == 0; }},
-        {"l=2n+1", [](const Plain& p) { return p.bIndexed && p.l % 2 != 0; }},
-        {"l != 2N", [](const Plain& p) { return p.bIndexed && p.l % 2 != 0; }},
-        {"-h + k+l=3n", [](const Plain& p) { return p.bIndexed && (-p.h + p.k + p.l) % 3 == 0; }},
-        {"2h+l=4n - 1", [](const Plain& p) { return p.bIndexed && (2 * p.h + p.l + 1 + 400) % 4 == 0; }},
-        {"2*h-3k>4", [](const Plain& p) { return p.bIndexed && 2 * p.h - 3 * p.k > 4; }},
-        {"l.>0.2,h.<1.02", [](const Plain& p) { return p.peak.dfL > 0.2 && p.peak.dfH < 1.02; }},
-        {"k=−2", [](const Plain& p) { return p.bIndexed && p.k == -2; }},
-        {"x-y>1000", [](const Plain& p) { return p.peak.dfX2D - p.peak.dfY2D > 1000; }},
-        {"d-RA(pix.)<1", [](const Plain&) { return true; }},
-        {"sigma>3,int.integr>0",
-         [](const Plain& p) {
-             return p.pIntegrated && p.pIntegrated->dfSigma > 3 && p.pIntegrated->dfIntensity > 0;
-         }},
-        {"σ<=3",
-         [](const Plain& p) {
-             return p.pIntegrated && p.pIntegrated->dfSigma > 0 && p.pIntegrated->dfSigma <= 3;
-         }},
-        {"flags", [](const Plain& p) { return p.pIntegrated && !p.pIntegrated->strFlags.isEmpty(); }},
-        {"Flags=SLOW",
-         [](const Plain& p) { return p.pIntegrated && p.pIntegrated->strFlags.contains("slow"); }},
-        {"flags!=slow",
-         [](const Plain& p) { return !p.pIntegrated || !p.pIntegrated->strFlags.contains("slow"); }},
-    };
     RandomTable random;
     random.data.m_listShift.clear();  // without a centre: all distances to the axis are 0
-    for (const auto& entry : aCase) {
+    for (const FilterCase& entry : vecCase) {
+        SCOPED_TRACE(entry.first);
         QString strReason;
         const auto filter = CPeakFilter::parse(entry.first, g_vecTitle, strReason);
-        ASSERT_TRUE(filter) << entry.first << ": " << strReason.toStdString();
+        ASSERT_TRUE(filter) << strReason.toStdString();
         const std::vector<char> vecPasses = filter->rowsThatPass(*random.pTable);
         int nWrong = 0, nPassed = 0;
         for (int i = 0; i < random.listPeak.size(); ++i) {
@@ -130,9 +96,68 @@ TEST(PeakFilter, PassesWhatThePlainConditionsPass)
             nWrong += bool(vecPasses[i]) != entry.second(plain);
             nPassed += bool(vecPasses[i]);
         }
-        EXPECT_EQ(nWrong, 0) << entry.first;
-        EXPECT_GT(nPassed, 0) << entry.first << " finds nothing, and so shows nothing of the filter";
+        EXPECT_EQ(nWrong, 0);
+        EXPECT_GT(nPassed, 0) << "finds nothing, and so shows nothing of the filter";
     }
+}
+
+}  // namespace
+
+TEST(PeakFilter, PassesIndicesAsPlainConditionsDo)
+{
+    expectPassed({
+        {"", [](const Plain&) { return true; }},
+        {"indexed", [](const Plain& p) { return p.bIndexed; }},
+        {" UnIndexed ", [](const Plain& p) { return !p.bIndexed; }},
+        {"h=0", [](const Plain& p) { return p.bIndexed && p.h == 0; }},
+        {"H != 0", [](const Plain& p) { return p.bIndexed && p.h != 0; }},
+        {"hkl=2 0 -3", [](const Plain& p) { return p.bIndexed && p.h == 2 && p.k == 0 && p.l == -3; }},
+        {"hkl != (2 0 -3)",
+         [](const Plain& p) { return p.bIndexed && !(p.h == 2 && p.k == 0 && p.l == -3); }},
+        {"h+k=2n", [](const Plain& p) { return p.bIndexed && (p.h + p.k) % 2 == 0; }},
+        {"l=2n+1", [](const Plain& p) { return p.bIndexed && p.l % 2 != 0; }},
+        {"l != 2N", [](const Plain& p) { return p.bIndexed && p.l % 2 != 0; }},
+        {"-h + k+l=3n", [](const Plain& p) { return p.bIndexed && (-p.h + p.k + p.l) % 3 == 0; }},
+        {"2h+l=4n - 1", [](const Plain& p) { return p.bIndexed && (2 * p.h + p.l + 1 + 400) % 4 == 0; }},
+        {"2*h-3k>4", [](const Plain& p) { return p.bIndexed && 2 * p.h - 3 * p.k > 4; }},
+        {"l.>0.2,h.<1.02", [](const Plain& p) { return p.peak.dfL > 0.2 && p.peak.dfH < 1.02; }},
+        {"k=−2", [](const Plain& p) { return p.bIndexed && p.k == -2; }},
+    });
+}
+
+TEST(PeakFilter, PassesNumbersAsPlainConditionsDo)
+{
+    expectPassed({
+        {"I>1000, d<1.2", [](const Plain& p) { return p.peak.dfIPoint > 1000 && 1 / p.peak.dfDStar < 1.2; }},
+        {"intensity≥2e3", [](const Plain& p) { return p.peak.dfIPoint >= 2000; }},
+        {"d*<=0.75", [](const Plain& p) { return p.peak.dfDStar <= 0.75; }},
+        {"D(å)>=2", [](const Plain& p) { return 1 / p.peak.dfDStar >= 2; }},
+        {"d=1.25", [](const Plain& p) { return QString::number(1 / p.peak.dfDStar, 'f', 2) == "1.25"; }},
+        {"frame=12..30", [](const Plain& p) { return p.peak.nFrame >= 11 && p.peak.nFrame <= 29; }},
+        {"No.Frame!=12 .. 30", [](const Plain& p) { return p.peak.nFrame < 11 || p.peak.nFrame > 29; }},
+        {"fno.fit=-.5..0.5", [](const Plain& p) { return std::abs(p.peak.dfFrameFit) <= 0.5; }},
+        {"x-y>1000", [](const Plain& p) { return p.peak.dfX2D - p.peak.dfY2D > 1000; }},
+        {"d-RA(pix.)<1", [](const Plain&) { return true; }},
+    });
+}
+
+TEST(PeakFilter, PassesIntegratedOnesAsPlainConditionsDo)
+{
+    expectPassed({
+        {"sigma>3,int.integr>0",
+         [](const Plain& p) {
+             return p.pIntegrated && p.pIntegrated->dfSigma > 3 && p.pIntegrated->dfIntensity > 0;
+         }},
+        {"σ<=3",
+         [](const Plain& p) {
+             return p.pIntegrated && p.pIntegrated->dfSigma > 0 && p.pIntegrated->dfSigma <= 3;
+         }},
+        {"flags", [](const Plain& p) { return p.pIntegrated && !p.pIntegrated->strFlags.isEmpty(); }},
+        {"Flags=SLOW",
+         [](const Plain& p) { return p.pIntegrated && p.pIntegrated->strFlags.contains("slow"); }},
+        {"flags!=slow",
+         [](const Plain& p) { return !p.pIntegrated || !p.pIntegrated->strFlags.contains("slow"); }},
+    });
 }
 
 TEST(PeakFilter, SaysWhatIsWrong)

@@ -54,9 +54,9 @@ const char g_achList[] =
 
 }  // namespace
 
-TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
+TEST(PeakGroups, OfMasksAreRestored)
 {
-    DataSet data = readList(g_achList);
+    const DataSet data = readList(g_achList);
     const RestoredPointGroups restored = restorePointGroups(data);
     ASSERT_TRUE(restored.bRestored);
     EXPECT_EQ(idsOf(restored.listPeakFlat), QList<int>({1, 0, 3, 4})) << "2 is in no group";
@@ -67,9 +67,12 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
     EXPECT_EQ(restored.listGroupPoint[1], QList<int>({0, 2}));
     EXPECT_EQ(restored.listGroupPoint[3], QList<int>{2});
     EXPECT_EQ(restored.listGroupPoint[63], QList<int>{3});
+}
 
-    // The limits hide peaks 0 and 4, and with it all of group 63. Their groups get running numbers like the
-    // others.
+// The limits hide peaks 0 and 4, and with it all of group 63. Their groups get running numbers like the
+// others.
+TEST(PeakGroups, OfHiddenPeaksStayInTheFile)
+{
     MappingParameters limits;
     limits.m_dfIntensityMin = 101;
     DataSet limited = readList(QByteArray(g_achList)
@@ -85,15 +88,23 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
     closeGapsOfGroups(limited, all);
     EXPECT_EQ(writtenMasks(limited), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
                                                   "6000000000000000", "1000000000000000"}));
+}
 
-    // All shown: groups 3 and 63 close up to 2 and 3.
+// All are shown: groups 3 and 63 close up to 2 and 3.
+TEST(PeakGroups, OfTheViewAreTheMasksOfTheFile)
+{
     DataSet saved = readList(g_achList);
-    updatePeakGroupsFromView(saved, restored.listPeakFlat, {{1}, {0, 2}, {2}, {3}});
+    updatePeakGroupsFromView(saved, restorePointGroups(saved).listPeakFlat, {{1}, {0, 2}, {2}, {3}});
     EXPECT_EQ(writtenMasks(saved), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
                                                 "6000000000000000", "1000000000000000"}));
+}
 
-    // The limits hide peaks 1 and 4, and a new group of one peak is all that the view has; two of its points
-    // belong to no peak.
+// The limits hide peaks 1 and 4, and a new group of one peak is all that the view has; two of its points
+// belong to no peak.
+TEST(PeakGroups, OfAViewWithStrangersAreThoseOfItsPeaks)
+{
+    DataSet data = readList(g_achList);
+    const RestoredPointGroups restored = restorePointGroups(data);
     Peak3D stranger = restored.listPeakFlat[1];
     stranger.nID = 99;
     Peak3D noFrame = restored.listPeakFlat[1];
@@ -102,8 +113,12 @@ TEST(PeakGroups, MasksSurviveTheViewAndTheFile)
                              {{0, 2}, {1, 2, 3, 7}});
     EXPECT_EQ(writtenMasks(data), QStringList({"4000000000000000", "0000000000000000", "8000000000000000",
                                                "4000000000000000", "0000000000000001"}));
+}
 
-    // Peaks without masks of their own count as in group 0, shown or not; the first of equal nID counts.
+// Shown or not; the first of equal nID counts.
+TEST(PeakGroups, OfPeaksWithoutMasksAreTheFirst)
+{
+    DataSet data = readList(g_achList);
     data.m_vecPeakGroup.removeLast();
     EXPECT_FALSE(restorePointGroups(data).bRestored);
     data.m_listPeakFrame[0][1].nID = 1;
@@ -153,73 +168,103 @@ TEST(PeakGroups, UnderAViewTheMasksTellOfHiddenPeaksAlone)
     EXPECT_EQ(flagsOfPoints(listView, {0}), std::vector<char>());
 }
 
-// As if all nine peaks, of which the limits hide some, were points of a view. A group is a number of nine
-// bits.
-TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
-{
-    std::mt19937 random(7);
-    for (unsigned nRound = 0; nRound < 400 && !HasFailure(); ++nRound) {
-        std::vector<unsigned> groups(1 + random() % 5);
-        std::generate(groups.begin(), groups.end(), [&] { return random() & random() & 511; });
-        const auto settle = [&groups] {  // group 0 holds what no other one holds
-            groups[0] = 511;
-            std::for_each(groups.begin() + 1, groups.end(), [&](unsigned n) { groups[0] &= ~n; });
-        };
-        settle();
-        QList<int> listChosen;
-        for (int g = int(groups.size()) - 1; g >= 0; --g) {
-            if (random() % 2) {
-                listChosen.append(g);
+namespace {
+
+/// Groups of nine peaks as points of a view that hides none, each a number of nine bits.
+struct PlainGroups {
+    std::vector<unsigned> groups;
+
+    /// Group 0 holds what no other one holds.
+    void settle()
+    {
+        groups[0] = 511;
+        std::for_each(groups.begin() + 1, groups.end(), [this](unsigned n) { groups[0] &= ~n; });
+    }
+    /// Removes groups, the last ones first, or unites them in the place of the first.
+    void change(const QList<int>& listChosen, bool bMerge)
+    {
+        unsigned nUnion = 0;
+        for (int g : listChosen) {
+            nUnion |= groups[g];
+            if (g > 0) {
+                groups.erase(groups.begin() + g);
             }
         }
+        settle();  // before the united one comes, which leaves to group 0 what that has taken
+        if (bMerge) {
+            groups.insert(groups.begin() + listChosen.last(), nUnion);
+        }
+        settle();
+    }
+    bool has(int nGroup, int nPeak) const { return groups[nGroup] >> nPeak & 1; }
+    /// Peak i has the number 20 - i and lies on frame i / 3.
+    DataSet dataSet() const
+    {
         DataSet data;
         data.m_listPeakFrame = {{}, {}, {}};
         data.m_vecPeakGroup.fill(QVector<QList<int>>(3), 3);
-        QList<Peak3D> listShown;
         for (int i = 0; i < 9; ++i) {
             Peak3D peak = peakAt(0, 0, i / 3);
             peak.nID = 20 - i;
             data.m_listPeakFrame[i / 3].append(peak);
-            for (size_t g = 0; g < groups.size(); ++g) {
-                if (groups[g] >> i & 1) {
-                    data.m_vecPeakGroup[i / 3][i % 3].append(int(g));
+            for (int g = 0; g < int(groups.size()); ++g) {
+                if (has(g, i)) {
+                    data.m_vecPeakGroup[i / 3][i % 3].append(g);
                 }
             }
-            if (random() % 2) {
-                listShown.append(peak);
-            }
         }
-        const bool bMerge = nRound % 2;
-        const int nGroups = int(groups.size());
-        (bMerge ? mergePeakGroups : removePeakGroups)(data, nGroups, listChosen);
-        if (!bMerge || listChosen.size() > 1) {
-            unsigned nUnion = 0;
-            for (int g : listChosen) {  // the last ones first
-                nUnion |= groups[g];
-                if (g > 0) {
-                    groups.erase(groups.begin() + g);
-                }
-            }
-            settle();  // before the united one comes, which leaves to group 0 what that has taken
-            if (bMerge) {
-                groups.insert(groups.begin() + listChosen.last(), nUnion);
-            }
-            settle();
-        }
+        return data;
+    }
+    void expectIn(const DataSet& data, const QList<Peak3D>& listShown) const
+    {
         QList<QList<int>> listWanted;
-        for (size_t g = 0; g < groups.size(); ++g) {
+        for (int g = 0; g < int(groups.size()); ++g) {
             listWanted.append(QList<int>());
             for (int n = 0; n < listShown.size(); ++n) {
-                if (groups[g] >> (20 - listShown[n].nID) & 1) {
+                if (has(g, 20 - listShown[n].nID)) {
                     listWanted.last().append(n);
                 }
             }
             for (int i = 0; i < 9; ++i) {
-                EXPECT_EQ(data.m_vecPeakGroup[i / 3][i % 3].count(int(g)), int(groups[g] >> i & 1))
-                    << nRound << " group " << g << " peak " << i;
+                EXPECT_EQ(data.m_vecPeakGroup[i / 3][i % 3].count(g), int(has(g, i)))
+                    << "group " << g << " peak " << i;
             }
         }
-        EXPECT_EQ(pointsOfPeakGroups(data, listShown, int(groups.size())), listWanted) << nRound;
+        EXPECT_EQ(pointsOfPeakGroups(data, listShown, int(groups.size())), listWanted);
+    }
+};
+
+}  // namespace
+
+// As if all peaks, of which the limits hide some, were points of the view.
+TEST(PeakGroups, HiddenPeaksFollowWhatBecomesOfTheGroups)
+{
+    std::mt19937 random(7);
+    for (unsigned nRound = 0; nRound < 400 && !HasFailure(); ++nRound) {
+        SCOPED_TRACE(nRound);
+        PlainGroups plain{std::vector<unsigned>(1 + random() % 5)};
+        std::generate(plain.groups.begin(), plain.groups.end(), [&] { return random() & random() & 511; });
+        plain.settle();
+        const int nGroups = int(plain.groups.size());
+        QList<int> listChosen;
+        for (int g = nGroups - 1; g >= 0; --g) {
+            if (random() % 2) {
+                listChosen.append(g);
+            }
+        }
+        DataSet data = plain.dataSet();
+        QList<Peak3D> listShown;
+        for (int i = 0; i < 9; ++i) {
+            if (random() % 2) {
+                listShown.append(data.m_listPeakFrame[i / 3][i % 3]);
+            }
+        }
+        const bool bMerge = nRound % 2;
+        (bMerge ? mergePeakGroups : removePeakGroups)(data, nGroups, listChosen);
+        if (!bMerge || listChosen.size() > 1) {
+            plain.change(listChosen, bMerge);
+        }
+        plain.expectIn(data, listShown);
     }
 }
 
