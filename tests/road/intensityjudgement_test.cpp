@@ -103,48 +103,68 @@ TEST(IntensityJudgement, FindsTheSettingOfTheLines)
     }
 }
 
-TEST(IntensityJudgement, TellsWhatIsWrong)
-{
+namespace {
+
+/// Good lines of kyanite, of which something can be made that is wrong.
+class LinesOfKyanite : public testing::Test {
+protected:
+    IntensityJudgement judge(const std::vector<ReflectionLine>& listLine) const
+    {
+        return judgeIntensities(listLine, truth.adfCell, truth, 0, false);
+    }
+    double dStar(const ReflectionLine& line) const
+    {
+        const Vector3 vec{double(line.anIndex[0]), double(line.anIndex[1]), double(line.anIndex[2])};
+        return lengthOf(vec * truth.matBasis);
+    }
+
     const SimulatedSeries truth = truthOf("kyanite");
-    const auto list = lines(truth, g_matSame, 1);
-    const IntensityJudgement good = judgeIntensities(list, truth.adfCell, truth, 0, false);
-    // Sigmas of half the deviations.
-    const IntensityJudgement halved = judgeIntensities(lines(truth, g_matSame, 0.5), truth.adfCell, truth, 0,
-                                                       false);
+    const std::vector<ReflectionLine> list = lines(truth, g_matSame, 1);
+    const IntensityJudgement good = judge(list);
+};
+
+}  // namespace
+
+TEST_F(LinesOfKyanite, SigmasOfHalfTheDeviationsAreTold)
+{
+    const IntensityJudgement halved = judge(lines(truth, g_matSame, 0.5));
     EXPECT_NEAR(halved.dfMeanSquare, 4 * good.dfMeanSquare, 0.05);
     EXPECT_NEAR(halved.dfMedianSquare, 4 * good.dfMedianSquare, 0.2);
     EXPECT_NEAR(halved.dfMedianRatio, 2 * good.dfMedianRatio, 1e-9);
     EXPECT_GT(halved.dfR, 1.5 * halved.dfRForetold);
-    // Every second line is missing.
+}
+
+TEST_F(LinesOfKyanite, WhatIsMissingIsTold)
+{
     std::vector<ReflectionLine> listHalf;
     for (size_t i = 0; i < list.size(); i += 2) {
         listHalf.push_back(list[i]);
     }
-    const IntensityJudgement half = judgeIntensities(listHalf, truth.adfCell, truth, 0, false);
+    const IntensityJudgement half = judge(listHalf);
     EXPECT_NEAR(half.completenessOfAll(), 0.5, 0.01);
     EXPECT_NEAR(half.completenessWithin(), 0.5, 0.01);
     // All to a limit.
     std::vector<ReflectionLine> listInner;
-    std::copy_if(list.begin(), list.end(), std::back_inserter(listInner), [&](const ReflectionLine& line) {
-        const Vector3 vec{double(line.anIndex[0]), double(line.anIndex[1]), double(line.anIndex[2])};
-        return lengthOf(vec * truth.matBasis) < 0.8;
-    });
-    const IntensityJudgement inner = judgeIntensities(listInner, truth.adfCell, truth, 0, false);
+    std::copy_if(list.begin(), list.end(), std::back_inserter(listInner),
+                 [&](const ReflectionLine& line) { return dStar(line) < 0.8; });
+    const IntensityJudgement inner = judge(listInner);
     EXPECT_EQ(inner.completenessWithin(), 1);
     EXPECT_LT(inner.completenessOfAll(), 0.9);
     EXPECT_NEAR(inner.dfDMin, 1 / 0.8, 0.03);
     EXPECT_LT(half.nCrossedObserved, good.nCrossedObserved);
     EXPECT_GT(half.dfCorrelation, 0.999);
-    // An intensity beside its index, an absent one, one without a sigma; a fall-off that was not taken out.
+}
+
+// An intensity beside its index, one without a sigma; a fall-off that was not taken out.
+TEST_F(LinesOfKyanite, LinesThatAreWrongAreTold)
+{
     std::vector<ReflectionLine> listBad = list;
     listBad[0] = {{40, 0, 0}, 50, 1};
     listBad[1].dfSigma = 0;
     for (ReflectionLine& line : listBad) {
-        const Vector3 vec{double(line.anIndex[0]), double(line.anIndex[1]), double(line.anIndex[2])};
-        const double dfDStar = lengthOf(vec * truth.matBasis);
-        line.dfIntensity *= std::exp(-1.5 * dfDStar * dfDStar / 2);
+        line.dfIntensity *= std::exp(-1.5 * dStar(line) * dStar(line) / 2);
     }
-    const IntensityJudgement bad = judgeIntensities(listBad, truth.adfCell, truth, 0, false);
+    const IntensityJudgement bad = judge(listBad);
     EXPECT_EQ(bad.nOffTruth, 1);
     EXPECT_EQ(bad.nWithoutSigma, 1);
     EXPECT_NEAR(bad.dfDecayLeft, 1.5, 0.2);
@@ -152,12 +172,15 @@ TEST(IntensityJudgement, TellsWhatIsWrong)
     EXPECT_GT(bad.dfMeanSquare, 5);
     ASSERT_EQ(bad.listWorst.size(), 10u);
     EXPECT_GE(std::abs(bad.listWorst[0].deviation()), std::abs(bad.listWorst[1].deviation()));
-    // Shuffled intensities do not agree, and a cell of something else is not judged.
+}
+
+TEST_F(LinesOfKyanite, IntensitiesOfSomethingElseDoNotAgree)
+{
     std::vector<ReflectionLine> listShuffled = list;
     for (size_t i = 0; i < list.size(); ++i) {
         listShuffled[i].dfIntensity = list[(7 * i + 3) % list.size()].dfIntensity;
     }
-    EXPECT_LT(judgeIntensities(listShuffled, truth.adfCell, truth, 0, false).dfCorrelation, 0.5);
+    EXPECT_LT(judge(listShuffled).dfCorrelation, 0.5);
     const IntensityJudgement other = judgeIntensities(list, {8, 8, 9, 90, 90, 90}, truth, 0, false);
     EXPECT_FALSE(other.bRead);
     EXPECT_FALSE(other.strWhy.isEmpty());
