@@ -67,47 +67,74 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
     EXPECT_TRUE(series.content("f0000.img").contains("DENZO_Y_BEAM=0.17;\n}" + QByteArray(40, '\0')));
 }
 
-TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
-{
-    FrameSeries series;
-    DataSet& data = series.dataSet;
-    for (const char* pName : {"a.b.mrc", "a.c.mrc", "g.mrc", "a_s.img"}) {  // two are "a" up to the first dot
+namespace {
+
+/// Frames whose names meet, two of which are "a" up to the first dot, and a folder in a file's place.
+class ExportsOfNames : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (const char* pName : {"a.b.mrc", "a.c.mrc", "g.mrc"}) {
+            add(pName);
+        }
+        ASSERT_TRUE(QDir(series.dir.path()).mkdir("g.img"));
+    }
+    void add(const char* pName)
+    {
         series.add(makeImage(20, 10, [&](int x, int) { return 100 * data.m_listShift.size() + x; }));
         ASSERT_TRUE(QFile::rename(data.m_listFrameFile.last(), series.dir.filePath(pName)));
         data.m_listFrameFile.last() = series.dir.filePath(pName);
         data.m_listShift.append(QPointF());
     }
-    ASSERT_TRUE(QDir(series.dir.path()).mkdir("g.img"));  // a folder in the file's place
-    const auto failed = [&](auto fnExport, RunEnd end = RunEnd::Failed) {
+    /// The log of an export that ends so.
+    QString log(const std::function<RunOutcome(CRecordingReport&)>& fnExport, RunEnd end)
+    {
         CRecordingReport report;
         const RunOutcome outcome = fnExport(report);
         EXPECT_EQ(outcome.end, end);
         EXPECT_EQ(outcome.strReason.isEmpty(), end == RunEnd::Stopped);
         return report.log().replace(series.dir.path(), "DIR");
-    };
-    const auto smv = [&](CRunReport& report) { return exportSMVImages(data, report); };
-    EXPECT_EQ(failed(smv, RunEnd::Refused),
-              "red DIR/a_s.img is a frame of this series and would be overwritten. Nothing was exported.");
-    EXPECT_TRUE(series.content("a.img").isEmpty());
-    data.m_listFrameFile.removeLast();
-    data.m_listShift.removeLast();
-    const QString strSmv = failed(smv);
+    }
+    QString smv(RunEnd end)
+    {
+        return log([this](CRecordingReport& report) { return exportSMVImages(data, report); }, end);
+    }
+    QString pictures(const char* pFolder, const char* pType, RunEnd end)
+    {
+        return log(
+            [&](CRecordingReport& report) {
+                report.m_nStopAfter = 1;
+                return saveSeries(data, series.dir.filePath(pFolder), pType, 100, 110, report);
+            },
+            end);
+    }
+
+    FrameSeries series;
+    DataSet& data = series.dataSet;
+};
+
+}  // namespace
+
+TEST_F(ExportsOfNames, SmvImagesTellWhichNamesMeetAndWhatWasNotWritten)
+{
+    const QString strSmv = smv(RunEnd::Failed);
     EXPECT_TRUE(
         strSmv.contains("red 2 frames have the name DIR/a.img; the file holds the last, DIR/a.c.mrc.\nred "
                         "1 of 3 files could not be written: DIR/g.img. DIR/g.img: "))
         << strSmv.toStdString();
     EXPECT_EQ(pixel(series.content("a.img"), 0), 100);
+}
 
-    // The same extension in the frames' own folder, reached by a link.
+// Also where a link leads to their folder or to one of them.
+TEST_F(ExportsOfNames, AFrameIsNeverOverwritten)
+{
+    add("a_s.img");
+    EXPECT_EQ(smv(RunEnd::Refused),
+              "red DIR/a_s.img is a frame of this series and would be overwritten. Nothing was exported.");
+    EXPECT_TRUE(series.content("a.img").isEmpty());
+    data.m_listFrameFile.removeLast();
     ASSERT_TRUE(QFile::link(series.dir.path(), series.dir.path() + "/link"));
     const QByteArray bytesFrame = series.content("g.mrc");
-    const auto pictures = [&](const char* pFolder, const char* pType, RunEnd end) {
-        const auto save = [&](CRecordingReport& report) {
-            report.m_nStopAfter = 1;
-            return saveSeries(data, series.dir.filePath(pFolder), pType, 100, 110, report);
-        };
-        return failed(save, end);
-    };
     EXPECT_EQ(pictures("link", ".mrc", RunEnd::Refused),
               "red DIR/link/a.b.mrc and 2 more files are frames of this series and would be "
               "overwritten. Nothing was exported.");
@@ -115,13 +142,19 @@ TEST(Exports, TellWhatIsMissingAndNeverOverwriteAFrame)
     EXPECT_TRUE(
         pictures(".", ".png", RunEnd::Refused).startsWith("red DIR/./g.png is a frame of this series"));
     EXPECT_EQ(series.content("g.mrc"), bytesFrame);
-    QFile::remove(series.dir.filePath("g.png"));
+}
+
+TEST_F(ExportsOfNames, PicturesTellAStopAndAFailure)
+{
     EXPECT_TRUE(pictures(".", ".png", RunEnd::Stopped)
                     .endsWith("red >Exporting image series stopped after 1 of 3 frames."));
-    EXPECT_TRUE(QFile::exists(series.dir.filePath("a.b.png")) &&
-                !QFile::exists(series.dir.filePath("g.png")));
+    EXPECT_TRUE(QFile::exists(series.dir.filePath("a.b.png")));
+    EXPECT_FALSE(QFile::exists(series.dir.filePath("g.png")));
     EXPECT_TRUE(pictures(".", ".xyz", RunEnd::Failed).contains("red Failed to save to file: DIR/./a.b.xyz"));
+}
 
+TEST_F(ExportsOfNames, BinnedFramesHaveWholePixelsOfFloats)
+{
     data.m_listFrameFile.removeFirst();
     EXPECT_EQ(exportBinnedFrames(data, 0.33, series.report).end,
               RunEnd::Finished);  // 20 × 10 to 6 × 3, truncated, of floats

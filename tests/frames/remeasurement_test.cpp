@@ -75,7 +75,8 @@ TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
         QVector<QList<Peak3D>> moved = series.peaks;
         options.nJobs = 2;  // the same bits
         const auto results = refinePeakPositionOnFrame(series.dataSet, moved, reportOnFrame, options);
-        ASSERT_TRUE(refined.size() == 3 && results.size() == 3);
+        ASSERT_EQ(refined.size(), 3);
+        ASSERT_EQ(results.size(), 3);
         QString strLong, strShort;
         for (int i = 0; i < 4; ++i) {
             const int n = i / 2, j = i % 2;
@@ -250,7 +251,8 @@ TEST(Centroid, IsTheWeightedMeanOfTheDiscOrTheCentre)
                           {1, 2, 2, 15}});  // the ring crosses the edge
     const double adfX[] = {502. / 50, 472. / 47, 30, 2};
     const double adfY[] = {15, (10 * 9 + 30 * 8 + 7 * 7) / 47., 15, 15};
-    ASSERT_TRUE(listX.size() == 4 && listY.size() == 4);
+    ASSERT_EQ(listX.size(), 4);
+    ASSERT_EQ(listY.size(), 4);
     auto itY = listY.begin();
     int n = 0;
     for (double dfX : listX) {
@@ -274,12 +276,14 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     EXPECT_EQ(extract(series.peaks).strReason, "Some peaks are outside the frame.");
     EXPECT_TRUE(series.report.said(
         "red Some peaks are outside the frame.\nred >Intensity extraction did not finish."));
-    EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty() && dataSet.m_listPeakChain.size() == 1);
+    EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty());
+    EXPECT_EQ(dataSet.m_listPeakChain.size(), 1);
     EXPECT_EQ(dataSet.m_listReflectionIndexed.size(), 1);
     EXPECT_EQ(series.peaks[0][0].nID, 40);
     EXPECT_EQ(extract(dataSet.m_vecPeakIndexedOnFrame).end, RunEnd::Finished);
-    EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty() && dataSet.m_vecReflectionFrame.empty() &&
-                dataSet.m_listReflectionIndexed.isEmpty());
+    EXPECT_TRUE(dataSet.m_listPeakChain.isEmpty());
+    EXPECT_TRUE(dataSet.m_vecReflectionFrame.empty());
+    EXPECT_TRUE(dataSet.m_listReflectionIndexed.isEmpty());
     ASSERT_EQ(dataSet.m_listPeakMerged.size(), 4);
     for (int n = 0; n < 4; ++n) {
         for (const Peak3D& peak : {dataSet.m_listPeakMerged[n], dataSet.m_listPeakMergedShown[n],
@@ -290,25 +294,36 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
     }
 }
 
-TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
-{
-    FrameSeries series;
-    for (int n = 0; n < 6; ++n) {  // a mark that drifts with the shift; the last frame has another size
-        series.add(makeImage(n == 5 ? 9 : 8, 6, [&](int x, int y) {
-            return x == (3 + n) % 8 && y == 2 ? 1e6 : y == 5 ? (x == 0 ? -90 : x == 7 ? 53 : 0) : 0;
-        }));
+/// A mark that drifts with the shift, over three groups of frames; the last frame has another size.
+class SummedFrames : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (int n = 0; n < 6; ++n) {
+            series.add(makeImage(n == 5 ? 9 : 8, 6, [&](int x, int y) {
+                return x == (3 + n) % 8 && y == 2 ? 1e6 : y == 5 ? (x == 0 ? -90 : x == 7 ? 53 : 0) : 0;
+            }));
+        }
+        dataSet.m_listBeamTiltBreak = {0, 1, 0, 1, 2, 1};
+        dataSet.m_listShift = {{0, 0}, {1.9, -0.7}, {2.2, 0}, {-0.7, 0}, {0, 0}, {0, 0}};
+        dataSet.m_listOverallTilt = {-1, 0, 0.5, 1, 2, 3};
     }
-    DataSet& dataSet = series.dataSet;
-    dataSet.m_listBeamTiltBreak = {0, 1, 0, 1, 2, 1};
-    dataSet.m_listShift = {{0, 0}, {1.9, -0.7}, {2.2, 0}, {-0.7, 0}, {0, 0}, {0, 0}};
-    dataSet.m_listOverallTilt = {-1, 0, 0.5, 1, 2, 3};
-    int nShown = 0;
-    const auto sum = [&](CRunReport& report) {
+    RunEnd sum(CRunReport& report)
+    {
         return exportSummedFrames(dataSet, series.dir.path(), report, [&](int) { ++nShown; }).end;
-    };
+    }
+
+    FrameSeries series;
+    DataSet& dataSet = series.dataSet;
+    int nShown = 0;
+};
+
+TEST_F(SummedFrames, TellTheirGroupsAndWhatFailed)
+{
     EXPECT_EQ(sum(series.report), RunEnd::Failed);
     EXPECT_EQ(nShown, 2);
-    EXPECT_TRUE(series.content("003.mrc").isNull() && dataSet.m_vecFrameImage.empty());
+    EXPECT_TRUE(series.content("003.mrc").isNull());
+    EXPECT_TRUE(dataSet.m_vecFrameImage.empty());
     const QString strLog = series.report.log();
     EXPECT_TRUE(
         strLog.startsWith("#  1:    2    3\n#  2:    4\n#  3:    6\n"
@@ -323,6 +338,11 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
                                 ": No such file or directory\n#00"))
             << report.log().toStdString();
     }
+}
+
+TEST_F(SummedFrames, AreAlignedAndDivided)
+{
+    sum(series.report);
     ImageList vecImage;
     for (const char* pFile : {"001.mrc", "002.mrc"}) {
         ASSERT_TRUE(ReadMRC(series.dir.filePath(pFile), vecImage));
@@ -332,8 +352,13 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     EXPECT_EQ(at(1, 6, 2), 50000);  // a shift of -0.7 truncates to 0
     EXPECT_EQ(at(0, 6, 5), 0);      // 53 - 90, wrapped around the edge
     EXPECT_EQ(at(1, 7, 5), 2);      // 53 / 20, truncated
+}
 
-    // Where a frame has the name of a sum, no sum is written, whichever group comes first.
+// Where a frame has the name of a sum, no sum is written, whichever group comes first.
+TEST_F(SummedFrames, ReplaceNoFrame)
+{
+    sum(series.report);
+    nShown = 0;
     const QByteArray bytesFrame = series.content("002.mrc");
     dataSet.m_listFrameFile[0] = series.dir.filePath("./002.mrc");
     EXPECT_TRUE(QFile::remove(series.dir.filePath("001.mrc")));
@@ -342,8 +367,9 @@ TEST(SummedFrames, AlignsDividesAndNamesEachGroup)
     EXPECT_TRUE(
         reportRefused.log().endsWith("/002.mrc is a frame of this series and would be overwritten. "
                                      "Nothing was exported."));
-    EXPECT_EQ(nShown, 2);
-    EXPECT_TRUE(series.content("001.mrc").isNull() && series.content("002.mrc") == bytesFrame);
+    EXPECT_EQ(nShown, 0);
+    EXPECT_TRUE(series.content("001.mrc").isNull());
+    EXPECT_EQ(series.content("002.mrc"), bytesFrame);
 }
 
 }  // namespace
