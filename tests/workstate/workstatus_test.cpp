@@ -101,16 +101,31 @@ Series solved()
     return series;
 }
 
-TEST(WorkStatus, EachChangeMakesStaleWhatStandsOnIt)
+struct Change {
+    const char* pszName;
+    std::function<void(Series&)> fnChange;
+    const char* pszStates;
+    WorkStage stage;
+    const char* pszReason;  ///< of the stage's state
+    const char* pszSteps;
+};
+
+void expectStale(std::initializer_list<Change> listChange)
 {
-    const struct {
-        const char* pszName;
-        std::function<void(Series&)> fnChange;
-        const char* pszStates;
-        WorkStage stage;
-        const char* pszReason;
-        const char* pszSteps;
-    } aCase[] = {
+    for (const Change& change : listChange) {
+        SCOPED_TRACE(change.pszName);
+        Series series = solved();
+        change.fnChange(series);
+        EXPECT_EQ(series.states(), change.pszStates);
+        EXPECT_TRUE(series.reason(change.stage).contains(QString::fromUtf8(change.pszReason)))
+            << qPrintable(series.reason(change.stage));
+        EXPECT_EQ(series.steps(), change.pszSteps);
+    }
+}
+
+TEST(WorkStatus, AChangeOfTheGeometryMakesStaleWhatStandsOnIt)
+{
+    expectStale({
         {"axis", [](Series& s) { s.data.m_dfRotationAxis += 0.3; }, "DDDSSSSSS", WorkStage::Merging,
          "the rotation axis was turned by 0.3° since",
          "Map, merge, search the cell, index, refine the geometry and integrate anew"},
@@ -132,6 +147,14 @@ TEST(WorkStatus, EachChangeMakesStaleWhatStandsOnIt)
         {"beam", [](Series& s) { s.data.m_dfCenterX += 1.5; }, "DDDSSSSSS", WorkStage::Mapping,
          "the direct beam was moved by 1.50 pixels since",
          "Map, merge, search the cell, index, refine the geometry and integrate anew"},
+        {"shifts gone", [](Series& s) { s.data.m_listShift.clear(); }, "MDDSSSSSS", WorkStage::Drift,
+         "the shifts are not evaluated", ""},
+    });
+}
+
+TEST(WorkStatus, AChangeOfANumberMakesStaleWhatWasMadeWithIt)
+{
+    expectStale({
         {"threshold", [](Series& s) { s.numbers.hunting.m_dfPeakThreshold = 3; }, "DSDSSSSDD",
          WorkStage::Peaks, "the threshold was changed from 1.00 to 3.00 since",
          "Search the peaks, map, merge, search the cell and index anew"},
@@ -151,6 +174,14 @@ TEST(WorkStatus, EachChangeMakesStaleWhatStandsOnIt)
              s.numbers.mapping.m_dfResolutionMax = 100;
          },
          "DDDDDDDDD", WorkStage::Merging, "reflections", ""},
+        {"index threshold", [](Series& s) { s.numbers.indexing.m_dfIndexThreshold = 0.1; }, "DDDDDDSDD",
+         WorkStage::Indexing, "the threshold was changed from 0.05 to 0.10 since", "Index anew"},
+    });
+}
+
+TEST(WorkStatus, OtherDataMakeStaleWhatWasMadeOfTheFormer)
+{
+    expectStale({
         {"other peaks from a file",
          [](Series& s) {
              s.data.m_listPeakFrame[1][2].dfX2D += 1;
@@ -165,21 +196,9 @@ TEST(WorkStatus, EachChangeMakesStaleWhatStandsOnIt)
          },
          "DDDDDDSSS", WorkStage::Indexing, "the unit cell was changed since",
          "Index, refine the geometry and integrate anew"},
-        {"index threshold", [](Series& s) { s.numbers.indexing.m_dfIndexThreshold = 0.1; }, "DDDDDDSDD",
-         WorkStage::Indexing, "the threshold was changed from 0.05 to 0.10 since", "Index anew"},
-        {"shifts gone", [](Series& s) { s.data.m_listShift.clear(); }, "MDDSSSSSS", WorkStage::Drift,
-         "the shifts are not evaluated", ""},
         {"another series", [](Series& s) { clearDataSet(s.data); }, "MMDMMMMMM", WorkStage::Peaks,
          "no peaks were searched", ""},
-    };
-    for (const auto& test : aCase) {
-        Series series = solved();
-        test.fnChange(series);
-        EXPECT_EQ(series.states(), test.pszStates) << test.pszName;
-        EXPECT_TRUE(series.reason(test.stage).contains(QString::fromUtf8(test.pszReason)))
-            << test.pszName << ": " << qPrintable(series.reason(test.stage));
-        EXPECT_EQ(series.steps(), test.pszSteps) << test.pszName;
-    }
+    });
 }
 
 TEST(WorkStatus, AChangeOfTheMappingInWords)

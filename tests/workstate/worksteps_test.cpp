@@ -48,16 +48,30 @@ WorkState begun()
     return state;
 }
 
-}  // namespace
+struct Change {
+    std::function<void(WorkState&)> fnChange;
+    QString strName, strKey;  ///< of the step
+};
 
-TEST(WorkDifferences, NamesWhatLiesFurthestUpTheRoad)
+void expectNamed(std::initializer_list<Change> listChange)
 {
     QLocale::setDefault(QLocale(QLocale::English));
     const WorkState before = begun();
-    const struct {
-        std::function<void(WorkState&)> fnChange;
-        QString strName, strKey;
-    } aCase[] = {
+    for (const Change& change : listChange) {
+        WorkState after = before;
+        change.fnChange(after);
+        const WorkDifferences found = differences(before, after);
+        EXPECT_EQ(found.strName, change.strName);
+        EXPECT_EQ(found.strKey, change.strKey) << qPrintable(change.strName);
+        EXPECT_FALSE(found.bOtherSeries);
+    }
+}
+
+}  // namespace
+
+TEST(WorkDifferences, OfNumbersNameTheOneFurthestUpTheRoad)
+{
+    expectNamed({
         {[](WorkState&) {}, "", ""},
         {[](WorkState& s) { s.series.m_dfRotationAxis = 40.1; }, "Rotation axis 39.8° to 40.1°", "number 2"},
         {[](WorkState& s) {
@@ -72,6 +86,13 @@ TEST(WorkDifferences, NamesWhatLiesFurthestUpTheRoad)
              s.mapping.m_bApplyStretching = true;
          },
          "Stretching switched on and 2 more", ""},
+        {[](WorkState& s) { s.matTransformation.at(0, 1) = 0.5; }, "Matrix of the cell", "matrix"},
+    });
+}
+
+TEST(WorkDifferences, OfDataNameWhatWasMade)
+{
+    expectNamed({
         {[](WorkState& s) {
              s.hunting.m_dfPeakRadius = 2.5;
              s.series.m_listPeakFrame = peaks(2, 700);
@@ -91,6 +112,16 @@ TEST(WorkDifferences, NamesWhatLiesFurthestUpTheRoad)
          "Hot pixels: 1", ""},
         {[](WorkState& s) { s.series.m_maskPeakHunting.listPolygon.append(QPolygonF(QRectF(0, 0, 1, 1))); },
          "Areas of the mask: 1", ""},
+        {[](WorkState& s) { s.pIntegration = std::make_shared<const IntegrationResult>(); }, "Integrated: 0",
+         ""},
+        // What follows from other things is no step.
+        {[](WorkState& s) { s.series.m_vecPeakGroup.append(QVector<QList<int>>(3)); }, "", ""},
+    });
+}
+
+TEST(WorkDifferences, OfCellsAndGroupsNameWhatBecameOfThem)
+{
+    expectNamed({
         {[](WorkState& s) {
              s.series.m_listCellFound[2] = {0, 0, 0.25f};
              s.series.m_listCell = s.series.m_listCellFound;
@@ -105,26 +136,18 @@ TEST(WorkDifferences, NamesWhatLiesFurthestUpTheRoad)
              s.series.m_listCell.clear();
          },
          "No cell", ""},
-        {[](WorkState& s) { s.matTransformation.at(0, 1) = 0.5; }, "Matrix of the cell", "matrix"},
         {[](WorkState& s) { s.listRawGroup[1].bVisible = false; }, "Groups: \"Label1\" hidden", ""},
         {[](WorkState& s) { s.listRawGroup[1].strLabel = "ice"; }, "Groups: \"Label1\" is now \"ice\"", ""},
         {[](WorkState& s) {
              s.listRawGroup.insert(1, {"ice", {0}, Qt::blue});
          },
          "Groups: new, \"ice\"", ""},
-        {[](WorkState& s) { s.pIntegration = std::make_shared<const IntegrationResult>(); }, "Integrated: 0",
-         ""},
-        // What follows from other things is no step.
-        {[](WorkState& s) { s.series.m_vecPeakGroup.append(QVector<QList<int>>(3)); }, "", ""},
-    };
-    for (const auto& one : aCase) {
-        WorkState after = before;
-        one.fnChange(after);
-        const WorkDifferences found = differences(before, after);
-        EXPECT_EQ(found.strName, one.strName);
-        EXPECT_EQ(found.strKey, one.strKey) << qPrintable(one.strName);
-        EXPECT_FALSE(found.bOtherSeries);
-    }
+    });
+}
+
+TEST(WorkDifferences, KnowAnotherSeries)
+{
+    const WorkState before = begun();
     WorkState other = before;
     other.series.m_strProjectName = "garnet";
     EXPECT_TRUE(differences(before, other).bOtherSeries);
