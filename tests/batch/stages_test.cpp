@@ -331,7 +331,8 @@ TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
     for (const char* pszSuffix : {"sc", "pk", "uc"}) {
         const QString strFile = m_dir.filePath(QStringLiteral("f/q.") + QLatin1String(pszSuffix));
         const QByteArray bytesFormer = readBytes(strFile);
-        ASSERT_TRUE(QFile::remove(strFile) && QDir().mkdir(strFile));
+        ASSERT_TRUE(QFile::remove(strFile));
+        ASSERT_TRUE(QDir().mkdir(strFile));
         const QString strStage = QString::fromLatin1(*pszSuffix == 's'   ? "shifts"
                                                      : *pszSuffix == 'p' ? "peaks"
                                                                          : "cell");

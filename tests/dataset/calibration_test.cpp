@@ -52,7 +52,7 @@ TEST(Calibration, ComesBackToTheBit)
     EXPECT_EQ(after->dfRotationAxis, before.dfRotationAxis);
     EXPECT_EQ(after->dfStretchAmplitude, before.dfStretchAmplitude);
     EXPECT_EQ(after->dfStretchAzimuth, before.dfStretchAzimuth);
-    EXPECT_TRUE(after->distortion == before.distortion);
+    EXPECT_EQ(after->distortion, before.distortion);
     EXPECT_EQ(after->mapError, before.mapError);
 }
 
@@ -83,7 +83,8 @@ TEST(Calibration, IsRefusedWithItsReasonWhereItIsNone)
     for (const auto& bad : aBad) {
         QString strReason;
         EXPECT_FALSE(calibrationOfText(bad.bytes, &strReason)) << bad.bytes.left(200).toStdString();
-        EXPECT_TRUE(!strReason.isEmpty() && strReason.contains(QLatin1String(bad.pszReason)))
+        EXPECT_FALSE(strReason.isEmpty()) << strReason.toStdString() << " for " << bad.pszReason;
+        EXPECT_TRUE(strReason.contains(QLatin1String(bad.pszReason)))
             << strReason.toStdString() << " for " << bad.pszReason;
     }
     // What is not known, and errors that are none, do no harm.
@@ -118,11 +119,12 @@ TEST(Calibration, PassesFromSeriesToSeriesAndWarnsOfAnotherMicroscope)
     MappingParameters mappingOther;
     const QStringList listWarning = takeCalibration(other, mappingOther, calibrationOf(one, mapping));
     ASSERT_EQ(listWarning.size(), 2);
-    EXPECT_TRUE(listWarning[0].contains("0.0197") && listWarning[1].contains("0.004"));
+    EXPECT_TRUE(listWarning[0].contains("0.0197"));
+    EXPECT_TRUE(listWarning[1].contains("0.004"));
     EXPECT_EQ(other.m_dfRotationAxis, one.m_dfRotationAxis);
     EXPECT_EQ(other.m_dfStretchAmplitude, one.m_dfStretchAmplitude);
     EXPECT_NEAR(other.m_dfStretchAzimuth, one.m_dfStretchAzimuth, 1e-9);
-    EXPECT_TRUE(other.m_distortion == one.m_distortion);
+    EXPECT_EQ(other.m_distortion, one.m_distortion);
     EXPECT_EQ(other.m_dfPixelSize, 0.004) << "nothing determined that of the first";
 
     // No stretching is one, too: that of the series before goes.

@@ -63,7 +63,11 @@ TEST(NewProject, Tilts)
     EXPECT_DOUBLE_EQ(tiltStep(121, -60, 60), 1);
 }
 
-TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
+namespace {
+
+const QString g_strFile = QStringLiteral("/data/set/x.ed3d");
+
+NewProject threeFrames()
 {
     NewProject project;
     project.listFrame = QStringList{"/data/set/frames/a%1_1.mrc", "/data/set/b.mrc", "/data/c.mrc"};
@@ -73,7 +77,15 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     project.dfRotationAxis = -139.25;
     project.dfStretchAmplitude = 1.5;
     project.dfStretchAzimuth = 33;
-    const QString strFile = QStringLiteral("/data/set/x.ed3d");
+    return project;
+}
+
+}  // namespace
+
+TEST(NewProject, FileHoldsWhatWasMeant)
+{
+    NewProject project = threeFrames();
+    const QString& strFile = g_strFile;
     QString strReason;
     std::optional<QByteArray> text = makeProjectText(project, strFile, &strReason);
     ASSERT_TRUE(text) << strReason.toStdString();
@@ -92,7 +104,10 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
     ASSERT_TRUE(read.readBytes(*text, strFile));
     EXPECT_EQ(read.distortion(), project.distortion);
     EXPECT_EQ(read.stretchingAmplitude(), 1.5);
+}
 
+TEST(NewProject, FileIsRefusedThatCannotHoldWhatWasMeant)
+{
     const struct {
         std::function<void(NewProject&)> fnSpoil;
         const char* pchReason;
@@ -109,9 +124,10 @@ TEST(NewProject, FileHoldsWhatWasMeantOrIsRefused)
         {[](NewProject& p) { p.listFrame[1] = "/data/" + QString(1100, 'x'); }, "Line "},
     };
     for (const auto& row : aRow) {
-        NewProject spoiled = project;
+        NewProject spoiled = threeFrames();
         row.fnSpoil(spoiled);
-        EXPECT_FALSE(makeProjectText(spoiled, strFile, &strReason)) << row.pchReason;
+        QString strReason;
+        EXPECT_FALSE(makeProjectText(spoiled, g_strFile, &strReason)) << row.pchReason;
         EXPECT_TRUE(strReason.startsWith(row.pchReason)) << strReason.toStdString();
     }
 }
@@ -154,7 +170,7 @@ TEST(NewProject, RotationModeHasALineWhereItIsNotContinuous)
         EXPECT_TRUE(bytes->contains(QByteArray("\nROTATIONMODE ") + pszMode + "\nFILELIST\n"));
         ProjectFile read;
         ASSERT_TRUE(read.readBytes(*bytes, "/d/a.ed3d"));
-        EXPECT_TRUE(read.rotation() == project.rotation);
+        EXPECT_EQ(read.rotation(), project.rotation);
     }
     ProjectFile read;
     EXPECT_FALSE(read.readBytes(bytes->replace("precession,0.85", "sideways"), "/d/a.ed3d"));

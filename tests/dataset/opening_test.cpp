@@ -134,9 +134,9 @@ TEST_F(Opening, TakesOwnSideFilesBeforeTheFixedNames)
     m_data.m_vecReflectionFrame = {1};
     m_data.m_maskPeakHunting.listPolygon.append(QPolygonF());
     ASSERT_TRUE(open());
-    EXPECT_TRUE(m_data.m_listCell.isEmpty() && m_data.m_vecReflectionFrame.empty() &&
-                m_data.m_maskPeakHunting.listPolygon.isEmpty())
-        << "nothing of the data set before";
+    EXPECT_TRUE(m_data.m_listCell.isEmpty()) << "nothing of the data set before";
+    EXPECT_TRUE(m_data.m_vecReflectionFrame.empty()) << "nothing of the data set before";
+    EXPECT_TRUE(m_data.m_maskPeakHunting.listPolygon.isEmpty()) << "nothing of the data set before";
     EXPECT_EQ(m_report.marked()[1], "2 peaks on 3 frames loaded from " + path("p.pk") + ".");
     EXPECT_EQ(QList<double>(
                   {m_data.m_dfCenterX, m_data.m_dfWavelength, m_data.m_dfRotationAxis, m_data.m_dfPixelSize}),

@@ -203,7 +203,8 @@ TEST_F(SeriesFolder, TextsTellWhatHeadersDoNot)
     EXPECT_EQ(facts.tilts.list.value(9), 2.75);
     EXPECT_EQ(facts.cameraLength.strSource, QString("scan_log.txt: Camera length"));
     EXPECT_EQ(facts.wavelength.df, electronWavelength(200));
-    EXPECT_TRUE(facts.bOfVoltage && facts.bOfCameraLength);
+    EXPECT_TRUE(facts.bOfVoltage);
+    EXPECT_TRUE(facts.bOfCameraLength);
     EXPECT_NEAR(facts.pixelSize.df, 0.05 / (400 * electronWavelength(200)), 1e-12);
 }
 
@@ -238,12 +239,12 @@ TEST_F(SeriesFolder, AStepOfALogKeepsItsSignAndItsEnds)
     EXPECT_TRUE(strDoubt.isEmpty()) << strDoubt.toStdString();
     list = tiltsWith("Oscillation angle: -0.6 deg\n", strDoubt);
     EXPECT_NEAR(list.value(9), -5.7, 1e-9);
-    EXPECT_TRUE(strDoubt.contains("taken to start at 0") && !strDoubt.contains("rise"))
-        << strDoubt.toStdString();
+    EXPECT_TRUE(strDoubt.contains("taken to start at 0")) << strDoubt.toStdString();
+    EXPECT_FALSE(strDoubt.contains("rise")) << strDoubt.toStdString();
     list = tiltsWith("Oscillation angle: 0.6 deg\nStarting angle: 3 deg\n", strDoubt);
     EXPECT_NEAR(list.value(0), 3.3, 1e-9);
-    EXPECT_TRUE(strDoubt.contains("taken to rise") && !strDoubt.contains("start at 0"))
-        << strDoubt.toStdString();
+    EXPECT_TRUE(strDoubt.contains("taken to rise")) << strDoubt.toStdString();
+    EXPECT_FALSE(strDoubt.contains("start at 0")) << strDoubt.toStdString();
 }
 
 TEST_F(SeriesFolder, DoubtsAreOfTheNumbersThatTheyName)

@@ -8,14 +8,36 @@
 
 namespace tessera {
 
+namespace {
+
+struct Line {
+    const char* pchLine;
+    ToldNumber SideTexts::*pNumber;
+    double dfValue;  ///< NaN: none
+    bool bDoubt;
+};
+
+void expectTold(std::initializer_list<Line> listLine)
+{
+    for (const Line& row : listLine) {
+        SideTexts texts;
+        takeSideText(row.pchLine, "x.log", texts);
+        const ToldNumber& told = texts.*row.pNumber;
+        EXPECT_EQ(told.isTold(), std::isfinite(row.dfValue)) << row.pchLine;
+        if (told.isTold()) {
+            EXPECT_NEAR(told.df, row.dfValue, 1e-6 * std::abs(row.dfValue)) << row.pchLine;
+            EXPECT_TRUE(told.strSource.startsWith("x.log: ")) << told.strSource.toStdString();
+        }
+        EXPECT_EQ(!texts.listDoubt.isEmpty(), row.bDoubt)
+            << row.pchLine << ": " << texts.listDoubt.join('\n').toStdString();
+    }
+}
+
+}  // namespace
+
 TEST(SideTexts, KeysAndUnitsInTheirManyForms)
 {
-    const struct {
-        const char* pchLine;
-        ToldNumber SideTexts::*pNumber;
-        double dfValue;
-        bool bDoubt;
-    } aRow[] = {
+    expectTold({
         {"Starting angle: -30.00 degrees", &SideTexts::tiltStart, -30, false},
         {"start_angle = 12.5", &SideTexts::tiltStart, 12.5, false},
         {"EndAngle: 0.5 rad", &SideTexts::tiltEnd, 28.64788975654116, false},
@@ -39,6 +61,12 @@ TEST(SideTexts, KeysAndUnitsInTheirManyForms)
         {"Exposure time: 12:30:05", &SideTexts::exposure, NAN, false},
         {"Wavelength: 3 furlongs", &SideTexts::wavelength, NAN, true},
         {"Camera: 55 um", &SideTexts::detectorPixel, NAN, false},
+    });
+}
+
+TEST(SideTexts, DecimalCommasWhereNothingElseIsMeant)
+{
+    expectTold({
         {"Camera length: 237,71 mm", &SideTexts::cameraLength, 237.71, false},
         {"\"start_angle\": \"-29,75 deg\",", &SideTexts::tiltStart, -29.75, false},
         {"Start angle (deg): -29,75", &SideTexts::tiltStart, -29.75, false},
@@ -47,19 +75,7 @@ TEST(SideTexts, KeysAndUnitsInTheirManyForms)
         {"High tension: 200,000 V", &SideTexts::kilovolts, NAN, true},
         {"Pixel size: 55,55 um", &SideTexts::detectorPixel, NAN, true},
         {"Camera length: 1,2,3 mm", &SideTexts::cameraLength, NAN, true},
-    };
-    for (const auto& row : aRow) {
-        SideTexts texts;
-        takeSideText(row.pchLine, "x.log", texts);
-        const ToldNumber& told = texts.*row.pNumber;
-        EXPECT_EQ(told.isTold(), std::isfinite(row.dfValue)) << row.pchLine;
-        if (told.isTold()) {
-            EXPECT_NEAR(told.df, row.dfValue, 1e-6 * std::abs(row.dfValue)) << row.pchLine;
-            EXPECT_TRUE(told.strSource.startsWith("x.log: ")) << told.strSource.toStdString();
-        }
-        EXPECT_EQ(!texts.listDoubt.isEmpty(), row.bDoubt)
-            << row.pchLine << ": " << texts.listDoubt.join('\n').toStdString();
-    }
+    });
 }
 
 TEST(SideTexts, KeysOfTheDocumentationAreKnown)

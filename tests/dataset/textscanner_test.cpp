@@ -67,7 +67,8 @@ TEST(TextScanner, StopsAtTheEndOfItsBytesAndOfItsNumberRange)
     EXPECT_FALSE(scanner.readInt(n)) << "beyond int";
     EXPECT_EQ(n, 42);
     QByteArray strWord;
-    EXPECT_TRUE(scanner.readWord(strWord) && scanner.readWord(strWord, 4));
+    EXPECT_TRUE(scanner.readWord(strWord));
+    EXPECT_TRUE(scanner.readWord(strWord, 4));
     EXPECT_EQ(strWord, "abcd");
 }
 

@@ -43,13 +43,15 @@ protected:
         std::vector<float> vecPixel(40 * 36, 3);
         vecPixel[100] = fHighest;
         CMrcWriter<float> writer;
-        ASSERT_TRUE(writer.open(m_dir.filePath(QStringLiteral("f_%1.mrc").arg(n)), 40, 36, 1) &&
-                    writer.addSection(vecPixel.data()) && writer.commit());
+        ASSERT_TRUE(writer.open(m_dir.filePath(QStringLiteral("f_%1.mrc").arg(n)), 40, 36, 1));
+        ASSERT_TRUE(writer.addSection(vecPixel.data()));
+        ASSERT_TRUE(writer.commit());
     }
     ExchangeSource source() const
     {
         const std::optional<ExchangeSource> found = exchangeSource(m_data, {}, nullptr, nullptr);
-        EXPECT_TRUE(found && !found->bCell);
+        ASSERT_TRUE(found);
+        EXPECT_FALSE(found->bCell);
         return found.value_or(ExchangeSource{});
     }
     /// Files below the folder but for the frames.
@@ -107,7 +109,8 @@ TEST_F(ExchangeExport, GapsAreFilledForProgramsThatReadAFileForEachNumber)
     EXPECT_EQ(made(), (QStringList{"f_smv/00001.img", "f_smv/00002.img", "f_smv/00003.img", "f_smv/00004.img",
                                    "f_smv/00005.img"}));
     const QByteArray bytes = read("f_smv/00004.img");
-    EXPECT_TRUE(bytes.contains("SIZE1=40;") && bytes.contains("SIZE2=36;"));
+    EXPECT_TRUE(bytes.contains("SIZE1=40;"));
+    EXPECT_TRUE(bytes.contains("SIZE2=36;"));
     EXPECT_EQ(bytes.mid(512), QByteArray(2 * 40 * 36, '\xff'));
     EXPECT_TRUE(report.said("cut off: 1, the first of them 00004.img"));
     // Names that count the turns would do for a program that can be told of the gap.
@@ -183,7 +186,8 @@ TEST_F(ExchangeExport, PetsGetsAllFramesOfOneType)
     EXPECT_TRUE(read("f.pts").contains("\nf_pets/tiff/00005.tif     4.0000     0.0000\nendimagelist\n"))
         << read("f.pts").constData();
     QFile file(m_dir.filePath("f.pts"));
-    ASSERT_TRUE(file.open(QIODevice::Append) && file.write("# mine\n") > 0);
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    ASSERT_GT(file.write("# mine\n"), 0);
     file.close();
     ASSERT_TRUE(exportForPets(source(), report).finished());
     EXPECT_TRUE(read("f.pts").endsWith("# mine\n"));
@@ -211,8 +215,11 @@ TEST(PetsInput, GeometriesOfMeasurement)
     for (const auto& row : aRow) {
         geometry.rotation = row.rotation;
         const QByteArray bytes = petsInput(geometry, options);
-        EXPECT_TRUE(isSealed(bytes) && bytes.contains(row.pszPhi) && bytes.contains(row.pszGeometry));
-        EXPECT_TRUE(bytes.contains("\nomega 219.712\n") && bytes.contains("140.288"));
+        EXPECT_TRUE(isSealed(bytes));
+        EXPECT_TRUE(bytes.contains(row.pszPhi));
+        EXPECT_TRUE(bytes.contains(row.pszGeometry));
+        EXPECT_TRUE(bytes.contains("\nomega 219.712\n"));
+        EXPECT_TRUE(bytes.contains("140.288"));
     }
 }
 

@@ -82,9 +82,14 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
         CPeakFilters filters;
         const auto sideBySide = estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, 3);
         const auto alone = estimatePeakThreshold(series.dataSet, radii(2, 5), filters, series.report, 1);
-        ASSERT_TRUE(sideBySide && alone);
+        ASSERT_TRUE(sideBySide);
+        ASSERT_TRUE(alone);
         EXPECT_EQ(sideBySide->dfThreshold, alone->dfThreshold);
     }
+}
+
+TEST(FindBeamRegion, IsNoneOnBlankFramesAndTheOnlySizeOnSmallOnes)
+{
     FrameSeries series;
     EXPECT_FALSE(findBeamRegion(series.dataSet, series.report));
     series.add(makeImage(65, 90, [](int, int) { return 5; }));
@@ -93,8 +98,10 @@ TEST(FindBeamRegion, LiesAroundTheBeamWhateverIsWrongWithIt)
     const auto region = findBeamRegion(series.dataSet, series.report);
     ASSERT_TRUE(region);
     EXPECT_EQ(region->size(), QSize(64, 64)) << "the greatest even side that fits";
+}
 
-    // What stands in the way is named.
+TEST(FindBeamRegion, WhatStandsInTheWayIsNamed)
+{
     FrameSeries narrow, unread;
     narrow.add(makeImage(20000, 40, [](int, int) { return 5; }));
     EXPECT_FALSE(findBeamRegion(narrow.dataSet, narrow.report));

@@ -42,7 +42,8 @@ TEST(DisplayLimits, LeaveTheBeamOutAndNotAHotPixel)
     EXPECT_LT(std::hypot(disc->ptCentre.x() - 90.3, disc->ptCentre.y() - 101.8), 3);
     EXPECT_EQ(disc->dfRadius, 12);
     const auto limits = displayLimits(img, disc), withBeam = displayLimits(img, {});
-    ASSERT_TRUE(limits && withBeam);
+    ASSERT_TRUE(limits);
+    ASSERT_TRUE(withBeam);
     EXPECT_EQ(limits->dfLow, 20);
     EXPECT_LE(limits->dfHigh, 50);  // what is left of the beam's flanks at four times its width
     EXPECT_GT(withBeam->dfHigh, 1000);

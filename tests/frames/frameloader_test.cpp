@@ -95,13 +95,15 @@ TEST_F(Loader, PicturesAreWeighedByColourAndKeepTheirRows)
         EXPECT_EQ(logOf(pName, bytes, 1), "");
         ASSERT_EQ(m_vecImage.size(), 1u);
         const CImgObj<float>& img = *m_vecImage[0];
-        ASSERT_TRUE(img.Width() == 4 && img.Height() == 3);
+        ASSERT_EQ(img.Width(), 4);
+        ASSERT_EQ(img.Height(), 3);
         for (int i = 0; i < 12; ++i) {
             EXPECT_EQ(img.Data()[i], 640.f * i) << i;  // linear surroundings give the hot one back
         }
     }
     EXPECT_EQ(logOf("c.png", saved(colour, "c.png"), 1), "");
-    ASSERT_TRUE(m_vecImage[0]->Width() == 2 && m_vecImage[0]->Height() == 2);
+    ASSERT_EQ(m_vecImage[0]->Width(), 2);
+    ASSERT_EQ(m_vecImage[0]->Height(), 2);
     EXPECT_EQ(std::vector<float>(m_vecImage[0]->Data(), m_vecImage[0]->Data() + 4),
               (std::vector<float>{19, 38, 7, 16320}));
     QImage counts(3, 2, QImage::Format_Grayscale16);  // are no picture: they come as they are

@@ -109,10 +109,12 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
     EXPECT_EQ(defects.nUnusable, nMarked);
     const QStringList listLine = tellDefects(defects);
     ASSERT_EQ(listLine.size(), 1) << listLine.join('|').toStdString();
-    EXPECT_TRUE(listLine[0].contains(QStringLiteral("%1 areas").arg(nAreas)) &&
-                listLine[0].contains(QString::number(nMarked)))
-        << listLine[0].toStdString();
-    // Against a plain look at each pixel.
+    EXPECT_TRUE(listLine[0].contains(QStringLiteral("%1 areas").arg(nAreas))) << listLine[0].toStdString();
+    EXPECT_TRUE(listLine[0].contains(QString::number(nMarked))) << listLine[0].toStdString();
+}
+
+TEST(Gaps, CommonOnesAreThoseOfAPlainLookAtEachPixel)
+{
     CImgObj<float> imgOne = spots(7), imgOther = spots(8), imgBoth = spots(9);
     std::mt19937 random(5);
     for (int i = 0; i < 220 * 240; ++i) {

@@ -66,12 +66,36 @@ void expectIntensities(const Peak3D& peak, double dfHeight)
     EXPECT_NEAR(peak.dfIPoint, dfPoint, 0.01);
 }
 
+/// The second spot of the first row lies in the mask.
+void maskSecondSpot(HuntingSeries& series)
+{
+    series.dataSet.m_maskPeakHunting.listPolygon.append(QPolygonF(QRectF(60, 14, 20, 20)));
+}
+
+/// Expects the peaks of a frame in their order.
+/// @param nID  of the last one before
+void expectSpots(const QList<Peak3D>& listPeak, int nFrame, int& nID)
+{
+    int nPeak = 0;
+    for (int i = 0; i < 12; ++i) {
+        if (!HuntingSeries::shines(i, nFrame) || i == 1) {
+            continue;
+        }
+        ASSERT_LT(nPeak, listPeak.size()) << nFrame;
+        const Peak3D& peak = listPeak[nPeak++];
+        EXPECT_EQ(QPointF(peak.dfX2D, peak.dfY2D), QPointF(HuntingSeries::column(i), HuntingSeries::row(i)));
+        EXPECT_EQ(peak.nFrame, nFrame);
+        EXPECT_EQ(peak.nID, nID++);
+        expectIntensities(peak, HuntingSeries::height(i));
+    }
+    EXPECT_EQ(nPeak, listPeak.size()) << nFrame;
+}
+
 TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
 {
     const int nFrames = 14;
     HuntingSeries series(nFrames);
-    // the second spot of the first row lies in the mask
-    series.dataSet.m_maskPeakHunting.listPolygon.append(QPolygonF(QRectF(60, 14, 20, 20)));
+    maskSecondSpot(series);
     QByteArray bytesFirst;
     QString strFirst;
     for (int nJobs : {1, 2, 3, 20, 0}) {
@@ -81,19 +105,7 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
         options.fnFrameDone = [&](int nFrame, const QList<Peak3D>& listPeak) {
             EXPECT_EQ(nFrame, nShown++);
             EXPECT_EQ(series.dataSet.m_vecFrameImage.at(0)->Width(), nFrame == 3 ? 200 : 192);
-            int nPeak = 0;
-            for (int i = 0; i < 12; ++i) {
-                if (!series.shines(i, nFrame) || i == 1) {
-                    continue;
-                }
-                ASSERT_LT(nPeak, listPeak.size()) << nFrame;
-                const Peak3D& peak = listPeak[nPeak++];
-                EXPECT_EQ(QPointF(peak.dfX2D, peak.dfY2D), QPointF(series.column(i), series.row(i)));
-                EXPECT_EQ(peak.nFrame, nFrame);
-                EXPECT_EQ(peak.nID, nID++);
-                expectIntensities(peak, series.height(i));
-            }
-            EXPECT_EQ(nPeak, listPeak.size()) << nFrame;
+            expectSpots(listPeak, nFrame, nID);
         };
         options.fnAfterStored = [&] {
             series.report.addMessage(QString("%1 lists mapped").arg(series.dataSet.m_listPeakFrame.size()));
@@ -112,7 +124,14 @@ TEST(PeakHunting, FindsTheSpotsInOrderForEveryNumberOfJobs)
         EXPECT_EQ(strLog, strFirst) << nJobs;
         QFile::remove(series.dir.filePath("series.pk"));
     }
-    // Measured again, each peak has the intensities that the hunt gave it.
+}
+
+TEST(PeakHunting, PeaksThatAreMeasuredAgainHaveTheSameIntensities)
+{
+    const int nFrames = 14;
+    HuntingSeries series(nFrames);
+    maskSecondSpot(series);
+    ASSERT_EQ(series.run({}), RunEnd::Finished);
     const QList<QList<Peak3D>>& listHunted = series.dataSet.m_listPeakFrame;
     QVector<QList<Peak3D>> vecPeak = listHunted.toVector();
     for (QList<Peak3D>& listPeak : vecPeak) {

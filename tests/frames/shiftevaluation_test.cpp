@@ -71,20 +71,23 @@ TEST(ShiftEvaluation, RecoversTheDriftAndTheBeam)
             "summed map: \\(103, 9[67]\\)\\n.*fitting of the summed map:  \\(  103[.][23].*\\n"
             "Shift correction data saved to ")))
             << strLog.toStdString();
-
-        DriftSeries other;
-        ShiftEvaluationOptions options;
-        options.nJobs = 3;
-        ASSERT_EQ(runShiftEvaluation(other.dataSet, rcRegion, other.report, options).end, RunEnd::Finished);
-        EXPECT_EQ(other.content("series.sc"), series.content("series.sc"));
-        EXPECT_EQ(other.report.log().count('\n'), strLog.count('\n'));
-
-        // Pixels are cut at whole places: the beam does not move with the fraction of the region's.
-        DriftSeries fractional;
-        ASSERT_EQ(runShiftEvaluation(fractional.dataSet, rcRegion.translated(0.75, 0.5), other.report).end,
-                  RunEnd::Finished);
-        EXPECT_EQ(fractional.content("series.sc"), series.content("series.sc"));
     }
+}
+
+// Pixels are cut at whole places: the beam does not move with the fraction of the region's.
+TEST(ShiftEvaluation, IsTheSameForEveryNumberOfJobsAndFractionOfThePlace)
+{
+    const QRectF rcRegion(40, 30, 151, 1);
+    DriftSeries series, jobs, fractional;
+    ASSERT_EQ(runShiftEvaluation(series.dataSet, rcRegion, series.report).end, RunEnd::Finished);
+    ShiftEvaluationOptions options;
+    options.nJobs = 3;
+    ASSERT_EQ(runShiftEvaluation(jobs.dataSet, rcRegion, jobs.report, options).end, RunEnd::Finished);
+    EXPECT_EQ(jobs.content("series.sc"), series.content("series.sc"));
+    EXPECT_EQ(jobs.report.log().count('\n'), series.report.log().count('\n'));
+    ASSERT_EQ(runShiftEvaluation(fractional.dataSet, rcRegion.translated(0.75, 0.5), jobs.report).end,
+              RunEnd::Finished);
+    EXPECT_EQ(fractional.content("series.sc"), series.content("series.sc"));
 }
 
 TEST(ShiftEvaluation, EarlyEndsKeepWhatTheCallerAsksForAndStopsNothing)

@@ -113,8 +113,12 @@ TEST(SeriesLook, IsTheSameForEveryNumberOfJobsAndAsEachAlone)
     std::optional<SpotSize> size;
     ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, size));
     const auto defects = findFrameDefects(series.dataSet, series.report);
-    ASSERT_TRUE(one && four && defects);
-    ASSERT_TRUE(one->size && four->size && size);
+    ASSERT_TRUE(one);
+    ASSERT_TRUE(four);
+    ASSERT_TRUE(defects);
+    ASSERT_TRUE(one->size);
+    ASSERT_TRUE(four->size);
+    ASSERT_TRUE(size);
     EXPECT_EQ(one->size->nFrames, 5);
     for (const SpotSize& other : {*four->size, *size}) {
         EXPECT_EQ(one->size->dfSigma, other.dfSigma);

@@ -129,7 +129,8 @@ TEST(Overlay, LiesOnItsImageInTheColoursOfItsTable)
     scene.switchToIndex(1);
     EXPECT_TRUE(scene.setOverlayAlpha(255));
     EXPECT_EQ(pixels(), "#646464 #000100 #00fd00 #ff0000 #00ffff ");
-    EXPECT_FALSE(scene.setOverlayAlpha(256) || scene.setOverlayAlpha(-1));
+    EXPECT_FALSE(scene.setOverlayAlpha(256));
+    EXPECT_FALSE(scene.setOverlayAlpha(-1));
     EXPECT_EQ(pixels(), "#646464 #000100 #00fd00 #ff0000 #00ffff ");
     EXPECT_TRUE(scene.setOverlayAlpha(0));
     EXPECT_EQ(pixels(), "#646464 #646464 #646464 #ff0000 #00ffff ");

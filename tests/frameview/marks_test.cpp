@@ -46,6 +46,16 @@ protected:
         }
         return setPixel;
     }
+    // The scene eight times as large.
+    QImage enlarged()
+    {
+        QImage picture(480, 400, QImage::Format_ARGB32);
+        picture.fill(Qt::black);
+        QPainter painter(&picture);
+        painter.setRenderHint(QPainter::Antialiasing);
+        m_scene.render(&painter, picture.rect(), m_scene.sceneRect());
+        return picture;
+    }
     BaseImgScene m_scene;
 };
 
@@ -99,14 +109,7 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
 {
     QList<CrossItem*> list;
     replaceMarks(&m_scene, list, {mark<CrossItem>({20, 30}, 5, Qt::green)});
-    QImage picture(480, 400, QImage::Format_ARGB32);
-    const auto draw = [&] {
-        picture.fill(Qt::black);
-        QPainter painter(&picture);
-        painter.setRenderHint(QPainter::Antialiasing);
-        m_scene.render(&painter, picture.rect(), m_scene.sceneRect());
-    };
-    draw();
+    const QImage picture = enlarged();
     const QPoint ptMiddle(164, 244);  // 8 · (20.5, 30.5)
     int nReach = 0, nFree = 1000, nInRow = 0;
     for (int x = ptMiddle.x(); x < 480; ++x) {
@@ -127,8 +130,11 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     EXPECT_LE(nThick, 3);
     EXPECT_LT(picture.pixelColor(ptMiddle.x() + 37, ptMiddle.y()).green(), 230) << "faded";
     replaceMarks(&m_scene, list);
+}
 
-    // A label is as large on the screen, beside its spot, and stands out on white.
+// Beside its spot, and it stands out on white.
+TEST_F(Marks, ALabelIsAsLargeOnTheScreenWhenEnlarged)
+{
     auto* pLabel = new TextItem;
     pLabel->setText("1,2,3");
     pLabel->setPen(QPen(Qt::black, 0.2));
@@ -137,7 +143,7 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     pLabel->setPos(20, 30);
     m_scene.addItem(pLabel);
     m_scene.setImagesLimits(makeFrame(60, 50, 255), {{0, 255}});
-    draw();
+    const QImage picture = enlarged();
     QRect rcDark;
     for (int i = 0; i < 480 * 400; ++i) {
         if (picture.pixelColor(i % 480, i / 480).lightness() < 100) {

@@ -91,7 +91,8 @@ TEST_F(TextData, GridLiesFullyOnTheImageAndTellsItsPixels)
         ASSERT_TRUE(refreshAt(ptCenter));
         const auto map = grid();
         const auto [nColumns, nRows] = map.rbegin()->first;
-        ASSERT_TRUE(nColumns > 10 && nRows > 10);
+        ASSERT_GT(nColumns, 10);
+        ASSERT_GT(nRows, 10);
         EXPECT_EQ(int(map.size()), (nColumns + 1) * (nRows + 1));
         const int x0 = std::clamp(int(ptCenter.x()) - nColumns / 2, 0, nSide - nColumns);
         const int y0 = std::clamp(int(ptCenter.y()) - nRows / 2, 0, nSide - nRows);

@@ -81,7 +81,9 @@ protected:
     void expectPixels(const QByteArray& bytes, const std::vector<float>& vecExpected)
     {
         ASSERT_TRUE(read(bytes)) << m_strReason.toStdString();
-        ASSERT_TRUE(m_vecImage.size() == 1 && m_vecImage[0]->Width() == 4 && m_vecImage[0]->Height() == 2);
+        ASSERT_EQ(m_vecImage.size(), 1);
+        ASSERT_EQ(m_vecImage[0]->Width(), 4);
+        ASSERT_EQ(m_vecImage[0]->Height(), 2);
         for (size_t i = 0; i < 8; ++i) {
             const float f = m_vecImage[0]->Data()[i];
             EXPECT_TRUE(std::isnan(vecExpected[i]) ? std::isnan(f) : f == vecExpected[i]) << i << ": " << f;
@@ -162,8 +164,9 @@ TEST_F(CbfFile, TheLinesOfACameraAreTold)
     const FrameHeader headerOther = told(
         "# Wavelength 1.0332 A\n# Count_cutoff 0 counts\n# Beam_xy (1030.3, 1095.8) pixels\n# Phi 3.0000 "
         "deg.\n# Phi_increment 0.1 deg.\n# Detector_distance 612.5 mm\n# Pixel_size 0.1 mm x 0.2 mm");
-    EXPECT_FALSE(headerOther.wavelength.isTold() || headerOther.saturation.isTold() ||
-                 headerOther.beamX.isTold());
+    EXPECT_FALSE(headerOther.wavelength.isTold());
+    EXPECT_FALSE(headerOther.saturation.isTold());
+    EXPECT_FALSE(headerOther.beamX.isTold());
     EXPECT_EQ(headerOther.tiltStart.df, 3);
     EXPECT_EQ(headerOther.tiltStep.strSource, "Phi_increment");
     EXPECT_NEAR(headerOther.cameraLength.df, 612.5, 1e-9);

@@ -67,7 +67,8 @@ TEST_F(Dm3, ReadsEveryPixelTypeInBothByteOrders)
                                      nOrder),
                            image),
                       1);
-            ASSERT_TRUE(image.Width() == int(nCount / 2) && image.Height() == 2);
+            ASSERT_EQ(image.Width(), int(nCount / 2));
+            ASSERT_EQ(image.Height(), 2);
             EXPECT_EQ(std::vector<double>(image.Data(), image.Data() + nCount), vecValue);
         }
     }
@@ -175,7 +176,8 @@ TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
         EXPECT_TRUE(strBytes.startsWith(row.strReason)) << qPrintable(strBytes + " for " + row.strReason);
         EXPECT_EQ(strFile, strBytes);
     }
-    EXPECT_TRUE(image.Width() == 1 && image.Data()[0] == fOld);
+    ASSERT_EQ(image.Width(), 1);
+    EXPECT_EQ(image.Data()[0], fOld);
     EXPECT_EQ(pixels(sound), (std::vector<float>{'a', 'b', 'c', 'd'}));  // what the cases break
 }
 

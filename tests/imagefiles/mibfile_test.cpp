@@ -168,7 +168,8 @@ TEST_F(MibFile, SeamsBetweenChips)
     EXPECT_EQ(countMasked(), 0);
     const QStringList listDoubt = readMibHeader(strFile, 0).listDoubt;
     ASSERT_EQ(listDoubt.size(), 2);
-    EXPECT_TRUE(listDoubt[0].contains("Interpolate") && listDoubt[1].contains("3 images"));
+    EXPECT_TRUE(listDoubt[0].contains("Interpolate"));
+    EXPECT_TRUE(listDoubt[1].contains("3 images"));
     writeBytes(path("g.hdr"), "HDR,\t\r\nGap Fill Mode:\tZero Fill\r\nEnd\t");
     EXPECT_EQ(countMasked(), 4 * nSide - 4);
 }

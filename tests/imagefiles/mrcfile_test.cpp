@@ -67,7 +67,8 @@ TEST_F(Mrc, ReadsEveryModeOfAnotherProgramWithTheFirstRowAtTheBottom)
             for (size_t i = 0; i < vecImage.size() * 35; ++i) {
                 const CImgObj<float>& img = *vecImage[i / 35];
                 const size_t x = i % 7, y = i / 7 % 5, z = i / 35;
-                ASSERT_TRUE(img.Width() == 7 && img.Height() == 5);
+                ASSERT_EQ(img.Width(), 7);
+                ASSERT_EQ(img.Height(), 5);
                 EXPECT_EQ(img.Data()[(4 - y) * 7 + x],
                           double(x + 10 * y + 40 * z) * row.dfFactor + row.dfOffset);
             }

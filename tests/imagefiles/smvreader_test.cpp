@@ -76,7 +76,8 @@ TEST_F(Smv, PixelsOfEveryTypeAndOrderBehindHeadersOfAnyLengthComeOutWithTheFirst
                 ASSERT_TRUE(readSmvFrames(strFile, 0, 5, vecImage, strReason)) << strReason.toStdString();
                 EXPECT_EQ(strReason, "");
                 ASSERT_EQ(vecImage.size(), 1u);
-                ASSERT_TRUE(vecImage[0]->Width() == 4 && vecImage[0]->Height() == 3);
+                ASSERT_EQ(vecImage[0]->Width(), 4);
+                ASSERT_EQ(vecImage[0]->Height(), 3);
                 EXPECT_EQ(readSmvHeader(strFile, 0).size, QSize(4, 3));
                 for (int i = 0; i < 12; ++i) {
                     EXPECT_EQ(vecImage[0]->Data()[i], i == 6 ? row.fValue : bFloat ? 0 : float(i));
@@ -107,7 +108,9 @@ TEST_F(Smv, TheHeaderOfACameraFillsAllThatItTells)
     EXPECT_EQ(header.strDetector, "TimePix_SU 901");
     EXPECT_EQ(header.listDoubt,
               QStringList("WAVELENGTH 0.0251 seems to be rounded: at 200 kV it is 0.02508"));
-    EXPECT_FALSE(header.rotationAxis.isTold() || header.tilt.isTold() || header.kilovolts.isTold());
+    EXPECT_FALSE(header.rotationAxis.isTold());
+    EXPECT_FALSE(header.tilt.isTold());
+    EXPECT_FALSE(header.kilovolts.isTold());
 }
 
 TEST_F(Smv, TheBeamComesFromAnyDialect)
@@ -147,14 +150,17 @@ TEST_F(Smv, TheBeamComesFromAnyDialect)
 TEST_F(Smv, WhatIsNotSoundIsNotTold)
 {
     const FrameHeader headerNone = told({"WAVELENGTH=0", "TIME=nan", "DISTANCE=-1", "PHI=5", "OSC_RANGE=0"});
-    EXPECT_FALSE(headerNone.wavelength.isTold() || headerNone.exposure.isTold() ||
-                 headerNone.cameraLength.isTold() || headerNone.tiltStep.isTold());
+    EXPECT_FALSE(headerNone.wavelength.isTold());
+    EXPECT_FALSE(headerNone.exposure.isTold());
+    EXPECT_FALSE(headerNone.cameraLength.isTold());
+    EXPECT_FALSE(headerNone.tiltStep.isTold());
     EXPECT_EQ(headerNone.tilt.df, 5);  // the stage stood still
     EXPECT_EQ(headerNone.tilt.strSource, "PHI");
     EXPECT_TRUE(headerNone.listDoubt.isEmpty());
     const FrameHeader headerFar = told({"PHI=5", "OSC_START=1e307", "OSC_RANGE=91"});
     EXPECT_EQ(headerFar.tilt.df, 5);
-    EXPECT_FALSE(headerFar.tiltStart.isTold() || headerFar.tiltStep.isTold());
+    EXPECT_FALSE(headerFar.tiltStart.isTold());
+    EXPECT_FALSE(headerFar.tiltStep.isTold());
     EXPECT_TRUE(headerFar.listDoubt.contains("OSC_START 1e+307 is beyond 360 degrees and was not used"));
     EXPECT_TRUE(headerFar.listDoubt.contains("OSC_RANGE 91 is beyond 90 degrees and was not used"));
 

@@ -132,8 +132,9 @@ TEST_F(TvipsFile, HeadersTellTheMicroscope)
     put(bytes, 256 + 24, quint32(1));
     put(bytes, 256 + 40, 0.0F);  // no stage
     const FrameHeader inImageMode = readTvipsHeader(writeBytes(path("b.tvips"), bytes), 0);
-    EXPECT_FALSE(inImageMode.pixelSize.isTold() || inImageMode.cameraLength.isTold() ||
-                 inImageMode.tilt.isTold());
+    EXPECT_FALSE(inImageMode.pixelSize.isTold());
+    EXPECT_FALSE(inImageMode.cameraLength.isTold());
+    EXPECT_FALSE(inImageMode.tilt.isTold());
     EXPECT_TRUE(inImageMode.listDoubt.value(0).contains("image mode"));
 }
 

@@ -178,6 +178,30 @@ TEST(ReciprocalSection, PlanesHaveTheirNames)
     }
 }
 
+namespace {
+
+/// How many lattice points to 0.8 Å⁻¹ lie in a plane by definition, one by one.
+size_t pointsInPlane(const SectionPlane& section, const SectionBasis& basis)
+{
+    size_t nPoints = 0;
+    for (int h = -20; h <= 20; ++h) {
+        for (int k = -30; k <= 30; ++k) {
+            for (int l = -40; l <= 40; ++l) {
+                double dfSquare = 0;
+                for (size_t i = 0; i < 3; ++i) {
+                    const double df = h * basis[0][i] + k * basis[1][i] + l * basis[2][i];
+                    dfSquare += df * df;
+                }
+                const auto& [u, v, w] = section.anZone;
+                nPoints += u * h + v * k + w * l == section.nLayer && dfSquare <= 0.64;
+            }
+        }
+    }
+    return nPoints;
+}
+
+}  // namespace
+
 TEST(ReciprocalSection, FramesOfAPlaneObeyTheDefinitionOfAZone)
 {
     // A triclinic basis with nothing special.
@@ -195,21 +219,7 @@ TEST(ReciprocalSection, FramesOfAPlaneObeyTheDefinitionOfAZone)
         empty.dfMaxDStar = 0.8;
         empty.listValue.resize(401 * 401, 0);
         const std::vector<std::array<int, 3>> listIndex = latticeOfSection(empty, 100000);
-        // All lattice points by definition, one by one.
-        size_t nExpected = 0;
-        for (int h = -20; h <= 20; ++h) {
-            for (int k = -30; k <= 30; ++k) {
-                for (int l = -40; l <= 40; ++l) {
-                    double dfSquare = 0;
-                    for (size_t i = 0; i < 3; ++i) {
-                        const double df = h * basis[0][i] + k * basis[1][i] + l * basis[2][i];
-                        dfSquare += df * df;
-                    }
-                    const auto& [u, v, w] = section.anZone;
-                    nExpected += u * h + v * k + w * l == section.nLayer && dfSquare <= 0.64;
-                }
-            }
-        }
+        const size_t nExpected = pointsInPlane(section, basis);
         EXPECT_EQ(listIndex.size(), nExpected) << pszName;
         EXPECT_GT(nExpected, 20U);
         for (const std::array<int, 3>& an : listIndex) {

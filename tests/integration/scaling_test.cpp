@@ -49,6 +49,31 @@ SyntheticOptions fadingCrystal()
 
 }  // namespace
 
+namespace {
+
+/// The mean square of what is off the truth, but for a common factor, in sigmas.
+double chiSquareOf(const SyntheticSeries& made)
+{
+    double dfChi = 0;
+    double dfAbove = 0;
+    double dfBelow = 0;
+    for (size_t n = 0; n < made.listTrue.size(); ++n) {
+        const Observation& observation = made.integrated.listObservation[n];
+        const double dfWeight = 1 / std::pow(observation.correctedSigma(), 2);
+        dfAbove += dfWeight * observation.corrected() * made.listTrue[n];
+        dfBelow += dfWeight * made.listTrue[n] * made.listTrue[n];
+    }
+    for (size_t n = 0; n < made.listTrue.size(); ++n) {
+        const Observation& observation = made.integrated.listObservation[n];
+        const double df = (observation.corrected() - dfAbove / dfBelow * made.listTrue[n]) /
+                          observation.correctedSigma();
+        dfChi += df * df / double(made.listTrue.size());
+    }
+    return dfChi;
+}
+
+}  // namespace
+
 TEST(Scaling, ScaleDecayAndErrorModelAreRecovered)
 {
     SyntheticOptions options = fadingCrystal();
@@ -75,23 +100,7 @@ TEST(Scaling, ScaleDecayAndErrorModelAreRecovered)
     EXPECT_NEAR(result.dfErrorA, 1.4, 0.1);
     EXPECT_NEAR(result.dfErrorB, 0.03, 0.006);
     EXPECT_LT(result.listRejected.size(), made.listTrue.size() / 500);
-    // The sigmas hold against the truth, which the fit has not seen.
-    double dfChi = 0;
-    double dfAbove = 0;
-    double dfBelow = 0;
-    for (size_t n = 0; n < made.listTrue.size(); ++n) {
-        const Observation& observation = made.integrated.listObservation[n];
-        const double dfWeight = 1 / std::pow(observation.correctedSigma(), 2);
-        dfAbove += dfWeight * observation.corrected() * made.listTrue[n];
-        dfBelow += dfWeight * made.listTrue[n] * made.listTrue[n];
-    }
-    for (size_t n = 0; n < made.listTrue.size(); ++n) {
-        const Observation& observation = made.integrated.listObservation[n];
-        const double df = (observation.corrected() - dfAbove / dfBelow * made.listTrue[n]) /
-                          observation.correctedSigma();
-        dfChi += df * df / double(made.listTrue.size());
-    }
-    EXPECT_NEAR(dfChi, 1, 0.15);
+    EXPECT_NEAR(chiSquareOf(made), 1, 0.15) << "of the truth, which the fit has not seen";
 }
 
 TEST(Scaling, OutliersAreFoundAndGoodOnesKept)

@@ -126,7 +126,8 @@ TEST(AxisSearch, GivesTheSameForEveryNumberOfThreads)
     const std::vector<FlatPeak> vecPeak = peaksOf({});
     const AxisSearch one = searched(vecPeak, 1);
     const AxisSearch three = searched(vecPeak, 3);
-    ASSERT_TRUE(one.found && three.found);
+    ASSERT_TRUE(one.found);
+    ASSERT_TRUE(three.found);
     EXPECT_EQ(one.found->best.dfAzimuth, three.found->best.dfAzimuth);
     EXPECT_EQ(one.found->dfCurvature, three.found->dfCurvature);
     ASSERT_EQ(one.vecCurve.size(), three.vecCurve.size());

@@ -128,7 +128,8 @@ TEST(DirectionSearch, FindsCentredAndLargeCellsOnAnyNumberOfThreads)
     const std::optional<DirectionLattice> one = searchDirections(listPoint, options);
     options.nJobs = 3;
     const std::optional<DirectionLattice> three = searchDirections(listPoint, options);
-    ASSERT_TRUE(one && three);
+    ASSERT_TRUE(one);
+    ASSERT_TRUE(three);
     expectCell(one->matBasis, large, "large");
     EXPECT_EQ(one->matBasis, three->matBasis);
     EXPECT_EQ(one->nFitting, three->nFitting);
@@ -164,14 +165,27 @@ TEST(DirectionSearch, PointsThatAreNotFiniteAreLeftOut)
     EXPECT_EQ(strongestLengths(listPoint, 0.6, options, goOn), vecClean);
 }
 
-TEST(DirectionSearch, WithoutALatticeThereIsNone)
-{
-    std::mt19937 random(5);
-    std::uniform_real_distribution<double> uniform(-0.6, 0.6);
+/// A lattice and numbers that are none of any.
+struct PointsOfALattice : testing::Test {
+    PointsOfALattice()
+    {
+        options.dfLongest = 30;
+        options.nDirections = 3000;
+    }
+
+    const double dfNan = std::numeric_limits<double>::quiet_NaN();
+    std::mt19937 random{5};
     const LatticeBasis basis = turnedCell({9, 11, 14, 85, 97, 103}, random);
     const LatticePoints listLattice = pointsOf(basis, Cloud(), random);
+    const LatticePoints listNan = LatticePoints(100, Eigen::Vector3d(dfNan, 0, 1));
+    const LatticePoints listHuge = LatticePoints(100, Eigen::Vector3d(1e300, -1e300, 1e300));
+    DirectionSearchOptions options;
+};
+
+TEST_F(PointsOfALattice, AreNeededForADirection)
+{
+    std::uniform_real_distribution<double> uniform(-0.6, 0.6);
     const Eigen::Matrix3d matReciprocal = basis.inverse();
-    const double dfNan = std::numeric_limits<double>::quiet_NaN();
     LatticePoints listRow;
     LatticePoints listPlane;
     LatticePoints listRough;
@@ -186,17 +200,16 @@ TEST(DirectionSearch, WithoutALatticeThereIsNone)
         listNoise.push_back(noise);
     }
     const LatticePoints listFew(listLattice.begin(), listLattice.begin() + 5);
-    const LatticePoints listNan(100, Eigen::Vector3d(dfNan, 0, 1));
     const LatticePoints listOrigin(100, Eigen::Vector3d::Zero());
-    const LatticePoints listHuge(100, Eigen::Vector3d(1e300, -1e300, 1e300));
     const LatticePoints aList[] = {{},      listRow, listPlane,  listRough, listNoise,
                                    listFew, listNan, listOrigin, listHuge};
-    DirectionSearchOptions options;
-    options.dfLongest = 30;
-    options.nDirections = 3000;
     for (const LatticePoints& listPoint : aList) {
         EXPECT_FALSE(searchDirections(listPoint, options)) << &listPoint - aList;
     }
+}
+
+TEST_F(PointsOfALattice, AreSearchedWithinARangeAndUntilAStop)
+{
     DirectionSearchOptions empty = options;
     empty.dfShortest = 50;
     EXPECT_FALSE(searchDirections(listLattice, empty));
@@ -205,8 +218,10 @@ TEST(DirectionSearch, WithoutALatticeThereIsNone)
     int nAsked = 0;
     EXPECT_FALSE(searchDirections(listLattice, options, [&] { return ++nAsked < 3; }));
     EXPECT_EQ(nAsked, 4);  // twice each in its two parts, which end by themselves
+}
 
-    // Among the points of a lattice such numbers do no harm.
+TEST_F(PointsOfALattice, AreFoundAmongNumbersThatAreNone)
+{
     LatticePoints listMixed = listLattice;
     listMixed.insert(listMixed.begin(), listNan.begin(), listNan.end());
     listMixed.insert(listMixed.end(), listHuge.begin(), listHuge.end());

@@ -87,7 +87,8 @@ TEST(LatticeAnalysis, ATwinIsToldWithItsShareAndTurn)
     // a stop leaves the rest as it is
     const LatticeAnalysis stopped = analyseLattice(first, listPoint, {}, [] { return false; });
     EXPECT_EQ(stopped.lattices.listLattice.size(), 1U);
-    ASSERT_TRUE(stopped.proposed && analysis.proposed);
+    ASSERT_TRUE(stopped.proposed);
+    ASSERT_TRUE(analysis.proposed);
     EXPECT_EQ(bravaisSymbol(stopped.proposed->symmetry), bravaisSymbol(analysis.proposed->symmetry));
 }
 

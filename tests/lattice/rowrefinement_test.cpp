@@ -69,7 +69,9 @@ TEST(RefinedRows, AreThoseOfThePlainLoopForAnyNumberOfJobs)
             ASSERT_EQ(vecRow.size(), vecVector.size());
             for (size_t n = 0; n < vecRow.size(); ++n) {
                 const LatticeRow plain = plainRow(vecVector[n], list);
-                EXPECT_TRUE(vecRow[n].v == plain.v && vecRow[n].dfQuality == plain.dfQuality)
+                EXPECT_EQ(vecRow[n].v, plain.v)
+                    << n << " with " << nJobs << " jobs and " << list.size() << " points";
+                EXPECT_EQ(vecRow[n].dfQuality, plain.dfQuality)
                     << n << " with " << nJobs << " jobs and " << list.size() << " points";
             }
         }

@@ -52,7 +52,7 @@ TEST(DifferenceVectors, KeepTheStrongestInTheOrderOfThePlainWay)
         const QList<Peak3D> list = randomCloud(nCount, 3);
         const QList<Peak3D> listFast = recordsOf(calDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, report));
         EXPECT_EQ(listFast.size() == 300000, nCount == 900);
-        EXPECT_TRUE(bitsOf(listFast) == bitsOf(plainDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, 300000)));
+        EXPECT_EQ(bitsOf(listFast), bitsOf(plainDifferenceVectors(list, 1 / 1.5f, 1 / 30.f, 300000)));
     }
     // The limits are included.
     const QList<Peak3D> list = {vectorRecord(0, 0, 0), vectorRecord(0.25f, 0, 0), vectorRecord(0.75f, 0, 0)};
@@ -93,8 +93,8 @@ TEST(AveragedVectors, AreThoseOfThePlainWalkToTheLastBit)
             }
             const std::vector<uint64_t> vecPlain = bitsOf(plainAveragedVectors(list, fTolerance));
             for (int nJobs : {1, 2, 3, 5}) {
-                EXPECT_TRUE(bitsOf(averageDifferenceVectors(vectorsOf(list), fTolerance, report, nJobs)) ==
-                            vecPlain)
+                EXPECT_EQ(bitsOf(averageDifferenceVectors(vectorsOf(list), fTolerance, report, nJobs)),
+                          vecPlain)
                     << fTolerance << " " << list.size() << " " << nJobs;
             }
         }
@@ -150,7 +150,7 @@ TEST(CellHunting, FindsABasisOfSimulatedCrystals)
         ASSERT_TRUE(runUnitCellHunting(data, simulatedReflections(listTruth, 0.6, 1.5e-3, row.isAllowed),
                                        CellHuntingParameters(), log)
                         .finished());
-        EXPECT_TRUE(data.m_listCell == data.m_listCellFound);
+        EXPECT_EQ(data.m_listCell, data.m_listCellFound);
         CBasisSolver solver;
         solver.setBasis(listTruth[0], listTruth[1], listTruth[2]);
         gemmi::Mat33 matIndex;
@@ -211,7 +211,8 @@ TEST(CellHunting, OnePlaneGetsAThirdAxisAtRightAngles)
     EXPECT_EQ(
         log.marked().last(),
         QStringLiteral("red No edge is both longer than \"Min.\", 30 Å, and shorter than \"Max.\", 3 Å."));
-    EXPECT_TRUE(data.m_listCell == listBefore && data.m_listCellFound == listBefore);
+    EXPECT_EQ(data.m_listCell, listBefore);
+    EXPECT_EQ(data.m_listCellFound, listBefore);
 }
 
 // Every tenth reflection has a satellite, whose vector is shorter than any of the lattice.
@@ -261,9 +262,11 @@ TEST(CellCommit, TakesATransformedCellToListsAndFile)
     data.m_vecReflectionFrame = {3};
     CRecordingReport log;
     EXPECT_TRUE(commitTransformedCell(data));
-    EXPECT_TRUE(saveProjectCell(data, log) && log.m_listLine.isEmpty());
+    EXPECT_TRUE(saveProjectCell(data, log));
+    EXPECT_TRUE(log.m_listLine.isEmpty());
     EXPECT_EQ(data.m_listCellFound, data.m_listCell);
-    EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty() && data.m_vecReflectionFrame.empty());
+    EXPECT_TRUE(data.m_vecPeakIndexedOnFrame.isEmpty());
+    EXPECT_TRUE(data.m_vecReflectionFrame.empty());
     EXPECT_NEAR(length(readUnitCellFile(dir.filePath("p.uc")).value(0) - data.m_listCell[0]), 0, 1e-7f);
     data.m_strProjectDir = dir.filePath("none");
     EXPECT_FALSE(saveProjectCell(data, log));

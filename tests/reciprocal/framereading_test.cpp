@@ -104,11 +104,11 @@ TEST(ResolutionRings, OneTwoFiveAndTheLimit)
     EXPECT_NEAR(*flatRadius(dStar(300), g_dfLambda), 300 * g_dfPixel, 1e-12);
 }
 
-TEST(ResolutionRings, RoundOrAsTheLensHasThem)
+// The last one touches the farthest edge, to the right at column 999.5.
+TEST(ResolutionRings, AreRoundWithoutALens)
 {
-    DataSet data = series();
+    const DataSet data = series();
     const QSize size(1000, 800);
-    // Round: the last one touches the farthest edge, to the right at column 999.5.
     std::vector<ResolutionRing> vecRing = resolutionRings(data, false, 1, size, 100);
     ASSERT_EQ(vecRing.size(), 3u) << "5 and 2 Å, and no 1 Å beside the last";
     EXPECT_NEAR(1 / vecRing.back().dfSpacing, dStar(519.5), 1e-6);
@@ -118,11 +118,17 @@ TEST(ResolutionRings, RoundOrAsTheLensHasThem)
     // A limit that comes before.
     vecRing = resolutionRings(data, false, 1, size, 0.5);
     EXPECT_EQ(vecRing.back().dfSpacing, 2);
+    EXPECT_TRUE(resolutionRings(data, true, 3, size, 100).empty()) << "without a shift";
+}
 
-    // The stretching divides the radius by 1 + 0.05 cos(2φ), φ from its azimuth.
+// The radius is divided by 1 + 0.05 cos(2φ), φ from the azimuth of the stretching.
+TEST(ResolutionRings, AreStretched)
+{
+    DataSet data = series();
+    const QSize size(1000, 800);
     data.m_dfStretchAmplitude = 5;
     data.m_dfStretchAzimuth = 20;
-    vecRing = resolutionRings(data, true, 1, size, 0.5);
+    const std::vector<ResolutionRing> vecRing = resolutionRings(data, true, 1, size, 0.5);
     double dfLeast = 1e9, dfMost = 0;
     for (const QPointF& pt : vecRing.back().polygon) {
         const double df = QLineF(pt, {480, 410}).length();
@@ -132,14 +138,20 @@ TEST(ResolutionRings, RoundOrAsTheLensHasThem)
     const double dfRound = *flatRadius(0.5, g_dfLambda) / g_dfPixel;
     EXPECT_NEAR(dfLeast, dfRound / 1.05, 0.05);
     EXPECT_NEAR(dfMost, dfRound / 0.95, 0.05);
+}
 
-    // Whatever the lens does, each point of a ring is read back as its spacing.
+TEST(ResolutionRings, AreReadBackAsTheirSpacingWhateverTheLensDoes)
+{
+    DataSet data = series();
+    const QSize size(1000, 800);
+    data.m_dfStretchAmplitude = 5;
+    data.m_dfStretchAzimuth = 20;
     data.m_distortion.dfEllipseAmplitude = 2;
     data.m_distortion.dfThirdOrderRadial = -1.5;
     data.m_distortion.dfThirdOrderSpiral = 1;
     data.m_distortion.dfParabolicAmplitude = 1;
     data.m_distortion.dfParabolicAzimuth = 70;
-    vecRing = resolutionRings(data, true, 1, size, 100);
+    const std::vector<ResolutionRing> vecRing = resolutionRings(data, true, 1, size, 100);
     ASSERT_GE(vecRing.size(), 3u);
     for (const ResolutionRing& ring : vecRing) {
         for (const QPointF& pt : ring.polygon) {
@@ -148,7 +160,6 @@ TEST(ResolutionRings, RoundOrAsTheLensHasThem)
         ASSERT_TRUE(ring.ptText);
         EXPECT_TRUE(QRectF(-0.5, -0.5, 1000, 800).contains(*ring.ptText));
     }
-    EXPECT_TRUE(resolutionRings(data, true, 3, size, 100).empty()) << "without a shift";
 }
 
 }  // namespace tessera

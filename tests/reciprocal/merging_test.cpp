@@ -58,10 +58,8 @@ QList<QList<int>> idsOfChains(const QList<QList<Peak3D>>& listChain)
     return listID;
 }
 
-}  // namespace
-
-// A reflection over three frames, a streak, and one that leaves the plane and is closed first.
-TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
+/// A reflection over three frames, a streak, and one that leaves the plane and is closed first.
+DataSet seriesOfChains()
 {
     DataSet data = flatSeries(3);
     addPeak(data, 0, 10, 10, {10, 10, 0}, 4);
@@ -76,6 +74,14 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     addPeak(data, 2, 80, 80, {80, 80, 0}, 20000);  // 40000 in dfIPoint: above the greatest
     addPeak(data, 1, 14, 10, {11, 12, 0}, 2);      // a second one of the frame, which leads the chain on
     addPeak(data, 1, 12, 18, {12, 12, 0}, 0);      // near one that began on this very frame
+    return data;
+}
+
+}  // namespace
+
+TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
+{
+    DataSet data = seriesOfChains();
     CRecordingReport log;
     const PeakMergingResult result = merge(data, PeakMergingParameters(), log);
     ASSERT_TRUE(result.outcome.finished());
@@ -91,13 +97,19 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     EXPECT_EQ(result.listStreakIndex, QList<int>({1, 2, 3}));
     EXPECT_EQ(idsOf(data.m_listPeakMergedShown), QList<int>({1, 2, 2, 2}));
     EXPECT_EQ(data.m_listPeakMergedShown[2].dfX2D, 51 + 101);
+}
 
-    // Flags by nID: one without a flag is kept out, and no flags at all select nothing.
+// Flags by nID: one without a flag is kept out, and no flags at all select nothing. A merge that is stopped,
+// or lacks a shift or a tilt, leaves what the last one made.
+TEST(Merging, TakesThePeaksOfItsFlagsAndKeepsTheLastResult)
+{
+    DataSet data = seriesOfChains();
+    CRecordingReport log;
     const std::vector<char> vecSome = {0, 0, 1, 0, 0, 1, 1}, vecNone;
     ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecNone).outcome.finished());
-    EXPECT_TRUE(data.m_listPeakChain.isEmpty() && data.m_listPeakMerged.isEmpty());
+    EXPECT_TRUE(data.m_listPeakChain.isEmpty());
+    EXPECT_TRUE(data.m_listPeakMerged.isEmpty());
     ASSERT_TRUE(merge(data, PeakMergingParameters(), log, &vecSome).outcome.finished());
-    // A merge that is stopped, or lacks a shift or a tilt, leaves what the last one made.
     for (int nStop : {0, 1, 2, 3}) {
         log.m_nStopAfter = nStop;
         EXPECT_EQ(merge(data, PeakMergingParameters(), log).outcome.end, RunEnd::Stopped) << nStop;
@@ -112,8 +124,11 @@ TEST(Merging, KnownChainsBecomeReflectionsAndStreaks)
     EXPECT_EQ(idsOfChains(data.m_listPeakChain), QList<QList<int>>({{2}, {5}, {6}}));
 }
 
-// A chain whose two intensities have nothing to do with each other and whose tilt jumps back.
-TEST(Merging, EveryWayOfReducingAChain)
+namespace {
+
+/// A chain whose two intensities have nothing to do with each other and whose tilt jumps back, and one of a
+/// single peak, which has no path.
+DataSet seriesOfOneChain()
 {
     DataSet data = flatSeries(4);
     data.m_listOverallTilt = {-3, 5, -1, 7};
@@ -127,7 +142,15 @@ TEST(Merging, EveryWayOfReducingAChain)
         peak.dfX2DCorrected = 30 + n;
         peak.dfY2DCorrected = 40 + n;
     }
-    addPeak(data, 3, 400, 400, {300, 300, 0}, 1);  // a chain of one, which has no path
+    addPeak(data, 3, 400, 400, {300, 300, 0}, 1);
+    return data;
+}
+
+}  // namespace
+
+TEST(Merging, EveryWayOfReducingAChain)
+{
+    DataSet data = seriesOfOneChain();
     // The path goes 13 pixels to the third peak, 12 from it to the second and 8 to the last.
     const auto path = [](double dfA, double dfB, double dfC, double dfD) {
         return 0.65 * (dfA + dfC) + 0.6 * (dfC + dfB) + 0.4 * (dfB + dfD);

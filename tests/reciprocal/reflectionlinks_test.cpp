@@ -57,7 +57,9 @@ TEST(ReflectionLinks, BothWaysOverTheFrames)
     ASSERT_EQ(data.m_listPeakMerged.size(), 2);
     const CReflectionLinks links(data);
     const int nA = links.reflectionOf(0), nB = links.reflectionOf(2);
-    ASSERT_TRUE(nA >= 0 && nB >= 0 && nA != nB);
+    ASSERT_GE(nA, 0);
+    ASSERT_GE(nB, 0);
+    ASSERT_NE(nA, nB);
     EXPECT_EQ(links.reflection(nA)->nFrame, 2);
     EXPECT_EQ(links.reflectionOf(5), nA);
     EXPECT_EQ(links.reflectionOf(4), nB);

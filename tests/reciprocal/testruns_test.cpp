@@ -43,7 +43,8 @@ TEST(PlaneIndexing, ASquareNetFallsIntoItsGroups)
     EXPECT_EQ(listLine[0], "Total: 8 points.");
     EXPECT_EQ(listLine[1], "   1 -24500.00     0.00  24.5000    0.041");
     EXPECT_EQ(listLine.mid(9, 2), (QStringList{"Total calculated d*: 220", "Total: 28 difference vectors."}));
-    EXPECT_TRUE(listLine[11].startsWith("   1 ") && listLine[11].endsWith("   5"));
+    EXPECT_TRUE(listLine[11].startsWith("   1 "));
+    EXPECT_TRUE(listLine[11].endsWith("   5"));
     EXPECT_TRUE(listLine[12].startsWith("       0      0      1   0.0482   20.734    0.00"));
     EXPECT_EQ(listLine.last(), "Total: 28 occ.");
     report.m_nStopAfter = 1;

@@ -68,9 +68,15 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
                            "Initial values:  ", "Filtering gvecPea", "Before refinement", "Refinement return",
                            "Values after refi", "Errors:  0.000000", "Unit cell after r", "After refinement:",
                            "   h    k    l   ", "Sum of Err^2 of t", "<br>Refined unit "}));
+}
 
-    // A row of twelve columns: the frame's tilt, and deltas from it rather than from the tilt that was
-    // fitted.
+// A row of twelve columns: the frame's tilt, and deltas from it rather than from the tilt that was fitted.
+TEST(TiltRefinement, TablesTheTiltsOfTheFrames)
+{
+    PerfectSeries series(g_cell, 0.8, 0);
+    distort(series.data.m_listCell);
+    CRecordingReport report;
+    const TiltRefinement result = refineUnitCellUsingFrameNo(series.merged(), series.data, report).value();
     const Peak3D& p = result.listPeak[3];
     const double dfBefore = calculatedTilt(p, result.basisBefore, {0.0251}).value();
     const double dfAfter = calculatedTilt(p, result.basis, {0.0251}).value();
@@ -81,8 +87,16 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
               QString::asprintf("%4d %4d %4d   1000.0 %4d %8.1f %8.2f %8.2f %8.2f %8.2f %8.2f %8.2f",
                                 int(p.dfH), int(p.dfK), int(p.dfL), p.nFrame + 1, distance(p, series.data),
                                 p.dfFrameTilt, dfBefore, dfAfter, dfDelta1, dfDelta2, dfDelta1 - dfDelta2));
+}
 
-    // A left-handed cell: the indices follow the exchange of a* and b*. Excluded reflections go.
+// The indices follow the exchange of a* and b*. Excluded reflections go.
+TEST(TiltRefinement, OfALeftHandedCellExchangesItsVectors)
+{
+    PerfectSeries series(g_cell, 0.8, 0);
+    QList<Peak3D> listPeak = series.merged();
+    distort(series.data.m_listCell);
+    CRecordingReport report;
+    const TiltRefinement result = refineUnitCellUsingFrameNo(listPeak, series.data, report).value();
     series.data.m_listCell.swapItemsAt(0, 1);
     for (Peak3D& peak : listPeak) {
         std::swap(peak.dfH, peak.dfK);
@@ -93,9 +107,16 @@ TEST(TiltRefinement, APerfectCrystalHasNoErrorsAndGivesItsCell)
     const TiltRefinement left = refineUnitCellUsingFrameNo(listPeak, series.data, report, options).value();
     expectTrueCell(left.basis);
     EXPECT_TRUE(report.said("red Wrong handness in unit cell setting."));
-    EXPECT_TRUE(left.bExchanged && left.listPeak.size() < result.listPeak.size());
+    EXPECT_TRUE(left.bExchanged);
+    EXPECT_LT(left.listPeak.size(), result.listPeak.size());
+}
 
-    // Against the tilts of the frames, which are up to half a step off.
+// They are up to half a step off.
+TEST(TiltRefinement, CanGoByTheTiltsOfTheFrames)
+{
+    PerfectSeries series(g_cell, 0.8, 0);
+    const QList<Peak3D> listPeak = series.merged();
+    CRecordingReport report;
     const TiltRefinement coarse = refineBasisVectors(listPeak, series.data, report).value();
     EXPECT_TRUE(report.said(QString(" using %1 reflections.").arg(coarse.listPeak.size())));
     series.data.m_listCell.clear();

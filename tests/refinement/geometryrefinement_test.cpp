@@ -236,7 +236,8 @@ TEST(GeometryRefinement, parabolicDistortion)
     const GeometryRefinement fixed = refined(simulatedSpots(truth, random), startOf(truth, 0.001, random),
                                              options);
     EXPECT_FALSE(isFree(fixed.free, ParabolicCos));
-    EXPECT_TRUE(isNamedFixed(fixed, ParabolicSin) && isNamedFixed(fixed, Axis));
+    EXPECT_TRUE(isNamedFixed(fixed, ParabolicSin));
+    EXPECT_TRUE(isNamedFixed(fixed, Axis));
 }
 
 /// Peaks whose indices are not known find them; those that lie anywhere stay out.
@@ -383,7 +384,8 @@ TEST(GeometryRefinement, badInput)
     listOdd[3].place.dfX = std::nan("");
     listOdd[4].dfWeight = -5;
     const GeometryRefinement odd = refined(listOdd, start);
-    EXPECT_TRUE(odd.done() && allFinite(odd.best()));
+    EXPECT_TRUE(odd.done());
+    EXPECT_TRUE(allFinite(odd.best()));
     EXPECT_EQ(odd.nPeaks, int(listAll.size()) - 1);
 
     DiffractionGeometry wrong = start;

@@ -84,13 +84,20 @@ TEST(BravaisType, OfTheCrystalsIsThatOfTheirSpaceGroups)
     }
 }
 
-TEST(LatticeProposal, IsJudgedInAnySetting)
-{
-    // True: monoclinic C, and the driver's basis primitive: a' = (a+b)/2, b' = (b-a)/2, c' = c.
+namespace {
+
+/// True: monoclinic C, and the driver's basis primitive: a' = (a+b)/2, b' = (b-a)/2, c' = c.
+struct LatticeProposals : testing::Test {
     const Matrix3 matTrue = reciprocalBasisOfCell({9.746, 8.899, 5.251, 90, 105.63, 90});
     const Matrix3 matPrimitive = primitiveIndicesOf(QStringLiteral("C"));
     const Matrix3 matFound = matPrimitive * matTrue;
     const BravaisType typeTrue{QStringLiteral("monoclinic"), QStringLiteral("C")};
+};
+
+}  // namespace
+
+TEST_F(LatticeProposals, AreJudgedInAnySetting)
+{
     const Matrix3 matToC{Vector3{1, -1, 0}, Vector3{1, 1, 0}, Vector3{0, 0, 1}};
     const Matrix3 matToI{Vector3{1, -1, 1}, Vector3{1, 1, 0}, Vector3{0, 0, 1}};  // a + c in place of a
     const Matrix3 matWhole{Vector3{1, 0, 0}, Vector3{0, 1, 0}, Vector3{0, 0, 1}};
@@ -120,11 +127,19 @@ TEST(LatticeProposal, IsJudgedInAnySetting)
         EXPECT_EQ(p.bAmongCandidates, row.bAmong) << row.pCase;
         EXPECT_EQ(p.isRight(), row.bSystem && row.bCentring) << row.pCase;
     }
+}
+
+TEST_F(LatticeProposals, MayLackCandidatesMatrixOrAll)
+{
     const QJsonObject lone{{"system", "triclinic"}, {"centring", "P"}};
     EXPECT_FALSE(judgeProposal(lone, nullptr, matTrue, matPrimitive, typeTrue).bAmongCandidates);
     EXPECT_FALSE(judgeProposal(lone, nullptr, matTrue, matPrimitive, typeTrue).bMatrixRead);
     EXPECT_FALSE(judgeProposal({}, &matFound, matTrue, matPrimitive, typeTrue).bRead);
-    // Rhombohedral in both settings of the hexagonal axes, and by its own axes.
+}
+
+// In both settings of the hexagonal axes.
+TEST_F(LatticeProposals, OfRhombohedralCrystalsAreRightInEitherSetting)
+{
     const Matrix3 matHexagonal = reciprocalBasisOfCell({4.99, 4.99, 17.06, 90, 90, 120});
     const Matrix3 matObverse = primitiveIndicesOf(QStringLiteral("R"));
     const Matrix3 matReverse{Vector3{-1, 0, 0}, Vector3{0, -1, 0}, Vector3{0, 0, 1}};
@@ -135,7 +150,8 @@ TEST(LatticeProposal, IsJudgedInAnySetting)
             {"matrix", jsonMatrix({Vector3{1, 0, 0}, Vector3{0, 1, 0}, Vector3{0, 0, 1}})}};
         const LatticeProposal p = judgeProposal(lattice, &matHexagonal, matHexagonal, mat,
                                                 {QStringLiteral("rhombohedral"), QStringLiteral("R")});
-        EXPECT_TRUE(p.isRight() && p.bSpans);
+        EXPECT_TRUE(p.isRight());
+        EXPECT_TRUE(p.bSpans);
     }
 }
 

@@ -58,7 +58,8 @@ TEST(GeometryStage, WritesTheRefinedProjectAndCellAndLeavesTheOtherFiles)
 
     const RoadResults results = runTo(dir, RoadStage::Geometry, RoadStage::Geometry);
     EXPECT_EQ(results.lastStage, RoadStage::Geometry);
-    ASSERT_TRUE(results.geometry && results.geometry->done()) << results.geometry->strReason.toStdString();
+    ASSERT_TRUE(results.geometry) << results.geometry->strReason.toStdString();
+    ASSERT_TRUE(results.geometry->done()) << results.geometry->strReason.toStdString();
     QStringList listAfter = listBefore + QStringList{"q_refined.ed3d", "q_refined.sc", "q_refined.uc"};
     listAfter.sort();
     EXPECT_EQ(out.entryList(QDir::Files, QDir::Name), listAfter);
@@ -88,10 +89,10 @@ TEST(GeometryStage, WritesTheRefinedProjectAndCellAndLeavesTheOtherFiles)
     EXPECT_NEAR(data.m_dfRotationAxis, object["axis"].toDouble(), 0.51e-4);
 }
 
-/// Azimuths in files count from the long direction of the pattern; opening turns that of the stretching.
-TEST(RefinedProject, ComesBackWhenItIsOpened)
+namespace {
+
+DataSet elevenFrames(const QTemporaryDir& dir)
 {
-    QTemporaryDir dir;
     DataSet series;
     series.m_strProjectDir = dir.path();
     series.m_dfWavelength = 0.0251;
@@ -105,18 +106,35 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
         series.m_listOverallTilt.append(n - 5);
         series.m_listShift.append(QPointF(0.25 * n, 0));
     }
+    return series;
+}
+
+/// A geometry with a lens of every order, and an ellipse or a stretching.
+GeometryModel modelOfALens(bool bEllipse)
+{
+    GeometryModel model;
+    model.bEllipse = bEllipse;
+    PlaneTerms<double>& plane = model.geometry.plane;
+    plane.axis = -77.3215;
+    (bEllipse ? plane.ellipseCos : plane.stretchingCos) = 0.015 * std::cos(radians(80));
+    (bEllipse ? plane.ellipseSin : plane.stretchingSin) = 0.015 * std::sin(radians(80));
+    plane.radial = 0.03;
+    plane.parabolicSin = -0.004;
+    plane.centreX = -1.5;
+    model.geometry.turn.outOfPlane = 0.2;
+    model.geometry.turn.scale = 1.01;
+    return model;
+}
+
+}  // namespace
+
+/// Azimuths in files count from the long direction of the pattern; opening turns that of the stretching.
+TEST(RefinedProject, ComesBackWhenItIsOpened)
+{
+    QTemporaryDir dir;
+    const DataSet series = elevenFrames(dir);
     for (const bool bEllipse : {false, true}) {
-        GeometryModel model;
-        model.bEllipse = bEllipse;
-        PlaneTerms<double>& plane = model.geometry.plane;
-        plane.axis = -77.3215;
-        (bEllipse ? plane.ellipseCos : plane.stretchingCos) = 0.015 * std::cos(radians(80));
-        (bEllipse ? plane.ellipseSin : plane.stretchingSin) = 0.015 * std::sin(radians(80));
-        plane.radial = 0.03;
-        plane.parabolicSin = -0.004;
-        plane.centreX = -1.5;
-        model.geometry.turn.outOfPlane = 0.2;
-        model.geometry.turn.scale = 1.01;
+        const GeometryModel model = modelOfALens(bEllipse);
         const QString strFile = dir.filePath("s.ed3d");
         const std::optional<QByteArray> bytes = refinedProjectText(series, model, strFile);
         ASSERT_TRUE(bytes);
@@ -142,12 +160,18 @@ TEST(RefinedProject, ComesBackWhenItIsOpened)
             // the centre has gone to the shifts
             const FramePlace ofBeam = {place.dfX + 250 - data.m_dfCenterX,
                                        place.dfY + 260 - data.m_dfCenterY};
-            const auto one = undistorted(plane, model.geometry.dfRadius, place);
+            const auto one = undistorted(model.geometry.plane, model.geometry.dfRadius, place);
             const auto other = undistorted(back.plane, back.dfRadius, ofBeam);
             EXPECT_NEAR(one[0], other[0], 1e-3);
             EXPECT_NEAR(one[1], other[1], 1e-3);
         }
     }
+}
+
+TEST(RefinedProject, IsNotWrittenWithANameThatItCannotHold)
+{
+    QTemporaryDir dir;
+    DataSet series = elevenFrames(dir);
     GeometryModel model;
     series.m_listFrameFile[2] = dir.filePath("with blank.mrc");
     EXPECT_FALSE(refinedProjectText(series, model, dir.filePath("s.ed3d")));

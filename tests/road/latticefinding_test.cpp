@@ -120,7 +120,8 @@ TEST_F(LatticeFinding, TwoCrystalsAreBothFoundAndDoubted)
     EXPECT_NEAR(further[0].toObject()["turnDegrees"].toDouble(),
                 turnBetween(m_truth.matBasis, m_truth.matSecondBasis), 1);
     const double dfShare = further[0].toObject()["share"].toDouble();
-    EXPECT_TRUE(dfShare > 0.25 && dfShare < 0.55) << dfShare;
+    EXPECT_GT(dfShare, 0.25) << dfShare;
+    EXPECT_LT(dfShare, 0.55) << dfShare;
     EXPECT_EQ(verdictOn(summary, "lattice"), "doubtful");
     EXPECT_NE(verdictOn(summary, "cell"), "good");
 }
@@ -137,7 +138,7 @@ TEST_F(LatticeFinding, AWeakSupercellIsTakenOrNamed)
         bNamed |= at.contains(0.5);
     }
     EXPECT_TRUE(bTaken || bNamed) << QJsonDocument(summary).toJson().toStdString();
-    EXPECT_TRUE(verdictOn(summary, "lattice") == (bTaken ? "good" : "doubtful"));
+    EXPECT_EQ(verdictOn(summary, "lattice"), (bTaken ? "good" : "doubtful"));
 }
 
 }  // namespace tessera

@@ -59,7 +59,8 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
             EXPECT_LT(std::max(std::abs(errors.adfLength[i]), std::abs(errors.adfAngle[i])), dfMost);
         }
     };
-    EXPECT_TRUE(c.lattice.isRight() && c.bRefined);
+    EXPECT_TRUE(c.lattice.isRight());
+    EXPECT_TRUE(c.bRefined);
     expectNear(c.lattice.errors, 0.5);
     expectNear(c.refined, 0.1);
     EXPECT_EQ(c.mapPairs.size(), words(road.pBatchOptions).contains("refine") ? 3u : 0u);

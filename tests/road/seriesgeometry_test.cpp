@@ -119,7 +119,7 @@ TEST(SeriesGeometry, AModelMapsThePeaksAndGoesWithoutATrace)
     ASSERT_TRUE(state.putBack(data, mapping));
     EXPECT_EQ(pointsOf(data), listBefore);
     EXPECT_TRUE(mapping.m_bApplyStretching);
-    EXPECT_TRUE(currentPeakMapping(data, mapping) == mappingBefore);
+    EXPECT_EQ(currentPeakMapping(data, mapping), mappingBefore);
     EXPECT_EQ(data.m_listCell[1].z, 0);
 
     // Other peaks: the geometry alone goes back.
@@ -128,7 +128,7 @@ TEST(SeriesGeometry, AModelMapsThePeaksAndGoesWithoutATrace)
     const QList<Vec3D> listOther = pointsOf(data);
     EXPECT_FALSE(state.putBack(data, mapping));
     EXPECT_EQ(pointsOf(data), listOther);
-    EXPECT_TRUE(currentPeakMapping(data, mapping) == mappingBefore);
+    EXPECT_EQ(currentPeakMapping(data, mapping), mappingBefore);
 }
 
 TEST(SeriesGeometry, ASavedProjectOpensWithTheGeometryInForce)

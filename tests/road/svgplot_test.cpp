@@ -92,11 +92,13 @@ TEST(SvgPlot, TicksAreRoundNumbersThatHoldTheirRange)
                                 {1e15, 1e15 + 4}, {dfNone, -dfNone}};
     for (const auto& range : aRange) {
         const AxisTicks ticks = axisTicks(range[0], range[1], 6);
-        ASSERT_TRUE(ticks.listTick.size() >= 2 && ticks.listTick.size() <= 9) << range[0];
+        ASSERT_GE(ticks.listTick.size(), 2) << range[0];
+        ASSERT_LE(ticks.listTick.size(), 9) << range[0];
         EXPECT_EQ(ticks.listTick.front(), ticks.dfLow);
         EXPECT_TRUE(ticks.dfHigh > ticks.dfLow);
         if (std::isfinite(range[0])) {
-            EXPECT_TRUE(ticks.dfLow <= range[0] && ticks.dfHigh >= range[1]) << range[0];
+            EXPECT_LE(ticks.dfLow, range[0]) << range[0];
+            EXPECT_GE(ticks.dfHigh, range[1]) << range[0];
         }
     }
     const AxisTicks ticks = axisTicks(1, 113, 8);

@@ -311,29 +311,46 @@ TEST(RefinedGeometry, WhatItTakesForTrueUndoesTheDistortion)
     EXPECT_NEAR(ptBack.y(), pt[1], 1e-9);
 }
 
-TEST(RefinedGeometry, IsReadFromTheFilesAndMayBeMissing)
-{
-    QTemporaryDir dir;
-    const SimulatedSeries truth = simulated(distortedSeries());
-    const QString strTruth = dir.filePath(QStringLiteral("t.json")),
-                  strBase = dir.filePath(QStringLiteral("s"));
-    const QString strSummary = dir.filePath(QStringLiteral("s.json"));
-    ASSERT_EQ(writeTruthFile(strTruth, truth), QString());
-    writeText(strBase + QStringLiteral(".pk"), "");
-    const auto compared = [&](const QByteArray& summary) {
+namespace {
+
+/// The files of a series with a lens, and the summary of a run that is compared with its truth.
+class RefinedGeometry : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(writeTruthFile(strTruth, truth), QString());
+        writeText(strBase + QStringLiteral(".pk"), "");
+    }
+    QJsonObject compared(const QByteArray& summary) const
+    {
+        const QString strSummary = dir.filePath(QStringLiteral("s.json"));
         writeText(strSummary, summary);
         SeriesComparison comparison;
         QString strError;
         EXPECT_TRUE(compareSeriesFiles(strTruth, strBase, strSummary, comparison, strError));
         EXPECT_FALSE(comparisonToText(comparison).isEmpty());
         return comparisonToJson(comparison)[QStringLiteral("geometry")].toObject();
-    };
+    }
+
+    QTemporaryDir dir;
+    const SimulatedSeries truth = simulated(distortedSeries());
+    const QString strTruth = dir.filePath(QStringLiteral("t.json")),
+                  strBase = dir.filePath(QStringLiteral("s"));
+};
+
+}  // namespace
+
+TEST_F(RefinedGeometry, MayBeMissing)
+{
     EXPECT_TRUE(compared("{}").isEmpty());
     EXPECT_TRUE(
         compared("{\"geometry\": {\"cell\": {\"parameters\": [1, 2]}, \"axis\": null, \"centre\": [1]}}")
             .isEmpty());
+}
 
-    // The true lattice in another setting, turned by a quarter of a degree about y.
+// The true lattice in another setting, turned by a quarter of a degree about y.
+TEST_F(RefinedGeometry, IsReadFromTheFiles)
+{
     const Matrix3 matTurn = rotationAbout({0, 1, 0}, 0.25);
     QByteArray text;
     for (const Vector3& row : Matrix3{Vector3{0, 1, 1}, Vector3{1, 0, 0}, Vector3{0, 0, -1}} *

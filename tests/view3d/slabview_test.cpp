@@ -37,61 +37,93 @@ bool isCornerLit(const QImage& image)
 
 }  // namespace
 
-TEST_F(View3D, ASlabIsAllThatIsDrawnAndPicked)
-{
-    // l = 1 or near it, 2, 0 and −1.
-    m_view.setPoints({peakAt(0.4f, 0, 0.25f, 5, 0), peakAt(0.8f, 0, 0.29f, 5, 1),
-                      peakAt(-0.4f, 0, 0.5f, 5, 2), peakAt(-0.8f, 0, 0, 5, 3),
-                      peakAt(0, 0.8f, -0.25f, 5, 4)});
-    m_view.setPointAlpha(1);
-    const auto drawn = [this] {
+/// Points of a layer l = 1 or near it, 2, 0 and −1.
+class View3DSlab : public View3D {
+protected:
+    void SetUp() override
+    {
+        View3D::SetUp();
+        m_view.setPoints({peakAt(0.4f, 0, 0.25f, 5, 0), peakAt(0.8f, 0, 0.29f, 5, 1),
+                          peakAt(-0.4f, 0, 0.5f, 5, 2), peakAt(-0.8f, 0, 0, 5, 3),
+                          peakAt(0, 0.8f, -0.25f, 5, 4)});
+        m_view.setPointAlpha(1);
+    }
+    /// The points that are seen.
+    std::vector<int> drawn()
+    {
         const QImage image = picture();
         std::vector<int> vecDrawn;
         for (int i = 0; i < m_view.points().size(); ++i) {
             const Vec3D v = m_view.points()[i].point();
-            const QColor color = atScene(image, double(v.x), double(v.y));
-            if (color.red() > 100) {
+            if (atScene(image, double(v.x), double(v.y)).red() > 100) {
                 vecDrawn.push_back(i);
             }
-            EXPECT_EQ(m_view.pointAt(m_view.placeOfPoint(i).toPoint()) == i, color.red() > 100) << i;
         }
         return vecDrawn;
-    };
+    }
+    /// Those that the pointer finds.
+    std::vector<int> picked() const
+    {
+        std::vector<int> vecPicked;
+        for (int i = 0; i < m_view.points().size(); ++i) {
+            if (m_view.pointAt(m_view.placeOfPoint(i).toPoint()) == i) {
+                vecPicked.push_back(i);
+            }
+        }
+        return vecPicked;
+    }
+    /// Pixels of the ring in the column through the first point.
+    int ringPixels()
+    {
+        return countInColumn(picture(), int(m_view.placeOfPoint(0).x() * m_view.devicePixelRatioF()),
+                             Qt::yellow);
+    }
+
     const std::vector<int> vecAll{0, 1, 2, 3, 4};
+};
+
+TEST_F(View3DSlab, IsAllThatIsDrawnAndPicked)
+{
     m_view.setSlab(CloudSlab{{0, 0, 1}, 1, 0.1});
     EXPECT_EQ(drawn(), vecAll) << "without a cell nothing is hidden";
+    EXPECT_EQ(picked(), vecAll);
     EXPECT_EQ(m_view.overlayLines(), QStringList("l = 1 ± 0.1: there is no cell"));
     m_view.setLattice(g_listCell);
     EXPECT_EQ(drawn(), std::vector<int>({0}));
     m_view.setSlab(CloudSlab{{0, 0, 1}, 1, 0.2});
     EXPECT_EQ(drawn(), std::vector<int>({0, 1}));
+    EXPECT_EQ(picked(), std::vector<int>({0, 1}));
     EXPECT_EQ(m_view.slabLevels({0, 0, 1}), std::make_pair(-1, 2));
-
-    drag(m_view, {1, 1}, {498, 398}, Qt::ControlModifier);
-    EXPECT_EQ(m_view.selectedPoints(), QList<int>({0, 1}));
-    m_view.ringPoint(0);
-    EXPECT_GT(
-        countInColumn(picture(), int(m_view.placeOfPoint(0).x() * m_view.devicePixelRatioF()), Qt::yellow),
-        0);
-    // What is selected stays so where it is hidden, and the view says it.
-    m_view.setSlab(CloudSlab{{0, 0, 1}, 2, 0.2});
-    EXPECT_EQ(drawn(), std::vector<int>({2}));
-    EXPECT_EQ(m_view.selectedPoints(), QList<int>({0, 1}));
-    EXPECT_TRUE(m_view.overlayLines().contains("l = 2 ± 0.2: 1 of 5 points; 2 of 2 selected outside"));
-    EXPECT_EQ(
-        countInColumn(picture(), int(m_view.placeOfPoint(0).x() * m_view.devicePixelRatioF()), Qt::yellow),
-        0);
     // Along [1 0 4] all but the last two are in h + 4l = 12 ± 4, the first two on its edges.
-    m_view.clearSelection();
     m_view.setSlab(CloudSlab{{1, 0, 4}, 10, 2.7});
     EXPECT_EQ(drawn(), std::vector<int>({0, 1}));
     m_view.setGroupVisible(0, false);
     EXPECT_EQ(drawn(), std::vector<int>());
+    EXPECT_EQ(picked(), std::vector<int>());
     m_view.setGroupVisible(0, true);
     m_view.setSlab(std::nullopt);
     EXPECT_EQ(drawn(), vecAll);
+}
 
-    // Of the lattice the slab leaves its own layer: [0 2 0] of l = 0 lies beside all nodes of l = 1.
+// The view says where it is hidden.
+TEST_F(View3DSlab, WhatIsSelectedStaysSo)
+{
+    m_view.setLattice(g_listCell);
+    m_view.setSlab(CloudSlab{{0, 0, 1}, 1, 0.2});
+    drag(m_view, {1, 1}, {498, 398}, Qt::ControlModifier);
+    EXPECT_EQ(m_view.selectedPoints(), QList<int>({0, 1}));
+    m_view.ringPoint(0);
+    EXPECT_GT(ringPixels(), 0);
+    m_view.setSlab(CloudSlab{{0, 0, 1}, 2, 0.2});
+    EXPECT_EQ(drawn(), std::vector<int>({2}));
+    EXPECT_EQ(m_view.selectedPoints(), QList<int>({0, 1}));
+    EXPECT_TRUE(m_view.overlayLines().contains("l = 2 ± 0.2: 1 of 5 points; 2 of 2 selected outside"));
+    EXPECT_EQ(ringPixels(), 0);
+}
+
+// [0 2 0] of l = 0 lies beside all nodes of l = 1.
+TEST_F(View3DSlab, LeavesOfTheLatticeItsOwnLayer)
+{
     m_view.setPoints({});
     m_view.setLattice({{0.4f, 0, 0}, {0, 0.4f, 0}, {0.1f, 0.1f, 0.25f}});
     m_view.setShowLatticePoints(true);
@@ -119,7 +151,7 @@ TEST_F(View3D, TheLatticeLiesBehindThePoints)
         EXPECT_EQ(atScene(image, 0.8, 0.8), bPoints ? QColor(Qt::white) : QColor(Qt::green));
         EXPECT_EQ(atScene(image, 0.8, -0.8), QColor(Qt::green));
         const int nLit = brightest(image, -0.4, 0.8);
-        EXPECT_TRUE(bPoints ? nLit == 3 * 255 : std::abs(nLit - 127) <= 1) << nLit;
+        EXPECT_NEAR(nLit, bPoints ? 3 * 255 : 127, bPoints ? 0 : 1);
     }
     // Each row of the plane hk0 is one line, however many there are; through 21 × 21 rows none shines bright.
     m_view.setPoints({});
@@ -155,15 +187,34 @@ TEST_F(View3D, TheZoneIsNamedAndTurnedTo)
     EXPECT_FALSE(isCornerLit(picture()));
 }
 
-TEST_F(View3D, DistancesAreMeasuredByTheMouse)
-{
-    m_view.setPoints({peakAt(-0.8f, 0.4f, 0, 5, 0), peakAt(0.8f, 0.4f, 0, 5, 1), peakAt(0, -0.8f, 0, 5, 2)});
-    m_view.setLattice(g_listCell);
-    const QPoint ptA = m_view.placeOfPoint(0).toPoint(), ptB = m_view.placeOfPoint(1).toPoint(),
-                 ptC = m_view.placeOfPoint(2).toPoint();
-    QSignalSpy spyText(&m_view, &ED3DWidget::textMessage), spyClick(&m_view, &ED3DWidget::pointClicked);
-    const auto measured = [this] { return m_view.measuredPoints(); };
+/// Three points between which distances are measured.
+class View3DDistances : public View3D {
+protected:
     typedef std::array<int, 2> Pair;
+
+    void SetUp() override
+    {
+        View3D::SetUp();
+        m_view.setPoints(
+            {peakAt(-0.8f, 0.4f, 0, 5, 0), peakAt(0.8f, 0.4f, 0, 5, 1), peakAt(0, -0.8f, 0, 5, 2)});
+        m_view.setLattice(g_listCell);
+        ptA = m_view.placeOfPoint(0).toPoint();
+        ptB = m_view.placeOfPoint(1).toPoint();
+        ptC = m_view.placeOfPoint(2).toPoint();
+    }
+    Pair measured() const { return m_view.measuredPoints(); }
+    /// Pixels of the line across the middle of the view.
+    int thickness()
+    {
+        return countInColumn(picture(), int(m_nW / 2. * m_view.devicePixelRatioF()), Qt::yellow);
+    }
+
+    QPoint ptA, ptB, ptC;
+};
+
+TEST_F(View3DDistances, AreMeasuredByTheMiddleButton)
+{
+    QSignalSpy spyText(&m_view, &ED3DWidget::textMessage);
     drag(m_view, ptA, ptB + QPoint(2, -2), {}, Qt::MiddleButton);
     EXPECT_EQ(measured(), Pair({0, 1}));
     ASSERT_EQ(spyText.count(), 1);
@@ -172,20 +223,26 @@ TEST_F(View3D, DistancesAreMeasuredByTheMouse)
     EXPECT_TRUE(m_view.overlayLines().contains(strText));
     // A line of one and a half pixels, sharp on a dense screen too.
     const double dfRatio = m_view.devicePixelRatioF();
-    const int nThick = countInColumn(picture(), int(m_nW / 2. * dfRatio), Qt::yellow);
-    EXPECT_GE(nThick, int(dfRatio));
-    EXPECT_LE(nThick, 2 * dfRatio);
+    EXPECT_GE(thickness(), int(dfRatio));
+    EXPECT_LE(thickness(), 2 * dfRatio);
     EXPECT_EQ(m_view.getViewDirection(), (Vec3D{0, 0, 1}));
+}
 
-    // Off the points it goes; from no point, and to none, nothing is measured.
+TEST_F(View3DDistances, AreNoneFromNoPointOrToNone)
+{
+    drag(m_view, ptA, ptB, {}, Qt::MiddleButton);
     drag(m_view, ptA, ptA, {}, Qt::MiddleButton);
     EXPECT_EQ(measured(), Pair({-1, -1}));
     drag(m_view, ptA, {250, 300}, {}, Qt::MiddleButton);
     drag(m_view, {250, 200}, ptB, {}, Qt::MiddleButton);
     EXPECT_EQ(measured(), Pair({-1, -1}));
-    EXPECT_EQ(countInColumn(picture(), int(m_nW / 2. * dfRatio), Qt::yellow), 0);
+    EXPECT_EQ(thickness(), 0);
+}
 
-    // By the left button where that is wished, which beside the points turns as ever, and clicks as ever.
+// Which beside the points turns as ever, and clicks as ever.
+TEST_F(View3DDistances, AreMeasuredByTheLeftButtonWhereThatIsWished)
+{
+    QSignalSpy spyClick(&m_view, &ED3DWidget::pointClicked);
     m_view.setMeasuring(true);
     drag(m_view, ptA, ptC, {});
     EXPECT_EQ(measured(), Pair({0, 2}));
@@ -201,7 +258,10 @@ TEST_F(View3D, DistancesAreMeasuredByTheMouse)
     m_view.measure(0, 1);
     m_view.setPoints(m_view.points());
     EXPECT_EQ(measured(), Pair({-1, -1}));
+}
 
+TEST_F(View3DDistances, FittingShowsAllPoints)
+{
     m_view.setCamera(QMatrix4x4().constData(), 0.4f, 0.3f, -1.7f);
     m_view.fitView();
     double dfFarthest = 0;

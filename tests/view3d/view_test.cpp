@@ -90,7 +90,7 @@ struct PlainCloud {
 
 }  // namespace
 
-TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
+TEST_F(View3D, DrawsBackgroundAndPointsInTheirPlaces)
 {
     m_view.setBackgroundColor(QColor(10, 20, 30));
     EXPECT_EQ(at(picture(), 3, 3), QColor(10, 20, 30));
@@ -107,20 +107,24 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     m_view.viewAlong({1, 0, 0});
     EXPECT_EQ(atScene(picture(), -1.9, -0.3), QColor(Qt::white));
 
-    // Ambient light of 0.1 and, as OpenGL has it, 0.2 for all; of the others one meets the points from the
-    // front.
     m_view.resetView();
+    m_view.setAspectRatio(false);
+    EXPECT_EQ(at(picture(), 312.5, 200 + 0.3 * m_nH / 4), QColor(Qt::white));
+}
+
+// Ambient light of 0.1 and, as OpenGL has it, 0.2 for all; of the others one meets the points from the front.
+TEST_F(View3D, LightFallsOnThePoints)
+{
+    m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});
+    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
     m_view.setLight(true);
     m_view.setLightIntensity(0);
     EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.2 / std::sqrt(1.02)), 2);
-    m_view.setLight(false);
-    m_view.setAspectRatio(false);
-    EXPECT_EQ(at(picture(), 312.5, 200 + 0.3 * m_nH / 4), QColor(Qt::white));
-    m_view.setAspectRatio(true);
+}
 
-    // The axes cross, 60 pixels from the corner and 50 long, turns counterclockwise with the scene.
-    m_view.setPoints({});
-    m_view.resetView();
+// It lies 60 pixels from the corner and is 50 long.
+TEST_F(View3D, TheCrossOfAxesTurnsCounterclockwiseWithTheScene)
+{
     for (int nTurn : {0, 1}) {
         const QImage image = picture();
         int anLit[3] = {};  // of x, of y, and blue ones about the letter x
@@ -140,22 +144,26 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
         EXPECT_GT(anLit[2], 8) << nTurn;
         m_view.rotateAroundScreenZ(90);
     }
+}
 
-    // The grid keeps still while the scene turns; each fifth line is bold.
+TEST_F(View3D, TheGridKeepsStillAndHasEachFifthLineBold)
+{
+    m_view.rotateAroundScreenZ(70);
     m_view.setShowCanvasGrid(true);
     m_view.setCanvasGridColor(QColor(0, 100, 0));
     m_view.setCanvasGridAlpha(0.4f);
-    QImage image = picture();
+    const QImage image = picture();
     EXPECT_NEAR(brightest(image, 0.5, 0.15), 60, 2);
     EXPECT_NEAR(brightest(image, -0.3, 0.15), 40, 2);
     EXPECT_EQ(brightest(image, 0.15, 0.15), 0);
-    m_view.setShowCanvasGrid(false);
+}
 
-    m_view.resetView();
+TEST_F(View3D, TheLatticeHasItsPointsAndLinesWithinItsRange)
+{
     m_view.setLattice({{0.5f, 0, 0}, {0, 0.4f, 0}, {0, 0, 0.3f}});
     m_view.setShowLatticePoints(true);
     m_view.setLatticeRange(2, 1, 0);
-    image = picture();
+    QImage image = picture();
     EXPECT_EQ(atScene(image, 1, 0.4), QColor(Qt::green));
     EXPECT_EQ(atScene(image, 1, 0.8), QColor(Qt::black));
     EXPECT_EQ(brightest(image, 0.75, 0.4), 0);
@@ -169,9 +177,51 @@ TEST_F(View3D, DrawsLightAxesGridAndLatticeInTheirPlaces)
     EXPECT_EQ(atScene(picture(), 0.5, 0), QColor(Qt::black));
 }
 
-TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
-{
+/// Two groups that overlap, and points of none that are hidden, beside the same drawn the plain way.
+class View3DPlain : public View3D {
+protected:
+    void SetUp() override;
+    /// Gives both the same camera.
+    void look(const float* pfTurn)
+    {
+        plain.m_pfTurn = pfTurn;
+        m_view.setPointSizeRatio(double(pfTurn[7]));
+        m_view.setCamera(rotationMatrix(pfTurn[0], {pfTurn[1], pfTurn[2], pfTurn[3]}).data(), pfTurn[4],
+                         pfTurn[5], pfTurn[6]);
+    }
+    /// Expects a picture that differs from the plain one by no more than rounding, the cross of axes aside.
+    void expectAlike(const QImage& image, const QImage& imagePlain) const
+    {
+        ASSERT_EQ(image.size(), imagePlain.size());
+        const int r = m_view.devicePixelRatio(), nSize = m_nW * m_nH * r * r;
+        const QRect rectCross(0, (m_nH - 130) * r, 140 * r, 9999);
+        int nDifferent = 0, nLit = 0;
+        for (int n = 0; n < image.width() * image.height(); ++n) {
+            const QPoint pt(n % image.width(), n / image.width());
+            if (rectCross.contains(pt)) {
+                continue;
+            }
+            const QColor a = image.pixelColor(pt), b = imagePlain.pixelColor(pt);
+            nLit += b != QColor(Qt::black);
+            nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
+                          abs(a.blue() - b.blue()) > 2;
+        }
+        EXPECT_LE(nDifferent, nSize / 1000);
+        EXPECT_GT(nLit, nSize / 50);
+    }
+
     PlainCloud plain{m_view};
+};
+
+const float g_aafTurn[3][8] = {
+    {0, 0, 0, 1, 0, 0, 0, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
+
+void View3DPlain::SetUp()
+{
+    View3D::SetUp();
+    if (IsSkipped()) {
+        return;
+    }
     picture();  // makes the drawing state
     std::mt19937 random(17);
     std::normal_distribution<float> normal(0.f, 0.7f);
@@ -193,33 +243,26 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
     m_view.insertPointGroup(1, "even", listEven, Qt::red);
     m_view.insertPointGroupById(2, "third", listThird, Qt::green);
     m_view.setGroupVisible(0, false);
-    const int r = m_view.devicePixelRatio();
-    const QRect rectCross(0, (m_nH - 130) * r, 140 * r, 9999);
-    const float aafCase[3][8] = {
-        {0, 0, 0, 1, 0, 0, 0, 2}, {70, 1, 2, -1, 0.3f, -0.2f, -1.2f, 1}, {200, 0, 1, 1, 0, 0, 3, 5}};
-    for (const auto& row : aafCase) {
-        plain.m_pfTurn = row;
-        m_view.setPointSizeRatio(row[7]);
-        m_view.setCamera(rotationMatrix(row[0], {row[1], row[2], row[3]}).data(), row[4], row[5], row[6]);
+}
+
+TEST_F(View3DPlain, DrawsAsThePlainWayDoes)
+{
+    for (const auto& afTurn : g_aafTurn) {
+        look(afTurn);
         const QImage expected = plain.picture();
         for (bool bPlain : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "turned by " << afTurn[0] << ", plain: " << bPlain);
             m_view.setPlainDrawing(bPlain);
-            const QImage image = picture();
-            ASSERT_EQ(image.size(), expected.size());
-            int nDifferent = 0, nLit = 0;
-            for (int n = 0; n < image.width() * image.height(); ++n) {
-                const QPoint pt(n % image.width(), n / image.width());
-                if (rectCross.contains(pt)) {
-                    continue;
-                }
-                const QColor a = image.pixelColor(pt), b = expected.pixelColor(pt);
-                nLit += b != QColor(Qt::black);
-                nDifferent += abs(a.red() - b.red()) > 2 || abs(a.green() - b.green()) > 2 ||
-                              abs(a.blue() - b.blue()) > 2;
-            }
-            EXPECT_LE(nDifferent, m_nW * m_nH * r * r / 1000) << row[0] << ' ' << bPlain;
-            EXPECT_GT(nLit, m_nW * m_nH * r * r / 50);
+            expectAlike(picture(), expected);
         }
+    }
+}
+
+TEST_F(View3DPlain, PicksAsThePlainWayDoes)
+{
+    for (const auto& afTurn : g_aafTurn) {
+        look(afTurn);
+        picture();
         for (const QLine& band : {QLine(100, 90, 333, 251), QLine(301, 250, 200, 199),
                                   QLine(250, 10, 251, 390), QLine(0, 0, 499, 399)}) {
             drag(m_view, band.p1(), band.p2(), Qt::ControlModifier);
@@ -231,19 +274,27 @@ TEST_F(View3D, DrawsAndPicksAsThePlainWayDoes)
     }
 }
 
-TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
+/// Three points, at (250 + 125·x, 200 - 125·y) of the widget.
+class View3DPoints : public View3D {
+protected:
+    void SetUp() override
+    {
+        View3D::SetUp();
+        QList<Peak3D> listPeak{peakAt(0, 0, 0, 1, 5), peakAt(0.8f, 0, 0.5f, 1, 9),
+                               peakAt(0.8f, 0.08f, 0, 1234.5, 2500)};
+        listPeak[2].nFrame = 11;
+        listPeak[2].dfX2D = 1024.5;
+        listPeak[2].dfY2D = 3;
+        m_view.setPoints(listPeak);
+        Peak3D indexed = listPeak[2];
+        indexed.setHKL(1, -2, 3.456);
+        m_view.setIndices({indexed});
+        m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
+    }
+};
+
+TEST_F(View3DPoints, ABandSelectsAndTellsWhatItPicked)
 {
-    // At (250 + 125·x, 200 - 125·y) of the widget.
-    QList<Peak3D> listPeak{peakAt(0, 0, 0, 1, 5), peakAt(0.8f, 0, 0.5f, 1, 9),
-                           peakAt(0.8f, 0.08f, 0, 1234.5, 2500)};
-    listPeak[2].nFrame = 11;
-    listPeak[2].dfX2D = 1024.5;
-    listPeak[2].dfY2D = 3;
-    m_view.setPoints(listPeak);
-    Peak3D indexed = listPeak[2];
-    indexed.setHKL(1, -2, 3.456);
-    m_view.setIndices({indexed});
-    m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
     QSignalSpy spyText(&m_view, &ED3DWidget::textMessage),
         spyData(&m_view, &ED3DWidget::pointDisplayDataChanged),
         spySelection(&m_view, &ED3DWidget::selectionChanged);
@@ -270,13 +321,16 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
         drag(m_view, row.ptFrom, row.ptTo, row.modifiers, Qt::LeftButton, row.modifiersAtRelease);
         EXPECT_EQ(m_view.selectedPoints(), row.listSelected) << &row - aRow;
         const int nExpected = row.pcText ? 1 : 0;
-        EXPECT_TRUE(spyData.count() == nExpected && spySelection.count() == nExpected);
+        EXPECT_EQ(spyData.count(), nExpected);
+        EXPECT_EQ(spySelection.count(), nExpected);
         ASSERT_EQ(spyText.count(), nExpected);
         EXPECT_EQ(spyText.value(0).value(0).toString(), QString(row.pcText));
     }
     EXPECT_EQ(atScene(picture(), 0.8, 0.08), QColor(204, 0, 0));
+}
 
-    // The band itself: dashes of yellow on its edges, only while it is drawn.
+TEST_F(View3DPoints, TheBandHasYellowDashesWhileItIsDrawn)
+{
     mouse(m_view, QEvent::MouseButtonPress, {300, 100}, Qt::LeftButton, Qt::ControlModifier);
     mouse(m_view, QEvent::MouseMove, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
     for (int nExpected : {60, 0}) {
@@ -288,7 +342,10 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
         EXPECT_NEAR(nYellow, nExpected, nExpected / 10);
         mouse(m_view, QEvent::MouseButtonRelease, {420, 160}, Qt::LeftButton, Qt::ControlModifier);
     }
+}
 
+TEST_F(View3DPoints, KeysMakeAGroupOfTheSelectedAndADoubleClickDropsThem)
+{
     drag(m_view, {0, 0}, {300, 399}, Qt::ControlModifier);
     QTest::keyClick(&m_view, Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(m_view.groupLabels().size(), 1);
@@ -299,8 +356,10 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     mouse(m_view, QEvent::MouseButtonDblClick, {10, 10}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_TRUE(m_view.selectedPoints().isEmpty());
     EXPECT_EQ(m_view.groupLabels().size(), 2);
+}
 
-    float afRotation[16], fPanX, fPanY, fZoom;
+TEST_F(View3DPoints, ADragTurnsTheSceneAsABallUnderTheHand)
+{
     mouse(m_view, QEvent::MouseButtonPress, {250, 200}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_EQ(m_view.cursor().shape(), Qt::CrossCursor);
     mouse(m_view, QEvent::MouseMove, {375, 200}, Qt::LeftButton, Qt::NoModifier);
@@ -311,12 +370,18 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_NEAR(m_view.getViewDirection().z, std::cos(dfAngle), 1e-6);
     mouse(m_view, QEvent::MouseButtonRelease, {375, 200}, Qt::LeftButton, Qt::NoModifier);
     EXPECT_EQ(m_view.cursor().shape(), Qt::ArrowCursor);
+}
+
+TEST_F(View3DPoints, ShiftMovesRightButtonAndWheelZoom)
+{
+    float afRotation[16], fPanX, fPanY, fZoom;
     drag(m_view, {10, 10}, {60, 30}, Qt::ShiftModifier);
     drag(m_view, {10, 10}, {99, 50}, Qt::NoModifier, Qt::RightButton);
     EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
     drag(m_view, {10, 10}, {10, 11}, Qt::NoModifier, Qt::RightButton);  // a click of an unsteady hand
     auto* pMenu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_TRUE(pMenu && pMenu->actions() == m_view.actions());
+    ASSERT_TRUE(pMenu);
+    ASSERT_EQ(pMenu->actions(), m_view.actions());
     pMenu->close();
     QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 240}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&m_view, &wheel);
@@ -325,17 +390,20 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
     EXPECT_FLOAT_EQ(fPanX, 0.3f);
     EXPECT_FLOAT_EQ(fPanY, -0.15f);
     EXPECT_NEAR(fZoom, 3 * 40 / 400. - 240 / 400., 1e-6);
+}
 
+TEST_F(View3D, ColoursOfItsMenuAreTakenOrLeft)
+{
     m_view.setShowCanvasGrid(true);
     m_view.setCanvasGridAlpha(1);
-    m_view.resetView();
     QColor aColor[] = {Qt::black, Qt::white};
     for (int i : {0, 1}) {
         for (bool bTaken : {false, true}) {
             EXPECT_EQ(m_view.actions()[i]->text(), i == 0 ? "Background Color..." : "Canvas Grid Color...");
             m_view.actions()[i]->trigger();
             auto* pDialog = m_view.findChild<QColorDialog*>();
-            ASSERT_TRUE(pDialog && pDialog->currentColor() == aColor[i]);
+            ASSERT_TRUE(pDialog);
+            ASSERT_EQ(pDialog->currentColor(), aColor[i]);
             pDialog->setCurrentColor(QColor(40 * i + 10, 90, 200));
             bTaken ? pDialog->accept() : pDialog->reject();
             QCoreApplication::sendPostedEvents(pDialog, QEvent::DeferredDelete);
@@ -349,28 +417,37 @@ TEST_F(View3D, MouseAndKeysSelectTurnAndMove)
 }
 
 // Runs on a platform without OpenGL too: there it is the view of a machine that has none.
-TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
-{
-    const float fInf = std::numeric_limits<float>::infinity(), fNaN = std::nanf("");
-    ED3DWidget view;
-    QSignalSpy spyFailed(&view, &ED3DWidget::contextFailed);
-    view.resize(301, 222);
-    view.setPoints({peakAt(fNaN, 0, 0, fNaN, 0), peakAt(fInf, 0, 0, fInf, 2000000000),
-                    peakAt(0, 0, 0, -fInf, 3), peakAt(1e30f, 0, 0, 0, 3), peakAt(0.1f, 0, 0, 5, 4)});
-    view.insertPointGroupById(1, "ids", {2000000000, -1, 3, 77}, Qt::cyan);
-    EXPECT_EQ(view.groupPoints()[1], (QList<int>{1, 3}));
-    view.setLattice({{0.1f, 0, 0}, {0.1f, 0, 0}, {0, fNaN, 0.1f}});
-    view.setLatticeRange(1000, -7, 1000);
-    view.setShowLatticePoints(true);
-    view.setShowLatticeLines(true);
-    const auto show = [&] {
+class View3DAnywhere : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        view.resize(301, 222);
+        view.setPoints({peakAt(fNaN, 0, 0, fNaN, 0), peakAt(fInf, 0, 0, fInf, 2000000000),
+                        peakAt(0, 0, 0, -fInf, 3), peakAt(1e30f, 0, 0, 0, 3), peakAt(0.1f, 0, 0, 5, 4)});
+    }
+    void show()
+    {
         view.update();
         view.show();
         QTest::qWait(30);
         EXPECT_EQ(view.grabFrameBuffer().isNull(), !view.isValid());
         EXPECT_FALSE(view.grab().isNull());
         EXPECT_EQ(spyFailed.count(), view.isValid() ? 0 : 1);
-    };
+    }
+
+    const float fInf = std::numeric_limits<float>::infinity(), fNaN = std::nanf("");
+    ED3DWidget view;
+    QSignalSpy spyFailed{&view, &ED3DWidget::contextFailed};
+};
+
+TEST_F(View3DAnywhere, StandsStrangeNumbers)
+{
+    view.insertPointGroupById(1, "ids", {2000000000, -1, 3, 77}, Qt::cyan);
+    EXPECT_EQ(view.groupPoints()[1], (QList<int>{1, 3}));
+    view.setLattice({{0.1f, 0, 0}, {0.1f, 0, 0}, {0, fNaN, 0.1f}});
+    view.setLatticeRange(1000, -7, 1000);
+    view.setShowLatticePoints(true);
+    view.setShowLatticeLines(true);
     show();
     for (double dfRatio : {0.0, -3.0, 1e300, double(fInf), double(fNaN)}) {
         view.setPointSizeRatio(dfRatio);
@@ -386,6 +463,12 @@ TEST(View3DAnywhere, StandsStrangeDataAndAMissingContext)
         view.resize(nSide, nSide);
         show();
     }
+}
+
+TEST_F(View3DAnywhere, PicksAndDropsPointsWithAndWithoutAContext)
+{
+    view.resize(300, 300);
+    show();
     view.setPointSizeRatio(2);
     drag(view, {150, 140}, {170, 160}, Qt::ControlModifier);
     EXPECT_EQ(view.selectedPoints(), (QList<int>{2, 4}));

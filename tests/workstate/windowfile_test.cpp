@@ -40,7 +40,8 @@ TEST(WindowFile, NumbersComeBack)
     EXPECT_EQ(read.mapping.m_dfResolutionMin, 0.12);
     EXPECT_EQ(read.cell.m_method, CellSearchMethod::BestOfBoth);
     EXPECT_EQ(read.indexing.m_nSpaceGroup, 230);
-    ASSERT_TRUE(read.hunted && read.merged);
+    ASSERT_TRUE(read.hunted);
+    ASSERT_TRUE(read.merged);
     EXPECT_EQ(read.hunted->nPeaks, 0xfedcba9876543210ULL);
     EXPECT_EQ(read.hunted->hunting.m_dfPeakThreshold, 3.5);
     EXPECT_EQ(read.merged->nMerged, 0x8000000000000001ULL);

@@ -32,9 +32,11 @@ TEST(WorkStateFile, GivesEveryBitBack)
     }
 }
 
-TEST(WorkStateFile, GivesBackWhatAUserHasMade)
+namespace {
+
+WorkState workOfAUser()
 {
-    WorkState state, again;
+    WorkState state;
     state.series.m_strProjectName = QStringLiteral("Granat ß");
     state.series.m_listPeakFrame = {{}, {Peak3D(), Peak3D()}};
     state.series.m_listPeakFrame[1][1].dfH = -std::numeric_limits<double>::infinity();
@@ -51,6 +53,15 @@ TEST(WorkStateFile, GivesBackWhatAUserHasMade)
         CellConstraint{LatticeSystem::Cubic, Eigen::Matrix3d::Identity(), QStringLiteral("cP")},
         Eigen::Matrix3d::Identity() / 9);
     state.pGeometry = std::make_shared<const GeometryRefinement>(geometry);
+    return state;
+}
+
+}  // namespace
+
+TEST(WorkStateFile, GivesBackWhatAUserHasMade)
+{
+    const WorkState state = workOfAUser();
+    WorkState again;
     ASSERT_TRUE(workStateFromBytes(workStateBytes(state), again));
 
     EXPECT_EQ(again.series.m_strProjectName, state.series.m_strProjectName);
@@ -72,8 +83,9 @@ TEST(WorkStateFile, GivesBackWhatAUserHasMade)
     EXPECT_TRUE(std::isnan(again.pGeometry->free.dfRmsSeen));
     ASSERT_TRUE(again.pGeometry->free.fit.form.isConstrained());
     GeometryNumbers numbers = {};
-    geometry.free.fit.form.setStart(numbers, Eigen::Matrix3d::Identity() / 9);
-    EXPECT_EQ(again.pGeometry->free.fit.form.reciprocal(numbers), geometry.free.fit.form.reciprocal(numbers));
+    const CellForm& form = state.pGeometry->free.fit.form;
+    form.setStart(numbers, Eigen::Matrix3d::Identity() / 9);
+    EXPECT_EQ(again.pGeometry->free.fit.form.reciprocal(numbers), form.reciprocal(numbers));
     EXPECT_FALSE(again.pIntegration);
 }
 
