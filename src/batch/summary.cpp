@@ -276,7 +276,7 @@ QString summaryText(const QList<SummaryRow>& listRow)
     }
     const int nColumns = listLine.first().size();
     const int nTextColumns = 3;  // left-aligned, like the note
-    std::vector<int> vecWidth(size_t(nColumns), 0);
+    std::vector<int> vecWidth(nColumns, 0);
     for (const QStringList& listText : listLine) {
         for (int i = 0; i + 1 < nColumns; ++i) {
             vecWidth[i] = std::max(vecWidth[i], listText[i].size());

@@ -19,7 +19,7 @@ std::vector<char> pointsInSlab(const QList<Peak3D>& listPoint, const CCellFrame&
 {
     const DoubleVector normal = cell.zone(slab.anDirection);
     std::vector<char> vecInside;
-    vecInside.reserve(size_t(listPoint.size()));
+    vecInside.reserve(listPoint.size());
     for (const Peak3D& peak : listPoint) {
         vecInside.push_back(slab.holds(dot(normal, widened(peak.point()))));
     }

@@ -9,8 +9,8 @@ CloudVertices makeCloudVertices(const QList<Peak3D>& listPoint, const std::vecto
                                 const std::vector<char>& vecInside)
 {
     CloudVertices vertices;
-    vertices.vecVertex.reserve(size_t(listPoint.size()));
-    vertices.m_pnPickName.reserve(size_t(listPoint.size()));
+    vertices.vecVertex.reserve(listPoint.size());
+    vertices.m_pnPickName.reserve(listPoint.size());
     for (int nPoint = 0; nPoint < listPoint.size(); ++nPoint) {
         const size_t i = size_t(nPoint);
         if (!vecInside.empty() && !vecInside[i]) {

@@ -8,7 +8,7 @@ namespace tessera {
 std::vector<float> pointSizes(const QList<Peak3D>& listPoint, double fRatio)
 {
     std::vector<float> vecSize;
-    vecSize.reserve(size_t(listPoint.size()));
+    vecSize.reserve(listPoint.size());
     float fGreatest = 0.f;
     for (const Peak3D& peak : listPoint) {
         vecSize.push_back(float(peak.dfIPoint));

@@ -37,7 +37,7 @@ using FitData = std::vector<FitRow>;
 FitData fitData(const QList<Peak3D>& listPeak)
 {
     FitData data;
-    data.reserve(std::size_t(listPeak.size()));
+    data.reserve(listPeak.size());
     for (const Peak3D& peak : listPeak) {
         const double h = peak.dfH, k = peak.dfK, l = peak.dfL;
         data.push_back({{h * h, k * k, l * l, h * k, k * l, h * l}, peak.dfDStar});

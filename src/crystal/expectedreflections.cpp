@@ -138,7 +138,7 @@ float getEffectiveDStar(const QList<Peak3D>& listPeak)
         return 0.f;
     }
     std::vector<double> vecDStar;
-    vecDStar.reserve(std::size_t(listPeak.size()));
+    vecDStar.reserve(listPeak.size());
     for (const Peak3D& peak : listPeak) {
         vecDStar.push_back(peak.dfDStar);
     }

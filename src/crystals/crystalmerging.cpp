@@ -168,7 +168,7 @@ std::vector<int> leaveOutRepeated(const std::vector<Crystal>& listCrystal, const
             listKept.push_back(n);
             continue;
         }
-        const Crystal& other = listCrystal[size_t(*itOther)];
+        const Crystal& other = listCrystal[*itOther];
         const bool bMore = other.frames.count() > frames.count();
         LeftOutCrystal left;
         left.nCrystal = n;

@@ -109,7 +109,7 @@ private:
 /// Reads folders side by side. @return false when it was asked to stop
 bool readAll(const QStringList& listFolder, int nJobs, CRunReport& report, CrystalsJobResult& result)
 {
-    std::vector<ReadCrystals> listRead(size_t(listFolder.size()));
+    std::vector<ReadCrystals> listRead(listFolder.size());
     CProgress progress(report, QStringLiteral("Results %v/%m"), 0, listFolder.size());
     std::atomic<int> nDone{0};
     const bool bAll = sideBySide(
@@ -224,8 +224,7 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
     std::atomic<bool> bStop{false};
     std::atomic<int> nDone{0};
     const int nGroups = int(result.listGroup.size());
-    std::vector<CGroupReport> listReport(size_t(nGroups),
-                                         CGroupReport(report, bStop, std::this_thread::get_id()));
+    std::vector<CGroupReport> listReport(nGroups, CGroupReport(report, bStop, std::this_thread::get_id()));
     CProgress progress(report, QStringLiteral("Groups %v/%m"), 0, nGroups);
     const auto work = [&](int n) {
         CompoundGroup& compound = result.listGroup[n];

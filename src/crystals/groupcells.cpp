@@ -41,7 +41,7 @@ void takeMeanOfMembers(const CrystalsJobResult& result, const CellTolerance& tol
 {
     std::vector<CellParameters> listCell;
     for (const int nMember : compound.group.listMember) {
-        const Crystal& crystal = result.listCrystal[size_t(nMember)];
+        const Crystal& crystal = result.listCrystal[nMember];
         const LatticeBasis basis = reducedCell(crystal.cell, crystal.chCentring).basis;
         const std::vector<CellSetting> list = settingsBetween(basis, compound.group.reference, tolerance);
         if (!list.empty()) {  // a member may be further from the reference than from the others
@@ -57,7 +57,7 @@ void takeConventionalCell(const CrystalsJobResult& result, CompoundGroup& compou
     Eigen::Matrix3d matConventional;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            matConventional(nRow, n) = double(symmetry.anTransform[size_t(nRow)][size_t(n)]) /
+            matConventional(nRow, n) = double(symmetry.anTransform[nRow][n]) /
                                        std::max(1, symmetry.nDenominator);
         }
     }
@@ -65,7 +65,7 @@ void takeConventionalCell(const CrystalsJobResult& result, CompoundGroup& compou
     for (size_t n = 0; n < compound.merged.listSettled.size(); ++n) {
         const SettledCrystal& settled = compound.merged.listSettled[n];
         if (compound.merged.listUsed[n]) {
-            const LatticeBasis basis = directBasisOf(result.listCrystal[size_t(settled.nCrystal)].cell);
+            const LatticeBasis basis = directBasisOf(result.listCrystal[settled.nCrystal].cell);
             listCell.push_back(cellOf(matConventional * settled.matIndices * basis));
         }
     }

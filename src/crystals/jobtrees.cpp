@@ -29,7 +29,7 @@ QStringList labelsOf(const std::vector<Crystal>& listCrystal)
         }
         for (int n = 0; n < listLabel.size(); ++n) {
             if (mapCount[listLabel[n]] > 1) {
-                listLabel[n] = lastParts(listCrystal[size_t(n)], nFolders);
+                listLabel[n] = lastParts(listCrystal[n], nFolders);
             }
         }
     }
@@ -48,7 +48,7 @@ TreePlot latticeTree(const CrystalsJobResult& result, const CellTolerance& toler
     plot.listJoint = result.groups.listJoint;
     const QStringList listLabel = labelsOf(result.listCrystal);
     for (const int n : result.groups.listInTree) {
-        const CrystalFate& fate = result.listFate[size_t(n)];
+        const CrystalFate& fate = result.listFate[n];
         plot.listLeaf.push_back({listLabel[n], fate.nGroup, !fate.bUsed});
     }
     for (const CompoundGroup& compound : result.listGroup) {

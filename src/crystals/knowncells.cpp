@@ -184,8 +184,8 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
             return QStringLiteral("it has %1 columns, where name and six numbers are wanted")
                 .arg(listPart.size());
         }
-        adf[size_t(n)] = numberOf(part(column), separator);
-        if (!std::isfinite(adf[size_t(n)])) {
+        adf[n] = numberOf(part(column), separator);
+        if (!std::isfinite(adf[n])) {
             return QStringLiteral("\"%1\" is no number").arg(told(part(column)));
         }
     }
@@ -230,7 +230,7 @@ KnownCells knownCellsOf(const QByteArray& bytes)
     KnownCells cells;
     Columns columns;
     for (int n = 0; n < ColumnCount; ++n) {
-        columns[size_t(n)] = n;
+        columns[n] = n;
     }
     bool bFirst = true;
     int nLine = 0;
@@ -307,7 +307,7 @@ std::optional<KnownCellMatch> matchKnownCell(const LatticeBasis& reduced,
         }
         if (!best || match.dfMisfit < best->dfMisfit) {
             if (best) {
-                match.strNext = listKnown[size_t(best->nKnown)].strName;
+                match.strNext = listKnown[best->nKnown].strName;
                 dfNext = best->dfMisfit;
             }
             best = match;

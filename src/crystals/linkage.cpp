@@ -25,35 +25,35 @@ public:
     {
         int nBest = -1;
         for (int i = 0; i < m_distances.count(); ++i) {
-            if (m_listAlive[size_t(i)] && nearest(i) >= 0 &&
+            if (m_listAlive[i] && nearest(i) >= 0 &&
                 (nBest < 0 || m_distances.at(i, nearest(i)) < m_distances.at(nBest, nearest(nBest)))) {
                 nBest = i;
             }
         }
         return nBest;
     }
-    int nearest(int i) const { return m_listNearest[size_t(i)]; }
+    int nearest(int i) const { return m_listNearest[i]; }
     double distance(int i, int j) const { return m_distances.at(i, j); }
 
     /// Puts the second into the slot of the first, the means being weighted by the sizes of both.
     void join(int nKept, int nGone, double dfKept, double dfGone)
     {
-        m_listAlive[size_t(nGone)] = 0;
+        m_listAlive[nGone] = 0;
         for (int k = 0; k < m_distances.count(); ++k) {
-            if (m_listAlive[size_t(k)] && k != nKept) {
+            if (m_listAlive[k] && k != nKept) {
                 m_distances.set(nKept, k,
                                 (dfKept * m_distances.at(nKept, k) + dfGone * m_distances.at(nGone, k)) /
                                     (dfKept + dfGone));
             }
         }
         for (int i = 0; i < m_distances.count(); ++i) {
-            if (!m_listAlive[size_t(i)]) {
+            if (!m_listAlive[i]) {
                 continue;
             }
             if (i == nKept || nearest(i) == nKept || nearest(i) == nGone) {
                 findNearest(i);
             } else if (i < nKept && isCloser(i, nKept, nearest(i))) {
-                m_listNearest[size_t(i)] = nKept;
+                m_listNearest[i] = nKept;
             }
         }
     }
@@ -68,11 +68,11 @@ private:
     {
         int nNearest = -1;
         for (int j = i + 1; j < m_distances.count(); ++j) {
-            if (m_listAlive[size_t(j)] && isCloser(i, j, nNearest)) {
+            if (m_listAlive[j] && isCloser(i, j, nNearest)) {
                 nNearest = j;
             }
         }
-        m_listNearest[size_t(i)] = nNearest;
+        m_listNearest[i] = nNearest;
     }
 
     CDistances m_distances;
@@ -86,9 +86,9 @@ std::vector<Joint> averageLinkage(const CDistances& distances)
 {
     const int nCount = distances.count();
     CClusters clusters(distances);
-    std::vector<int> listName(size_t(nCount), 0);  // number of the cluster in a slot
+    std::vector<int> listName(nCount, 0);  // number of the cluster in a slot
     std::iota(listName.begin(), listName.end(), 0);
-    std::vector<int> listSize(size_t(nCount), 1);
+    std::vector<int> listSize(nCount, 1);
     std::vector<Joint> listJoint;
     double dfHeight = 0;
     for (int nStep = 0; nStep + 1 < nCount; ++nStep) {
@@ -124,13 +124,13 @@ std::vector<int> clustersBelow(const std::vector<Joint>& listJoint, int nCount, 
     int nClusters = 0;
     for (int nThing = 0; nThing < nCount; ++nThing) {
         int nRoot = nThing;
-        while (listParent[size_t(nRoot)] != nRoot) {
-            nRoot = listParent[size_t(nRoot)];
+        while (listParent[nRoot] != nRoot) {
+            nRoot = listParent[nRoot];
         }
-        if (listNumber[size_t(nRoot)] < 0) {
-            listNumber[size_t(nRoot)] = nClusters++;
+        if (listNumber[nRoot] < 0) {
+            listNumber[nRoot] = nClusters++;
         }
-        listCluster.push_back(listNumber[size_t(nRoot)]);
+        listCluster.push_back(listNumber[nRoot]);
     }
     return listCluster;
 }
@@ -140,7 +140,7 @@ std::vector<int> leafOrder(const std::vector<Joint>& listJoint, int nCount)
     std::vector<int> listOrder;
     std::vector<int> listOpen;  // clusters that are still to be opened, the next one last
     if (listJoint.empty()) {
-        listOrder.resize(size_t(nCount));
+        listOrder.resize(nCount);
         std::iota(listOrder.begin(), listOrder.end(), 0);
         return listOrder;
     }
@@ -151,7 +151,7 @@ std::vector<int> leafOrder(const std::vector<Joint>& listJoint, int nCount)
         if (nCluster < nCount) {
             listOrder.push_back(nCluster);
         } else {
-            const Joint& joint = listJoint[size_t(nCluster - nCount)];
+            const Joint& joint = listJoint[nCluster - nCount];
             listOpen.push_back(joint.nSecond);
             listOpen.push_back(joint.nFirst);
         }

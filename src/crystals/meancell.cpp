@@ -38,7 +38,7 @@ MeanCell meanCell(const std::vector<Crystal>& listCrystal, const MergedCrystals&
         ++nUsed;
         const SettledCrystal& settled = merged.listSettled[n];
         const std::array<double, 6> adf =
-            cellOf(basisInSetting(listCrystal[size_t(settled.nCrystal)], settled)).numbers();
+            cellOf(basisInSetting(listCrystal[settled.nCrystal], settled)).numbers();
         for (size_t i = 0; i < adf.size(); ++i) {  // Welford's sums
             const double dfOff = adf[i] - adfMean[i];
             adfMean[i] += dfOff / nUsed;
@@ -67,11 +67,11 @@ CellParameters errorsOfMean(const std::vector<Crystal>& listCrystal, const Merge
         }
         ++nUsed;
         const SettledCrystal& settled = merged.listSettled[n];
-        const Crystal& crystal = listCrystal[size_t(settled.nCrystal)];
+        const Crystal& crystal = listCrystal[settled.nCrystal];
         Eigen::Matrix3d matConventional;
         for (int nRow = 0; nRow < 3; ++nRow) {
             for (int i = 0; i < 3; ++i) {
-                matConventional(nRow, i) = double(chosen.symmetry.anTransform[size_t(nRow)][size_t(i)]) /
+                matConventional(nRow, i) = double(chosen.symmetry.anTransform[nRow][i]) /
                                            std::max(1, chosen.symmetry.nDenominator);
             }
         }
@@ -80,7 +80,7 @@ CellParameters errorsOfMean(const std::vector<Crystal>& listCrystal, const Merge
         direct.nDenominator = nParts;
         for (int nRow = 0; nRow < 3; ++nRow) {
             for (int i = 0; i < 3; ++i) {
-                direct.anTransform[size_t(nRow)][size_t(i)] = int(std::lround(mat(nRow, i)));
+                direct.anTransform[nRow][i] = int(std::lround(mat(nRow, i)));
             }
         }
         const std::array<double, 6> adfFree =

@@ -102,7 +102,7 @@ RunFrames framesOfRun(const QJsonObject& run)
     frames.bytesSeries = hash.result();
     if (!frames.listNumber.empty() && frames.listNumber.back() < int(listFile.size())) {
         for (const int n : frames.listNumber) {
-            frames.listHash.push_back(listFile[size_t(n)]);
+            frames.listHash.push_back(listFile[n]);
         }
         std::sort(frames.listHash.begin(), frames.listHash.end());
         frames.listHash.erase(std::unique(frames.listHash.begin(), frames.listHash.end()),

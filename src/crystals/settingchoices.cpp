@@ -149,8 +149,8 @@ CSettingChoices::CSettingChoices(const ObservationSymmetry& symmetry,
 void CSettingChoices::put(const CrystalState& crystal, int nSign)
 {
     for (const Value& value : crystal.chosen()) {
-        m_listSum[size_t(value.nReflection)] += nSign * double(value.fAmplitude);
-        m_listCount[size_t(value.nReflection)] += nSign;
+        m_listSum[value.nReflection] += nSign * double(value.fAmplitude);
+        m_listCount[value.nReflection] += nSign;
     }
 }
 
@@ -162,9 +162,9 @@ CSettingChoices::Comparison CSettingChoices::compare(size_t nCrystal) const
     for (const Alternative& alternative : listAlternative) {
         CPairs pairs;
         for (const Value& value : alternative.listValue) {
-            const int nCount = m_listCount[size_t(value.nReflection)];
+            const int nCount = m_listCount[value.nReflection];
             if (nCount > 0) {
-                pairs.add(double(value.fAmplitude), m_listSum[size_t(value.nReflection)] / nCount);
+                pairs.add(double(value.fAmplitude), m_listSum[value.nReflection] / nCount);
             }
         }
         comparison.listAgreement.push_back(pairs.agreement());
@@ -281,7 +281,7 @@ bool CSettingChoices::settle(CRunReport& report)
 int CSettingChoices::settingOf(size_t nCrystal) const
 {
     const CrystalState& crystal = m_listCrystal[nCrystal];
-    return crystal.listAlternative[size_t(crystal.nChosen)].nSetting;
+    return crystal.listAlternative[crystal.nChosen].nSetting;
 }
 
 SettingAgreement CSettingChoices::agreementOf(size_t nCrystal) const

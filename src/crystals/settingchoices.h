@@ -77,7 +77,7 @@ private:
         int nChosen = 0;
         bool bSettled = false;
 
-        const std::vector<Value>& chosen() const { return listAlternative[size_t(nChosen)].listValue; }
+        const std::vector<Value>& chosen() const { return listAlternative[nChosen].listValue; }
     };
     struct Comparison {
         int nBest = 0;

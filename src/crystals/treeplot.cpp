@@ -183,8 +183,7 @@ private:
         m_listNode.resize(m_plot.listLeaf.size());
         int nRow = 0;
         for (const int n : leafOrder(m_plot.listJoint, nCount)) {
-            m_listNode[size_t(n)] = {m_dfLeft, m_dfTop + m_dfRow * (nRow + 0.5),
-                                     m_plot.listLeaf[size_t(n)].nColour, false};
+            m_listNode[n] = {m_dfLeft, m_dfTop + m_dfRow * (nRow + 0.5), m_plot.listLeaf[n].nColour, false};
             ++nRow;
         }
     }
@@ -201,7 +200,7 @@ private:
     void drawJoints()
     {
         for (const Joint& joint : m_plot.listJoint) {
-            const Node first = m_listNode[size_t(joint.nFirst)], second = m_listNode[size_t(joint.nSecond)];
+            const Node first = m_listNode[joint.nFirst], second = m_listNode[joint.nSecond];
             Node node;
             node.dfX = placeX(joint.dfHeight);
             node.dfY = (first.dfY + second.dfY) / 2;
@@ -262,11 +261,11 @@ TreePlot cutBelow(const TreePlot& plot, double dfHeight)
     cut.listJoint.clear();
     std::vector<int> listSize;
     for (int n = 0; n < nCount; ++n) {
-        if (listCluster[size_t(n)] == int(cut.listLeaf.size())) {
-            cut.listLeaf.push_back(plot.listLeaf[size_t(n)]);
+        if (listCluster[n] == int(cut.listLeaf.size())) {
+            cut.listLeaf.push_back(plot.listLeaf[n]);
             listSize.push_back(0);
         }
-        ++listSize[size_t(listCluster[size_t(n)])];
+        ++listSize[size_t(listCluster[n])];
     }
     for (size_t n = 0; n < cut.listLeaf.size(); ++n) {
         if (listSize[n] > 1) {
@@ -277,7 +276,7 @@ TreePlot cutBelow(const TreePlot& plot, double dfHeight)
     std::vector<int> listNew = listCluster;  // the new number of each cluster of the whole tree
     const int nLeaves = int(cut.listLeaf.size());
     for (const Joint& joint : plot.listJoint) {
-        const int nFirst = listNew[size_t(joint.nFirst)], nSecond = listNew[size_t(joint.nSecond)];
+        const int nFirst = listNew[joint.nFirst], nSecond = listNew[joint.nSecond];
         if (joint.dfHeight <= dfHeight) {
             listNew.push_back(nFirst);
             continue;

@@ -156,7 +156,7 @@ std::optional<std::vector<int>> countPeaksOfFrames(const std::vector<PeakLine>& 
                                                    const QString& strFileName, CRunReport& report,
                                                    QString* pstrReason)
 {
-    std::vector<int> vecCount(size_t(nFrames), 0);
+    std::vector<int> vecCount(nFrames, 0);
     for (const PeakLine& line : vecLine) {
         if (line.nFrame >= nFrames) {
             report.addMessage(QStringLiteral("This peak list file does not match the current ed3d file in "

@@ -121,7 +121,7 @@ QList<int> takenFrames(const SeriesChoice& choice, int nFrames, QString* pstrRea
     }
     QList<int> listTaken;
     for (int n = 0; n < nFrames && strReason.isEmpty(); ++n) {
-        if (vecTaken[size_t(n)]) {
+        if (vecTaken[n]) {
             listTaken.append(n);
         }
     }

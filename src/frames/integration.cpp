@@ -59,7 +59,7 @@ void MakeIntegrationWindows(const QList<double>& listX, const QList<double>& lis
     if (listX.size() != listY.size()) {
         return;
     }
-    vecWindow.resize(size_t(listX.size()));
+    vecWindow.resize(listX.size());
     for (int i = 0; i < listX.size(); ++i) {
         RefIntPara& window = vecWindow[i];
         window.nRadius = std::max(nRadius, 0);

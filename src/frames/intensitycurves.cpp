@@ -119,7 +119,7 @@ void fitIntensityProfileForSharpPeaks(const QList<QList<Peak3D>>& listPeakChain,
 {
     const int nPeaksOfPiece = 64;
     std::vector<Peak3D*> vecPeak;
-    vecPeak.reserve(size_t(listPeakMerged.size()));
+    vecPeak.reserve(listPeakMerged.size());
     for (Peak3D& peak : listPeakMerged) {
         vecPeak.push_back(&peak);
     }

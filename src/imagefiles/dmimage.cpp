@@ -189,7 +189,7 @@ bool readDmPlanes(QFile& file, const DmTags& tags, const DmImage& image, int nFi
     }
     const std::shared_ptr<uint8_t> pPlane = makeFileBuffer(size_t(nBytes));
     ImageList vecRead;
-    vecRead.reserve(size_t(nCount));
+    vecRead.reserve(nCount);
     for (int i = 0; i < nCount; ++i) {
         if (!file.seek(qint64(image.nOffset) + (nFirst + i) * nBytes) ||
             file.read(reinterpret_cast<char*>(pPlane.get()), nBytes) != nBytes) {

@@ -199,7 +199,7 @@ int seamWidth(int nPixels, int nChips)
 /// Whether each column, or each row, is in a seam.
 std::vector<char> seamsOf(int nPixels, int nChips)
 {
-    std::vector<char> vecSeam(size_t(nPixels), 0);
+    std::vector<char> vecSeam(nPixels, 0);
     const int nSeam = seamWidth(nPixels, nChips);
     for (int n = 0; nSeam > 0 && n < nPixels; ++n) {
         vecSeam[n] = n % (g_nMibChip + nSeam) >= g_nMibChip;

@@ -437,7 +437,7 @@ int CAcmlFft::FilterInPlace(COMPLEX* pWork, const COMPLEX* pFilter, int nWidth, 
     FilterColumns(pWork + HalfCount(nWidth, nHeight), pFilter, pWork);
     const float fScale = float(1.0 / (double(nWidth) * nHeight));
     const BlockedColumns<COMPLEX> work(pWork, nHeight);
-    std::vector<float> vecRow(std::size_t(nWidth), 0.f);
+    std::vector<float> vecRow(nWidth, 0.f);
     TransformFilteredRows(pWork, [&](int y, int nLines, const Lines& rows) {
         // The tiles of these rows have been read: half of each takes the other image.
         for (int x = 0; keptS.bWanted && x < nWidth; x += g_nBlock) {

@@ -82,8 +82,8 @@ void CDF2::MakeTables(int n)
     }
     m_nLength = 0;
     Factorize(n);
-    m_vecTwiddleRe.resize(std::size_t(n));
-    m_vecTwiddleIm.resize(std::size_t(n));
+    m_vecTwiddleRe.resize(n);
+    m_vecTwiddleIm.resize(n);
     for (int i = 0; i < n; ++i) {
         const double dfAngle = 2.0 * m_dfPi * i / n;
         m_vecTwiddleRe[i] = std::cos(dfAngle);
@@ -94,12 +94,12 @@ void CDF2::MakeTables(int n)
         nLargest = std::max(nLargest, m_nActualRadix[i]);
     }
     if (m_vecZ.size() < std::size_t(nLargest)) {
-        m_vecZ.resize(std::size_t(nLargest));
+        m_vecZ.resize(nLargest);
     }
     if (m_vecSumRe.size() < std::size_t(nLargest)) {
         for (auto* pVec :
              {&m_vecSumRe, &m_vecSumIm, &m_vecDiffRe, &m_vecDiffIm, &m_vecTrigRe, &m_vecTrigIm}) {
-            pVec->resize(std::size_t(nLargest));
+            pVec->resize(nLargest);
         }
     }
     m_nLength = n;

@@ -20,7 +20,7 @@ CGaussianRows::CGaussianRows(int nWidth, int nHeight, float fSigma) : m_nWidth(n
     // 2048 entries serve sides up to 4094; larger frames get a table of their own size. An odd side
     // reaches one beyond its half.
     const int nTable = std::max(2048, std::max(nWidth, nHeight) / 2 + 2);
-    m_vecTable.resize(std::size_t(nTable), 0.0);
+    m_vecTable.resize(nTable, 0.0);
     for (int i = 0; i < nTable; ++i) {
         const double dfI = i;
         m_vecTable[i] = std::exp(-(dfI * dfI) * 0.5 / fSigma2);

@@ -111,7 +111,7 @@ FitBox fitBox(const CImgObj<float>& img, const BoxPlace& place, double dfSaturat
         }
         box.nUsable += pMask[i] != 0.f;
     }
-    box.vecColumn.resize(std::size_t(place.nWidth));
+    box.vecColumn.resize(place.nWidth);
     return box;
 }
 

@@ -46,7 +46,7 @@ std::vector<MergedGroup> mergeGroups(const std::vector<Observation>& listObserva
                                      const EquivalentGroups& groups)
 {
     std::vector<MergedGroup> listMerged;
-    listMerged.reserve(size_t(groups.count()));
+    listMerged.reserve(groups.count());
     const int* pnMember = groups.listMember.data();
     for (size_t n = 0; n < size_t(groups.count()); ++n) {
         listMerged.push_back(

@@ -188,7 +188,7 @@ MergingQuality judgeMerging(const std::vector<Observation>& listObservation,
     groups = withinLimit(groups, *unitCell, dfLimit);
     const std::vector<MergedGroup> listMerged = mergeGroups(listObservation, groups);
     const CShells shells(dfLimit, nShells);
-    std::vector<int> listPossible(size_t(shells.count()), 0);
+    std::vector<int> listPossible(shells.count(), 0);
     int nPossible = 0;
     double dfLeast = std::numeric_limits<double>::infinity();
     forEachPossibleReflection(symmetry, cell, dfLimit, [&](const std::array<int, 3>&, double dfDStar) {
@@ -197,7 +197,7 @@ MergingQuality judgeMerging(const std::vector<Observation>& listObservation,
         dfLeast = std::min(dfLeast, dfDStar);
     });
     CAgreement whole;
-    std::vector<CAgreement> listAgreement(size_t(shells.count()));
+    std::vector<CAgreement> listAgreement(shells.count());
     for (size_t n = 0; n < listMerged.size(); ++n) {
         const double dfDStar = std::sqrt(unitCell->calculate_1_d2(groups.listIndex[n]));
         whole.add(listMerged[n]);

@@ -59,7 +59,7 @@ public:
     std::vector<double> misfits() const
     {
         std::vector<double> listMisfit;
-        listMisfit.reserve(size_t(m_groups.count()));
+        listMisfit.reserve(m_groups.count());
         for (int nGroup = 0; nGroup < m_groups.count(); ++nGroup) {
             listMisfit.push_back(m_groups.sizeOf(nGroup) < 2 ? 0 : misfitOf(nGroup));
         }

@@ -166,7 +166,7 @@ std::vector<Eigen::Vector3d> strongestLengths(const LatticePoints& listPoint, do
     }
     const PlanHandle plan = makePlan(histogram.nSize);
     const Eigen::MatrixX3f points = pointsWithin(listPoint, dfReach + histogram.dfBin);
-    std::vector<StrongVector> vecFound(std::size_t(options.nDirections));
+    std::vector<StrongVector> vecFound(options.nDirections);
     const auto makeWorker = [&]() -> FnPiece {
         const auto pWorker = std::make_shared<CDirectionWorker>(points, histogram, plan.get());
         return [&, pWorker](int nPiece) {

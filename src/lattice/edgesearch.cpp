@@ -82,7 +82,7 @@ public:
 
     std::vector<Edge> edges() const
     {
-        std::vector<Edge> listEdge(size_t(m_nDirections), Edge{});
+        std::vector<Edge> listEdge(m_nDirections, Edge{});
         Eigen::VectorXf histogram(m_nBins);
         for (int n = 0; n < m_nDirections; ++n) {
             const Eigen::Vector3d direction = directionOfHemisphere(n, m_nDirections);

@@ -41,7 +41,7 @@ std::vector<std::vector<int>> groupsOfDifferences(const std::vector<IndexKey>& v
 QList<QList<int>> groupDifferenceVectors(const QList<Peak3D>& listDifference)
 {
     std::vector<IndexKey> vecKey;
-    vecKey.reserve(std::size_t(listDifference.size()));
+    vecKey.reserve(listDifference.size());
     for (const Peak3D& peak : listDifference) {
         vecKey.push_back({roundIndex(peak.dfH), roundIndex(peak.dfK), roundIndex(peak.dfL)});
     }

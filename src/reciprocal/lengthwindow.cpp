@@ -10,8 +10,8 @@ LengthWindow windowOnLengths(const std::vector<double>& vecDStar, double dfLimit
 {
     const int nCount = int(vecDStar.size());
     LengthWindow window;
-    window.vecBegin.resize(size_t(nCount));
-    window.vecEnd.resize(size_t(nCount));
+    window.vecBegin.resize(nCount);
+    window.vecEnd.resize(nCount);
     int nBegin = 0;
     int nEnd = 0;
     for (int n = 0; n < nCount; ++n) {

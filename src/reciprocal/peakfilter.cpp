@@ -385,7 +385,7 @@ bool CPeakFilter::passes(const CPeakTable& table, int nRow) const
 
 std::vector<char> CPeakFilter::rowsThatPass(const CPeakTable& table) const
 {
-    std::vector<char> vecPasses(size_t(table.rowCount()));
+    std::vector<char> vecPasses(table.rowCount());
     for (int nRow = 0; nRow < table.rowCount(); ++nRow) {
         vecPasses[nRow] = passes(table, nRow);
     }

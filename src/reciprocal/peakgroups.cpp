@@ -29,7 +29,7 @@ public:
         const QList<Peak3D>& listPeak = m_listPeakFrame[nFrame];
         auto& vecPlace = m_vecFrame[nFrame];  // (nID, place)
         if (int(vecPlace.size()) < listPeak.size()) {
-            vecPlace.reserve(size_t(listPeak.size()));
+            vecPlace.reserve(listPeak.size());
             for (int i = 0; i < listPeak.size(); ++i) {
                 vecPlace.emplace_back(listPeak[i].nID, i);
             }
@@ -237,7 +237,7 @@ RestoredPointGroups withinLimits(const RestoredPointGroups& restored, const Mapp
 void closeGapsOfGroups(DataSet& dataSet, const RestoredPointGroups& restored)
 {
     QList<QList<int>> listGroupPoint{{}};
-    std::vector<char> vecHeld(size_t(restored.listPeakFlat.size()), 0);
+    std::vector<char> vecHeld(restored.listPeakFlat.size(), 0);
     for (int g = 1; g < restored.listGroupPoint.size(); ++g) {
         if (restored.listGroupPoint[g].isEmpty()) {
             continue;
@@ -264,7 +264,7 @@ void updatePeakGroupsFromView(DataSet& dataSet, const QList<Peak3D>& listViewPoi
                                                     : groupZeroAlone(listPeakFrame);
     PeakFinder finder(listPeakFrame);
     std::vector<int> vecPlace;
-    vecPlace.reserve(size_t(listViewPoint.size()));
+    vecPlace.reserve(listViewPoint.size());
     for (const Peak3D& peak : listViewPoint) {
         vecPlace.push_back(finder.place(peak.nFrame, peak.nID));
         if (vecPlace.back() >= 0) {

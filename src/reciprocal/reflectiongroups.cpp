@@ -47,7 +47,7 @@ void assignReflectionGroups(QList<Peak3D>& listPeak, int nSpaceGroup, float fThr
     }
 
     CProgress progress(report, QStringLiteral("%p%"), 0, (listToDo.size() - 1) / 10);
-    std::vector<char> vecDone(size_t(listToDo.size()), 0);
+    std::vector<char> vecDone(listToDo.size(), 0);
     int nDone = 0;
     int nGroup = 1;
     std::vector<int> vecMember;

@@ -150,7 +150,7 @@ public:
         measureErrors();
         drift.dfScatter = scatter();
         std::vector<FramePlace> listOffset;
-        listOffset.reserve(size_t(nFrames));
+        listOffset.reserve(nFrames);
         for (int nFrame = 0; nFrame < nFrames; ++nFrame) {
             listOffset.push_back(m_curve.at(nFrame));
         }

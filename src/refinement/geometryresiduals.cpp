@@ -77,7 +77,7 @@ CGeometryResiduals::CGeometryResiduals(const std::vector<GeometrySpot>& listSpot
         m_listTiltOf.push_back(it->second);
     }
     m_nChains = int(mapChain.size());
-    std::vector<double> listSum(size_t(m_nChains), 0.0);
+    std::vector<double> listSum(m_nChains, 0.0);
     for (size_t n = 0; n < m_listUsed.size(); ++n) {
         listSum[size_t(m_listChainRow[n] - 2 * spots())] += m_listSpot[size_t(m_listUsed[n])].dfWeight;
     }

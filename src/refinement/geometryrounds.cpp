@@ -26,8 +26,8 @@ std::vector<DoubleVector> chainIndices(const std::vector<GeometrySpot>& listSpot
     for (const GeometrySpot& spot : listSpot) {
         nChains = std::max(nChains, spot.nChain + 1);
     }
-    std::vector<DoubleVector> listMean(size_t(nChains), DoubleVector{0, 0, 0});
-    std::vector<double> listWeight(size_t(nChains), 0.0);
+    std::vector<DoubleVector> listMean(nChains, DoubleVector{0, 0, 0});
+    std::vector<double> listWeight(nChains, 0.0);
     for (const GeometrySpot& spot : listSpot) {
         const DoubleVector point = pointOfPlace(geometry, spot.place, spot.dfTilt);
         for (size_t n = 0; n < 3; ++n) {
@@ -83,8 +83,8 @@ Distances distancesOf(const CGeometryResiduals& residuals, const GeometryFit& fi
     Eigen::VectorXd vecResidual;
     residuals.evaluate(fit.numbers, fit.form, {}, vecResidual, nullptr);
     Distances distances;
-    distances.listPlane.reserve(size_t(residuals.spots()));
-    distances.listAlong.reserve(size_t(residuals.spots()));
+    distances.listPlane.reserve(residuals.spots());
+    distances.listAlong.reserve(residuals.spots());
     for (int n = 0; n < residuals.spots(); ++n) {
         distances.listPlane.push_back(vecResidual.segment<2>(2 * n).norm());
         distances.listAlong.push_back(std::abs(vecResidual[residuals.chainRows()[n]]));

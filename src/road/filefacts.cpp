@@ -88,7 +88,7 @@ FileFacts factsWithoutHash(const QString& strFile)
 std::vector<FileFacts> factsOfFiles(const QStringList& listFile, int nJobs,
                                     const std::function<bool(int)>& fnGoOn)
 {
-    std::vector<FileFacts> listFacts(size_t(listFile.size()));
+    std::vector<FileFacts> listFacts(listFile.size());
     std::atomic<size_t> nNext{0}, nDone{0};
     std::atomic<bool> bStop{false};
     std::mutex mutex;

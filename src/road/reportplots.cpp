@@ -31,7 +31,7 @@ SvgSeries shellSeries(const QString& strName, const IntegrationResult& result, F
 
 SvgSeries residualsByFrame(const QString& strName, const std::vector<SpotResidual>& listResidual, int nFrames)
 {
-    std::vector<double> listSum(size_t(nFrames), 0), listCount(size_t(nFrames), 0);
+    std::vector<double> listSum(nFrames, 0), listCount(size_t(nFrames), 0);
     for (const SpotResidual& residual : listResidual) {
         if (residual.nFrame >= 0 && residual.nFrame < nFrames) {
             listSum[residual.nFrame] += residual.dfX * residual.dfX + residual.dfY * residual.dfY;

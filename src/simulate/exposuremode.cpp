@@ -73,7 +73,7 @@ std::vector<double> frameScales(const SimulationParameters& parameters)
 {
     CRandomSource random(parameters.nSeed, g_nStreamWobble);
     const double dfPhase1 = 2 * g_dfPi * random.uniform(), dfPhase3 = 2 * g_dfPi * random.uniform();
-    std::vector<double> listScale(size_t(parameters.nFrames), 1);
+    std::vector<double> listScale(parameters.nFrames, 1);
     for (int n = 0; n < parameters.nFrames; ++n) {
         const double dfDone = parameters.nFrames > 1 ? double(n) / (parameters.nFrames - 1) : 0;
         double& dfScale = listScale[n];
@@ -95,7 +95,7 @@ std::vector<double> frameScales(const SimulationParameters& parameters)
 
 std::vector<double> frameDecays(const SimulationParameters& parameters)
 {
-    std::vector<double> listDecay(size_t(parameters.nFrames), 0);
+    std::vector<double> listDecay(parameters.nFrames, 0);
     for (int n = 1; n < parameters.nFrames; ++n) {
         listDecay[n] = parameters.dfFadeB * n / (parameters.nFrames - 1);
     }

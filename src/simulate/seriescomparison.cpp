@@ -228,7 +228,7 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
     comparison.nPeaks = int(listPeak.size());
     comparison.nIndexed = int(listIndexed.size());
     comparison.bCellRead = pmatFound != nullptr;
-    comparison.listLattice.resize(size_t(truth.latticeCount()));
+    comparison.listLattice.resize(truth.latticeCount());
     for (int n = 0; pmatFound && n < truth.latticeCount(); ++n) {
         LatticeMatch& match = comparison.listLattice[n].match;
         match = matchLattice(*pmatFound, truth.basis(n), truth.matPrimitive);

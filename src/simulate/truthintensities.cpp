@@ -39,7 +39,7 @@ bool readRows(const QJsonValue& value, size_t nColumns, std::vector<std::vector<
     for (const QJsonValue& valueRow : arrayRow) {
         const QJsonArray array = valueRow.toArray();
         std::vector<double> row;
-        row.reserve(size_t(array.size()));
+        row.reserve(array.size());
         for (const QJsonValue& one : array) {
             row.push_back(one.toDouble());
         }

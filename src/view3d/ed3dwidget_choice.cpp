@@ -33,7 +33,7 @@ void ED3DWidget::ringPoint(int nPoint)
 QList<int> ED3DWidget::pointsOfIds(const std::vector<int>& vecId)
 {
     if (m_vecIdToPoint.empty()) {
-        m_vecIdToPoint.reserve(size_t(m_listPoint.size()));
+        m_vecIdToPoint.reserve(m_listPoint.size());
         for (int i = 0; i < m_listPoint.size(); ++i) {
             m_vecIdToPoint.emplace_back(m_listPoint.at(i).nID, i);
         }

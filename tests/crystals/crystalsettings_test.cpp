@@ -51,7 +51,7 @@ void expectOneSetting(const SettledCrystals& settled, const std::vector<CrystalT
     // symmetry.
     const std::array<int, 3> anGeneral = {3, 5, 11};
     const auto toGroup = [&](const SettledCrystal& crystal) -> Eigen::Matrix3d {
-        return crystal.matIndices * listTruth[size_t(crystal.nCrystal)].matIndices.cast<double>();
+        return crystal.matIndices * listTruth[crystal.nCrystal].matIndices.cast<double>();
     };
     ASSERT_EQ(settled.listSettled.size(), listCrystal.size()) << szName;
     const Eigen::Matrix3d matFirst = toGroup(settled.listSettled.front());
@@ -151,7 +151,7 @@ TEST(CrystalSettings, doNotDependOnThreads)
     const Many many = inAnySetting(quartz, compound, 9, 60, random, "-3m1");
     const SettledCrystals one = settled(many.listCrystal, 1), three = settled(many.listCrystal, 3);
     for (int i = 0; i < 9; ++i) {
-        EXPECT_EQ(one.listSettled[size_t(i)].dfCorrelation, three.listSettled[size_t(i)].dfCorrelation);
+        EXPECT_EQ(one.listSettled[i].dfCorrelation, three.listSettled[i].dfCorrelation);
         for (int j = 0; j < 9; ++j) {
             EXPECT_EQ(one.distances.at(i, j), three.distances.at(i, j));
         }

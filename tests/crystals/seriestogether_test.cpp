@@ -59,7 +59,7 @@ TEST(SeriesTogether, quartzComesIntoOneSetting)
         EXPECT_EQ(crystal.nAlternatives, 2);
         EXPECT_GT(crystal.dfCorrelation, 0.98);
         EXPECT_LT(crystal.dfSecond, 0.8);
-        dfBest = std::max(dfBest, read.listCrystal[size_t(crystal.nCrystal)].dfCompleteness);
+        dfBest = std::max(dfBest, read.listCrystal[crystal.nCrystal].dfCompleteness);
     }
     EXPECT_EQ(setAlternative.size(), 2u);  // else the test shows nothing: choose other orientations
     EXPECT_LT(merged.result.quality.overall.dfRInt, 0.03);

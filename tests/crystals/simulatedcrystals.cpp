@@ -1,6 +1,7 @@
 #include "tests/crystals/simulatedcrystals.h"
 
 #include "crystals/cellsettings.h"
+#include "records/pi.h"
 
 #include <Eigen/LU>
 
@@ -62,7 +63,7 @@ Crystal simulatedCrystal(const CCompound& compound, const CrystalTruth& truth, s
     std::shuffle(listIndex.begin(), listIndex.end(), random);
     for (const std::array<int, 3>& an : listIndex) {
         const Eigen::Vector3d vec = compound.reciprocal() * Eigen::Vector3d(an[0], an[1], an[2]);
-        const double dfAngle = std::atan2(vec.dot(second), vec.dot(first)) * 180 / M_PI;
+        const double dfAngle = std::atan2(vec.dot(second), vec.dot(first)) * 180 / g_dfPi;
         if (dfAngle < 0 || dfAngle > truth.dfWedge || crystal.listIntensity.size() >= truth.nMost) {
             continue;
         }

@@ -20,7 +20,7 @@ using Spoil = std::function<void(int, FrameHeader&)>;
 
 ToldTilts tiltsOf(int nFrames, const Spoil& fnTell, QStringList* plistDoubt = nullptr)
 {
-    std::vector<FrameHeader> vecHeader(size_t(nFrames), FrameHeader{});
+    std::vector<FrameHeader> vecHeader(nFrames, FrameHeader{});
     QStringList listName, listDoubt;
     for (int i = 0; i < nFrames; ++i) {
         fnTell(i, vecHeader[i]);

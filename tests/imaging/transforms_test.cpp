@@ -43,7 +43,7 @@ std::vector<Complex> inDouble(const std::vector<COMPLEX>& vecIn)
 std::vector<Complex> directSum(const std::vector<COMPLEX>& vecIn, int nWidth, int nHeight)
 {
     const auto line = [](std::vector<Complex>& vec, int nStart, int nStep, int n) {
-        std::vector<Complex> vecSum(std::size_t(n), Complex(0.0));
+        std::vector<Complex> vecSum(n, Complex(0.0));
         for (int k = 0; k < n; ++k) {
             for (int j = 0; j < n; ++j) {
                 vecSum[k] += vec[nStart + j * nStep] *

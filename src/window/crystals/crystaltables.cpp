@@ -215,8 +215,8 @@ QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
         {tr("Folder"), tr("Where its results lie.")}};
     const CompoundGroup& compound = result.listGroup[nGroup];
     for (const int nMember : compound.group.listMember) {
-        const CrystalFate& fate = result.listFate[size_t(nMember)];
-        const Crystal& crystal = result.listCrystal[size_t(nMember)];
+        const CrystalFate& fate = result.listFate[nMember];
+        const Crystal& crystal = result.listCrystal[nMember];
         std::vector<Cell> row = {Cell::text(crystal.strName), yesNo(fate.bUsed)};
         if (fate.nSettled >= 0) {
             const auto n = size_t(fate.nSettled);
@@ -254,8 +254,7 @@ QString mergedSummary(const CrystalsJobResult& result)
 QString titleOfGroup(const CrystalsJobResult& result, size_t nGroup)
 {
     const std::optional<KnownCellMatch>& known = result.listGroup[nGroup].known;
-    return known ? result.listKnown[size_t(known->nKnown)].strName
-                 : tr("Group %1").arg(count(int(nGroup) + 1));
+    return known ? result.listKnown[known->nKnown].strName : tr("Group %1").arg(count(int(nGroup) + 1));
 }
 
 QColor colorOfGroup(int nGroup)

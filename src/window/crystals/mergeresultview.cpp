@@ -84,14 +84,14 @@ MergeResultView::MergeResultView(QWidget* pParent) : QWidget(pParent)
     connect(m_pTableGroups, &QTableWidget::currentCellChanged, this, [this](int nRow) { showGroup(nRow); });
     connect(m_pTableMembers, &QTableWidget::currentCellChanged, this, [this](int nRow) {
         if (m_pResult && !m_bChoosing && nRow >= 0) {
-            chooseCrystal(m_pResult->listGroup[size_t(chosenGroup())].group.listMember[size_t(nRow)]);
+            chooseCrystal(m_pResult->listGroup[size_t(chosenGroup())].group.listMember[nRow]);
         }
     });
     connect(m_pTreeLattices, &TreeView::leafClicked, this,
-            [this](int nLeaf) { chooseCrystal(m_pResult->groups.listInTree[size_t(nLeaf)]); });
+            [this](int nLeaf) { chooseCrystal(m_pResult->groups.listInTree[nLeaf]); });
     connect(m_pTreeCorrelations, &TreeView::leafClicked, this, [this](int nLeaf) {
         const MergedCrystals& merged = m_pResult->listGroup[size_t(chosenGroup())].merged;
-        chooseCrystal(merged.listSettled[size_t(nLeaf)].nCrystal);
+        chooseCrystal(merged.listSettled[nLeaf].nCrystal);
     });
     connect(m_pQuality, &QualityTab::notSaved, this, &MergeResultView::notSaved);
     for (TablePanel* pTable : {m_pTableGroups, m_pTableMembers, m_pTableUnread}) {
@@ -172,11 +172,11 @@ void MergeResultView::showGroup(int nGroup)
         return;
     }
     const QScopedValueRollback<bool> choosing(m_bChoosing, true);
-    const CompoundGroup& compound = m_pResult->listGroup[size_t(nGroup)];
+    const CompoundGroup& compound = m_pResult->listGroup[nGroup];
     m_pTableMembers->setTable(memberTable(*m_pResult, size_t(nGroup)));
     for (int nRow = 0; nRow < m_pTableMembers->rowCount(); ++nRow) {
-        const int nMember = compound.group.listMember[size_t(nRow)];
-        if (!m_pResult->listFate[size_t(nMember)].bUsed) {
+        const int nMember = compound.group.listMember[nRow];
+        if (!m_pResult->listFate[nMember].bUsed) {
             m_pTableMembers->item(nRow, 1)->setForeground(readableOn(palette(), Qt::red));
         }
     }
@@ -202,7 +202,7 @@ void MergeResultView::chooseCrystal(int nCrystal)
     if (!m_pResult || nCrystal < 0) {
         return;
     }
-    const int nGroup = m_pResult->listFate[size_t(nCrystal)].nGroup;
+    const int nGroup = m_pResult->listFate[nCrystal].nGroup;
     if (nGroup >= 0 && nGroup != chosenGroup()) {
         chooseGroup(nGroup);
     }
@@ -213,8 +213,8 @@ void MergeResultView::chooseCrystal(int nCrystal)
     };
     m_pTreeLattices->ringLeaf(placeIn(m_pResult->groups.listInTree));
     if (nGroup >= 0) {
-        m_pTreeCorrelations->ringLeaf(m_pResult->listFate[size_t(nCrystal)].nSettled);
-        m_pTableMembers->setCurrentCell(placeIn(m_pResult->listGroup[size_t(nGroup)].group.listMember), 0);
+        m_pTreeCorrelations->ringLeaf(m_pResult->listFate[nCrystal].nSettled);
+        m_pTableMembers->setCurrentCell(placeIn(m_pResult->listGroup[nGroup].group.listMember), 0);
     }
 }
 

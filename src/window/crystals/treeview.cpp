@@ -44,7 +44,7 @@ void TreeCanvas::setPlot(const TreePlot& plot)
     }
     m_dfMost = plot.dfCut ? 1.1 * *plot.dfCut : 0;
     for (const Joint& joint : plot.listJoint) {
-        const Node first = m_listNode[size_t(joint.nFirst)], second = m_listNode[size_t(joint.nSecond)];
+        const Node first = m_listNode[joint.nFirst], second = m_listNode[joint.nSecond];
         const bool bSame = first.nColour == second.nColour && !first.bMixed && !second.bMixed;
         m_listNode.push_back(
             {joint.dfHeight, (first.dfRow + second.dfRow) / 2, bSame ? first.nColour : -1, !bSame});
@@ -101,12 +101,12 @@ double TreeCanvas::placeY(double dfRow) const
 int TreeCanvas::leafAt(int nY) const
 {
     const int nRow = nY < headHeight() ? -1 : (nY - headHeight()) / m_nRowHeight;
-    return nRow >= 0 && nRow < int(m_listOrder.size()) ? m_listOrder[size_t(nRow)] : -1;
+    return nRow >= 0 && nRow < int(m_listOrder.size()) ? m_listOrder[nRow] : -1;
 }
 
 QRect TreeCanvas::rowOf(int nLeaf) const
 {
-    const int nTop = headHeight() + int(m_listNode[size_t(nLeaf)].dfRow) * m_nRowHeight;
+    const int nTop = headHeight() + int(m_listNode[nLeaf].dfRow) * m_nRowHeight;
     return {0, nTop, width(), m_nRowHeight};
 }
 
@@ -154,8 +154,8 @@ void TreeCanvas::paintTree(QPainter& painter) const
     for (size_t n = 0; n < m_plot.listJoint.size(); ++n) {
         const Joint& joint = m_plot.listJoint[n];
         const Node& node = m_listNode[m_plot.listLeaf.size() + n];
-        const Node& first = m_listNode[size_t(joint.nFirst)];
-        const Node& second = m_listNode[size_t(joint.nSecond)];
+        const Node& first = m_listNode[joint.nFirst];
+        const Node& second = m_listNode[joint.nSecond];
         const double dfX = placeX(node.dfHeight);
         const QPointF aptCorner[] = {{placeX(first.dfHeight), placeY(first.dfRow)},
                                      {dfX, placeY(first.dfRow)},
@@ -224,11 +224,10 @@ bool TreeCanvas::event(QEvent* pEvent)
     const auto* pHelp = static_cast<QHelpEvent*>(pEvent);
     const int nLeaf = leafAt(pHelp->y());
     QToolTip::showText(pHelp->globalPos(),
-                       nLeaf < 0
-                           ? QString()
-                           : QStringLiteral("<qt>%1%2</qt>")
-                                 .arg(m_plot.listLeaf[size_t(nLeaf)].strLabel.toHtmlEscaped(),
-                                      m_plot.listLeaf[size_t(nLeaf)].bLeftOut ? tr(", left out") : QString()),
+                       nLeaf < 0 ? QString()
+                                 : QStringLiteral("<qt>%1%2</qt>")
+                                       .arg(m_plot.listLeaf[nLeaf].strLabel.toHtmlEscaped(),
+                                            m_plot.listLeaf[nLeaf].bLeftOut ? tr(", left out") : QString()),
                        this);
     return true;
 }
