@@ -15,7 +15,8 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMostAtoms = 1e6;  // atoms of an element; more are a typing error
+// The greatest count in a formula. A larger one must be a typing error.
+const double g_dfMostAtoms = 1e6;
 
 void addTo(ChemicalFormula& formula, gemmi::El element, double dfCount)
 {
@@ -29,12 +30,13 @@ void addTo(ChemicalFormula& formula, gemmi::El element, double dfCount)
     }
 }
 
-/// Parses a formula from left to right.
+/// Parses a formula from left to right. After a fault reason() is set, and what was parsed is not valid.
 class CFormulaReader {
 public:
     explicit CFormulaReader(const QString& strText) : m_strText(strText) {}
 
-    /// Parses up to the end, or to the bracket that closes this part.
+    /// Parses up to the end, or to the closing bracket, which is not consumed.
+    /// @param nDepth  number of brackets that are open; 0 for the whole formula
     ChemicalFormula readPart(int nDepth)
     {
         ChemicalFormula formula;
@@ -48,6 +50,7 @@ public:
             }
             skipBlanks();
         }
+        // A part in brackets must end at its closing bracket, and the whole formula at the end of the text.
         if (m_strReason.isEmpty() && (nDepth > 0) == atEnd()) {
             m_strReason = QStringLiteral("its brackets do not match");
         }
@@ -74,12 +77,12 @@ private:
             m_strReason = QStringLiteral("it has too many brackets");
             return;
         }
-        ++m_nPlace;
+        ++m_nPlace;  // the opening bracket
         const ChemicalFormula inner = readPart(nDepth + 1);
         if (!m_strReason.isEmpty()) {
             return;
         }
-        ++m_nPlace;
+        ++m_nPlace;  // the closing bracket
         const double dfTimes = readCount();
         for (const ElementCount& one : inner.listElement) {
             addTo(formula, one.element, one.dfCount * dfTimes);
@@ -90,11 +93,12 @@ private:
         }
     }
 
+    /// Reads a symbol: a capital letter, and the small letter behind it if there is one.
     gemmi::El readElement()
     {
-        const auto isLatin = [](QChar ch) { return ch >= QLatin1Char('a') && ch <= QLatin1Char('z'); };
+        const auto isSmallLetter = [](QChar ch) { return ch >= QLatin1Char('a') && ch <= QLatin1Char('z'); };
         QString strSymbol = m_strText.mid(m_nPlace, 1);
-        if (m_nPlace + 1 < m_strText.size() && isLatin(m_strText[m_nPlace + 1])) {
+        if (m_nPlace + 1 < m_strText.size() && isSmallLetter(m_strText[m_nPlace + 1])) {
             strSymbol += m_strText[m_nPlace + 1];
         }
         const bool bUpper = strSymbol[0] >= QLatin1Char('A') && strSymbol[0] <= QLatin1Char('Z');
@@ -106,6 +110,7 @@ private:
         return element;
     }
 
+    /// Reads the number behind an element or a bracket; 1 if there is none.
     double readCount()
     {
         int nEnd = m_nPlace;
@@ -129,11 +134,13 @@ private:
 
     const QString m_strText;
     QString m_strReason;
-    int m_nPlace = 0;
+    int m_nPlace = 0;  ///< index of the next character
 };
 
-/// The multiplicities of the sites of a group. The points at multiples of 1/24 of the edges include all its
-/// symmetry elements and points between them.
+/// The multiplicities of the general and the special positions of a group. A point that k of the operations
+/// leave in place has the multiplicity order / k. It is enough to look at the points whose coordinates are
+/// multiples of 1/24 of the edges, as each symmetry element has such points, both alone
+/// and where it meets others.
 std::set<int> multiplicities(const gemmi::GroupOps& ops)
 {
     const int nParts = gemmi::Op::DEN;
@@ -146,50 +153,52 @@ std::set<int> multiplicities(const gemmi::GroupOps& ops)
     for (at[0] = 0; at[0] < nParts; ++at[0]) {
         for (at[1] = 0; at[1] < nParts; ++at[1]) {
             for (at[2] = 0; at[2] < nParts; ++at[2]) {
-                int nStill = 0;
+                int nFixing = 0;  // number of operations that leave the point in place
                 for (const gemmi::Op& op : listOp) {
                     bool bSame = true;
                     for (size_t n = 0; n < 3 && bSame; ++n) {
-                        int nMoved = op.tran[n];
+                        int nMoved = op.tran[n];  // in 1/24 of the edge, as are the coordinates
                         for (size_t m = 0; m < 3; ++m) {
                             nMoved += op.rot[n][m] / gemmi::Op::DEN * at[m];
                         }
-                        bSame = (nMoved - at[n]) % nParts == 0;
+                        bSame = (nMoved - at[n]) % nParts == 0;  // but for whole edges
                     }
-                    nStill += bSame ? 1 : 0;
+                    nFixing += bSame ? 1 : 0;
                 }
-                setCount.insert(ops.order() / nStill);
+                setCount.insert(ops.order() / nFixing);
             }
         }
     }
     return setCount;
 }
 
-/// Which numbers of atoms can be placed on sites with given multiplicities.
+/// Which numbers of atoms of one element can be placed on sites with given multiplicities, each of which may
+/// be taken any number of times.
 class CSiteSums {
 public:
-    explicit CSiteSums(const std::set<int>& setCount) : m_listReached(g_nMostTried, 0)
+    explicit CSiteSums(const std::set<int>& setCount) : m_listPossible(g_nTried, 0)
     {
-        m_listReached[0] = 1;
+        m_listPossible[0] = 1;
         for (const int nCount : setCount) {
-            for (int n = nCount; n < g_nMostTried; ++n) {
-                m_listReached[n] |= m_listReached[n - nCount];
+            for (int n = nCount; n < g_nTried; ++n) {
+                m_listPossible[n] |= m_listPossible[n - nCount];
             }
         }
     }
 
-    /// A number that is not whole means disordered sites, which always fit.
+    /// Whether the sites can hold so many atoms. A number that is not whole means partly occupied sites, and
+    /// always fits.
     bool fits(double dfAtoms) const
     {
         const double dfWhole = std::round(dfAtoms);
-        return !(std::abs(dfAtoms - dfWhole) <= 1e-6) || dfWhole >= g_nMostTried ||
-               m_listReached[size_t(dfWhole)] != 0;
+        return !(std::abs(dfAtoms - dfWhole) <= 1e-6) || dfWhole >= g_nTried ||
+               m_listPossible[size_t(dfWhole)] != 0;
     }
 
 private:
-    static const int g_nMostTried = 100000;  // more atoms always fit
+    static const int g_nTried = 100000;  // so many atoms or more always fit
 
-    std::vector<char> m_listReached;
+    std::vector<char> m_listPossible;  ///< by number of atoms: 1 if the sites can hold them
 };
 
 }  // namespace
@@ -252,28 +261,31 @@ double volumeOfAtom(const ChemicalFormula& formula)
         bCarbon = bCarbon || one.element == gemmi::El::C;
         bHydrogen = bHydrogen || gemmi::is_hydrogen(one.element);
     }
-    const bool bLoose = (bCarbon && bHydrogen) || formula.listElement.size() == 1;
-    return bLoose ? 18 : 12;
+    const bool bOrganic = bCarbon && bHydrogen;
+    return bOrganic || formula.listElement.size() == 1 ? 18 : 12;  // sources: see the header
 }
 
 int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::GroupOps& ops)
 {
     const double dfAtoms = std::max(1.0, formula.atomCount(CountedAtoms::AllButHydrogen));
-    const double dfWanted = dfVolume / (dfAtoms * volumeOfAtom(formula));
-    if (!(dfWanted > 0) || !std::isfinite(dfWanted)) {
+    // The number of formula units, as a real number, if each atom has its typical volume.
+    const double dfEstimate = dfVolume / (dfAtoms * volumeOfAtom(formula));
+    if (!(dfEstimate > 0) || !std::isfinite(dfEstimate)) {
         return 1;
     }
     const CSiteSums sums(multiplicities(ops));
-    // If the volume per atom is off by more than a factor of two, the formula must be wrong, not the number.
-    const int nMost = int(std::ceil(std::min(2 * dfWanted, 10000.0)));
-    const int nNearest = std::max(1, int(std::lround(std::min(dfWanted, 10000.0))));
-    // Numbers that neither divide the multiplicity of the general position nor are a multiple of it are rare.
+    // Numbers from half to twice the estimate are tried: a volume per atom outside this range means a wrong
+    // formula rather than an unusual packing. The limit of 10000 bounds the time that this takes.
+    const int nMost = int(std::ceil(std::min(2 * dfEstimate, 10000.0)));
+    const int nNearest = std::max(1, int(std::lround(std::min(dfEstimate, 10000.0))));
+    // Numbers that neither divide the multiplicity of the general position nor are a multiple of it are rare,
+    // so another number is preferred even if its volume is farther off, by up to a factor of 1.5.
     const auto distance = [&](int nUnits) {
         const bool bUsual = ops.order() % nUnits == 0 || nUnits % ops.order() == 0;
-        return std::abs(std::log(nUnits / dfWanted)) + (bUsual ? 0 : std::log(1.5));
+        return std::abs(std::log(nUnits / dfEstimate)) + (bUsual ? 0 : std::log(1.5));
     };
     int nBest = 0;
-    for (int n = std::max(1, int(dfWanted / 2)); n <= nMost; ++n) {
+    for (int n = std::max(1, int(dfEstimate / 2)); n <= nMost; ++n) {
         const auto fits = [&](const ElementCount& one) { return sums.fits(one.dfCount * n); };
         if (std::all_of(formula.listElement.begin(), formula.listElement.end(), fits) &&
             (nBest == 0 || distance(n) < distance(nBest))) {

@@ -19,7 +19,8 @@ struct CompletenessForecast {
     double dfMoreAtEnd = 0;  ///< degrees to add after the last frame; not finite if the goal is out of reach
     double dfMoreAtStart = 0;  ///< degrees to add before the first frame, likewise
     double dfBest = 0;         ///< greatest completeness that rotation about this axis can give, 0 to 1
-    /// {degrees, completeness with so many degrees added after the last frame, the same before the first}.
+    /// One entry per whole degree from 0 to 180: {degrees, completeness with so many degrees added after the
+    /// last frame, the same before the first frame}.
     std::vector<std::array<double, 3>> listCurve;
     QString strText;  ///< "12 more degrees after the last frame give 90%."
 };
@@ -29,8 +30,10 @@ struct CompletenessForecast {
 /// found in closed form.
 ///
 /// Crossings at less than a minimum speed do not count as measured. Rotations of up to 180 degrees on either
-/// side are considered.
-/// @param listMerged    measured reflections, in the setting of the symmetry
+/// side are considered: within them one of each pair of Friedel mates crosses if it ever does. Without tilts
+/// or possible reflections the completeness is NaN, the rotations are infinite, and curve and text are empty.
+/// @param listMerged    measured reflections, in the setting of the symmetry, as representatives of their
+///                      equivalents
 /// @param cell          cell in that setting
 /// @param dfDMin        resolution limit, Å
 /// @param dfLeastSpeed  speed of the slowest measured crossing, Å⁻¹ per degree
