@@ -55,8 +55,9 @@ QByteArray jsonBytes(const QJsonObject& object)
 }
 
 /// Replaces an earlier summary by that of an unfinished run, so that it is not taken for the summary of this
-/// run if the run is killed. Nothing is written to pipes and devices, which get the final summary only.
-/// @return false if the file cannot be written
+/// run if the run is killed. Nothing is written to pipes and devices, which get the final summary only, or to
+/// a folder that does not exist yet, which holds no earlier summary.
+/// @return false, with the reason on the standard error, if the file cannot be written
 bool markUnfinished(const BatchOptions& options)
 {
     const QFileInfo info(options.strJsonFile);
@@ -71,6 +72,8 @@ bool markUnfinished(const BatchOptions& options)
            writeFile(options.strJsonFile, jsonBytes(unfinishedSummary())).isEmpty();
 }
 
+/// Prints why the program cannot start.
+/// @return the exit status
 int badUsage(const QString& strError)
 {
     std::fprintf(stderr, "tessera-batch: %s\nSee tessera-batch --help.\n", strError.toUtf8().constData());
@@ -78,15 +81,17 @@ int badUsage(const QString& strError)
 }
 
 /// Prints the table of --summary.
-/// @return false if a file is bad, a series failed, or the table could not be printed
+/// @return false if a file is bad, a series failed or has a result that is judged bad, or the table could
+///         not be printed
 bool printSummary(const QStringList& listFileName)
 {
     QList<SummaryFile> listFile;
     for (const QString& strFileName : listFileName) {
-        // "*.json" also matches the records of the runs, which describe the same series.
-        const bool bNoSummary = strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
+        // "*.json" also matches the records of the runs and the choices of frames of the same series. They
+        // are passed over, but if one is the only file, the table says that it is no summary.
+        const bool bOtherFile = strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
                                 strFileName.endsWith(seriesChoiceFile(QString()));
-        if (!bNoSummary || listFileName.size() == 1) {
+        if (!bOtherFile || listFileName.size() == 1) {
             listFile.append(readSummaryFile(strFileName));
         }
     }
@@ -96,7 +101,8 @@ bool printSummary(const QStringList& listFileName)
                                    [](const SummaryRow& row) { return row.state == SummaryState::Reached; });
 }
 
-/// Adds the options for the files that only the driver writes, so that they appear in the record of the run.
+/// Adds --json and --report, whose files are written by this program and not by the stages, to the options
+/// that appear in the record of the run.
 void noteOwnFiles(BatchOptions& options)
 {
     const std::pair<const char*, QString> aFile[] = {{"--json=", options.strJsonFile},
@@ -143,22 +149,22 @@ int runSeries(const BatchOptions& options)
     return results.end.finished() && !bBad ? 0 : 1;
 }
 
-/// Checks a series whose frames are known.
-/// @return empty, or why it cannot be run
-QString whatIsWrong(BatchOptions& options)
+/// Takes the choice of frames of a series whose frames are known into the options, and checks all of these.
+/// @return empty, or why the series cannot be run
+QString takeChoiceAndCheck(BatchOptions& options)
 {
-    for (const auto fnCheck : {+[](BatchOptions& o) { return takeChoiceOfInput(o.road); },
-                               +[](BatchOptions& o) { return whatImagesLack(o.road); },
-                               +[](BatchOptions& o) { return misplacedOutput(o); }}) {
-        const QString strError = fnCheck(options);
-        if (!strError.isEmpty()) {
-            return strError;
-        }
+    QString strError = takeChoiceOfInput(options.road);
+    if (strError.isEmpty()) {
+        strError = whatImagesLack(options.road);
     }
-    return {};
+    if (strError.isEmpty()) {
+        strError = misplacedOutput(options);
+    }
+    return strError;
 }
 
-/// "s.json" becomes "s_512x512.json".
+/// The name of a file with the size of the frames in it: "s.json" becomes "s_512x512.json". No
+/// name stays none.
 QString fileOfSize(const QString& strFile, const QSize& size)
 {
     const QFileInfo info(strFile);
@@ -169,7 +175,9 @@ QString fileOfSize(const QString& strFile, const QSize& size)
     return strFile.left(strFile.size() - strSuffix.size()) + nameOfSize(size) + strSuffix;
 }
 
-/// Runs each size of a folder with frames of several sizes as a series of its own.
+/// Runs each size of a folder with frames of several sizes as a series of its own. All of them are checked
+/// before the first one runs.
+/// @param asGiven  the options as parsed, with the folder as input
 /// @return the worst exit status
 int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
 {
@@ -188,7 +196,7 @@ int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
             *pstrFile = isStandardOutput(*pstrFile) ? *pstrFile : fileOfSize(*pstrFile, size);
         }
         QString strError = takeFramesOfInput(options.road);
-        strError = strError.isEmpty() ? whatIsWrong(options) : strError;
+        strError = strError.isEmpty() ? takeChoiceAndCheck(options) : strError;
         if (!strError.isEmpty()) {
             return badUsage(QStringLiteral("frames of %1 × %2 pixels: %3")
                                 .arg(size.width())
@@ -236,13 +244,14 @@ int main(int argc, char* argv[])
     if (options.bSummary) {
         return printSummary(options.road.listInput) ? 0 : 1;
     }
-    const BatchOptions asGiven = options;
+    const BatchOptions asGiven = options;  // takeFramesOfInput() replaces the folder by its frames
     QString strError = takeFramesOfInput(options.road);
+    // Frames of several sizes are several series, unless one size was asked for.
     const QList<QSize> listSize = options.road.listSizeFound;
     if (strError.isEmpty() && listSize.size() > 1 && !options.road.sizeFrame.isValid()) {
         return runSizes(asGiven, listSize);
     }
-    strError = strError.isEmpty() ? whatIsWrong(options) : strError;
+    strError = strError.isEmpty() ? takeChoiceAndCheck(options) : strError;
     if (!strError.isEmpty()) {
         return badUsage(strError);
     }

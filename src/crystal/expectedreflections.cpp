@@ -15,12 +15,14 @@ namespace tessera {
 
 namespace {
 
-double tripleProduct(const ReciprocalBasis& basis)
+// Volume of the reciprocal cell, Å⁻³; negative for a left-handed basis.
+double signedVolume(const ReciprocalBasis& basis)
 {
     return dot(widened(basis.a), cross(widened(basis.b), widened(basis.c)));
 }
 
-// The tilt range less 2 degrees at both ends, in radians.
+// The tilt range less 2 degrees at both ends, in radians. For a range of less than 4 degrees the lower end is
+// the greater, and no point lies inside.
 struct SweptRange {
     double dfLow;
     double dfHigh;
@@ -31,52 +33,60 @@ SweptRange sweptRange(const QList<double>& listOverallTilt)
     if (listOverallTilt.isEmpty()) {
         return {0, 0};
     }
+    // In single precision, as the points are.
     const float fFirst = float(listOverallTilt.first()), fLast = float(listOverallTilt.last());
     return {radians(double(std::min(fFirst, fLast)) + 2.0), radians(double(std::max(fFirst, fLast)) - 2.0)};
 }
 
-// The largest indices that can lie within d*, as real numbers.
+// The largest indices that are looked at: whole numbers, but kept real, as they may exceed those of int.
 struct IndexBox {
     float fH, fK, fL;
 };
 
+// Twice the index at which a basis vector alone reaches d*. The factor leaves room for oblique cells, where a
+// sum of basis vectors is shorter than its terms.
 IndexBox indexBox(const ReciprocalBasis& basis, float fDStar)
 {
     return {std::trunc(2 * fDStar / length(basis.a)), std::trunc(2 * fDStar / length(basis.b)),
             std::trunc(2 * fDStar / length(basis.c))};
 }
 
-// About how many lattice points a walk over the box looks at. Inside the sphere lie about as many as
-// reciprocal cells fit into it, but no more than in the box. Flat cells have few points there, and still
-// every row of l is looked at.
+// About how many lattice points enumeratedReflections() looks at: as many as lie inside the sphere of d*,
+// which is its volume over that of the reciprocal cell, but at least one for each row of l, and no more than
+// the box holds.
 double pointsToLookAt(const IndexBox& box, const ReciprocalBasis& basis, float fDStar)
 {
     const double dfRows = (2 * double(box.fH) + 1) * (2 * double(box.fK) + 1);
-    const double dfRow = 2 * double(box.fL) + 1;
-    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(tripleProduct(basis));
-    return std::min(dfRows * dfRow, std::max({dfInside, dfRows, dfRow}));
+    const double dfPerRow = 2 * double(box.fL) + 1;
+    const double dfInside = 4.0 / 3 * g_dfPi * std::pow(double(fDStar), 3) / std::fabs(signedVolume(basis));
+    return std::min(dfRows * dfPerRow, std::max({dfInside, dfRows, dfPerRow}));
 }
 
-// The piece of a row of l inside the sphere: from nFrom to nTo, none where nFrom is the greater.
+// The values of l for which a row of lattice points, h and k fixed, may be inside the sphere: nFrom to nTo;
+// none if nFrom is the greater.
 struct RowPiece {
     int nFrom = 0, nTo = -1;
 };
 
+// @param vecRow         the point with l = 0, Å⁻¹
+// @param dfSquareLimit  squared radius of the sphere, Å⁻²
 RowPiece pieceInside(const DoubleVector& vecRow, const DoubleVector& vecC, double dfSquareLimit, int nLMax)
 {
     const double dfStep2 = dot(vecC, vecC);
+    // l, as a real number, of the point of the row that is nearest to the origin, and its squared distance.
     const double dfMiddle = -dot(vecRow, vecC) / dfStep2;
     const double dfNearest2 = dot(vecRow, vecRow) - dfMiddle * dfMiddle * dfStep2;
     if (dfNearest2 > dfSquareLimit) {
         return {};
     }
+    // One step more, against rounding.
     const double dfHalf = std::sqrt((dfSquareLimit - dfNearest2) / dfStep2) + 1;
     return {int(std::clamp(std::floor(dfMiddle - dfHalf), double(-nLMax), double(nLMax))),
             int(std::clamp(std::ceil(dfMiddle + dfHalf), double(-nLMax), double(nLMax)))};
 }
 
 // Walks all lattice points with d* below the effective d* of the observed reflections, in the order of
-// h, k, l, and keeps those that `keep(g)` accepts.
+// h, k, l, and keeps those that `keep(g)` accepts, with g in Å⁻¹, laboratory frame at tilt 0.
 template <class Keep>
 QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
                                     const std::optional<ReciprocalBasis>& basis,
@@ -88,14 +98,14 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
         *pbComplete = true;
     }
     const float fDStar = getEffectiveDStar(listPeak);
-    const float fLimit = fDStar * fDStar;
+    const float fSquareLimit = fDStar * fDStar;
     if (listOverallTilt.isEmpty() || !basis || fDStar == 0.f) {
         return listAll;
     }
 
     const IndexBox box = indexBox(*basis, fDStar);
     const double dfPoints = pointsToLookAt(box, *basis, fDStar);
-    if (!(dfPoints <= g_dfMaxLatticePoints)) {
+    if (!(dfPoints <= g_dfMaxLatticePoints)) {  // also true if it is no number
         if (pbComplete) {
             *pbComplete = false;
         }
@@ -109,10 +119,10 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
     }
     const int nHMax = int(box.fH), nKMax = int(box.fK), nLMax = int(box.fL);
 
-    // On a row of l only the piece inside the sphere is visited. It is found in double with a margin of
-    // 1e-4 of the squared limit and one step at both ends, far above the rounding of the single-precision
-    // test below, which alone decides.
-    const double dfWideLimit = double(fLimit) * (1 + 1e-4);
+    // On each row of l only the piece inside the sphere is visited. The piece is found in double precision
+    // and made larger by 1e-4 of the squared limit and one step at both ends, far more than the rounding
+    // errors of the test below. So the result depends on that test alone, which is in single precision.
+    const double dfWideLimit = double(fSquareLimit) * (1 + 1e-4);
     const DoubleVector vecC = widened(basis->c);
     for (int h = -nHMax; h <= nHMax; ++h) {
         const Vec3D vecH = scaled(basis->a, float(h));
@@ -121,7 +131,7 @@ QList<HKLRef> enumeratedReflections(const QList<Peak3D>& listPeak,
             const RowPiece piece = pieceInside(widened(vecHK), vecC, dfWideLimit, nLMax);
             for (int l = piece.nFrom; l <= piece.nTo; ++l) {
                 const Vec3D g = vecHK + scaled(basis->c, float(l));
-                if (squaredLength(g) < fLimit && keep(g)) {
+                if (squaredLength(g) < fSquareLimit && keep(g)) {
                     listAll.append({h, k, l, 0.0});
                 }
             }
@@ -142,7 +152,7 @@ float getEffectiveDStar(const QList<Peak3D>& listPeak)
     for (const Peak3D& peak : listPeak) {
         vecDStar.push_back(peak.dfDStar);
     }
-    // What is no number goes to the end, as it has no place in an order.
+    // Values that are not numbers go to the end, as `<` does not order them.
     std::stable_sort(vecDStar.begin(), vecDStar.end(),
                      [](double df1, double df2) { return std::isnan(df2) ? !std::isnan(df1) : df1 < df2; });
     return float(vecDStar[std::size_t(0.95 * double(vecDStar.size()))]);
@@ -155,7 +165,7 @@ QList<HKLRef> calAllReflections2(const QList<Peak3D>& listPeak, const std::optio
     const auto isSwept = [&range](const Vec3D& g) {
         // Adding 0 turns a negative zero positive, so a point on the axis has the angle 0.
         const double dfPhi = std::atan2(double(g.z) + 0.0, double(g.y) + 0.0);
-        double dfPsi = dfPhi + g_dfPi;
+        double dfPsi = dfPhi + g_dfPi;  // the tilt that brings the other end of the line to the plane
         if (dfPsi > g_dfPi) {
             dfPsi -= 2 * g_dfPi;
         } else if (dfPsi < -g_dfPi) {
@@ -171,6 +181,7 @@ QList<HKLRef> calAllReflections(const QList<Peak3D>& listPeak, const std::option
 {
     const SweptRange range = sweptRange(listOverallTilt);
     const double dfLow = std::tan(range.dfLow), dfHigh = std::tan(range.dfHigh);
+    // For points with y < 0 the range is turned by 180 degrees, which leaves the tangents but for rounding.
     const double dfLowBack = std::tan(range.dfLow + g_dfPi), dfHighBack = std::tan(range.dfHigh + g_dfPi);
     return enumeratedReflections(listPeak, basis, listOverallTilt, report, nullptr, [=](const Vec3D& g) {
         const double dfSlope = double(g.z) / double(g.y);
