@@ -10,13 +10,15 @@ namespace {
 
 using Gradient = std::array<double, 6>;  // partial derivatives by A, B, C, D, E, F
 
-// A polynomial of the six coefficients at one point, with its exact derivatives.
+// The value of a polynomial of the six coefficients, with its exact derivatives.
 struct Form {
     double dfValue;
     Gradient gradient;
 };
 
-// The polynomials that the direct cell is made of.
+// The polynomials that the direct cell is made of: a² = BC/G, and cos α = Alpha/√(AB·AC), as
+// cos α = (cos β*·cos γ* − cos α*)/(sin β*·sin γ*). The polynomials are
+// multiplied by 4 throughout, which cancels.
 struct Forms {
     explicit Forms(const double* pCoef)
     {
@@ -42,12 +44,13 @@ double lengthOf(const Form& numerator, const Form& denominator)
     return std::sqrt(numerator.dfValue / denominator.dfValue);
 }
 
+// The angle whose cosine is numerator/√(first·second), radians.
 double angleOf(const Form& numerator, const Form& first, const Form& second)
 {
     return std::acos(numerator.dfValue / std::sqrt(first.dfValue * second.dfValue));
 }
 
-// x = √(N/G): dx = (G·dN − N·dG) / (2·x·G²)
+// The derivatives of lengthOf(). x = √(N/G): dx = (G·dN − N·dG) / (2·x·G²)
 Gradient lengthGradient(const Form& numerator, const Form& denominator)
 {
     const double dfN = numerator.dfValue, dfG = denominator.dfValue;
@@ -59,7 +62,7 @@ Gradient lengthGradient(const Form& numerator, const Form& denominator)
     return gradient;
 }
 
-// x = acos(P/√(Q·R)): dx = −(dP − P·(R·dQ + Q·dR)/(2·Q·R)) / √(Q·R − P²)
+// The derivatives of angleOf(). x = acos(P/√(Q·R)): dx = −(dP − P·(R·dQ + Q·dR)/(2·Q·R)) / √(Q·R − P²)
 Gradient angleGradient(const Form& numerator, const Form& first, const Form& second)
 {
     const double dfP = numerator.dfValue, dfQ = first.dfValue, dfR = second.dfValue;
@@ -73,6 +76,7 @@ Gradient angleGradient(const Form& numerator, const Form& first, const Form& sec
     return gradient;
 }
 
+// The variance of a quantity with these derivatives: gᵀ·M·g.
 double propagated(const Gradient& gradient, const double* pCovariance)
 {
     double dfSum = 0;
