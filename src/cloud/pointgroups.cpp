@@ -180,7 +180,7 @@ QColor CPointGroups::nextGroupColor()
     static const Qt::GlobalColor aColor[] = {Qt::green,   Qt::cyan,       Qt::blue,
                                              Qt::magenta, Qt::yellow,     Qt::darkCyan,
                                              Qt::gray,    Qt::darkYellow, Qt::darkMagenta};
-    // Twice one step: neighbours in the list look alike, so that every second one comes first.
+    // Neighbours in the list look alike, so every second colour is taken: 0, 2, 4, 6, 8, then 1, 3, 5, 7.
     ++s_nGroupColorIndex;
     const QColor color(aColor[s_nGroupColorIndex % 9]);
     ++s_nGroupColorIndex;
