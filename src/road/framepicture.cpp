@@ -13,10 +13,12 @@ namespace tessera {
 
 namespace {
 
-const int g_nLargestSide = 640;  // pixels; half of a page on a large screen
-const size_t g_nMostPeaks = 1000;
-const int g_nGreys = 64;  // more would only store noise that is not visible
+const int g_nLargestSide = 640;    // pixels; half of a page on a large screen
+const size_t g_nMostPeaks = 1000;  // more would hide the frame, and make the page large
+const double g_dfHalfPixel = 0.5;  // the centre of a pixel in SVG; on frames it is a whole number
+const int g_nGreys = 64;           // more would only store noise that is not visible
 
+/// The value below which a share of a list lies. Changes the order of the list, which must not be empty.
 float percentile(std::vector<float>& listValue, double dfShare)
 {
     const auto it = listValue.begin() + std::ptrdiff_t(dfShare * double(listValue.size() - 1));
@@ -25,6 +27,8 @@ float percentile(std::vector<float>& listValue, double dfShare)
 }
 
 /// The mean of the finite pixels of a block; not finite if there are none.
+/// @param nX, nY  column and row of the block, counted in blocks
+/// @param nBlock  side of the block, pixels
 float blockMean(const float* pData, int nWidth, int nX, int nY, int nBlock)
 {
     double dfSum = 0;
@@ -41,6 +45,9 @@ float blockMean(const float* pData, int nWidth, int nX, int nY, int nBlock)
     return float(dfSum / nCount);
 }
 
+/// Draws a cross.
+/// @param pt      SVG coordinates
+/// @param dfSize  half the length of its lines, pixels of the frame
 void drawBeam(CHtmlPage& page, const QPointF& pt, double dfSize)
 {
     page.open("path", "beam");
@@ -54,6 +61,8 @@ void drawBeam(CHtmlPage& page, const QPointF& pt, double dfSize)
     page.close();
 }
 
+/// Draws circles around the strongest peaks.
+/// @param dfRadius  pixels of the frame
 void drawPeaks(CHtmlPage& page, QList<Peak3D> listPeak, double dfRadius)
 {
     std::stable_sort(listPeak.begin(), listPeak.end(),
@@ -63,8 +72,8 @@ void drawPeaks(CHtmlPage& page, QList<Peak3D> listPeak, double dfRadius)
     page.attribute("stroke", QStringLiteral("#fb0"));
     for (size_t n = 0; n < std::min(size_t(listPeak.size()), g_nMostPeaks); ++n) {
         page.open("circle");
-        page.attribute("cx", QString::number(listPeak[int(n)].dfX2D + 0.5, 'f', 1));
-        page.attribute("cy", QString::number(listPeak[int(n)].dfY2D + 0.5, 'f', 1));
+        page.attribute("cx", QString::number(listPeak[int(n)].dfX2D + g_dfHalfPixel, 'f', 1));
+        page.attribute("cy", QString::number(listPeak[int(n)].dfY2D + g_dfHalfPixel, 'f', 1));
         page.attribute("r", QString::number(dfRadius, 'f', 1));
         page.close();
     }
@@ -142,7 +151,8 @@ bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfR
     if (image.isNull()) {
         return false;
     }
-    const double dfUnit = double(nWidth) / g_nLargestSide;  // about one pixel of the screen
+    // About how many pixels of the frame one pixel of the screen shows.
+    const double dfUnit = double(nWidth) / g_nLargestSide;
     const QString strCaption = captionOf(series, nFrame);
     page.open("figure");
     page.open("svg");
@@ -157,12 +167,13 @@ bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfR
     page.attribute("href", pngUri(image));
     page.close();
     if (nFrame < series.m_listPeakFrame.size()) {
+        // A circle around a spot leaves it free, and has at least 5 pixels of the screen, to be seen.
         drawPeaks(page, series.m_listPeakFrame[nFrame], std::max(1.5 * dfRadius, 5 * dfUnit));
     }
     if (nFrame < series.m_listShift.size()) {
         const QPointF ptBeam = frameCentre({series.m_listShift, series.m_dfCenterX, series.m_dfCenterY},
                                            nFrame);
-        drawBeam(page, ptBeam + QPointF(0.5, 0.5), 14 * dfUnit);  // pixel centres are whole numbers
+        drawBeam(page, ptBeam + QPointF(g_dfHalfPixel, g_dfHalfPixel), 14 * dfUnit);
     }
     page.close();
     page.element("figcaption", strCaption);

@@ -15,7 +15,8 @@ QString number(double df, int nDecimals)
     return QString::number(df, 'f', nDecimals);
 }
 
-/// The parameters that differ between two records, rounded as on the pages.
+/// A phrase for each parameter that differs between two records, both rounded as on the pages.
+/// @param listName  names of the members for the phrases
 template <typename TRecord>
 QStringList changedNumbers(TRecord then, TRecord now, const std::vector<QString>& listName,
                            const std::vector<double TRecord::*>& listMember)
@@ -35,7 +36,7 @@ QStringList changedNumbers(TRecord then, TRecord now, const std::vector<QString>
     return listChange;
 }
 
-/// The first two reasons; a chip has no room for more.
+/// The changes as one phrase, which names two of them at most: there is no room for more beside a stage.
 QString inWords(const QStringList& listChange)
 {
     return listChange.size() > 2
@@ -78,7 +79,7 @@ QString mergingChange(const MergedMade& then, const WorkNumbers& now)
     return inWords(listChange);
 }
 
-/// The greatest distance between shifts of the same frame, pixels.
+/// The greatest distance between former and present shift of a frame, pixels; 0 without frames.
 double greatestMove(const QList<QPointF>& listThen, const QList<QPointF>& listNow)
 {
     double dfMost = 0;
@@ -89,14 +90,15 @@ double greatestMove(const QList<QPointF>& listThen, const QList<QPointF>& listNo
     return dfMost;
 }
 
+/// Finds the states of the stages one after the other, as later ones depend on earlier ones.
 class CWorkStatus {
 public:
     CWorkStatus(const DataSet& dataSet, const WorkNumbers& numbers)
         : m_data(dataSet),
           m_numbers(numbers),
           m_mapping(currentPeakMapping(dataSet, numbers.mapping)),
-          m_nPeaks(printOfPeaks(dataSet.m_listPeakFrame)),
-          m_nMerged(printOfReflections(dataSet.m_listPeakMerged))
+          m_nPeaksHash(printOfPeaks(dataSet.m_listPeakFrame)),
+          m_nMergedHash(printOfReflections(dataSet.m_listPeakMerged))
     {}
 
     std::vector<StageStatus> stages()
@@ -118,7 +120,9 @@ private:
     {
         m_listStatus.push_back({stage, state, strReason});
     }
-    /// Done, or stale if something has changed.
+    /// Adds a stage that has a result: stale if something has changed, else done.
+    /// @param strChange  a phrase; empty if nothing has changed
+    /// @param strDone    what the result is; used if nothing has changed
     void add(WorkStage stage, const QString& strChange, const QString& strDone)
     {
         if (strChange.isEmpty()) {
@@ -127,12 +131,14 @@ private:
             add(stage, StageState::Stale, strChange + QStringLiteral(" since"));
         }
     }
+    /// Whether a stage is stale that was added already.
     bool isStale(WorkStage stage) const
     {
         return std::any_of(m_listStatus.begin(), m_listStatus.end(), [stage](const StageStatus& status) {
             return status.stage == stage && status.state == StageState::Stale;
         });
     }
+    /// What has changed since a result was made with a mapping; empty if nothing has, or for no mapping.
     QString changeOfMapping(const std::optional<PeakMapping>& then) const
     {
         return then ? mappingChange(*then, m_mapping) : QString();
@@ -171,7 +177,7 @@ private:
         const std::optional<PeaksMade>& made = m_data.m_made.peaks;
         QString strChange;
         const QString strDone = QStringLiteral("%L1 peaks").arg(nPeaks);
-        if (!made || made->nPeaks != m_nPeaks) {
+        if (!made || made->nPeaks != m_nPeaksHash) {  // the record is about other peaks
             add(WorkStage::Peaks, strChange, strDone + QStringLiteral(", from a file"));
             return;
         }
@@ -197,7 +203,7 @@ private:
 
     void mapping()
     {
-        if (!m_data.m_peakMapping || m_nPeaks == 0) {
+        if (!m_data.m_peakMapping || m_nPeaksHash == 0) {
             add(WorkStage::Mapping, StageState::Missing, QStringLiteral("the peaks are not mapped"));
         } else if (isStale(WorkStage::Peaks)) {
             add(WorkStage::Mapping, QStringLiteral("numbers of the peak search were changed"), {});
@@ -211,14 +217,14 @@ private:
     {
         const std::optional<MergedMade>& made = m_data.m_made.merged;
         const int nMerged = m_data.m_listPeakMerged.size();
-        if (nMerged == 0 || !made || made->nMerged != m_nMerged) {
+        if (nMerged == 0 || !made || made->nMerged != m_nMergedHash) {
             add(WorkStage::Merging, StageState::Missing, QStringLiteral("the peaks are not merged"));
             return;
         }
         QString strChange = changeOfMapping(made->mapping);
         if (isStale(WorkStage::Peaks)) {
             strChange = QStringLiteral("numbers of the peak search were changed");
-        } else if (made->nPeaks != m_nPeaks) {
+        } else if (made->nPeaks != m_nPeaksHash) {
             strChange = QStringLiteral("the peaks were searched or loaded anew");
         } else if (strChange.isEmpty()) {
             strChange = mergingChange(*made, m_numbers);
@@ -240,7 +246,8 @@ private:
         QString strChange = changeOfMapping(made->mapping);
         if (strChange.isEmpty() && isStale(WorkStage::Merging)) {
             strChange = QStringLiteral("what is merged was changed");
-        } else if (strChange.isEmpty() && made->nMerged != m_nMerged && m_nMerged != 0) {
+        } else if (strChange.isEmpty() && made->nMerged != m_nMergedHash && m_nMergedHash != 0) {
+            // The hash 0 is that of no reflections: if they were only dropped, the cell is as good as it was.
             strChange = QStringLiteral("the reflections were merged anew");
         }
         add(WorkStage::Cell, strChange, QStringLiteral("found with the geometry in force"));
@@ -261,7 +268,7 @@ private:
             strChange = QStringLiteral("what the unit cell stands on was changed");
         } else if (isStale(WorkStage::Merging)) {
             strChange = QStringLiteral("what is merged was changed");
-        } else if (made && made->nMerged != m_nMerged) {
+        } else if (made && made->nMerged != m_nMergedHash) {
             strChange = QStringLiteral("the reflections were merged anew");
         } else if (made && made->dfThreshold != m_numbers.indexing.m_dfIndexThreshold) {
             strChange = QStringLiteral("the threshold was changed from %1 to %2")
@@ -271,6 +278,8 @@ private:
         add(WorkStage::Indexing, strChange, QStringLiteral("%L1 reflections have indices").arg(nIndexed));
     }
 
+    /// Adds a stage whose result depends on the mapping and the cell in force alone.
+    /// @param strDone  what was done: "refined"
     void result(WorkStage stage, const std::optional<GeometryMade>& made, const QString& strDone)
     {
         if (!made) {
@@ -286,9 +295,9 @@ private:
 
     const DataSet& m_data;
     const WorkNumbers& m_numbers;
-    PeakMapping m_mapping;
-    quint64 m_nPeaks;
-    quint64 m_nMerged;
+    PeakMapping m_mapping;  ///< the one that peaks would be mapped with now
+    quint64 m_nPeaksHash;   ///< of the present peaks; 0: there are none
+    quint64 m_nMergedHash;  ///< of the present reflections; 0: there are none
     std::vector<StageStatus> m_listStatus;
 };
 
@@ -311,7 +320,7 @@ QString mappingChange(const PeakMapping& then, const PeakMapping& now)
         }
     };
     if (then.dfRotationAxis != now.dfRotationAxis) {
-        // Across the limit of 180° there is a shorter way round.
+        // Azimuths of −179° and 179° are 2° apart. Small turns need more decimals, to be seen at all.
         const double dfTurn = std::abs(std::remainder(now.dfRotationAxis - then.dfRotationAxis, 360.0));
         listChange.append(
             QStringLiteral("the rotation axis was turned by %1°").arg(number(dfTurn, dfTurn < 0.05 ? 3 : 1)));

@@ -36,8 +36,10 @@ struct WorkNumbers {
 };
 
 /// The status of all stages, in their order. A stage is stale if its inputs differ from those recorded with
-/// its result (MadeWith), or if an earlier stage is stale. A list that was read from a file, and whose
-/// parameters are therefore unknown, counts as done.
+/// its result (MadeWith). Mapping and merging are stale, moreover, with the peaks, the cell with the merging,
+/// and the indexing with either of these; geometry and integration depend on mapping and cell in force alone.
+/// Peaks, a cell and indices whose parameters are not known, as they come from a file, count as done, but
+/// reflections that were not merged from the peaks count as missing.
 std::vector<StageStatus> workStatus(const DataSet& dataSet, const WorkNumbers& numbers);
 
 /// What has changed in the mapping so that the points in reciprocal space move, as a phrase such as "the
