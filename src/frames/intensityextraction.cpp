@@ -112,8 +112,12 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         dataSet.m_listReflectionIndexed.clear();
         dataSet.m_made.indexed.reset();
         if (dataSet.m_made.merged) {
-            dataSet.m_made.merged->nMerged = printOfReflections(
-                listFlat);  // only the intensities have changed
+            // Only the intensities have changed: what was found from the reflections is as good as it was.
+            const quint64 nFormer = dataSet.m_made.merged->nMerged;
+            dataSet.m_made.merged->nMerged = printOfReflections(listFlat);
+            if (dataSet.m_made.cell && dataSet.m_made.cell->nMerged == nFormer) {
+                dataSet.m_made.cell->nMerged = dataSet.m_made.merged->nMerged;
+            }
         }
     } else {
         // Chains and reflections stay, and the peaks keep referring to theirs.

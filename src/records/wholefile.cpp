@@ -53,9 +53,11 @@ QByteArray nameBeside(const QByteArray& strPath)
     QByteArray strName = strPath.mid(strFolder.size());
     while (strName.size() > g_nLongestName - nSuffix) {
         // Only whole characters of UTF-8 are cut off.
+        char chLast;
         do {
+            chLast = strName.at(strName.size() - 1);
             strName.chop(1);
-        } while (!strName.isEmpty() && (strName.at(strName.size() - 1) & 0xC0) == 0x80);
+        } while (!strName.isEmpty() && (chLast & 0xC0) == 0x80);
     }
     std::random_device random;
     strName += '.';
@@ -268,7 +270,12 @@ bool CWholeFile::copyToNamed()
     const int nUnnamed = m_nFile;
     m_nFile = -1;
     m_bFlushed = false;
-    const bool bCopied = makeNamed() && writeCopy(QFile::decodeName(pathOfOpenFile(nUnnamed))) && flush();
+    const bool bMade = makeNamed();
+    struct stat info;
+    if (bMade && ::fstat(nUnnamed, &info) == 0) {
+        (void)!::fchmod(m_nFile, info.st_mode & 0777);  // those of the former file, see open()
+    }
+    const bool bCopied = bMade && writeCopy(QFile::decodeName(pathOfOpenFile(nUnnamed))) && flush();
     const int nError = errno;  // of makeNamed(); close() may replace it
     ::close(nUnnamed);
     errno = nError;

@@ -108,6 +108,7 @@ void IntegrationController::exportFiles()
 void IntegrationController::take(const std::shared_ptr<const IntegrationResult>& pResult)
 {
     const bool bFirst = !m_pResult;
+    showDiscs(-1);  // those of the former result have its numbers, and can be clicked while events run here
     m_pResult = pResult;
     m_pPeaks = peaksOf(*pResult);
     m_listCell = cellOf(pResult);
