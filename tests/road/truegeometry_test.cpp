@@ -314,7 +314,7 @@ TEST(RefinedGeometry, WhatItTakesForTrueUndoesTheDistortion)
 namespace {
 
 /// The files of a series with a lens, and the summary of a run that is compared with its truth.
-class RefinedGeometry : public testing::Test {
+class GeometryOfFiles : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -340,7 +340,7 @@ protected:
 
 }  // namespace
 
-TEST_F(RefinedGeometry, MayBeMissing)
+TEST_F(GeometryOfFiles, MayBeMissing)
 {
     EXPECT_TRUE(compared("{}").isEmpty());
     EXPECT_TRUE(
@@ -349,7 +349,7 @@ TEST_F(RefinedGeometry, MayBeMissing)
 }
 
 // The true lattice in another setting, turned by a quarter of a degree about y.
-TEST_F(RefinedGeometry, IsReadFromTheFiles)
+TEST_F(GeometryOfFiles, IsReadFromTheFiles)
 {
     const Matrix3 matTurn = rotationAbout({0, 1, 0}, 0.25);
     QByteArray text;

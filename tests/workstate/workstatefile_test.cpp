@@ -45,7 +45,7 @@ WorkState workOfAUser()
     state.series.m_vecReflectionFrame = {3, -1};
     state.series.m_maskPeakHunting.fillRule = Qt::WindingFill;
     state.series.m_maskPeakHunting.listPolygon = {QVector<QPointF>{{0.1, 2}, {9, 0}, {0, 9}}};
-    ASSERT_TRUE(state.series.m_spaceGroup.setSpaceGroup(230));
+    EXPECT_TRUE(state.series.m_spaceGroup.setSpaceGroup(230));
     state.listRawGroup = {{QStringLiteral("first"), {0, 1}, QColor::fromHsv(300, 20, 200, 40), false}};
     GeometryRefinement geometry;
     geometry.free.dfRmsSeen = std::numeric_limits<double>::quiet_NaN();
