@@ -11,17 +11,21 @@ namespace tessera {
 namespace {
 
 const char g_acIndex[] = "hkl";
-const double g_dfMostLevel = 1000;  // one stray point far out shall not make all levels of a slider one pixel
+
+// Points beyond this level do not count for the range of levels. A slider has that range: one stray point far
+// out would make the step from one level to the next less than a pixel.
+const double g_dfMostLevel = 1000;
 
 }  // namespace
 
 std::vector<char> pointsInSlab(const QList<Peak3D>& listPoint, const CCellFrame& cell, const CloudSlab& slab)
 {
-    const DoubleVector normal = cell.zone(slab.anDirection);
+    // The lattice vector u·a + v·b + w·c in Å: its product with a point in Å⁻¹ is u·h + v·k + w·l.
+    const DoubleVector axis = cell.zone(slab.anDirection);
     std::vector<char> vecInside;
     vecInside.reserve(listPoint.size());
     for (const Peak3D& peak : listPoint) {
-        vecInside.push_back(slab.holds(dot(normal, widened(peak.point()))));
+        vecInside.push_back(slab.holds(dot(axis, widened(peak.point()))));
     }
     return vecInside;
 }
@@ -34,8 +38,8 @@ bool isInSlab(const Vec3D& place, const CCellFrame& cell, const CloudSlab& slab)
 std::vector<Vec3D> placesInSlab(const std::vector<Vec3D>& vecPlace, size_t nEach, const CCellFrame& cell,
                                 const CloudSlab& slab)
 {
-    const DoubleVector normal = cell.zone(slab.anDirection);
-    const auto isIn = [&](const Vec3D& place) { return slab.holds(dot(normal, widened(place))); };
+    const DoubleVector axis = cell.zone(slab.anDirection);
+    const auto isIn = [&](const Vec3D& place) { return slab.holds(dot(axis, widened(place))); };
     std::vector<Vec3D> vecInside;
     for (auto it = vecPlace.begin(); size_t(vecPlace.end() - it) >= nEach; it += std::ptrdiff_t(nEach)) {
         const auto itEnd = it + std::ptrdiff_t(nEach);
@@ -49,11 +53,11 @@ std::vector<Vec3D> placesInSlab(const std::vector<Vec3D>& vecPlace, size_t nEach
 std::pair<int, int> slabLevels(const QList<Peak3D>& listPoint, const CCellFrame& cell,
                                const std::array<int, 3>& anDirection)
 {
-    const DoubleVector normal = cell.zone(anDirection);
+    const DoubleVector axis = cell.zone(anDirection);
     double dfLeast = 0, dfGreatest = 0;
     bool bFirst = true;
     for (const Peak3D& peak : listPoint) {
-        const double df = dot(normal, widened(peak.point()));
+        const double df = dot(axis, widened(peak.point()));
         if (!(std::abs(df) <= g_dfMostLevel)) {
             continue;
         }

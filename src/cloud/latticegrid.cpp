@@ -8,20 +8,23 @@ namespace tessera {
 
 namespace {
 
-// The interval of a whole number.
+// The indices from nFirst to nLast, both included.
 struct Interval {
     int nFirst, nLast;
 
     bool isEmpty() const { return nFirst > nLast; }
 };
 
-// How many points or lines are in each shell n: those whose greatest index is n or -n.
+// Limits how many lattice points or lines are drawn, those near the origin first. They are sorted into
+// shells: shell n has those of which the greatest absolute value of an index is n. First all are counted by
+// add() and addEach(), then limit() is called, then admits() for each point or line.
 class CShellCount {
 public:
+    // Two more elements than the greatest shell's number: for shell 0, and for the end of an addEach().
     explicit CShellCount(int nGreatest) : m_vecCount(size_t(nGreatest) + 2), m_vecChange(m_vecCount.size()) {}
 
     void add(int nShell, qint64 nCount) { m_vecCount[nShell] += nCount; }
-    // Adds one to each of these shells.
+    // Adds one to each shell from nFirst to nLast.
     void addEach(int nFirst, int nLast)
     {
         if (nFirst > nLast) {
@@ -30,8 +33,8 @@ public:
         ++m_vecChange[nFirst];
         m_vecChange[size_t(nLast) + 1]--;
     }
-    // Admits the shells from the origin on whose sum is at most nMost, and of the next shell as many as are
-    // then left. Each admits() call takes one.
+    // Admits whole shells, from the origin outwards, as long as their sum is at most nMost, and of the next
+    // shell as many as are then left.
     void limit(qint64 nMost)
     {
         qint64 nEach = 0;
@@ -45,17 +48,23 @@ public:
             m_nSpare -= nShell;
         }
     }
-    // The last shell of which anything is admitted.
+    // The last shell of which anything may be admitted.
     int lastShell() const { return m_nWhole; }
+    // Whether the next point or line of this shell is admitted. Of the shell that is admitted in part each
+    // call takes one of those left.
     bool admits(int nShell) { return nShell < m_nWhole || (nShell == m_nWhole && m_nSpare-- > 0); }
 
 private:
-    std::vector<qint64> m_vecCount;   // per shell
+    std::vector<qint64> m_vecCount;   // per shell, by add()
     std::vector<qint64> m_vecChange;  // by addEach(): how much more a shell has than the one before
-    int m_nWhole = 0;
-    qint64 m_nSpare = 0;
+    int m_nWhole = 0;                 // shells below this are admitted whole
+    qint64 m_nSpare = 0;              // how many of shell m_nWhole are still admitted
 };
 
+// Goes through the rows of the lattice: a row is all points along one basis vector with the same two other
+// indices, and one line of the grid. If the lattice is large only rows and points in the view volume are
+// taken. The view volume's coordinates are those of OpenGL after the projection, from -1 to 1 along each
+// axis. The projection is orthographic, so they are linear in the indices.
 class CLatticeWalk {
 public:
     CLatticeWalk(const ReciprocalBasis& basis, const int* pnRange, float fScale, const CCamera& camera)
@@ -78,6 +87,9 @@ public:
         }
     }
 
+    // For each of the three directions, rows are counted by shells first, as only then it is known which of
+    // them are within the limits, and added to the grid in a second pass. Each point is in one row of each
+    // direction: points are taken from the rows along c* alone (nAlong 2).
     void fill(LatticeGrid& grid) const
     {
         const int nGreatest = *std::max_element(m_anReach, m_anReach + 3);
@@ -88,6 +100,8 @@ public:
                 if (nAlong != 2) {
                     return;
                 }
+                // A row whose other indices reach nShell: its points with |l| up to nShell are in shell
+                // nShell, each further point is in the shell of its own |l|.
                 points.add(nShell,
                            std::max(std::min(row.nLast, nShell) - std::max(row.nFirst, -nShell) + 1, 0));
                 points.addEach(std::max(row.nFirst, nShell + 1), row.nLast);
@@ -109,6 +123,7 @@ public:
                 if (!lines.admits(nShell)) {
                     return;
                 }
+                // A line is drawn over the whole range, also beyond the view volume.
                 for (int nEnd : {m_anEnd[nAlong], -m_anEnd[nAlong]}) {
                     anIndex[nAlong] = nEnd;
                     grid.vecLine[nAlong].push_back(place(anIndex));
@@ -118,13 +133,15 @@ public:
     }
 
 private:
+    // Å⁻¹, times the scale.
     Vec3D place(const int* pnIndex) const
     {
         return scaled(m_basis.point(pnIndex[0], pnIndex[1], pnIndex[2]), m_fScale);
     }
 
-    // Calls pass(index with 0 along the row, greatest index, interval along the row) for each row of points
-    // that reaches into the view volume.
+    // For each row along basis vector nAlong that reaches into the view volume, calls pass() with the indices
+    // of the row (0 along it), the greatest absolute value of these, and the interval of the index along the
+    // row.
     template <class Pass>
     void forEachRow(int nAlong, Pass pass) const
     {
@@ -141,8 +158,8 @@ private:
         }
     }
 
-    // The lattice points of a row within the view volume, and one to either side: its points are
-    // origin + n·step in the volume's coordinates, in which it reaches from -1 to 1.
+    // Which points of a row are within the view volume, and one more to either side. The points of a row are
+    // start + n·step in the volume's coordinates, so each of the three coordinates limits n.
     Interval visibleInterval(int nAlong, const int* pnIndex) const
     {
         const int nRange = m_anReach[nAlong];
@@ -156,6 +173,9 @@ private:
                 dfStart += pnIndex[i] * m_aadfStep[i][r];
             }
             const double dfStep = m_aadfStep[nAlong][r];
+            // A row parallel to this pair of faces is inside or outside as a whole; a division by its step
+            // would give infinite limits. The margins, far below a pixel, allow for rounding: the matrix is
+            // in single precision.
             if (std::abs(dfStep) * nRange < 1e-9) {
                 if (std::abs(dfStart) > 1.0 + 1e-6) {
                     return {0, -1};
@@ -172,7 +192,9 @@ private:
         return {int(std::ceil(dfFirst)), int(std::floor(dfLast))};
     }
 
-    // No index can be seen that none of the view volume's corners reaches.
+    // Limits each index to what can be seen: an index is linear in the view volume's coordinates, so it is
+    // greatest in one of the eight corners. The indices of a corner follow from Cramer's rule. Where these
+    // are infinite, as for co-planar basis vectors, the range stays.
     void boundByCorners()
     {
         const auto determinant = [](const double* a, const double* b, const double* c) {
@@ -203,10 +225,10 @@ private:
     const ReciprocalBasis& m_basis;
     const float m_fScale;
     const bool m_bClip;
-    int m_anReach[3];         // of the indices looked at
-    int m_anEnd[3];           // of the lines' ends
+    int m_anReach[3];         // h, k, l from minus to plus these are looked at
+    int m_anEnd[3];           // h, k, l at the ends of the lines: the ranges as asked for
     double m_aadfStep[3][3];  // per basis vector, in the view volume's coordinates
-    double m_adfOrigin[3];
+    double m_adfOrigin[3];    // place of the lattice's origin, in the same
 };
 
 }  // namespace

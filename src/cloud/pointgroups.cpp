@@ -42,6 +42,7 @@ void CPointGroups::insertGroup(int nIndex, const QString& strLabel, const QList<
 
 void CPointGroups::putGroup(int nIndex, const PointGroup& group)
 {
+    // The bits also tell which points were taken already, so that repetitions are dropped.
     Bits bits((m_vecSelected.size() + 63) / 64, 0);
     QList<int> listKnown;
     listKnown.reserve(group.listPoint.size());
@@ -68,6 +69,7 @@ bool CPointGroups::removeGroups(const QList<int>& listGroup)
     if (groupCount() < 2 || listGroup.isEmpty()) {
         return false;
     }
+    // From the end, so that the indices of the groups still to be removed stay valid.
     for (int i = groupCount() - 1; i > 0; --i) {
         if (listGroup.contains(i)) {
             m_listGroupLabel.removeAt(i);
@@ -107,6 +109,8 @@ bool CPointGroups::mergeGroups(const QList<int>& listGroup)
             listUnion.append(int(i));
         }
     }
+    // Group 0 stays where it is in the list; if it is among the merged groups, the new group pushes it to
+    // place 1, and it keeps all points there, as it had got those of the removed groups.
     removeGroups(listSorted);
     insertGroup(nFirst, strLabel, listUnion, color);
     return true;
@@ -200,8 +204,10 @@ void CPointGroups::updateGroupZero()
         for (int k = 1; k < groupCount(); ++k) {
             nHeld |= m_listGroupBits.at(k)[nWord];
         }
+        // The last word has bits beyond the last point, which must stay 0.
         const size_t nCount = std::min<size_t>(64, m_vecSelected.size() - nWord * 64);
         bits[nWord] = ~nHeld & (~quint64(0) >> (64 - nCount));
+        // Each turn takes the lowest bit that is set, and clears it.
         for (quint64 nRest = bits[nWord]; nRest; nRest &= nRest - 1) {
             listPoint.append(int(nWord * 64 + qCountTrailingZeroBits(nRest)));
         }
@@ -221,9 +227,10 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
         display.m_pfGreen[nPoint] = float(nGreen) / 255.f;
         display.m_pfBlue[nPoint] = float(nBlue) / 255.f;
     };
-    // Group 0 shares no point with the others: the mean over all groups is its own colour there.
+    // The points are taken by 64, one word of bits. Group 0 needs no case of its own: it shares no point with
+    // the others, so the mean over all groups of one of its points is its colour.
     for (size_t nWord = 0; nWord * 64 < nPoints; ++nWord) {
-        int aSum[64][4] = {};
+        int aSum[64][4] = {};  // per point: sums of red, green and blue (0 to 255), number of groups
         quint64 nShown = 0;
         for (int k = 0; k < groupCount(); ++k) {
             if (!m_listGroupVisible[k]) {

@@ -25,9 +25,10 @@ struct PointGroup {
 
 /// Groups of point indices with label, colour and visibility, and the selected indices.
 ///
-/// Group 0, "Unlabeled" after reset(), holds every point that no other group holds: its points are found anew
-/// with each change of the others, and a list of points given for it is ignored. A point may be in several
-/// other groups. Indices of points that do not exist, and repetitions within one group, are dropped.
+/// Group 0, "Unlabeled" after reset(), holds every point that no other group holds: its points are determined
+/// again after each change of the others, and a list of points given for it is ignored. A point may be in
+/// several of the other groups. Indices of points that do not exist, and repetitions within one group, are
+/// dropped.
 class CPointGroups {
 public:
     /// Starts a cloud: group 0 alone, white and shown, with all points; nothing selected.
@@ -85,12 +86,12 @@ public:
 private:
     typedef std::vector<quint64> Bits;  // bit i % 64 of word i / 64 is point i
 
-    void putGroup(int nIndex, const PointGroup& group);  // without an update of group 0
-    void updateGroupZero();                              // gives it all points that no other group holds
+    void putGroup(int nIndex, const PointGroup& group);  // inserts a group, without an update of group 0
+    void updateGroupZero();                              // gives group 0 all points that no other group holds
 
     QStringList m_listGroupLabel;
     QList<QList<int>> m_listGroupPoint;
-    QList<Bits> m_listGroupBits;  // the same points as bits
+    QList<Bits> m_listGroupBits;  // the points of m_listGroupPoint as bits
     QList<QColor> m_listGroupColor;
     QList<bool> m_listGroupVisible;
     std::vector<int> m_vecSelected;  // per point: 1 if it is selected

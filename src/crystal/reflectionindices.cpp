@@ -12,6 +12,7 @@ double roundedIndex(double dfIndex)
 
 int roundIndex(double dfIndex)
 {
+    // The rounded value is whole, so the truncation only limits it to the range of int.
     return truncatedInt(roundedIndex(dfIndex));
 }
 
@@ -32,6 +33,7 @@ int truncatedInt(double dfValue)
 bool isCloseToInteger(const Vec3D& hkl, float fThreshold)
 {
     for (float f : {hkl.x, hkl.y, hkl.z}) {
+        // Negated, so that a component that is NaN counts as far from a whole number.
         if (!(float(std::fabs(double(f) - roundedIndex(double(f)))) <= fThreshold)) {
             return false;
         }

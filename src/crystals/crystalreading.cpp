@@ -19,7 +19,8 @@ namespace tessera {
 
 namespace {
 
-/// Greater than any list or record of a run: HKLF 4 has 29 bytes a reflection.
+/// A limit on the size of the files read, in bytes. No run comes near it: HKLF 4 has 29 bytes a reflection,
+/// so it is 37 million reflections.
 constexpr qint64 g_nMostBytes = qint64(1) << 30;
 
 bool readWhole(const QString& strFile, QByteArray& bytes, QString& strReason)
@@ -32,12 +33,13 @@ bool readWhole(const QString& strFile, QByteArray& bytes, QString& strReason)
         strReason = QStringLiteral("it is larger than any list of a run");
         return false;
     }
-    // What has no size, as the files of the system itself, may keep a reader waiting for ever.
+    // Not readAll(): files of the system (/proc, /sys) report no size, and reading one may never end.
     bytes = file.read(file.size());
     return true;
 }
 
-QJsonObject stageOf(const QJsonObject& record, const QString& strStage)
+/// What a stage of the run found ("integrate", for example); empty if the run did not come to the stage.
+QJsonObject foundByStage(const QJsonObject& record, const QString& strStage)
 {
     const QJsonArray listStage = record.value(QStringLiteral("stages")).toArray();
     for (const QJsonValue& value : listStage) {
@@ -49,6 +51,8 @@ QJsonObject stageOf(const QJsonObject& record, const QString& strStage)
     return {};
 }
 
+/// Takes a, b, c in Å and the angles in degrees, or their standard errors.
+/// @return false, with the cell unchanged, unless these are six finite numbers, none of them negative
 bool takeCell(const QJsonArray& listNumber, CellParameters& cell)
 {
     if (listNumber.size() != 6) {
@@ -65,8 +69,8 @@ bool takeCell(const QJsonArray& listNumber, CellParameters& cell)
     return true;
 }
 
-/// The sum that the record has of the list of intensities; empty where the run wrote none. The name in front
-/// of the suffix may have been changed since, together with that of the record.
+/// The SHA-256 that a record has of its intensity file (NAME_integrated.hkl), in hexadecimal digits; empty if
+/// the run wrote none. The file is found by its suffix, as a user may have renamed record and file together.
 QString hashOfList(const QJsonObject& record)
 {
     const QJsonArray listFile = record.value(QStringLiteral("files")).toArray();
@@ -79,8 +83,9 @@ QString hashOfList(const QJsonObject& record)
     return {};
 }
 
-/// The run that wrote the list: the last one, or an earlier one that the record keeps because its files still
-/// stand, as one that only indexed anew leaves the intensities. Empty: none.
+/// The part of the record about the run that wrote this intensity file: the last run, or an earlier one under
+/// "former". The record keeps an earlier run while its files still exist; a later run that only indexed anew,
+/// for example, writes no intensities. Empty if the file is of none of these runs.
 QJsonObject runOfList(const QJsonObject& record, const QByteArray& bytesList)
 {
     const QString strHash = QString::fromLatin1(
@@ -97,7 +102,7 @@ QJsonObject runOfList(const QJsonObject& record, const QByteArray& bytesList)
     return {};
 }
 
-/// Whether it has a list at all that one could hold against the file.
+/// Whether any run in the record, the last or a former one, wrote an intensity file.
 bool hasWrittenList(const QJsonObject& record)
 {
     const QJsonArray listFormer = record.value(QStringLiteral("former")).toArray();
@@ -106,11 +111,11 @@ bool hasWrittenList(const QJsonObject& record)
                        [](const QJsonValue& value) { return !hashOfList(value.toObject()).isEmpty(); });
 }
 
-/// Why a run has no list, in its own words.
+/// The text for a record without an intensity file, with the reason that the run itself recorded.
 QString whyNoList(const QJsonObject& record)
 {
     const QJsonObject quality =
-        stageOf(record, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
+        foundByStage(record, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
     QString strReason = quality.value(QStringLiteral("reason")).toString();
     if (strReason.isEmpty()) {
         strReason = record.value(QStringLiteral("reason")).toString();
@@ -119,7 +124,8 @@ QString whyNoList(const QJsonObject& record)
                                : QStringLiteral("The run has found no intensities: %1").arg(strReason);
 }
 
-/// The letter that the symbol of the space group begins with, else that of the Laue class.
+/// The centring: the first letter of the space group's symbol, or, if the run found no space group, the
+/// centring of its Laue class. P if the record has neither.
 char centringOf(const QJsonObject& quality)
 {
     QString strLetter = quality.value(QStringLiteral("spaceGroup")).toString().left(1);
@@ -134,13 +140,16 @@ char centringOf(const QJsonObject& quality)
     return strLetter.isEmpty() ? 'P' : strLetter[0].toLatin1();
 }
 
-/// Lines of HKLF 4 up to the line of zeros.
+/// Reads reflections in the format HKLF 4 of SHELX: h, k, l in four columns each, I and σ(I) in eight each.
+/// What stands behind σ(I) in a line is ignored. Reflections without a positive σ(I) are left out, as
+/// they have no weight.
+/// @return false if a line cannot be read or the last line, 0 0 0, is missing
 bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list)
 {
     const int nIndexWidth = 4, nNumberWidth = 8, nLine = 3 * nIndexWidth + 2 * nNumberWidth;
     for (const QByteArray& line : bytes.split('\n')) {
         if (line.size() < nLine) {
-            return false;  // the end is missing
+            return false;  // a cut line, or the end of a file without the line 0 0 0
         }
         ScaledIntensity intensity;
         bool bGood = true, bNumber = false;
@@ -156,6 +165,7 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
         if (!bGood) {
             return false;
         }
+        // 0 0 0 ends the list.
         if (intensity.anIndex == std::array<int, 3>{0, 0, 0}) {
             return true;
         }
@@ -166,12 +176,13 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
     return false;
 }
 
-/// Cells and wavelengths that no run has: numbers of another unit, or of a record that was changed.
-/// @return why it is none of a crystal; empty if it is one
-QString whyAbsurd(const Crystal& crystal)
+/// Checks for edges and a wavelength that no electron diffraction of a crystal can have. They come from a
+/// record that was changed by hand, or from a number in another unit, such as nm.
+/// @return what is impossible; empty if nothing is
+QString whyImpossible(const Crystal& crystal)
 {
-    // Å. No two atoms of a lattice lie closer than the first; crystals of viruses reach a third of the
-    // second.
+    // In Å. No translation of a crystal is shorter than dfLeastEdge, as atoms would overlap; the longest
+    // edges, those of virus crystals, are about a third of dfMostEdge.
     const double dfLeastEdge = 1, dfMostEdge = 5000;
     for (const double df : {crystal.cell.a, crystal.cell.b, crystal.cell.c}) {
         if (!(df >= dfLeastEdge && df <= dfMostEdge)) {
@@ -185,11 +196,14 @@ QString whyAbsurd(const Crystal& crystal)
                      .arg(crystal.dfWavelength);
 }
 
-/// @return false where the record tells no cell
+/// Fills all of a crystal but its name, folder and intensities. Standard errors of the cell stay as they are
+/// if the record has none.
+/// @param run  the record of the run that wrote the intensities
+/// @return false if it has no cell
 bool takeRun(const QJsonObject& run, Crystal& crystal)
 {
     const QJsonObject quality =
-        stageOf(run, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
+        foundByStage(run, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
     const QJsonObject cell = quality.value(QStringLiteral("cell")).toObject();
     if (!takeCell(cell.value(QStringLiteral("parameters")).toArray(), crystal.cell)) {
         return false;
@@ -212,7 +226,8 @@ bool takeRun(const QJsonObject& run, Crystal& crystal)
     return true;
 }
 
-/// @return why it gives no crystal; empty: it does
+/// Reads a record (NAME.run.json) and the intensity file beside it.
+/// @return why these give no crystal; empty if they do
 QString readCrystal(const QString& strRecord, Crystal& crystal)
 {
     const QFileInfo info(strRecord);
@@ -245,7 +260,7 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     if (!takeRun(run, crystal)) {
         return QStringLiteral("Its record tells no cell of the intensities.");
     }
-    strReason = whyAbsurd(crystal);
+    strReason = whyImpossible(crystal);
     if (!strReason.isEmpty()) {
         return strReason;
     }

@@ -16,16 +16,19 @@ struct UnreadCrystal {
     QString strReason;
 };
 
+/// The result of readCrystals().
 struct ReadCrystals {
-    std::vector<Crystal> listCrystal;  ///< in the order of the folders, in a folder by name
-    std::vector<UnreadCrystal> listUnread;
+    std::vector<Crystal> listCrystal;       ///< in the order of the folders, in a folder by name
+    std::vector<UnreadCrystal> listUnread;  ///< records that give no crystal, folders without a record
 };
 
-/// Reads what the roads left: of each NAME.run.json in a folder the cell and the judgement, and
-/// NAME_integrated.hkl, whose bytes must be those that the record tells, so that a half-written list, or one
-/// of another run, is told and left out. Where a later run under the name left the intensities as they were,
-/// the one that found them counts, which the record keeps. Several runs of different names in a folder are
-/// several crystals.
+/// Reads the results of runs: of each record NAME.run.json in a folder the cell, the Laue class and the
+/// quality of the data, and the intensities from NAME_integrated.hkl.
+///
+/// The SHA-256 of the intensity file must be the one in the record. A file that is not whole, or that another
+/// run wrote, is reported in listUnread. If a later run of the same name did not integrate anew, the cell and
+/// the quality come from the earlier run that wrote the intensities, which the record keeps under "former".
+/// Each record is one crystal, also where several stand in one folder.
 ReadCrystals readCrystals(const QStringList& listFolder);
 
 }  // namespace tessera

@@ -19,15 +19,17 @@ namespace tessera {
 
 namespace {
 
-constexpr qint64 g_nMostBytes = qint64(64) << 20;
-const int g_nLongestName = 200;  ///< letters: a line of the log, not a page of it
+constexpr qint64 g_nMostBytes = qint64(64) << 20;  ///< 64 MB: about a million compounds
+const int g_nLongestName = 200;                    ///< letters, so that a name fits into a line of the log
 
-/// What a column tells, in the order that a table without a head has.
+/// What is in a column, in the order of a table without a head.
 enum Column { Name, A, B, C, Alpha, Beta, Gamma, Symmetry, Formula, ColumnCount };
-const int g_nNeeded = Symmetry;  ///< columns that no line can do without
+const int g_nNeeded = Symmetry;  ///< the columns before this one are in each line: name and cell
 
-using Columns = std::array<int, ColumnCount>;  ///< place of each in a line; -1: not there
+using Columns = std::array<int, ColumnCount>;  ///< index of each Column in a line; -1: not there
 
+/// The text of a file, UTF-8 or else Latin-1, with '\n' at the end of each line, without byte order mark and
+/// control characters.
 QString textOf(const QByteArray& bytes)
 {
     QTextCodec::ConverterState state;
@@ -39,7 +41,8 @@ QString textOf(const QByteArray& bytes)
         str.remove(0, 1);
     }
     str.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
-    for (QChar& ch : str) {  // a terminal that shows a name would obey these
+    // A terminal that shows a name would obey control characters in it.
+    for (QChar& ch : str) {
         if (ch.category() == QChar::Other_Control && ch != QLatin1Char('\n') && ch != QLatin1Char('\t')) {
             ch = QLatin1Char(' ');
         }
@@ -47,8 +50,8 @@ QString textOf(const QByteArray& bytes)
     return str;
 }
 
-/// A part of a line as it is told, however long it is.
-QString told(const QString& strPart)
+/// Part of a line as a message quotes it: cut, with "…" behind, if it is long.
+QString quoted(const QString& strPart)
 {
     const int nMost = 60;
     return strPart.size() > nMost ? strPart.left(nMost) + QStringLiteral("…") : strPart;
@@ -59,7 +62,7 @@ bool isComment(const QString& strLine)
     return strLine.trimmed().isEmpty() || strLine.trimmed().startsWith(QLatin1Char('#'));
 }
 
-/// What parts the columns of a line.
+/// The character between the columns of a line: a semicolon if it has one, else a tabulator, else a comma.
 QChar separatorOf(const QString& strLine)
 {
     for (const char ch : {';', '\t'}) {
@@ -70,7 +73,7 @@ QChar separatorOf(const QString& strLine)
     return QLatin1Char(',');
 }
 
-/// The columns of a line, without the quotes round them. Two quotes in quotes are one.
+/// The columns of a line, without the quotes round them. Two quotes within quotes stand for one quote.
 QStringList partsOf(const QString& strLine, QChar separator)
 {
     const QChar quote = QLatin1Char('"');
@@ -95,7 +98,9 @@ QStringList partsOf(const QString& strLine, QChar separator)
     return listPart;
 }
 
-/// "4.913(2)", with commas for points where these part no columns; not finite for anything else.
+/// The number in a text such as "4.913(2)", of which the standard error is ignored. A decimal comma is read
+/// unless commas separate the columns.
+/// @return NaN if it is no number
 double numberOf(QString strText, QChar separator)
 {
     static const QRegularExpression error(QStringLiteral("\\(\\d+\\)$"));
@@ -108,7 +113,8 @@ double numberOf(QString strText, QChar separator)
     return bOk ? dfNumber : std::nan("");
 }
 
-/// The column that a word of a head means; ColumnCount where it means none.
+/// The column that a word of a head names; ColumnCount if it names none. A unit behind it is ignored, as in
+/// "a (Å)" or "b / nm": lengths are in Å whatever it says.
 Column columnOf(QString strWord)
 {
     static const QRegularExpression unit(QStringLiteral("\\s*[/(\\[].*$"));
@@ -130,7 +136,8 @@ Column columnOf(QString strWord)
     return Column(n);
 }
 
-/// @return false where the line is no head
+/// Finds the columns by the words of a head. If a word occurs twice its first column counts.
+/// @return false, with the columns unchanged, if name and the six numbers are not all in it: it is no head
 bool takeHead(const QStringList& listPart, Columns& columns)
 {
     Columns found;
@@ -148,8 +155,10 @@ bool takeHead(const QStringList& listPart, Columns& columns)
     return true;
 }
 
-/// Takes a centring, or that of a space group told by its name or number.
-/// @return false where it is neither
+/// Takes a centring, or the centring of a space group that is given by its name or number. The angles of the
+/// cell, taken before, tell gemmi whether a rhombohedral group has hexagonal axes. An empty text changes
+/// nothing.
+/// @return false if it is neither
 bool takeSymmetry(const QString& strText, KnownCell& known)
 {
     if (strText.isEmpty()) {
@@ -173,6 +182,7 @@ bool takeSymmetry(const QString& strText, KnownCell& known)
     return true;
 }
 
+/// Takes the cell of a compound from the columns of a line.
 /// @return what is wrong with the line; empty if nothing is
 QString takeLine(const QStringList& listPart, QChar separator, const Columns& columns, KnownCell& known)
 {
@@ -186,7 +196,7 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
         }
         adf[n] = numberOf(part(column), separator);
         if (!std::isfinite(adf[n])) {
-            return QStringLiteral("\"%1\" is no number").arg(told(part(column)));
+            return QStringLiteral("\"%1\" is no number").arg(quoted(part(column)));
         }
     }
     known.strName = part(Name);
@@ -198,7 +208,7 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
         return QStringLiteral("its name has more than %1 letters").arg(g_nLongestName);
     }
     if (!takeSymmetry(part(Symmetry), known)) {
-        return QStringLiteral("\"%1\" is neither a centring nor a space group").arg(told(part(Symmetry)));
+        return QStringLiteral("\"%1\" is neither a centring nor a space group").arg(quoted(part(Symmetry)));
     }
     if (reducedCell(known.cell, known.chCentring).basis.isZero()) {
         return QStringLiteral("its six numbers make no cell");
@@ -207,15 +217,17 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
         QString strReason;
         const std::optional<ChemicalFormula> formula = chemicalFormula(part(Formula), &strReason);
         if (!formula) {
-            return told(strReason);
+            return quoted(strReason);
         }
         known.formula = *formula;
     }
     return {};
 }
 
-/// Whether volumes are too far apart for lattices within the tolerance. Edges give three times their share,
-/// and angles of a reduced cell, which lie from 60° to 120°, at most 7 % for 3° each; twice that is left.
+/// A quick test: whether the volumes of two reduced cells differ by more than cells within the tolerance can.
+/// The volume changes by three times the percentage of the edges. The angles of a reduced cell, which are
+/// from 60° to 120°, change it most at 60°, 90°, 60° and at 90°, 120°, 120°: by 3.9 % if all change by 1°,
+/// for which 5 % is allowed here.
 bool areFarApart(const LatticeBasis& first, const LatticeBasis& second, const CellTolerance& tolerance)
 {
     const double dfRatio = std::abs(first.determinant() / second.determinant());
@@ -272,7 +284,7 @@ std::optional<KnownCells> readKnownCells(const QString& strFile, QString* pstrRe
     if (file.size() > g_nMostBytes) {
         return refused(QStringLiteral("it is too large for a table of cells"));
     }
-    // What has no size, as the files of the system itself, may keep a reader waiting for ever.
+    // Not readAll(): files of the system (/proc, /sys) report no size, and reading one may never end.
     KnownCells cells = knownCellsOf(file.read(file.size()));
     if (cells.listCell.empty()) {
         return refused(cells.listFault.isEmpty()
@@ -287,14 +299,15 @@ std::optional<KnownCellMatch> matchKnownCell(const LatticeBasis& reduced,
                                              const CellTolerance& tolerance)
 {
     std::optional<KnownCellMatch> best;
-    double dfNext = 2;  // beyond any within the tolerance
+    const double dfBeyond = 2;  // a misfit greater than any within the tolerance, which are up to 1
+    double dfNext = dfBeyond;   // misfit of the second closest known cell
     for (size_t n = 0; n < listKnown.size(); ++n) {
         const LatticeBasis basis = reducedCell(listKnown[n].cell, listKnown[n].chCentring).basis;
         if (areFarApart(reduced, basis, tolerance)) {
             continue;
         }
         KnownCellMatch match;
-        match.dfMisfit = 2;
+        match.dfMisfit = dfBeyond;
         for (const CellSetting& setting : settingsBetween(reduced, basis, tolerance)) {
             const double df = std::max(setting.dfLengths / tolerance.dfLengths,
                                        setting.dfAngles / tolerance.dfAngles);
@@ -302,6 +315,7 @@ std::optional<KnownCellMatch> matchKnownCell(const LatticeBasis& reduced,
                 match = {int(n), df, setting.dfLengths, setting.dfAngles, {}};
             }
         }
+        // No setting brings the lattice onto this known cell.
         if (match.dfMisfit > 1) {
             continue;
         }

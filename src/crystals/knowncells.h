@@ -1,4 +1,4 @@
-// Known cells: a file of the user's with the cells of compounds, and which of them a lattice is.
+// Known cells: a user's file with the cells of compounds, and which of these compounds a lattice belongs to.
 #pragma once
 
 #include "crystals/cellsettings.h"
@@ -14,42 +14,52 @@
 
 namespace tessera {
 
+/// The cell of a compound.
 struct KnownCell {
-    QString strName;
-    CellParameters cell;
-    char chCentring = 'P';
-    QString strSpaceGroup;    ///< as the file has it; empty: not told
-    ChemicalFormula formula;  ///< empty: not told
-    int nLine = 0;            ///< of the file, from 1
+    QString strName;          ///< of the compound
+    CellParameters cell;      ///< Å and degrees
+    char chCentring = 'P';    ///< as for reducedCell(): R is in hexagonal axes
+    QString strSpaceGroup;    ///< the name in the file, or the name for the number in it; empty: not given
+    ChemicalFormula formula;  ///< empty: not given
+    int nLine = 0;            ///< line of the file, from 1
 };
 
+/// The contents of a file of known cells.
 struct KnownCells {
-    std::vector<KnownCell> listCell;
-    QStringList listFault;  ///< lines that tell no cell, each with its number and what is wrong
+    std::vector<KnownCell> listCell;  ///< in the order of the file
+    QStringList listFault;            ///< lines that give no cell, each with its number and what is wrong
 };
 
-/// A table with a compound a line: name, a, b, c in Å, alpha, beta, gamma in degrees; then, if anything, the
-/// centring or the space group, and the formula. A line of head may put the columns into another order by its
-/// words name (or compound, phase), a, b, c, alpha (al), beta (be), gamma (ga), centring (lattice), "space
-/// group" (sg) and formula. Columns are parted by semicolons, tabulators or commas; where one of the first
-/// two parts them, numbers may have decimal commas. Lines that begin with # and empty ones are comments,
-/// texts may stand in quotes, standard errors in brackets behind numbers are left out. Names have 200 letters
-/// at most; control characters count as spaces. UTF-8, or where that is none Latin-1.
+/// Reads a table with one compound in each line: name, a, b, c in Å, alpha, beta, gamma in degrees;
+/// then, optionally, the centring or the space group, and the formula.
+///
+/// The first line that is no comment may be a head that gives the columns another order by the words name (or
+/// compound, phase), a, b, c, alpha (al), beta (be), gamma (ga), centring (lattice), "space group" (sg) and
+/// formula.
+///
+/// Columns are separated by semicolons, tabulators or commas; if by one of the first two, numbers may have
+/// decimal commas. Empty lines and lines that begin with # are comments. Texts may stand in quotes. Standard
+/// errors in brackets behind numbers are ignored. Names have at most 200 letters; control characters count as
+/// spaces. The text is UTF-8, or Latin-1 if it is not valid UTF-8.
 KnownCells knownCellsOf(const QByteArray& bytes);
 
+/// Reads a file of known cells, see knownCellsOf().
 /// @param pstrReason  may be null; on failure why the file cannot be read, or that it has no cell
-/// @return none for anything but a regular file of 64 MB at the most that tells a cell
+/// @return nothing unless it is a regular file of at most 64 MB with at least one cell
 std::optional<KnownCells> readKnownCells(const QString& strFile, QString* pstrReason = nullptr);
 
+/// The known cell that a lattice has.
 struct KnownCellMatch {
-    int nKnown = 0;        ///< place in the list
-    double dfMisfit = 0;   ///< in units of the tolerance, 0 to 1
-    double dfLengths = 0;  ///< %, by which the worst edge of the reduced cells differs
-    double dfAngles = 0;   ///< °, the worst angle
-    QString strNext;       ///< name of another one within the tolerance, the next; empty: there is none
+    int nKnown = 0;        ///< index in the list of known cells
+    double dfMisfit = 0;   ///< the greater of dfLengths and dfAngles, each divided by its tolerance: 0 to 1
+    double dfLengths = 0;  ///< %, greatest difference of an edge of the two reduced cells
+    double dfAngles = 0;   ///< °, greatest difference of an angle
+    QString strNext;  ///< name of the second closest known cell within the tolerance; empty: there is none
 };
 
-/// The known cell that lies closest to a lattice; none within the tolerance.
+/// Finds the known cell closest to a lattice.
+/// @param reduced  rows a, b, c of the reduced cell of the lattice, Å
+/// @return nothing if no known cell is within the tolerance
 std::optional<KnownCellMatch> matchKnownCell(const LatticeBasis& reduced,
                                              const std::vector<KnownCell>& listKnown,
                                              const CellTolerance& tolerance = {});

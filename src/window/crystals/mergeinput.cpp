@@ -38,7 +38,7 @@ const char* const g_pszKnown = "MergeCrystals/KnownCells";
 QPushButton* makeButton(const QString& strText, const QString& strTip, QWidget* pParent)
 {
     auto* pButton = new QPushButton(strText, pParent);
-    pButton->setAutoDefault(false);  // Return in a line presses nothing
+    pButton->setAutoDefault(false);  // the Return key in an edit line must press no button
     explain(pButton, strTip);
     return pButton;
 }
@@ -47,7 +47,7 @@ QDoubleSpinBox* makeTolerance(double dfStart, const QString& strSuffix, const QS
                               QWidget* pParent)
 {
     auto* pSpin = new QDoubleSpinBox(pParent);
-    pSpin->setRange(0.1, 15);  // beyond it half of all compounds are one
+    pSpin->setRange(0.1, 15);  // % or degrees; with more most compounds would count as one
     pSpin->setDecimals(1);
     pSpin->setSingleStep(0.5);
     pSpin->setValue(dfStart);
@@ -56,7 +56,8 @@ QDoubleSpinBox* makeTolerance(double dfStart, const QString& strSuffix, const QS
     return pSpin;
 }
 
-/// Beside the folders of the results, so that nobody takes the merged files for those of a series.
+/// The folder that is proposed for the merged files: "merged" beside a folder of results, not in it, so that
+/// nobody takes the merged files for results of that series.
 QString proposedFolder(const QString& strFirst)
 {
     const QFileInfo info(QDir::cleanPath(QFileInfo(strFirst).absoluteFilePath()));
@@ -111,6 +112,7 @@ QWidget* MergeInput::makeFolders()
     connect(m_pButtonAdd, &QPushButton::clicked, this, &MergeInput::askForFolders);
     connect(m_pButtonRemove, &QPushButton::clicked, this, &MergeInput::removeChosen);
     for (QWidget* pTable : {m_pTable, m_pTableUnread}) {
+        // The key acts through the button, so it does nothing while the button is disabled.
         auto* pKey = new QShortcut(QKeySequence(QKeySequence::Delete), pTable, nullptr, nullptr,
                                    Qt::WidgetShortcut);
         connect(pKey, &QShortcut::activated, m_pButtonRemove, &QPushButton::click);
@@ -236,6 +238,8 @@ void MergeInput::showFolders()
 
 void MergeInput::removeChosen()
 {
+    // The rows of both tables are in the order of the folders and of the lists in them, as showFolders()
+    // filled them; the tables cannot be sorted otherwise.
     std::set<QString> setGone;
     int nRow = 0, nUnread = 0;
     for (const ListedFolder& folder : m_listFolder) {
@@ -268,6 +272,7 @@ CrystalsJobOptions MergeInput::options() const
     options.tolerance.dfLengths = m_pSpinLengths->value();
     options.tolerance.dfAngles = m_pSpinAngles->value();
     options.merge.bKeepAll = m_pCheckKeepAll->isChecked();
+    // The first entry leaves the Laue class to the intensities.
     options.merge.judgement.strLaueClass = m_pComboClass->currentIndex() > 0 ? m_pComboClass->currentText()
                                                                              : QString();
     return options;
@@ -294,7 +299,8 @@ void MergeInput::keep(QSettings& settings) const
     settings.setValue(QLatin1String(g_pszKnown), m_pEditKnown->text().trimmed());
 }
 
-/// Only Qt's own dialog lets several folders be chosen.
+/// The dialogs of desktops cannot choose several folders. That of Qt can once its views, which are found by
+/// their class and the name "listView" (the other list is the side bar), select several rows.
 void MergeInput::askForFolders()
 {
     QFileDialog dialog(this, tr("Add Folders of Results"));
