@@ -13,15 +13,17 @@ namespace tessera {
 
 namespace {
 
-const int g_nMaxLinks = 40;  // as many as the system follows
+const int g_nMaxLinks = 40;  // Linux follows at most 40 symbolic links in a path
 
+/// The absolute path of the folder for the files, without "." and "..".
 QString folderOfJob(const CrystalsJobOptions& options)
 {
     return QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath());
 }
 
-/// What stands in the folder under names that files of this merging may have.
-QFileInfoList standingThere(const CrystalsJobOptions& options)
+/// The files and folders in the folder that have a name which the merging may write: those of the whole
+/// merging, and those of a group, NAME_<number> with or without a name behind it.
+QFileInfoList existingOutputs(const CrystalsJobOptions& options)
 {
     static const QString strOfGroup = QStringLiteral(
         "_[0-9]+(_.*)?(_integrated\\.hkl|_merged\\.hkl|_rejected\\.csv|_tree\\.svg|\\.ins|\\.cif|\\.mtz)");
@@ -47,15 +49,16 @@ QFileInfo behindLinks(QFileInfo info)
     return info;
 }
 
-bool isBelow(const QString& strFolder, const QString& strOther)
+/// Whether strFolder is strOther or a folder in it.
+bool isSameOrBelow(const QString& strFolder, const QString& strOther)
 {
     return strFolder == strOther || strFolder.startsWith(strOther + QLatin1Char('/'));
 }
 
-/// Why a file that stands there cannot be replaced; empty if it can, or will not be.
+/// Why an existing file cannot be replaced; empty if it can, or if another name will be used instead.
 QString whyNotReplaced(const QFileInfo& info)
 {
-    // Of these a changed one stays, and the new one gets another name.
+    // These have a check sum: one that was changed since stays, and the new one gets another name.
     const bool bSealed = QStringList{"ins", "cif", "mtz"}.contains(info.suffix());
     if (bSealed && (info.isDir() || !isFreeForSealed(info.filePath()))) {
         return {};
@@ -67,6 +70,8 @@ QString whyNotReplaced(const QFileInfo& info)
                                                : QString();
 }
 
+/// Whether an existing file is one of those that the merging writes, except the files of its groups.
+/// @param strBase  path and name of the merging, without a suffix
 bool isOutput(const QString& strFile, const QString& strBase)
 {
     const QString strPlace = QFileInfo(strFile).canonicalFilePath();
@@ -101,12 +106,13 @@ QString whyNoTarget(const QString& strFile, const CrystalsJobOptions& options)
     bool bInput = holdsRuns(strFolder);
     for (const QString& strInput : options.listFolder) {
         const QString strPlace = QFileInfo(strInput).canonicalFilePath();
-        bInput = bInput || (!strPlace.isEmpty() && isBelow(strFolder, strPlace));
+        bInput = bInput || (!strPlace.isEmpty() && isSameOrBelow(strFolder, strPlace));
     }
     return bInput ? strLeads + QStringLiteral(", in a folder that is to be merged or holds a series")
                   : QString();
 }
 
+// Declared in crystalsjob.h.
 QString misplacedMerge(const CrystalsJobOptions& options)
 {
     const QFileInfo folder(options.strOutFolder);
@@ -130,7 +136,7 @@ QString misplacedMerge(const CrystalsJobOptions& options)
         readMergeRecord(strRecord).isEmpty()) {
         return QStringLiteral("%1 is there already and is no record of a merging").arg(strRecord);
     }
-    for (const QFileInfo& info : standingThere(options)) {
+    for (const QFileInfo& info : existingOutputs(options)) {
         const QString strReason = whyNoTarget(info.filePath(), options);
         if (!strReason.isEmpty()) {
             return strReason;
@@ -143,7 +149,7 @@ CMergePlace::~CMergePlace()
 {
     m_lock.remove();
     if (m_bMade) {
-        QDir().rmdir(m_strFolder);  // which leaves a folder with files
+        QDir().rmdir(m_strFolder);  // fails, as it should, if there are files in it
     }
 }
 
@@ -166,7 +172,7 @@ QString CMergePlace::take(const CrystalsJobOptions& options)
         return bHeld ? QStringLiteral("another merging is writing to %1").arg(options.strOutFolder)
                      : strReason;
     }
-    for (const QFileInfo& info : standingThere(options)) {
+    for (const QFileInfo& info : existingOutputs(options)) {
         strReason = whyNotReplaced(info);
         if (!strReason.isEmpty()) {
             return strReason;

@@ -1,4 +1,4 @@
-// MergePlace: the folder that a merging writes to, held for it alone.
+// MergePlace: the folder for the files of a merging, locked for this merging.
 #pragma once
 
 #include "crystals/crystalsjob.h"
@@ -8,22 +8,24 @@
 
 namespace tessera {
 
-/// From before the first crystal is read until the files stand, so that hours of merging are not lost on a
-/// folder that cannot be written to, and that two mergings do not mix their files.
+/// The folder for the files of a merging, held by a lock file in it. It is taken before the first crystal is
+/// read and kept until all files are written, so that hours of merging are not lost on a folder that cannot
+/// be written to, and that two mergings do not mix their files.
 class CMergePlace {
 public:
     CMergePlace() = default;
-    /// Gives the folder back, and takes it away where it was made here and nothing was written to it.
+    /// Removes the lock, and the folder too if take() made it and nothing was written to it.
     ~CMergePlace();
     CMergePlace(const CMergePlace&) = delete;
     CMergePlace& operator=(const CMergePlace&) = delete;
 
-    /// Makes the folder and holds it; looks whether files of this name that stand there can be replaced.
-    /// @return why not, without a full stop; empty: it is held
+    /// Makes the folder if it does not exist, locks it, and checks that files in it which the merging would
+    /// write can be replaced.
+    /// @return why the merging cannot write there, without a full stop; empty if it can
     QString take(const CrystalsJobOptions& options);
 
     bool isTaken() const { return m_lock.isTaken(); }
-    /// Without links to other names of itself, as far as it was given so; no slash at the end.
+    /// The absolute path, without "." and ".." and without a slash at the end; symbolic links stay.
     QString folder() const { return m_strFolder; }
 
 private:
@@ -32,8 +34,8 @@ private:
     CWorkLock m_lock;
 };
 
-/// What speaks against writing a file of a merging there: a link that leads to an input of the merging, or
-/// into a folder with inputs. Empty if nothing does.
+/// Why a file of a merging must not be written under a name: it is a symbolic link to the file of known
+/// cells, or into a folder with inputs of the merging or results of a series. Empty if it may be written.
 QString whyNoTarget(const QString& strFile, const CrystalsJobOptions& options);
 
 }  // namespace tessera

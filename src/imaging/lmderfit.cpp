@@ -36,7 +36,10 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
     std::vector<double> x = m_vecParam, fvec(mSize), fjac(mSize * nSize), diag(nSize), qtf(nSize);
     std::vector<double> wa1(nSize), wa2(nSize), wa3(nSize), wa4(mSize);
     std::vector<int> ipvt(nSize);
+    // MINPACK counts columns from 1.
     std::iota(ipvt.begin(), ipvt.end(), 1);
+    // ftol and xtol: of the sum of squares and of the parameters. Moré's root of the machine precision is the
+    // best that can be reached. gtol is 0, so the gradient ends a fit only where it is 0.
     const double dfTolerance = std::sqrt(dpmpar(1));
     int nFev = 0, nJev = 0;
     const int nInfo = lmder(fcn, pData, m, n, x.data(), fvec.data(), fjac.data(), m, dfTolerance, dfTolerance,
@@ -52,6 +55,7 @@ int CLmderFit::Run(LmderFunction fcn, int m, void* pData)
         m_vecCovariance.assign(nSize * nSize, dfNaN);
         return nInfo;
     }
+    // fjac now has the triangular factor of the Jacobian, its columns in the order of ipvt.
     FitCovariance errors = covarianceOfFit(fvec, std::move(fjac), ipvt);
     m_vecStdErr = std::move(errors.vecStdErr);
     m_vecCovariance = std::move(errors.vecCovariance);

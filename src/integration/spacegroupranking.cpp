@@ -18,6 +18,7 @@ namespace tessera {
 
 namespace {
 
+/// Which of the reflections ReflectionZone::listSmall of a zone are forbidden.
 using Pattern = std::vector<bool>;
 
 bool isEmpty(const Pattern& pattern)
@@ -35,19 +36,19 @@ bool includes(const Pattern& whole, const Pattern& part)
     return true;
 }
 
-/// Sums of E² over reflections.
+/// Sums over reflections.
 struct Sums {
     int nCount = 0;
-    double dfSum = 0;
-    double dfSquares = 0;
-    double dfVariance = 0;
+    double dfSum = 0;       ///< of E²
+    double dfSquares = 0;   ///< of (E²)²
+    double dfVariance = 0;  ///< of the variances of E² by the measurement
 
-    void add(double df, double dfOfOne)
+    void add(double dfESquare, double dfVarianceOfOne)
     {
         ++nCount;
-        dfSum += df;
-        dfSquares += df * df;
-        dfVariance += dfOfOne;
+        dfSum += dfESquare;
+        dfSquares += dfESquare * dfESquare;
+        dfVariance += dfVarianceOfOne;
     }
     void add(const Sums& other)
     {
@@ -57,8 +58,9 @@ struct Sums {
         dfVariance += other.dfVariance;
     }
     double mean() const { return dfSum / nCount; }
+    /// Standard error of the mean from the measurement alone.
     double errorOfMeasuring() const { return std::sqrt(dfVariance) / nCount; }
-    /// Error of the mean, from the scatter and the measurement.
+    /// Standard error of the mean from the scatter of the reflections and the measurement.
     double errorOfMean() const
     {
         const double dfSpread = std::max(0.0, dfSquares / nCount - mean() * mean());
@@ -80,10 +82,11 @@ struct ZoneData {
     std::map<std::uint64_t, Sums> mapSums;  ///< key: bit n is set if condition n forbids them
 };
 
+/// A space group in one setting.
 struct Group {
     const gemmi::SpaceGroup* pGroup = nullptr;
-    std::vector<int> listCondition;  ///< condition of each zone; -1: none
-    double dfLogLikelihood = 0;
+    std::vector<int> listCondition;  ///< for each zone the index of its condition; -1: none
+    double dfLogLikelihood = 0;      ///< at the end of judge() the logarithm of the probability
 };
 
 class CRanking {
@@ -125,7 +128,8 @@ public:
     }
 
 private:
-    /// Settings of one group with equal absences count once.
+    /// Finds the groups and the conditions of the zones. Of the settings of a group that have equal absences,
+    /// between which the data cannot decide, only the first counts.
     void findGroups()
     {
         std::set<std::pair<int, std::vector<int>>> setSeen;
@@ -142,6 +146,7 @@ private:
         }
     }
 
+    /// The index of a group's condition in a zone, which is added to the zone if it is new; -1: none.
     static int conditionOf(ZoneData& data, const gemmi::GroupOps& ops)
     {
         const Pattern pattern = forbiddenPattern(data.zone, ops);
@@ -158,6 +163,9 @@ private:
         return int(data.listCondition.size()) - 1;
     }
 
+    /// Sums E² of the reflections of each zone. The mean intensity by which E² is normalized depends on the
+    /// resolution and on the parity class. It is that of the general reflections, which only the centring can
+    /// forbid.
     void collect(const std::vector<MergedReflection>& listMerged, const CellParameters& cell)
     {
         const std::optional<gemmi::UnitCell> unitCell = unitCellOf(cell);
@@ -199,7 +207,8 @@ private:
         }
     }
 
-    static void addTo(ZoneData& data, const std::array<int, 3>& anIndex, double df, double dfVariance)
+    /// Adds a reflection to those of its zone that the same conditions forbid.
+    static void addTo(ZoneData& data, const std::array<int, 3>& anIndex, double dfESquare, double dfVariance)
     {
         std::uint64_t nMask = 0;
         for (size_t n = 0; n < data.listCondition.size() && n < 64; ++n) {
@@ -207,10 +216,11 @@ private:
                 nMask |= std::uint64_t(1) << n;
             }
         }
-        data.mapSums[nMask].add(df, dfVariance);
+        data.mapSums[nMask].add(dfESquare, dfVariance);
     }
 
-    /// The reference of a zone: its reflections that no group forbids; if there are none, the mean E² of 1.
+    /// The reflections of a zone that no group forbids, to which the others are compared. Empty if they are
+    /// too few or not positive in sum: then the reference is the mean E² of general reflections, 1.
     static Sums referenceOf(const ZoneData& data)
     {
         const auto it = data.mapSums.find(0);
@@ -221,6 +231,9 @@ private:
         return it->second;
     }
 
+    /// Gives each group its probability. Reflections that the same conditions forbid are one observation: the
+    /// ratio of their mean E² to the reference, probable for a group by whether it forbids them. All groups
+    /// have the same prior probability.
     void judge()
     {
         for (size_t n = 0; n < m_listZone.size(); ++n) {
@@ -246,6 +259,7 @@ private:
             return one.dfLogLikelihood != other.dfLogLikelihood ? one.dfLogLikelihood > other.dfLogLikelihood
                                                                 : one.pGroup->number < other.pGroup->number;
         });
+        // The sum of all likelihoods, relative to the greatest, so that none of them overflows.
         double dfSum = 0;
         for (const Group& group : m_listGroup) {
             dfSum += std::exp(group.dfLogLikelihood - m_listGroup.front().dfLogLikelihood);
@@ -257,6 +271,7 @@ private:
         }
     }
 
+    /// A group counts for a condition if its own condition in the zone forbids at least the same reflections.
     ConditionEvidence evidence(size_t nZone, size_t nCondition) const
     {
         const ZoneData& data = m_listZone[nZone];

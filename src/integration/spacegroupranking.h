@@ -14,9 +14,10 @@ namespace tessera {
 struct ConditionEvidence {
     QString strCondition;  ///< "h0l: h+l = 2n"
     int nForbidden = 0;    ///< merged reflections that the condition forbids
-    double dfRatio = 0;  ///< mean I of the forbidden reflections over mean I of the allowed ones of the zone
-    double dfRatioError = 0;  ///< standard error of the ratio
-    double dfLikelihood = 0;  ///< probability of the condition, 0 to 1
+    double dfRatio =
+        0;  ///< mean E² of the forbidden reflections over that of the others of the zone; NaN: unknown
+    double dfRatioError = 0;  ///< standard error of the ratio; NaN: unknown
+    double dfLikelihood = 0;  ///< probability of the condition or of one that includes it, 0 to 1
 };
 
 /// A space group with its probability.
