@@ -183,7 +183,7 @@ private:
         for (const MergedReflection& merged : listMerged) {
             listPlace.push_back(placeInZone(listZone, m_ops, merged.anIndex));
             listDStar.push_back(std::sqrt(unitCell->calculate_1_d2(merged.anIndex)));
-            if (listPlace.back().nZone < 0) {
+            if (listPlace.back().nZone < 0 && std::isfinite(merged.dfIntensity)) {
                 listGeneralDStar.push_back(listDStar.back());
                 listGeneral.push_back(merged.dfIntensity);
             }

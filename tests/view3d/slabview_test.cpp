@@ -62,7 +62,7 @@ protected:
         return vecDrawn;
     }
     /// Those that the pointer finds.
-    std::vector<int> picked() const
+    std::vector<int> picked()
     {
         std::vector<int> vecPicked;
         for (int i = 0; i < m_view.points().size(); ++i) {

@@ -9,20 +9,17 @@
 #include "window/frames/exchangedialog.h"
 #include "window/integration/profilewindow.h"
 #include "window/knowncelldialog.h"
+#include "window/newproject/tiltsbox.h"
 #include "window/newprojectdialog.h"
 #include "window/pages/lensdistortionbox.h"
 #include "window/pages/suggestiondialog.h"
 #include "window/start/startpage.h"
 
-namespace {
-
-// Outside of the namespaces, as the macro declares a function there.
-void loadIcons()
+// Outside of all namespaces, as the macro declares a function there.
+static void loadIcons()
 {
     Q_INIT_RESOURCE(tessera);
 }
-
-}  // namespace
 
 namespace tessera {
 
@@ -261,7 +258,7 @@ TEST_P(Looks, NothingIsCutOffInItsDialogs)
     newProject.show();
     QTest::qWait(300);  // the headers are read
     check(&newProject, "newproject");
-    newProject.m_pListRadio->click();
+    newProject.m_pTilts->m_pListRadio->click();
     check(&newProject, "newproject_list");
     newProject.hide();
 

@@ -26,7 +26,7 @@ protected:
         }
         return str;
     }
-    QToolButton* chip(WorkStage stage) const { return m_pStrip->m_listChip[stage]; }
+    QToolButton* chip(WorkStage stage) const { return m_pStrip->m_listChip[size_t(stage)]; }
     /// Clicks the last link of the log with that text.
     bool clickLink(const QString& strText) const
     {
