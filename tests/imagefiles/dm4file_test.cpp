@@ -342,11 +342,12 @@ TEST_F(Dm4, OnePlaneOfADm3FileIsReadHoweverManyAreAskedFor)
 {
     for (const quint32 nOrder : {1u, 2u}) {
         writeBytes(path("a.dm3"), TaggedDm3{"1/nm", 1, 0, 0, 0}.bytes(nOrder));
-        ImageList vecImage;
         for (int i = 0; i < 3; ++i) {
+            ImageList vecImage;
             ASSERT_TRUE(readDm3Frames(path("a.dm3"), i, 3, vecImage, m_strReason)) << i;
-            EXPECT_EQ(vecImage[0]->Data()[1], float('b' + 2 * i));
+            EXPECT_EQ(vecImage[0]->Data()[1], float('b' + 2 * i)) << i;
         }
+        ImageList vecImage;
         EXPECT_FALSE(readDm3Frames(path("a.dm3"), 3, 3, vecImage, m_strReason));
         EXPECT_EQ(m_strReason, "image 4 of 3");
     }

@@ -117,6 +117,7 @@ TEST_F(View3D, LightFallsOnThePoints)
 {
     m_view.setPoints({peakAt(0.5f, -0.3f, 1.9f, 7, 0), peakAt(-1, 0, -2.1f, 7, 1)});
     m_view.setPointSizeRatio(0.3 / m_view.devicePixelRatio());
+    m_view.setPointAlpha(1.f);
     m_view.setLight(true);
     m_view.setLightIntensity(0);
     EXPECT_NEAR(atScene(picture(), 0.5, -0.3).red(), 255 * (0.3 + 0.2 / std::sqrt(1.02)), 2);
