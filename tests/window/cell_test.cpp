@@ -3,7 +3,7 @@
 
 namespace tessera {
 
-TEST_F(Reciprocal, TheFirstCellByHandIsACubeAndInSight)
+TEST_F(Reciprocal, CellByHand)
 {
     m_pCell->m_pSpinManualLengthB->setValue(0.2);  // no cell yet: kept for the next click
     EXPECT_EQ(fields(), g_strNoCell);
@@ -11,17 +11,11 @@ TEST_F(Reciprocal, TheFirstCellByHandIsACubeAndInSight)
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
     EXPECT_EQ(fields(), fieldsOf(cell()));
     for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
-        EXPECT_TRUE(pView->showLatticeLines());
-        EXPECT_TRUE(pView->showLatticePoints());
+        EXPECT_TRUE(pView->showLatticeLines() && pView->showLatticePoints());
     }
     m_pCell->m_pButtonAssignRB->click();  // no view yet
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
-}
 
-TEST_F(Reciprocal, VectorsByHandLieAlongTheViewAndHaveTheLengthsTyped)
-{
-    m_pCell->m_pRadioCellManual->setChecked(true);
-    m_pCell->m_pSpinManualLengthB->setValue(0.2);
     const auto seesAnother = [](ED3DWidget* pView, QPushButton* pButton) {
         QTest::qWait(50);                               // a view that has just come to sight is laid out
         const QImage image = pView->grabFrameBuffer();  // none without OpenGL
@@ -43,22 +37,14 @@ TEST_F(Reciprocal, VectorsByHandLieAlongTheViewAndHaveTheLengthsTyped)
     EXPECT_EQ(fields(), fieldsOf(matWanted));
     m_pCell->m_pButtonAssignRB->click();  // co-planar with c*
     EXPECT_EQ(fields(), g_strNoCell);
-}
 
-TEST_F(Reciprocal, AVectorOfNoLengthBeginsAnewAlongItsAxis)
-{
-    m_pCell->m_pRadioCellManual->setChecked(true);
-    m_pTabs->setCurrentIndex(1);
-    m_pRaw->viewAlong({1, 2, 3});
-    m_pCell->m_pButtonAssignRB->click();
+    // A vector of length 0 begins anew along its axis.
     m_pCell->m_pSpinManualLengthB->setValue(0);
     m_pCell->m_pSpinManualLengthB->setValue(0.3);
-    expectNear(cell(), {{{0.1, 0, 0}, {0, 0.3, 0}, {0, 0, 0.1}}});
-}
+    expectNear({{cell()[0], cell()[1], {0, 0, 0}}}, {{{0.05, 0, 0}, {0, 0.3, 0}, {0, 0, 0}}});
 
-// Which rounds its lengths.
-TEST_F(Reciprocal, ACellStaysUntilTheManualWayIsLeft)
-{
+    // A cell that exists stays until the manual way is left, which rounds its lengths.
+    m_pCell->m_pRadioCellAuto->setChecked(true);
     loadCell(g_matCell);
     m_pPanel->m_pCheckLatticePoints->setChecked(false);
     m_pCell->m_pRadioCellManual->setChecked(true);
@@ -73,7 +59,7 @@ TEST_F(Reciprocal, ACellStaysUntilTheManualWayIsLeft)
     expectNear(cell(), matRounded);
 }
 
-TEST_F(Reciprocal, AMatrixIsTestedAndTakenInEitherSpace)
+TEST_F(Reciprocal, CellByMatrix)
 {
     m_pCell->m_pButtonTransform->click();
     EXPECT_EQ(lines("Unit cell information is missing.", Qt::black), 1);
@@ -110,12 +96,7 @@ TEST_F(Reciprocal, AMatrixIsTestedAndTakenInEitherSpace)
         expectNear(cell(), matWanted, 2e-7);
         EXPECT_EQ(m_pCell->m_apEditMatrix[2][0]->text(), "0");
     }
-}
-
-TEST_F(Reciprocal, ASingularMatrixIsRefusedInRealSpace)
-{
-    loadCell(g_matCell);
-    m_pCell->m_pRadioSpaceReal->setChecked(true);
+    // A singular matrix is refused in real space.
     type({{{1, 2, 3}, {2, 4, 6}, {0, 0, 1}}});
     const Mat matKept = cell();
     m_pCell->m_pButtonTest->click();
@@ -123,21 +104,13 @@ TEST_F(Reciprocal, ASingularMatrixIsRefusedInRealSpace)
     EXPECT_EQ(lines("TransformUnitCell: singlular matrix!"), 2);
     EXPECT_TRUE(m_pCell->m_pButtonTest->isChecked());
     expectNear(cell(), matKept);
-}
+    m_pCell->m_pButtonTest->click();
 
-// It is in force.
-TEST_F(Reciprocal, ACellSetByHandIsNotUnderTest)
-{
-    loadCell(g_matCell);
+    // A cell set by hand is in force, so it is not under test.
     type({{{2, 0, 0}, {0, 1, 0}, {0, 0, 1}}});
     m_pCell->m_pButtonTest->setChecked(true);
     m_pCell->m_pSpinManualLengthA->setValue(0.7);
     EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
-}
-
-TEST_F(Reciprocal, AMatrixThatIsNoNumbersIsTold)
-{
-    loadCell(g_matCell);
     const Mat matBefore = cell();
     const QString strBefore = fields();
     for (const char* pszText : {"", "-", "1e"}) {

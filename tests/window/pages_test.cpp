@@ -67,6 +67,73 @@ TEST_F(NumbersOfPages, AreThoseThatTheDriverComputesWith)
     }
 }
 
+// The numbers that users and their scripts know: not to be changed with the table by mistake.
+TEST_F(NumbersOfPages, StandAsUsersKnowThem)
+{
+    const struct {
+        const QDoubleSpinBox* pSpin;
+        ParameterMember member;
+        double dfMinimum, dfMaximum;
+        int nDecimals;
+        double dfStart;
+        const char* pszSuffix;
+    } aRow[] = {
+        {m_frames.m_pWavelengthSpin, &DataSet::m_dfWavelength, 0, 10000, 6, 0.0251, " Å"},
+        {m_frames.m_pPixelSizeSpin, &DataSet::m_dfPixelSize, 0, 10000, 6, 0.001, " Å⁻¹"},
+        {m_frames.m_pRotationAxisSpin, &DataSet::m_dfRotationAxis, -180, 180, 1, 0, "°"},
+        {m_frames.m_pTiltRelaxationSpin, &DataSet::m_dfTiltRelaxation, -180, 180, 1, 0, "°"},
+        {m_shift.m_pCenterXSpin, &DataSet::m_dfCenterX, 0, 100000, 2, 0, ""},
+        {m_shift.m_pCenterYSpin, &DataSet::m_dfCenterY, 0, 100000, 2, 0, ""},
+        {m_merging.m_pSpinStretchAmplitude, &DataSet::m_dfStretchAmplitude, -1000, 1000, 2, 0, " %"},
+        {m_merging.m_pSpinStretchAzimuth, &DataSet::m_dfStretchAzimuth, 0, 180, 2, 0, " °"},
+        {m_search.m_pPeakRadiusSpin, &PeakHuntingParameters::m_dfPeakRadius, 0, 1000, 2, 5, " pix."},
+        {m_search.m_pBackgroundRadiusSpin, &PeakHuntingParameters::m_dfBackgroundRadius, 0, 1000, 2, 10,
+         " pix."},
+        {m_search.m_pThresholdSpin, &PeakHuntingParameters::m_dfPeakThreshold, -100000, 1000000, 2, 1, ""},
+        {m_search.m_pSmoothRadiusSpin, &PeakHuntingParameters::m_dfSmoothRadius, 0, 1000, 2, 0.5, " pix."},
+        {m_search.m_pIntegrationRadiusSpin, &PeakHuntingParameters::m_dfIntegrationRadius, 0, 1000, 1, 15,
+         " pix."},
+        {m_search.m_pIntegrationBackgroundSpin, &PeakHuntingParameters::m_dfIntegrationBackground, 0, 1000, 1,
+         3, " pix."},
+        {m_merging.m_pSpinResolutionMin, &MappingParameters::m_dfResolutionMin, 0, 100, 2, 0, " Å⁻¹"},
+        {m_merging.m_pSpinResolutionMax, &MappingParameters::m_dfResolutionMax, 0, 100, 2, 1, " Å⁻¹"},
+        {m_merging.m_pSpinIntensityMin, &MappingParameters::m_dfIntensityMin, -100000, 1000000, 2, 0, ""},
+        {m_merging.m_pSpinIntensityMax, &MappingParameters::m_dfIntensityMax, -100000, 1000000, 2, 32768, ""},
+        {m_merging.m_pSpinMin3DDistance, &PeakMergingParameters::m_dfMin3DDistance, 0, 1000, 2, 10, " pix."},
+        {m_merging.m_pSpinMax2DDistance, &PeakMergingParameters::m_dfMax2DDistance, 0, 1000, 2, 5, " pix."},
+        {m_merging.m_pSpinMin2DLength, &PeakMergingParameters::m_dfMin2DLength, -1, 1000, 2, 0, " pix."},
+        {m_merging.m_pSpinMax3DLength, &PeakMergingParameters::m_dfMax3DLength, 0, 1000, 2, 30, " pix."},
+        {m_cell.m_pSpinCellRangeMin, &CellHuntingParameters::m_dfCellRangeMin, 1, 1000, 1, 3, " Å"},
+        {m_cell.m_pSpinCellRangeMax, &CellHuntingParameters::m_dfCellRangeMax, 1, 1000, 1, 30, " Å"},
+        {m_cell.m_pSpinIndexThreshold, &IndexingParameters::m_dfIndexThreshold, 0.01, 0.5, 2, 0.05, ""},
+        {m_extracting.m_pSpinResolutionLimit, &ExtractionParameters::m_dfResolutionLimit, 0, 100, 1, 1,
+         " Å⁻¹"},
+        {m_refining.m_pSpinRefineIntensityLow, &RefinementParameters::m_dfRefineIntensityLow, -1e7, 1e7, 1,
+         100, ""},
+        {m_refining.m_pSpinRefineIntensityHigh, &RefinementParameters::m_dfRefineIntensityHigh, -1e7, 1e7, 1,
+         32768, ""},
+        {m_refining.m_pSpinRefineDStarLow, &RefinementParameters::m_dfRefineDStarLow, 0, 1000, 3, 1, " Å⁻¹"},
+        {m_refining.m_pSpinRefineDStarHigh, &RefinementParameters::m_dfRefineDStarHigh, 0, 1000, 3, 2,
+         " Å⁻¹"}};
+    for (const auto& row : aRow) {
+        const Parameter* pRow = parameterOfBox(row.pSpin);
+        ASSERT_TRUE(pRow) << &row - aRow;
+        EXPECT_TRUE(pRow->member == row.member) << pRow->pszTip;
+        EXPECT_EQ(row.pSpin->minimum(), row.dfMinimum) << pRow->pszTip;
+        EXPECT_EQ(row.pSpin->maximum(), row.dfMaximum) << pRow->pszTip;
+        EXPECT_EQ(row.pSpin->decimals(), row.nDecimals) << pRow->pszTip;
+        EXPECT_EQ(row.pSpin->value(), row.dfStart) << pRow->pszTip;
+        EXPECT_EQ(row.pSpin->suffix(), QString(row.pszSuffix)) << pRow->pszTip;
+    }
+    const std::pair<const QSpinBox*, int> aPixels[] = {{m_extracting.m_pSpinWindowRadius, 10},
+                                                       {m_extracting.m_pSpinBackgroundSize, 2}};
+    for (const auto& [pSpin, nStart] : aPixels) {
+        EXPECT_EQ(pSpin->minimum(), 0);
+        EXPECT_EQ(pSpin->maximum(), 10000);
+        EXPECT_EQ(pSpin->value(), nStart);
+    }
+}
+
 TEST(Pages, CellPageSwapsItsWays)
 {
     CellPage page;

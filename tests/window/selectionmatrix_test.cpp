@@ -212,8 +212,7 @@ TEST_F(SelectionMatrix, FromEachViewToAllOthers)
     // from then on the profile is that of each choice.
     disc(0);
     expectChosen(a, "disc");
-    ASSERT_TRUE(profile());
-    ASSERT_TRUE(profile()->isVisible());
+    ASSERT_TRUE(profile() && profile()->isVisible());
     clickPoint(m_pMerged, 2, b.nMerged);
     expectChosen(b, "merged view");
     disc(0);
