@@ -170,6 +170,7 @@ int harmfulCrystal(const std::vector<CLeaveOneOut::Gain>& listGain)
     }
     const double dfMiddle = median(listFinite);
     std::vector<double> listOff;
+    listOff.reserve(listFinite.size());
     for (const double df : listFinite) {
         listOff.push_back(std::abs(df - dfMiddle));
     }

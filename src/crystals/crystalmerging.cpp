@@ -216,7 +216,7 @@ void replaceSettled(SettledCrystals&& kept, SettledCrystals& all)
 
 /// Settles, and again without those that are apart, until none is.
 /// @return false when the report asked to stop
-bool settleGroup(const std::vector<Crystal>& listCrystal, std::vector<int> listMember,
+bool settleGroup(const std::vector<Crystal>& listCrystal, const std::vector<int>& listMember,
                  const CrystalGroup& group, const CrystalMergeOptions& options, CRunReport& report,
                  SettledCrystals& settled, MergedCrystals& merged)
 {
@@ -256,6 +256,7 @@ bool settleGroup(const std::vector<Crystal>& listCrystal, std::vector<int> listM
         }
         for (const std::vector<int>& listKind : apart.listKind) {
             std::vector<int> list;
+            list.reserve(listKind.size());
             for (const int nPlace : listKind) {
                 list.push_back(part.listSettled[nPlace].nCrystal);
             }

@@ -163,6 +163,7 @@ std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& li
     listOrder.resize(std::min(listOrder.size(), g_nForSymmetry));
     std::sort(listOrder.begin(), listOrder.end());
     std::vector<SettingInput> listSome;
+    listSome.reserve(listOrder.size());
     for (const size_t n : listOrder) {
         listSome.push_back(listInput[n]);
     }

@@ -215,7 +215,7 @@ QJsonObject groupObject(const CrystalsJobResult& result, const CompoundGroup& co
 QSet<QString> pathsIn(const QJsonObject& record)
 {
     QSet<QString> set;
-    for (const QJsonValue& file : record[QStringLiteral("files")].toArray()) {
+    for (const auto& file : record[QStringLiteral("files")].toArray()) {
         set.insert(file.toObject()[QStringLiteral("path")].toString());
     }
     return set;
@@ -225,7 +225,7 @@ QSet<QString> pathsIn(const QJsonObject& record)
 QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 {
     QJsonArray arrayKept;
-    for (const QJsonValue& record : generationsOf(former)) {
+    for (const auto& record : generationsOf(former)) {
         QSet<QString> setFile = pathsIn(record.toObject()).subtract(setWritten);
         for (auto it = setFile.begin(); it != setFile.end();) {
             it = QFileInfo::exists(*it) ? std::next(it) : setFile.erase(it);

@@ -21,8 +21,8 @@ namespace {
 QMap<QString, QSet<QString>> sumsIn(const QJsonObject& former)
 {
     QMap<QString, QSet<QString>> mapSums;
-    for (const QJsonValue& record : generationsOf(former)) {
-        for (const QJsonValue& value : record.toObject()[QStringLiteral("files")].toArray()) {
+    for (const auto& record : generationsOf(former)) {
+        for (const auto& value : record.toObject()[QStringLiteral("files")].toArray()) {
             const QJsonObject file = value.toObject();
             mapSums[file[QStringLiteral("path")].toString()].insert(
                 file[QStringLiteral("sha256")].toString());
