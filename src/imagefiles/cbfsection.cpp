@@ -11,8 +11,8 @@ namespace {
 
 constexpr qint64 g_nFirstLook = 16 * 1024;       ///< bytes; cameras write 4 kB before the pixels
 constexpr qint64 g_nLastLook = qint64(4) << 20;  ///< bytes; files with tables of imgCIF have more text
-const QByteArray SECTION("\n--CIF-BINARY-FORMAT-SECTION--");
-const QByteArray MARKER("\x0c\x1a\x04\xd5", 4);  ///< precedes the data
+const QByteArray g_bytesSection("\n--CIF-BINARY-FORMAT-SECTION--");
+const QByteArray g_bytesMarker("\x0c\x1a\x04\xd5", 4);  ///< precedes the data
 
 using MimeItems = std::map<QByteArray, QByteArray>;
 
@@ -153,14 +153,14 @@ bool readCbfSection(QFile& file, CbfSection& section, QString& strReason)
         return false;
     }
     const auto markerIn = [](const QByteArray& bytes) {
-        const int nSection = bytes.indexOf(SECTION);
-        return nSection < 0 ? -1 : bytes.indexOf(MARKER, nSection);
+        const int nSection = bytes.indexOf(g_bytesSection);
+        return nSection < 0 ? -1 : bytes.indexOf(g_bytesMarker, nSection);
     };
     const qint64 nMore = std::min(g_nLastLook, file.size()) - bytesHead.size();
     if (markerIn(bytesHead) < 0 && nMore > 0) {
         bytesHead += file.read(nMore);
     }
-    const int nSection = bytesHead.indexOf(SECTION), nMarker = markerIn(bytesHead);
+    const int nSection = bytesHead.indexOf(g_bytesSection), nMarker = markerIn(bytesHead);
     if (nMarker < 0) {
         strReason = QStringLiteral("%1 in the first %2 bytes")
                         .arg(nSection < 0 ? QStringLiteral("no binary section")
@@ -169,9 +169,9 @@ bool readCbfSection(QFile& file, CbfSection& section, QString& strReason)
         return false;
     }
     section.bytesText = bytesHead.left(nSection + 1);
-    section.pixels.nOffset = nMarker + MARKER.size();
+    section.pixels.nOffset = nMarker + g_bytesMarker.size();
     const MimeItems mapItem = mimeItems(
-        bytesHead.mid(nSection + SECTION.size(), nMarker - nSection - SECTION.size()));
+        bytesHead.mid(nSection + g_bytesSection.size(), nMarker - nSection - g_bytesSection.size()));
     return typeOf(mapItem, section, strReason) && sizeOf(mapItem, file.size(), section, strReason);
 }
 

@@ -14,8 +14,8 @@ constexpr double g_dfLongest = 0.05;
 constexpr struct {
     int nKilovolts;
     double dfWavelength;
-} USUAL[] = {{80, 0.0417572},  {100, 0.0370144}, {120, 0.0334922},
-             {160, 0.0285101}, {200, 0.0250793}, {300, 0.0196875}};
+} g_aUsual[] = {{80, 0.0417572},  {100, 0.0370144}, {120, 0.0334922},
+                {160, 0.0285101}, {200, 0.0250793}, {300, 0.0196875}};
 
 /// The number of decimals without zeros at the end, at most `nMost`.
 int decimalsOf(double df, int nMost)
@@ -48,8 +48,8 @@ void tellWavelength(const QByteArray& bytesValue, const QString& strSource, Fram
     constexpr int nEnough = 5;
     const int nDecimals = decimalsOf(df, nEnough);
     const double dfRounding = 0.5 * std::pow(10., -nDecimals);
-    const auto* pNearest = &USUAL[0];
-    for (const auto& usual : USUAL) {
+    const auto* pNearest = &g_aUsual[0];
+    for (const auto& usual : g_aUsual) {
         if (std::abs(usual.dfWavelength - df) < std::abs(pNearest->dfWavelength - df)) {
             pNearest = &usual;
         }
