@@ -298,6 +298,7 @@ std::vector<int> CIndexSpreading::placesInWalkOrder(int nReflection,
                                                     const std::vector<WholeStep>& vecStep) const
 {
     std::vector<int> vecPlace;
+    vecPlace.reserve(vecStep.size());
     for (const WholeStep& step : vecStep) {
         vecPlace.push_back(step.nPlace);
     }
