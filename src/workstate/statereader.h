@@ -44,7 +44,7 @@ public:
         } else if constexpr (std::is_arithmetic_v<T>) {
             takeNumber(value);
         } else if constexpr (Members<T>::bKnown) {
-            std::apply([this](auto&... member) { (take(member), ...); }, Members<T>::of(value));
+            std::apply([this](auto&... member) { (this->take(member), ...); }, Members<T>::of(value));
         } else {
             takeValue(value);
         }

@@ -33,7 +33,7 @@ public:
         } else if constexpr (std::is_arithmetic_v<T>) {
             putNumber(value);
         } else if constexpr (Members<T>::bKnown) {
-            std::apply([this](const auto&... member) { (put(member), ...); }, Members<T>::of(value));
+            std::apply([this](const auto&... member) { (this->put(member), ...); }, Members<T>::of(value));
         } else {
             putValue(value);
         }

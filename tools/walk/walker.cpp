@@ -161,7 +161,7 @@ void CWalker::addDialogSteps(const std::vector<Field>& listField)
 void CWalker::addSolveSteps()
 {
     auto* pRoad = m_window.findChild<RoadDock*>();
-    const auto says = [this, pRoad](const char* pszText) {
+    const auto says = [pRoad](const char* pszText) {
         return !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
                pRoad->m_pSolveButton->text() == QLatin1String(pszText);
     };
