@@ -19,7 +19,7 @@ public:
     virtual void addHtml(const QString& /*strHtml*/, Severity /*severity*/ = Severity::Info) {}
 
     /// Shows the progress display. See CProgress, which calls these three functions.
-    /// @param bTaskBar  also on the task bar entry of the program
+    /// The last argument: whether also on the task bar entry of the program.
     virtual void startProgress(const QString& /*strFormat*/, int /*nMinimum*/, int /*nMaximum*/,
                                bool /*bTaskBar*/ = false)
     {}
