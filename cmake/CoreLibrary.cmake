@@ -1,14 +1,13 @@
-# tessera_core_library(NAME LINKS target... [PRECOMPILE header...])
+# tessera_core_library(NAME LINKS target...)
 #
 # A static library of the computing core, made of the sources beside the calling CMakeLists.txt. The core knows no
 # widget: a library that reaches Qt Widgets, directly or through another one, stops the configuration.
 function(tessera_core_library name)
-  cmake_parse_arguments(ARG "" "" "LINKS;PRECOMPILE" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
   add_library(${name} STATIC ${sources})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINKS})
-  tessera_precompile(${name} ${ARG_PRECOMPILE})
   add_dependencies(${name} layers)  # no build of a part goes past the check of the includes
   set_property(GLOBAL APPEND PROPERTY TESSERA_CORE_LIBRARIES ${name})
 endfunction()

@@ -60,13 +60,13 @@ build() {
     ninja -C "$folder" -j "$JOBS" "$@" | tail -n 1
 }
 
-# build_tests PRESET: programs and tests, with precompiled headers (not in the released sources themselves, where an
-# include that is missing is to be found out).
+# build_tests PRESET: programs and tests, with sources joined (not the released ones themselves, where an include that is
+# missing is to be found out).
 build_tests() {
-    local preset=$1 folder=build/$1 bench=OFF pch=ALL
-    [ "$preset" = release ] && folder=build bench=ON pch=TESTS
+    local preset=$1 folder=build/$1 bench=OFF units=ALL
+    [ "$preset" = release ] && folder=build bench=ON units=TESTS
     build "$preset" "$PROJECT/$folder" -DTESSERA_TESTS=ON -DTESSERA_WERROR="$WERROR" -DTESSERA_BENCH="$bench" \
-        -DTESSERA_PCH="${TESSERA_PCH:-$pch}"
+        -DTESSERA_UNITS="${TESSERA_UNITS:-$units}"
 }
 
 # build_programs: the programs, as released. Whether the folder has tests stays as it is.

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 """Runs clang-tidy over many sources at a time: most of its work goes into the headers of Qt, which sources share.
 
-lintunits.py BUILD SOURCE...    BUILD has compile_commands.json; exit status 1 if there are findings
+lintunits.py [--alone] BUILD SOURCE...    BUILD has compile_commands.json; exit status 1 if there are findings
 
-Sources with the same flags and without common names in their unnamed namespaces are read as one. The path-sensitive
-analyzer looks at nothing but main files and is left out here; "scripts/lint FILE..." has it. Where sources cannot be read
-together after all, each is looked at alone.
+Sources of a folder with the same flags that sourceunits.py puts together are read as one. The path-sensitive analyzer
+looks at nothing but main files and is left out so; with --alone each is read by itself, with the analyzer. Where sources
+cannot be read together after all, each is looked at alone.
 """
 import collections
 import json
@@ -16,60 +16,46 @@ import shlex
 import subprocess
 import sys
 
-MOST_SOURCES = 12  # a unit: more save little and want much memory
-NAME = re.compile(r"^(?:[\w:<>,&* ]+?[ &*](\w+)\(|(?:struct|class|enum|enum class) (\w+)|using (\w+) =|#define (\w+)|"
-                  r"(?:const|constexpr|thread_local|std::|Q)[\w:<>,&* ]*?[ &*](\w+)(?:\[| =|;|\{))", re.MULTILINE)
-
-
-def own_names(source):
-    """The names that a source keeps to itself."""
-    with open(source, encoding="utf-8") as file:
-        text = file.read()
-    names = set(re.findall(r"^#define (\w+)", text, re.MULTILINE))
-    for body in re.findall(r"^namespace \{\n(.*?)^\}  // namespace\n", text, re.MULTILINE | re.DOTALL):
-        names.update(name for found in NAME.findall(body) for name in found if name)
-    return names
-
+import sourceunits
 
 def flags_of(entry):
-    """The flags of a source's command, without compiler, source, output and precompiled headers."""
+    """The flags of a source's command, without compiler, source and output."""
     words = shlex.split(entry["command"])
     start = next(n for n, word in enumerate(words) if word.startswith("-"))
     flags, skip = [], False
-    for n, word in enumerate(words[start:], start):
+    for word in words[start:]:
         if skip:
             skip = False
         elif word in ("-o", "-c"):
             skip = True
-        elif word == "-include" and "cmake_pch" in words[n + 1]:
-            skip = True
         # What shadows a name of its own source the compiler tells; of another's source does no harm.
-        elif word not in ("-Winvalid-pch", "-Wshadow"):
+        elif word not in ("-Wshadow", "-Wno-subobject-linkage"):
             flags.append(word)
     return tuple(flags)
 
 
-def units(build, sources):
-    """Lists of sources that can be read together, each with the flags."""
+def entries_of(build):
+    """The entries of a build by source; sources that the compiler reads joined have that of the unit."""
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
-        entries = {os.path.realpath(os.path.join(e["directory"], e["file"])): e for e in json.load(file)}
-    made = collections.defaultdict(list)
+        listed = json.load(file)
+    entries = {}
+    for entry in listed:
+        path = os.path.realpath(os.path.join(entry["directory"], entry["file"]))
+        entries[path] = entry
+        if "/Unity/" in path:
+            with open(path, encoding="utf-8") as file:
+                entries.update((os.path.realpath(name), entry) for name in re.findall('#include "(.*)"', file.read()))
+    return entries
+
+
+def units(entries, sources):
+    """What can be read together: sources and their flags."""
+    alike = collections.defaultdict(list)
     for source in sources:
-        entry = entries.get(os.path.realpath(source))
-        if not entry:
-            continue
-        names = own_names(source)
         # Another folder is another set of headers.
-        key = (flags_of(entry), os.path.dirname(source))
-        for unit in made[key]:
-            if len(unit["sources"]) < MOST_SOURCES and not unit["names"] & names:
-                break
-        else:
-            unit = {"sources": [], "names": set(), "flags": key[0]}
-            made[key].append(unit)
-        unit["sources"].append(os.path.realpath(source))
-        unit["names"] |= names
-    return [unit for listed in made.values() for unit in listed]
+        alike[flags_of(entries[source]), os.path.dirname(source)].append(source)
+    return [{"sources": unit, "flags": flags} for (flags, _), listed in alike.items()
+            for unit in sourceunits.units(listed)]
 
 
 def tidy(main, flags, included, checks):
@@ -82,25 +68,29 @@ def tidy(main, flags, included, checks):
 
 
 def main():
-    build, *sources = sys.argv[1:]
-    folder = os.path.join(build, "lint")
-    os.makedirs(folder, exist_ok=True)
-    empty = os.path.join(os.path.realpath(folder), "empty.cpp")
-    with open(empty, "w", encoding="utf-8"):
-        pass
-    config = "--config-file=" + os.path.realpath(".clang-tidy")
+    together = "--alone" not in sys.argv
+    build, *sources = (word for word in sys.argv[1:] if word != "--alone")
+    entries = entries_of(build)
+    sources = [path for path in map(os.path.realpath, sources) if path in entries]
 
-    def look(unit):
-        checks = [config, "--checks=-clang-analyzer-*,-bugprone-suspicious-include", r"--header-filter=/(src|tools|bench|tests)/.*\.(h|cpp)$"]
-        status, text = tidy(empty, unit["flags"], unit["sources"], checks)
-        if "clang-diagnostic-error" in text and len(unit["sources"]) > 1:
+    def look_together(unit):
+        checks = ["--checks=-clang-analyzer-*,-bugprone-suspicious-include",
+                  r"--header-filter=/(src|tools|bench|tests)/.*\.(h|cpp)$"]
+        *included, main_file = unit["sources"]
+        status, text = tidy(main_file, unit["flags"], included, checks)
+        if "clang-diagnostic-error" in text and included:
             alone = [tidy(source, unit["flags"], [], checks) for source in unit["sources"]]
             return max(status for status, _ in alone), "".join(text for _, text in alone), len(alone)
         return status, text, 1
 
+    def look(source):
+        return *tidy(source, flags_of(entries[source]), [], []), 1
+
     faults, runs = 0, 0
     with multiprocessing.pool.ThreadPool(int(os.environ.get("JOBS", os.cpu_count()))) as pool:
-        for status, text, count in pool.imap_unordered(look, units(build, sources)):
+        results = (pool.imap_unordered(look_together, units(entries, sources)) if together
+                   else pool.imap_unordered(look, sources))
+        for status, text, count in results:
             faults += status != 0
             runs += count
             if status:

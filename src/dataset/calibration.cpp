@@ -1,6 +1,7 @@
 #include "dataset/calibration.h"
 
 #include "dataset/pagerounding.h"
+#include "records/reason.h"
 #include "records/wholefile.h"
 
 #include <QDateTime>
@@ -50,14 +51,6 @@ std::vector<Field> fieldsOf(Calibration& c)
             {"parabolic", "amplitude", -100, 100, &d.dfParabolicAmplitude},
             {"parabolic", "azimuth", -360, 360, &d.dfParabolicAzimuth},
             {"", "referenceRadius", 0.01, 100000, &d.dfRadius}};
-}
-
-bool giveReason(QString* pstrReason, const QString& strReason)
-{
-    if (pstrReason) {
-        *pstrReason = strReason;
-    }
-    return false;
 }
 
 /// Takes a number.

@@ -20,7 +20,7 @@ constexpr double g_dfWidthTolerance = 0.1;
 // stage.
 constexpr double g_dfEvenTolerance = 0.02;
 
-QString degrees(double df)
+QString inDegrees(double df)
 {
     return QString::number(df, 'g', 6) + QStringLiteral("°");
 }
@@ -103,8 +103,8 @@ ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<d
         if (bAgainst || bWider) {
             listDoubt.append(QStringLiteral("%1 tells frames of %2, but from one frame to the next %3 goes "
                                             "on by %4: the latter is taken.")
-                                 .arg(first.tiltStep.strSource, degrees(dfWidth), first.tiltStart.strSource,
-                                      degrees(dfStep)));
+                                 .arg(first.tiltStep.strSource, inDegrees(dfWidth), first.tiltStart.strSource,
+                                      inDegrees(dfStep)));
         } else {
             for (int i = 0; i < listHalf.size(); ++i) {
                 listHalf[i] = listWidth[i] / 2;
@@ -138,15 +138,15 @@ void doubtTilts(const QList<double>& listTilt, const QStringList& listName, QStr
         listDoubt.append(QStringLiteral("The tilt does not go on in one direction: at %1 it goes from %2 to "
                                         "%3 (%4 such frames). Are the frames in the order in which they were "
                                         "taken?")
-                             .arg(listName.value(nFirstBack), degrees(listTilt[nFirstBack - 1]),
-                                  degrees(listTilt[nFirstBack]))
+                             .arg(listName.value(nFirstBack), inDegrees(listTilt[nFirstBack - 1]),
+                                  inDegrees(listTilt[nFirstBack]))
                              .arg(nBack));
     }
     if (nLeap > 0) {
         listDoubt.append(QStringLiteral("The tilt leaps at %1, from %2 to %3, while the usual step is %4 (%5 "
                                         "such frames). Are frames missing?")
-                             .arg(listName.value(nFirstLeap), degrees(listTilt[nFirstLeap - 1]),
-                                  degrees(listTilt[nFirstLeap]), degrees(dfStep))
+                             .arg(listName.value(nFirstLeap), inDegrees(listTilt[nFirstLeap - 1]),
+                                  inDegrees(listTilt[nFirstLeap]), inDegrees(dfStep))
                              .arg(nLeap));
     }
 }
@@ -176,7 +176,7 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
         listDoubt.append(
             QStringLiteral("No frame tells a tilt of its own: %1, %2, is taken from each frame to "
                            "the next.")
-                .arg(width.strSource, degrees(width.df)));
+                .arg(width.strSource, inDegrees(width.df)));
     }
     const int nMost = std::max(nStarts, nTilts);
     if (!tilts.isTold() && nMost > 0 && nMost < nFrames) {
@@ -189,8 +189,8 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
     const auto itBeyond = std::find_if(tilts.list.cbegin(), tilts.list.cend(), isBeyond);
     if (itBeyond != tilts.list.cend()) {
         listDoubt.append(QStringLiteral("The tilt of %1 would be %2, beyond %3: none is taken.")
-                             .arg(listName.value(int(itBeyond - tilts.list.cbegin())), degrees(*itBeyond),
-                                  degrees(g_dfMostTilt)));
+                             .arg(listName.value(int(itBeyond - tilts.list.cbegin())), inDegrees(*itBeyond),
+                                  inDegrees(g_dfMostTilt)));
         return {};
     }
     doubtTilts(tilts.list, listName, listDoubt);
@@ -208,9 +208,9 @@ ToldTilts tiltsOfRange(int nFrames, double dfStart, double dfEnd, double dfWidth
         if (std::abs(dfSigned - dfStep) > g_dfEvenTolerance * std::abs(dfStep)) {
             listDoubt.append(QStringLiteral("From %1 to %2 in %3 frames would be steps of %4, but the step "
                                             "is told as %5, which is taken.")
-                                 .arg(degrees(dfStart), degrees(dfEnd))
+                                 .arg(inDegrees(dfStart), inDegrees(dfEnd))
                                  .arg(nFrames)
-                                 .arg(degrees(dfStep), degrees(dfSigned)));
+                                 .arg(inDegrees(dfStep), inDegrees(dfSigned)));
         }
         dfStep = dfSigned;
     }

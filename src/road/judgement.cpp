@@ -2,12 +2,12 @@
 
 #include "frames/shiftjumps.h"
 #include "reciprocal/rotationsense.h"
+#include "road/stagejudgement.h"
 
 namespace tessera {
 
 namespace {
 
-const double g_dfShareExpected = 0.5;
 const double g_dfShiftJump = 10;  ///< pixels
 
 }  // namespace

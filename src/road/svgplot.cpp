@@ -8,7 +8,7 @@ namespace tessera {
 
 namespace {
 
-bool isFinite(const QPointF& pt)
+bool isFinitePoint(const QPointF& pt)
 {
     return std::isfinite(pt.x()) && std::isfinite(pt.y());
 }
@@ -31,7 +31,7 @@ public:
         double dfLeft = dfHuge, dfRight = -dfHuge, dfLow = dfHuge, dfHigh = -dfHuge;
         for (const SvgSeries& series : plot.listSeries) {
             for (const QPointF& pt : series.listPoint) {
-                if (isFinite(pt)) {
+                if (isFinitePoint(pt)) {
                     dfLeft = std::min(dfLeft, pt.x());
                     dfRight = std::max(dfRight, pt.x());
                     dfLow = std::min(dfLow, pt.y());
@@ -125,7 +125,7 @@ private:
         if (series.bPoints) {
             m_page.open("g", g_aszPoints[nLook]);
             for (const QPointF& pt : series.listPoint) {
-                if (isFinite(pt)) {
+                if (isFinitePoint(pt)) {
                     m_page.open("circle");
                     m_page.attribute("cx", shortNumber(placeX(pt.x())));
                     m_page.attribute("cy", shortNumber(placeY(pt.y())));
@@ -142,11 +142,11 @@ private:
         QString strPath;
         bool bGap = true;
         for (const QPointF& pt : series.listPoint) {
-            if (isFinite(pt)) {
+            if (isFinitePoint(pt)) {
                 strPath += (bGap ? QLatin1Char('M') : QLatin1Char('L')) + shortNumber(placeX(pt.x())) +
                            QLatin1Char(' ') + shortNumber(placeY(pt.y()));
             }
-            bGap = !isFinite(pt);
+            bGap = !isFinitePoint(pt);
         }
         m_page.open("path", g_aszSeries[nLook]);
         m_page.attribute("d", strPath);
@@ -191,7 +191,7 @@ private:
 bool SvgPlot::isEmpty() const
 {
     return std::none_of(listSeries.begin(), listSeries.end(), [](const SvgSeries& series) {
-        return std::any_of(series.listPoint.begin(), series.listPoint.end(), isFinite);
+        return std::any_of(series.listPoint.begin(), series.listPoint.end(), isFinitePoint);
     });
 }
 

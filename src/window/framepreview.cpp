@@ -10,7 +10,7 @@ namespace tessera {
 namespace {
 
 constexpr double g_dfDegree = 0.017453292519943295;
-constexpr double g_dfCross = 9, g_dfRing = 7, g_dfHead = 11;  // of the marks, pixels of the screen
+constexpr double g_dfCross = 9, g_dfRing = 7, g_dfArrowHead = 11;  // of the marks, pixels of the screen
 
 void drawAxis(QPainter& painter, const QPointF& ptBeam, double dfAxis, double dfLength)
 {
@@ -21,8 +21,8 @@ void drawAxis(QPainter& painter, const QPointF& ptBeam, double dfAxis, double df
     painter.setPen(QPen(Qt::cyan, 1.5, Qt::DashLine));
     painter.drawLine(ptBeam - ptAlong * dfLength, ptEnd);
     painter.setPen(QPen(Qt::cyan, 1.5));
-    painter.drawLine(ptEnd, ptEnd - g_dfHead * (ptAlong + ptAcross * 0.5));
-    painter.drawLine(ptEnd, ptEnd - g_dfHead * (ptAlong - ptAcross * 0.5));
+    painter.drawLine(ptEnd, ptEnd - g_dfArrowHead * (ptAlong + ptAcross * 0.5));
+    painter.drawLine(ptEnd, ptEnd - g_dfArrowHead * (ptAlong - ptAcross * 0.5));
 }
 
 }  // namespace

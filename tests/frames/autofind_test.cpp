@@ -176,18 +176,23 @@ TEST(EstimatePeakThreshold, IsEightDeviationsOfWhiteNoiseWhateverShinesOnIt)
 TEST(EstimatePeakThreshold, HoldsForSparseCountsAndForPictures)
 {
     // counting detectors: nearly all pixels 0; pictures: steps of 64 on a dead background
-    for (const auto& [dfRate, dfStep, dfSpot] :
-         {std::tuple(0.0003, 1, 4), {0.02, 1, 6}, {0.0, 64, 5}, {0.3, 64, 12}}) {
+    const struct {
+        double dfRate;
+        int nStep, nSpot;
+    } aRow[] = {{0.0003, 1, 4}, {0.02, 1, 6}, {0.0, 64, 5}, {0.3, 64, 12}};
+    for (const auto& row : aRow) {
         std::mt19937 random(29);
-        std::poisson_distribution<int> photons(std::max(dfRate, 1e-12));
+        std::poisson_distribution<int> photons(std::max(row.dfRate, 1e-12));
         const CImgObj<float> img = makeImage(200, 200, [&](int x, int y) {
-            return dfStep * std::round(photons(random) + dfSpot * gaussian(x % 50 - 25, y % 50 - 25, 2.5));
+            return row.nStep *
+                   std::round(photons(random) + row.nSpot * gaussian(x % 50 - 25, y % 50 - 25, 2.5));
         });
         PeakHuntingParameters p = radii(3, 6);
         p.m_dfPeakThreshold = estimate(img, p);
         CPeakFilters filters;
         FrameHuntWork work;
-        EXPECT_EQ(huntFrame(img, p, {}, filters, work).listX.size(), 16) << dfRate;  // 4 x 4 spots, no noise
+        EXPECT_EQ(huntFrame(img, p, {}, filters, work).listX.size(), 16)
+            << row.dfRate;  // 4 x 4 spots, no noise
     }
 }
 

@@ -122,8 +122,8 @@ TEST_F(Mrc, ReadsLargeSectionsStripByStripAsItReadsThemWhole)
 TEST_F(Mrc, WritesTheBytesThatAnotherProgramWrites)
 {
     for (const auto& [pName, pWrite] :
-         {std::pair("mode1.mrc", rewrite<short>), std::pair("mode2.mrc", rewrite<float>),
-          std::pair("mode6.mrc", rewrite<unsigned short>)}) {
+         {std::pair("mode1.mrc", &rewrite<short>), std::pair("mode2.mrc", &rewrite<float>),
+          std::pair("mode6.mrc", &rewrite<unsigned short>)}) {
         SCOPED_TRACE(pName);
         ImageList vecImage;
         ASSERT_EQ(ReadMRC(fixture(pName), vecImage), 1);

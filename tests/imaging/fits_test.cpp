@@ -28,14 +28,14 @@ CImgObj<float> spotOnFrame(const std::vector<double>& p, int nWidth, int nHeight
 // NIST StRD Misra1a, y = b1(1 − exp(−b2·x)): volume against pressure.
 const struct {
     double y, x;
-} aMisra1a[] = {{10.07, 77.6},  {14.73, 114.9}, {17.94, 141.1}, {23.93, 190.8}, {29.61, 239.9},
-                {35.18, 289.0}, {40.02, 332.8}, {44.82, 378.4}, {50.76, 434.8}, {55.05, 477.3},
-                {61.01, 536.8}, {66.40, 593.1}, {75.47, 689.1}, {81.78, 760.0}};
+} g_aMisra1a[] = {{10.07, 77.6},  {14.73, 114.9}, {17.94, 141.1}, {23.93, 190.8}, {29.61, 239.9},
+                  {35.18, 289.0}, {40.02, 332.8}, {44.82, 378.4}, {50.76, 434.8}, {55.05, 477.3},
+                  {61.01, 536.8}, {66.40, 593.1}, {75.47, 689.1}, {81.78, 760.0}};
 
 int misra1a(void*, int m, int, const double* p, double* pResidual, int nFlag)
 {
     for (int i = 0; i < m && nFlag != 0; ++i) {
-        pResidual[i] = p[0] * (1 - std::exp(-p[1] * aMisra1a[i].x)) - aMisra1a[i].y;
+        pResidual[i] = p[0] * (1 - std::exp(-p[1] * g_aMisra1a[i].x)) - g_aMisra1a[i].y;
     }
     return 0;
 }

@@ -1,0 +1,44 @@
+# Several sources as one translation unit: three quarters of the time of a build from nothing goes into headers, which
+# the sources of a folder share. Which go together scripts/sourceunits.py finds out. An include that is missing is not
+# found out by such a build, so the released one reads each source of src alone.
+set(TESSERA_UNITS OFF CACHE STRING "Sources read together: OFF, TESTS (of the test programs alone) or ALL")
+set_property(CACHE TESSERA_UNITS PROPERTY STRINGS OFF TESTS ALL)
+
+# Targets of a folder and of those below.
+function(_tessera_targets folder result)
+  get_property(all DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
+  get_property(below DIRECTORY ${folder} PROPERTY SUBDIRECTORIES)
+  foreach(one IN LISTS below)
+    _tessera_targets(${one} targets)
+    list(APPEND all ${targets})
+  endforeach()
+  set(${result} ${all} PARENT_SCOPE)
+endfunction()
+
+# tessera_join_sources(FOLDER...): those of each target in and below the folders, when all targets have their sources.
+function(tessera_join_sources)
+  list(TRANSFORM ARGN PREPEND "${PROJECT_SOURCE_DIR}/" OUTPUT_VARIABLE folders)
+  list(JOIN folders "|" folders)
+  _tessera_targets(${PROJECT_SOURCE_DIR} targets)
+  set(lines)
+  foreach(target IN LISTS targets)
+    get_target_property(base ${target} SOURCE_DIR)
+    get_target_property(sources ${target} SOURCES)
+    list(FILTER sources INCLUDE REGEX "\\.cpp$")
+    if(NOT sources OR NOT base MATCHES "^(${folders})")
+      continue()
+    endif()
+    foreach(source IN LISTS sources)
+      file(REAL_PATH ${source} source BASE_DIRECTORY ${base})
+      string(APPEND lines "${target} ${source}\n")
+    endforeach()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+    # Fixtures of tests in unnamed namespaces are used by one source alone, also when another includes it.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endforeach()
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/sources.txt CONTENT "${lines}" @ONLY)
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  execute_process(COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/scripts/sourceunits.py
+    ${CMAKE_BINARY_DIR}/sources.txt ${CMAKE_BINARY_DIR}/sourceunits.cmake COMMAND_ERROR_IS_FATAL ANY)
+  include(${CMAKE_BINARY_DIR}/sourceunits.cmake)
+endfunction()
