@@ -125,19 +125,25 @@ TEST(RoadOfALens, IsThatOfItsProject)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Crystals, Road,
-    testing::Values(RoadCase{"silicon", "", "", 250},                                // cubic F
-                    RoadCase{"pyrope", "--format mrcu16", "", 3000},                 // cubic I
-                    RoadCase{"beryl", "--format dm3 --axis 141.5", "", 3000},        // hexagonal P
-                    RoadCase{"calcite", "--format mrcfloat", "", 700},               // rhombohedral R
-                    RoadCase{"akermanite", "--spot-shape moffat", g_pRefine, 2000},  // tetragonal P
-                    RoadCase{"anatase", "--format png8 --axis 90", "", 400},         // tetragonal I
-                    RoadCase{"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "",
-                             3000},                                            // orthorhombic F
-                    RoadCase{"forsterite", "--beam-tilt 10", "", 1500},        // orthorhombic P
-                    RoadCase{"diopside", "--drift 15", g_pRefine, 1200},       // monoclinic C
-                    RoadCase{"kyanite", "--orientation 7", g_pRefine, 1400}),  // triclinic
-    [](const testing::TestParamInfo<RoadCase>& one) { return std::string(one.param.pCrystal); });
+// Lattice, options of the simulation and the stages, least reflections.
+const RoadCase g_aRoad[] = {
+    {"beryl", "--format dm3 --axis 141.5", "", 3000},  // hexagonal P
+    {"anatase", "--format png8 --axis 90", "", 400},   // tetragonal I
+    {"diopside", "--drift 15", g_pRefine, 1200},       // monoclinic C
+    {"kyanite", "--orientation 7", g_pRefine, 1400},   // triclinic
+#ifndef __SANITIZE_ADDRESS__   // five times as slow; formats, lenses and lattices have tests of their own
+    {"silicon", "", "", 250},  // cubic F
+    {"pyrope", "--format mrcu16", "", 3000},                            // cubic I
+    {"calcite", "--format mrcfloat", "", 700},                          // rhombohedral R
+    {"akermanite", "--spot-shape moffat", g_pRefine, 2000},             // tetragonal P
+    {"natrolite", "--stretch-amp 1.5 --stretch-azimuth 65", "", 3000},  // orthorhombic F
+    {"forsterite", "--beam-tilt 10", "", 1500},                         // orthorhombic P
+#endif
+};
+
+INSTANTIATE_TEST_SUITE_P(Crystals, Road, testing::ValuesIn(g_aRoad),
+                         [](const testing::TestParamInfo<RoadCase>& one) {
+                             return std::string(one.param.pCrystal);
+                         });
 
 }  // namespace tessera
