@@ -1,8 +1,7 @@
 # Several sources as one translation unit: three quarters of the time of a build from nothing goes into headers, which
-# the sources of a folder share. Which go together scripts/sourceunits.py finds out. An include that is missing is not
-# found out by such a build, so the released one reads each source of src alone.
-set(TESSERA_UNITS OFF CACHE STRING "Sources read together: OFF, TESTS (of the test programs alone) or ALL")
-set_property(CACHE TESSERA_UNITS PROPERTY STRINGS OFF TESTS ALL)
+# the sources of a folder share. Which go together scripts/sourceunits.py finds out. What the compiler makes of a source
+# is the same, to the bit of its results; but an include that is missing shows in a build without alone.
+option(TESSERA_UNITS "Compile several sources as one; for builds from nothing" OFF)
 
 # Targets of a folder and of those below.
 function(_tessera_targets folder result)

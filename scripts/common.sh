@@ -7,7 +7,7 @@ JOBS=${JOBS:-$(nproc)}
 # Warnings are errors where submissions are judged; a newer compiler elsewhere shall stop nobody.
 WERROR=$([ -n "${CI:-}" ] && echo ON || echo OFF)
 
-PACKAGES_RUN=(cmake ninja-build g++ pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
+PACKAGES_RUN=(cmake ninja-build g++ python3 pkg-config qtbase5-dev libqwt-qt5-dev libqt5svg5-dev libqt5opengl5-dev
               libgl-dev libgl1-mesa-dri libfftw3-dev libcminpack-dev libeigen3-dev gemmi-dev libceres-dev
               qt5-image-formats-plugins fonts-dejavu-core libtiff-dev libhdf5-dev liblz4-dev zlib1g-dev
               libssl-dev)
@@ -45,6 +45,9 @@ need_packages() {
     "${root[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}"
 }
 
+# Sources are compiled several at a time where everything is built; TESSERA_UNITS=OFF has each compiled alone.
+UNITS=${TESSERA_UNITS:-ON}
+
 # build PRESET FOLDER OPTIONS -- TARGET...: configures and builds, quietly unless something fails.
 build() {
     local preset=$1 folder=$2
@@ -52,7 +55,7 @@ build() {
     local options=()
     while [ $# -gt 0 ] && [ "$1" != -- ]; do options+=("$1"); shift; done
     [ $# -gt 0 ] && shift
-    (cd "$PROJECT" && cmake --preset "$preset" "${options[@]}" >"/tmp/tessera-configure-$$.log" 2>&1) || {
+    (cd "$PROJECT" && cmake --preset "$preset" -DTESSERA_UNITS="$UNITS" "${options[@]}" >"/tmp/tessera-configure-$$.log" 2>&1) || {
         cat "/tmp/tessera-configure-$$.log"
         return 1
     }
@@ -60,13 +63,11 @@ build() {
     ninja -C "$folder" -j "$JOBS" "$@" | tail -n 1
 }
 
-# build_tests PRESET: programs and tests, with sources joined (not the released ones themselves, where an include that is
-# missing is to be found out).
+# build_tests PRESET: programs and tests.
 build_tests() {
-    local preset=$1 folder=build/$1 bench=OFF units=ALL
-    [ "$preset" = release ] && folder=build bench=ON units=TESTS
-    build "$preset" "$PROJECT/$folder" -DTESSERA_TESTS=ON -DTESSERA_WERROR="$WERROR" -DTESSERA_BENCH="$bench" \
-        -DTESSERA_UNITS="${TESSERA_UNITS:-$units}"
+    local preset=$1 folder=build/$1 bench=OFF
+    [ "$preset" = release ] && folder=build bench=ON
+    build "$preset" "$PROJECT/$folder" -DTESSERA_TESTS=ON -DTESSERA_WERROR="$WERROR" -DTESSERA_BENCH="$bench"
 }
 
 # build_programs: the programs, as released. Whether the folder has tests stays as it is.
