@@ -1,5 +1,6 @@
 #include "crystals/knowncells.h"
 
+#include "crystals/knowncellcolumns.h"
 #include "records/reason.h"
 #include "records/regularfile.h"
 
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <string>
 
 namespace tessera {
 
@@ -22,11 +24,7 @@ namespace {
 constexpr qint64 g_nMostBytes = qint64(64) << 20;  ///< 64 MB: about a million compounds
 const int g_nLongestName = 200;                    ///< letters, so that a name fits into a line of the log
 
-/// What is in a column, in the order of a table without a head.
-enum Column { Name, A, B, C, Alpha, Beta, Gamma, Symmetry, Formula, ColumnCount };
-const int g_nNeeded = Symmetry;  ///< the columns before this one are in each line: name and cell
-
-using Columns = std::array<int, ColumnCount>;  ///< index of each Column in a line; -1: not there
+using Columns = KnownCellColumns;
 
 /// The text of a file, UTF-8 or else Latin-1, with '\n' at the end of each line, without byte order mark and
 /// control characters.
@@ -62,15 +60,19 @@ bool isComment(const QString& strLine)
     return strLine.trimmed().isEmpty() || strLine.trimmed().startsWith(QLatin1Char('#'));
 }
 
-/// The character between the columns of a line: a semicolon if it has one, else a tabulator, else a comma.
+/// The character between the columns of a line: a semicolon if it has one outside quotes, else a tabulator,
+/// else a comma.
 QChar separatorOf(const QString& strLine)
 {
-    for (const char ch : {';', '\t'}) {
-        if (strLine.contains(QLatin1Char(ch))) {
-            return QLatin1Char(ch);
+    bool bQuoted = false, bTabulator = false;
+    for (const QChar ch : strLine) {
+        bQuoted = bQuoted != (ch == QLatin1Char('"'));  // two quotes within quotes change it twice
+        if (ch == QLatin1Char(';') && !bQuoted) {
+            return ch;
         }
+        bTabulator = bTabulator || (ch == QLatin1Char('\t') && !bQuoted);
     }
-    return QLatin1Char(',');
+    return QLatin1Char(bTabulator ? '\t' : ',');
 }
 
 /// The columns of a line, without the quotes round them. Two quotes within quotes stand for one quote.
@@ -113,51 +115,16 @@ double numberOf(QString strText, QChar separator)
     return bOk ? dfNumber : std::nan("");
 }
 
-/// The column that a word of a head names; ColumnCount if it names none. A unit behind it is ignored, as in
-/// "a (Å)" or "b / nm": lengths are in Å whatever it says.
-Column columnOf(QString strWord)
+/// Whether a cell of the trigonal system has rhombohedral axes: α : γ is 1 : 1 there, and 90 : 120 with
+/// hexagonal ones. The limit is that of gemmi.
+bool hasRhombohedralAxes(const CellParameters& cell)
 {
-    static const QRegularExpression unit(QStringLiteral("\\s*[/(\\[].*$"));
-    strWord = strWord.toLower().remove(unit).replace(QLatin1Char('_'), QLatin1Char(' ')).simplified();
-    const QStringList listWords[ColumnCount] = {
-        {"name", "compound", "phase", "mineral"},
-        {"a"},
-        {"b"},
-        {"c"},
-        {"alpha", "al", QStringLiteral("α")},
-        {"beta", "be", QStringLiteral("β")},
-        {"gamma", "ga", QStringLiteral("γ")},
-        {"centring", "centering", "lattice", "space group", "spacegroup", "sg", "symmetry"},
-        {"formula"}};
-    int n = 0;
-    while (n < ColumnCount && !listWords[n].contains(strWord)) {
-        ++n;
-    }
-    return Column(n);
-}
-
-/// Finds the columns by the words of a head. If a word occurs twice its first column counts.
-/// @return false, with the columns unchanged, if name and the six numbers are not all in it: it is no head
-bool takeHead(const QStringList& listPart, Columns& columns)
-{
-    Columns found;
-    found.fill(-1);
-    for (int n = 0; n < listPart.size(); ++n) {
-        const Column column = columnOf(listPart[n]);
-        if (column != ColumnCount && found[column] < 0) {
-            found[column] = n;
-        }
-    }
-    if (std::any_of(found.begin(), found.begin() + g_nNeeded, [](int n) { return n < 0; })) {
-        return false;
-    }
-    columns = found;
-    return true;
+    return cell.gamma < 1.125 * cell.alpha;
 }
 
 /// Takes a centring, or the centring of a space group that is given by its name or number. The angles of the
-/// cell, taken before, tell gemmi whether a rhombohedral group has hexagonal axes. An empty text changes
-/// nothing.
+/// cell, taken before, tell whether a rhombohedral lattice has hexagonal axes, unless the name does. An empty
+/// text changes nothing.
 /// @return false if it is neither
 bool takeSymmetry(const QString& strText, KnownCell& known)
 {
@@ -166,14 +133,24 @@ bool takeSymmetry(const QString& strText, KnownCell& known)
     }
     if (strText.size() == 1 && QStringLiteral("PABCIFR").contains(strText[0])) {
         known.chCentring = strText[0].toLatin1();
+        if (known.chCentring == 'R' && hasRhombohedralAxes(known.cell)) {
+            known.chCentring = 'P';
+        }
         return true;
     }
     bool bNumber = false;
     const int nGroup = strText.toInt(&bNumber);
-    const gemmi::SpaceGroup* pGroup = bNumber
-                                          ? gemmi::find_spacegroup_by_number(nGroup)
-                                          : gemmi::find_spacegroup_by_name(
-                                                strText.toStdString(), known.cell.alpha, known.cell.gamma);
+    std::string strName = strText.toStdString();
+    if (bNumber) {
+        const gemmi::SpaceGroup* pStandard = nGroup > 0 ? gemmi::find_spacegroup_by_number(nGroup) : nullptr;
+        if (!pStandard) {
+            return false;
+        }
+        // Without its ":H", so that the cell tells which axes it has.
+        strName = pStandard->ext == 'H' ? std::string(pStandard->hm) : pStandard->xhm();
+    }
+    const gemmi::SpaceGroup* pGroup = gemmi::find_spacegroup_by_name(strName, known.cell.alpha,
+                                                                     known.cell.gamma);
     if (!pGroup) {
         return false;
     }
@@ -186,20 +163,20 @@ bool takeSymmetry(const QString& strText, KnownCell& known)
 /// @return what is wrong with the line; empty if nothing is
 QString takeLine(const QStringList& listPart, QChar separator, const Columns& columns, KnownCell& known)
 {
-    const auto part = [&](Column column) { return listPart.value(columns[column]); };
+    const auto part = [&](Columns::Column column) { return listPart.value(columns.anPlace[column]); };
     std::array<double, 6> adf = {};
     for (int n = 0; n < 6; ++n) {
-        const Column column = Column(A + n);
-        if (columns[column] >= listPart.size()) {
+        const Columns::Column column = Columns::Column(Columns::A + n);
+        if (columns.anPlace[column] >= listPart.size()) {
             return QStringLiteral("it has %1 columns, where name and six numbers are wanted")
                 .arg(listPart.size());
         }
-        adf[n] = numberOf(part(column), separator);
+        adf[n] = numberOf(part(column), separator) * columns.adfFactor[column];
         if (!std::isfinite(adf[n])) {
             return QStringLiteral("\"%1\" is no number").arg(quoted(part(column)));
         }
     }
-    known.strName = part(Name);
+    known.strName = part(Columns::Name);
     known.cell = {adf[0], adf[1], adf[2], adf[3], adf[4], adf[5]};
     if (known.strName.isEmpty()) {
         return QStringLiteral("it has no name");
@@ -207,15 +184,16 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
     if (known.strName.size() > g_nLongestName) {
         return QStringLiteral("its name has more than %1 letters").arg(g_nLongestName);
     }
-    if (!takeSymmetry(part(Symmetry), known)) {
-        return QStringLiteral("\"%1\" is neither a centring nor a space group").arg(quoted(part(Symmetry)));
+    if (!takeSymmetry(part(Columns::Symmetry), known)) {
+        return QStringLiteral("\"%1\" is neither a centring nor a space group")
+            .arg(quoted(part(Columns::Symmetry)));
     }
     if (reducedCell(known.cell, known.chCentring).basis.isZero()) {
         return QStringLiteral("its six numbers make no cell");
     }
-    if (!part(Formula).isEmpty()) {
+    if (!part(Columns::Formula).isEmpty()) {
         QString strReason;
-        const std::optional<ChemicalFormula> formula = chemicalFormula(part(Formula), &strReason);
+        const std::optional<ChemicalFormula> formula = chemicalFormula(part(Columns::Formula), &strReason);
         if (!formula) {
             return quoted(strReason);
         }
@@ -240,10 +218,7 @@ bool areFarApart(const LatticeBasis& first, const LatticeBasis& second, const Ce
 KnownCells knownCellsOf(const QByteArray& bytes)
 {
     KnownCells cells;
-    Columns columns;
-    for (int n = 0; n < ColumnCount; ++n) {
-        columns[n] = n;
-    }
+    Columns columns = plainColumns();
     bool bFirst = true;
     int nLine = 0;
     for (const QString& strLine : textOf(bytes).split(QLatin1Char('\n'))) {
@@ -253,10 +228,19 @@ KnownCells knownCellsOf(const QByteArray& bytes)
         }
         const QChar separator = separatorOf(strLine);
         const QStringList listPart = partsOf(strLine, separator);
-        const bool bHead = bFirst && takeHead(listPart, columns);
+        const std::optional<Columns> head = bFirst ? columnsOfHead(listPart) : std::nullopt;
         bFirst = false;
-        if (bHead) {
-            continue;
+        if (head) {
+            columns = *head;
+            const QString strUnknown = takeUnits(listPart, columns);
+            if (strUnknown.isEmpty()) {
+                continue;
+            }
+            // Nobody knows what the numbers of the lines below mean.
+            cells.listFault.append(QStringLiteral("line %1: the unit in \"%2\" is not known")
+                                       .arg(nLine)
+                                       .arg(quoted(strUnknown)));
+            return cells;
         }
         KnownCell known;
         known.nLine = nLine;

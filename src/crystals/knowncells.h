@@ -18,7 +18,7 @@ namespace tessera {
 struct KnownCell {
     QString strName;          ///< of the compound
     CellParameters cell;      ///< Å and degrees
-    char chCentring = 'P';    ///< as for reducedCell(): R is in hexagonal axes
+    char chCentring = 'P';    ///< as for reducedCell(): R is in hexagonal axes, P also in rhombohedral ones
     QString strSpaceGroup;    ///< the name in the file, or the name for the number in it; empty: not given
     ChemicalFormula formula;  ///< empty: not given
     int nLine = 0;            ///< line of the file, from 1
@@ -35,7 +35,11 @@ struct KnownCells {
 ///
 /// The first line that is no comment may be a head that gives the columns another order by the words name (or
 /// compound, phase), a, b, c, alpha (al), beta (be), gamma (ga), centring (lattice), "space group" (sg) and
-/// formula.
+/// formula. It may tell units, such as "a (nm)" or "gamma / rad": lengths may be in Å, nm or pm, angles in
+/// degrees or radians. A head with another unit is a fault, and no cell is read then.
+///
+/// R, and a space group that has both rhombohedral and hexagonal axes and does not say which (by number, or
+/// as "R 3"), means those that the angles of the cell are of.
 ///
 /// Columns are separated by semicolons, tabulators or commas; if by one of the first two, numbers may have
 /// decimal commas. Empty lines and lines that begin with # are comments. Texts may stand in quotes. Standard

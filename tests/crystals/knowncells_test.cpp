@@ -41,6 +41,12 @@ TEST(KnownCells, readsTheTablesThatPeopleHave)
         {"a centring, quotes in quotes, old Macintosh", "\"a \"\"b\"\"\",5.43,5.43,5.43,90,90,90,F\r# end\r",
          "a \"b\"|5.43|5.43|5.43|90|90|90|F||"},
         {"Latin-1", "gr\xFCn;4;5;6;90;90;90\n", "grün|4|5|6|90|90|90|P||"},
+        {"a semicolon and a tabulator in quotes",
+         "\"iron; \"\"alpha\"\"\",2.866,2.866,2.866,90,90,90,I,\"Fe\t\"\n",
+         "iron; \"alpha\"|2.866|2.866|2.866|90|90|90|I||Fe"},
+        {"units",
+         "name,a (nm),b/pm,c [\xE2\x84\xAB],alpha / rad,beta (\xC2\xB0),gamma\nx,0.4,500,6,1.5,91,92\n",
+         "x|4|5|6|85.9437|91|92|P||"},
     };
     for (const Case& table : aCase) {
         const KnownCells cells = knownCellsOf(table.bytes);
@@ -79,6 +85,9 @@ TEST(KnownCells, leavesOutLinesThatTellNothing)
         EXPECT_TRUE(cells.listFault[n].startsWith(QLatin1String(aszFault[n])))
             << cells.listFault[n].toStdString();
     }
+    const KnownCells inches = knownCellsOf("name,a,b,c (inch),alpha,beta,gamma\nx,4,5,6,90,90,90\n");
+    EXPECT_TRUE(inches.listCell.empty());
+    EXPECT_EQ(inches.listFault.join('|'), "line 1: the unit in \"c (inch)\" is not known");
     const QTemporaryDir dir;
     QString strReason;
     EXPECT_FALSE(readKnownCells(writeBytes(dir.filePath("c.csv"), "# nothing\nx,1,2\n"), &strReason));
@@ -122,6 +131,28 @@ TEST(KnownCells, takesTheClosestLatticeInWhateverSetting)
     const std::optional<KnownCellMatch> off = matchKnownCell(primitive, {cells.listCell[3]}, {4, 3});
     ASSERT_TRUE(off);
     EXPECT_NEAR(off->dfLengths, 100 * (3.2 / 3.165 - 1), 0.05);
+}
+
+// Calcite, R -3 c, whose rhombohedral cell has a third of the volume of the hexagonal one (Graf (1961), Am.
+// Mineral. 46, 1283-1316: 4.9899 and 17.064 Å; a_R² = a²/3 + c²/9, sin(α_R/2) = a / (2 a_R)).
+TEST(KnownCells, takeTheAxesOfARhombohedralLatticeFromItsAngles)
+{
+    const double dfA = 4.9899, dfC = 17.064, dfEdge = std::sqrt(dfA * dfA / 3 + dfC * dfC / 9);
+    const QString strAngle = QString::number(2 * std::asin(dfA / (2 * dfEdge)) * 180 / M_PI, 'f', 6);
+    const QString strEdge = QString::number(dfEdge, 'f', 6);
+    const LatticeBasis lattice = reducedCell({dfA, dfA, dfC, 90, 90, 120}, 'R').basis;
+    for (const char* pszGroup : {"R", "R -3 c", "167"}) {
+        const QString strCell =
+            QStringLiteral("rhombohedral,%1,%1,%1,%2,%2,%2,GROUP\n").arg(strEdge, strAngle);
+        for (const QString& strLine :
+             {strCell, QStringLiteral("hexagonal,4.9899,4.9899,17.064,90,90,120,GROUP\n")}) {
+            const KnownCells cells = knownCellsOf(QString(strLine).replace("GROUP", pszGroup).toUtf8());
+            ASSERT_EQ(cells.listCell.size(), 1u) << pszGroup << strLine.toStdString();
+            const auto match = matchKnownCell(lattice, cells.listCell, {4, 3});
+            ASSERT_TRUE(match) << pszGroup << strLine.toStdString();
+            EXPECT_LT(match->dfMisfit, 1e-3) << pszGroup << strLine.toStdString();
+        }
+    }
 }
 
 }  // namespace
