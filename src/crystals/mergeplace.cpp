@@ -175,6 +175,7 @@ QString CMergePlace::take(const CrystalsJobOptions& options)
     for (const QFileInfo& info : existingOutputs(options)) {
         strReason = whyNotReplaced(info);
         if (!strReason.isEmpty()) {
+            m_lock.remove();  // a folder that is not written to is free for others
             return strReason;
         }
     }

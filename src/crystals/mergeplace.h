@@ -21,7 +21,7 @@ public:
 
     /// Makes the folder if it does not exist, locks it, and checks that files in it which the merging would
     /// write can be replaced.
-    /// @return why the merging cannot write there, without a full stop; empty if it can
+    /// @return why the merging cannot write there, without a full stop, with no lock held; empty if it can
     QString take(const CrystalsJobOptions& options);
 
     bool isTaken() const { return m_lock.isTaken(); }

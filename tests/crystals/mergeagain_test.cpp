@@ -176,6 +176,20 @@ TEST_F(MergedBefore, doesNotWriteThroughLinksToInputs)
     EXPECT_EQ(readBytes(path("logs/of_merging")), m_mapFile["m.log"]);
 }
 
+TEST(MergePlace, thatIsRefusedHoldsNothing)
+{
+    const QTemporaryDir dir;
+    CrystalsJobOptions options;
+    options.strOutFolder = dir.filePath(QStringLiteral("m"));
+    const QString strInTheWay = dir.filePath(QStringLiteral("m/m.log"));
+    ASSERT_TRUE(QDir().mkpath(strInTheWay));
+    CMergePlace refused, other;
+    EXPECT_TRUE(refused.take(options).contains("is a folder"));
+    EXPECT_FALSE(refused.isTaken());
+    ASSERT_TRUE(QDir().rmdir(strInTheWay));
+    EXPECT_EQ(other.take(options), QString());
+}
+
 /// A child puts files in place and is killed as soon as the first of them is seen there.
 TEST(MergeSet, thatIsKilledLeavesARecordThatTellsSo)
 {
