@@ -97,6 +97,9 @@ void CCamera::changeZoom(float fChange)
 
 void CCamera::setZoom(float fZoom)
 {
+    if (!std::isfinite(fZoom)) {
+        return;
+    }
     const float fLeast = g_fLeastHalfWidth - m_fViewBound;
     m_fZoom = fZoom < fLeast ? fLeast : fZoom;
 }

@@ -42,7 +42,7 @@ public:
     /// Adds to the zoom, Å⁻¹. Where that would leave less than a tenth of the view volume's width, the width
     /// is halved instead. So the width never becomes 0 or negative, which would turn the picture upside down.
     void changeZoom(float fChange);
-    /// Sets the zoom, at the least to the smallest width.
+    /// Sets the zoom, at the least to the smallest width. A number that is not finite changes nothing.
     void setZoom(float fZoom);
     /// Replaces the rotation by the shortest one that turns v, a vector in the frame of the scene, towards
     /// the viewer. For v along +z or -z the axis of the turn is not defined, and the rotation becomes the

@@ -194,7 +194,7 @@ private:
 
     // Limits each index to what can be seen: an index is linear in the view volume's coordinates, so it is
     // greatest in one of the eight corners. The indices of a corner follow from Cramer's rule. Where these
-    // are infinite, as for co-planar basis vectors, the range stays.
+    // are infinite or not determined, as for co-planar basis vectors, the range stays.
     void boundByCorners()
     {
         const auto determinant = [](const double* a, const double* b, const double* c) {
@@ -211,8 +211,8 @@ private:
             for (int i = 0; i < 3; ++i) {
                 const double* apRow[3] = {m_aadfStep[0], m_aadfStep[1], m_aadfStep[2]};
                 apRow[i] = adfCorner;
-                adfReach[i] = std::max(adfReach[i],
-                                       std::abs(determinant(apRow[0], apRow[1], apRow[2]) / dfVolume));
+                const double dfIndex = determinant(apRow[0], apRow[1], apRow[2]) / dfVolume;
+                adfReach[i] = std::isnan(dfIndex) ? HUGE_VAL : std::max(adfReach[i], std::abs(dfIndex));
             }
         }
         for (int i = 0; i < 3; ++i) {

@@ -283,6 +283,12 @@ TEST(Camera, NoZoomTurnsThePictureRound)
         EXPECT_NEAR(camera.m_fViewBound + camera.m_fZoom, 1, 0.01);
         camera.setZoom(-3);
         EXPECT_GT(camera.projection()(0, 0), 0);
+        const float fZoom = camera.m_fZoom;
+        for (const float f : {std::numeric_limits<float>::quiet_NaN(), float(g_dfInf)}) {
+            camera.setZoom(f);
+            camera.changeZoom(f);
+            EXPECT_EQ(camera.m_fZoom, fZoom) << f;
+        }
     }
 }
 
@@ -334,6 +340,21 @@ TEST(LatticeGrid, HasAllThatCanBeSeenOfAGreatRange)
     }
     EXPECT_GT(nSeen, 5000u);
     EXPECT_LT(setDrawn.size(), 2 * nSeen);
+}
+
+// Of a basis that spans a plane, or of which two vectors are parallel, the corners of the view volume have no
+// indices: those along the third vector are 0/0.
+TEST(LatticeGrid, OfAFlatBasisHasAllThatCanBeSeen)
+{
+    const Vec3D a = g_basis.a, b = g_basis.b;
+    const int anGreat[3] = {60, 50, 40};
+    const LatticeGrid grid = makeLatticeGrid({a, b, a}, anGreat, 1.f, CCamera());
+    for (int k = -15; k <= 15; ++k) {  // ±1.7 Å⁻¹, within the view volume
+        const Vec3D vec = scaled(b, float(k));
+        EXPECT_TRUE(std::any_of(grid.vecPoint.begin(), grid.vecPoint.end(), [&](const Vec3D& one) {
+            return length(one - vec) < 1e-5;
+        })) << k;
+    }
 }
 
 // A cube of 0.05 1/Å fills the view volume at range 40; of a dense or flat lattice not all can be drawn.
