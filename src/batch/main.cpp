@@ -80,18 +80,24 @@ int badUsage(const QString& strError)
     return 2;
 }
 
+/// Whether a file that "*.json" also matches is a record of a run or a choice of frames.
+bool isOtherFile(const QString& strFileName)
+{
+    return strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
+           strFileName.endsWith(seriesChoiceFile(QString()));
+}
+
 /// Prints the table of --summary.
 /// @return false if a file is bad, a series failed or has a result that is judged bad, or the table could
 ///         not be printed
 bool printSummary(const QStringList& listFileName)
 {
+    // The records and choices of the series whose summaries are asked for are passed over. Where there are
+    // no summaries, the table says of each that it is none.
+    const bool bOthersAlone = std::all_of(listFileName.begin(), listFileName.end(), isOtherFile);
     QList<SummaryFile> listFile;
     for (const QString& strFileName : listFileName) {
-        // "*.json" also matches the records of the runs and the choices of frames of the same series. They
-        // are passed over, but if one is the only file, the table says that it is no summary.
-        const bool bOtherFile = strFileName.endsWith(resultSuffix(ResultFile::Run)) ||
-                                strFileName.endsWith(seriesChoiceFile(QString()));
-        if (!bOtherFile || listFileName.size() == 1) {
+        if (bOthersAlone || !isOtherFile(strFileName)) {
             listFile.append(readSummaryFile(strFileName));
         }
     }

@@ -54,6 +54,13 @@ TEST(Summary, HasTheWorstFirstAndNamesWhatIsWrong)
     EXPECT_TRUE(listLine[9].endsWith("V/Å³: 61.0 (60.0 to 62.0)")) << listLine[9].toStdString();
     EXPECT_EQ(runBatch({"--summary", dir.filePath("a/q.json"), dir.filePath("c/summary.json")}).nStatus, 0);
     EXPECT_EQ(runBatch({"--summary", dir.filePath("w/summary.json")}).nStatus, 1);
+    // What "*.json" also matches is passed over beside a summary, and told where there is none.
+    const QStringList listOther = {writeBytes(dir.filePath("a/q.run.json"), R"({"reached": true})"),
+                                   writeBytes(dir.filePath("c/q.run.json"), R"({"reached": true})")};
+    EXPECT_EQ(runBatch(QStringList{"--summary", dir.filePath("a/q.json")} + listOther).nStatus, 0);
+    const BatchOutcome none = runBatch(QStringList{"--summary"} + listOther);
+    EXPECT_EQ(none.nStatus, 1);
+    EXPECT_TRUE(none.strText.contains("0 series: 0 ok, 0 misfits, 0 failed; 2 bad files"));
 }
 
 }  // namespace tessera
