@@ -29,12 +29,24 @@ def is_named(name, suffixes):
 
 
 def series_below(frames):
-    """Names of the series, which are their folders seen from that of all, sorted."""
+    """Names of the series, which are their folders seen from that of all, sorted.
+
+    Links to folders are followed, except to one that the way there has come through.
+    """
     found = []
+    ways = {frames: {os.path.realpath(frames)}}  # the folders behind all links on the way to those still to be seen
     for folder, below, files in os.walk(frames, followlinks=True):
+        way = ways.pop(folder)
         if folder != frames and any(is_named(name, (PROJECT, *FRAME_SUFFIXES)) for name in files):
             found.append(os.path.relpath(folder, frames))
             below.clear()
+        for name in list(below):
+            place = os.path.join(folder, name)
+            real = os.path.realpath(place)
+            if real in way:
+                below.remove(name)
+            else:
+                ways[place] = way | {real}
     return sorted(found)
 
 
@@ -124,7 +136,10 @@ def identity(folder):
     lines = []
     for entry in os.scandir(folder):
         if entry.name == HOT_PIXELS or is_named(entry.name, (PROJECT, *FRAME_SUFFIXES)):
-            status = entry.stat()
+            try:
+                status = entry.stat()
+            except FileNotFoundError:  # a link that leads nowhere: the run tells what it makes of it
+                status = entry.stat(follow_symlinks=False)
             lines.append(f"{entry.name}\0{status.st_size}\0{int(status.st_mtime)}\n")
     return hashlib.sha256("".join(sorted(lines)).encode(errors="surrogateescape")).hexdigest()
 
@@ -187,7 +202,7 @@ def frame_pixels(folder):
         head = file.read(HEAD)
         try:
             size = size_in_header(head, file)
-        except (struct.error, ValueError):
+        except (struct.error, ValueError, OverflowError):  # the last from places that no file can have
             size = None
     if size and len(size) == 2 and all(0 < edge <= LONGEST_EDGE for edge in size):
         return size[0] * size[1]

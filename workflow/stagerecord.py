@@ -36,9 +36,14 @@ def read_summary(name):
 def write_whole(name, value, lasting=True):
     """Writes a JSON file whole or not at all; a lasting one waits for the disk, so that it outlives the machine."""
     part = name + ".part"
+    text = json.dumps(value, ensure_ascii=False, indent=1, sort_keys=True)
     try:
-        with open(part, "w", encoding="utf-8") as file:
-            json.dump(value, file, ensure_ascii=False, indent=1, sort_keys=True)
+        data = text.encode()
+    except UnicodeEncodeError:  # the name of a file that is not UTF-8
+        data = json.dumps(value, indent=1, sort_keys=True).encode()
+    try:
+        with open(part, "wb") as file:
+            file.write(data)
             file.flush()
             if lasting:
                 os.fsync(file.fileno())

@@ -139,6 +139,20 @@ class Stages(unittest.TestCase):
         self.stage("peaks")
         self.assertFalse((self.results / "hotpixels.txt").exists())
 
+    def test_names_that_are_no_utf8(self):
+        self.results.mkdir(parents=True)
+        users = os.path.join(os.fsencode(self.results), b"gr\xfcn.txt")
+        with open(users, "wb") as file:
+            file.write(b"mine")
+        self.all_stages()
+        self.assertTrue(os.path.exists(users))
+
+    def test_a_link_that_leads_nowhere(self):
+        os.symlink("gone.mrc", self.frames / "quartz_9.mrc")
+        self.all_stages()
+        os.remove(self.frames / "quartz_9.mrc")
+        self.assertIn("frames have changed", self.stage("intensities")[1])
+
     def test_nothing_of_the_users_is_written_over(self):
         self.results.mkdir(parents=True)
         for name in ("quartz.pk", "quartz.run.json", "quartz.log", "peaks.log", "cell.json"):
@@ -229,6 +243,13 @@ class Names(unittest.TestCase):
                 os.makedirs(os.path.dirname(f"{place}/{name}"), exist_ok=True)
                 pathlib.Path(place, name).write_text("")
             self.assertEqual(seriesfolder.series_below(place), ["a", "b/c"])
+            # Links are followed, but not round and round: each pair of them would double what is found.
+            os.symlink("../a", f"{place}/e/link")
+            for name in ("b/up", "e/up", "e/all"):
+                os.symlink("..", f"{place}/{name}")
+            os.symlink("../b", f"{place}/e/b")
+            os.symlink("../e", f"{place}/b/e")
+            self.assertEqual(seriesfolder.series_below(place), ["a", "b/c", "b/e/link", "e/b/c", "e/link"])
 
 
 class Memory(unittest.TestCase):
@@ -273,6 +294,7 @@ class Memory(unittest.TestCase):
         self.assertEqual(self.pixels(**{"a.dm4": bytes(5000)}), 5000)
         self.assertEqual(self.pixels(**{"a.mrc": struct.pack("<2i", -3, 10**6)}), 8)
         self.assertEqual(self.pixels(**{"a.tif": b"II*\0" + b"\xff" * 20}), 24)
+        self.assertEqual(self.pixels(**{"a.tif": b"II+\0" + b"\xff" * 20}), 24)  # a directory beyond all files
         self.assertEqual(self.pixels(**{"a.mrc": b""}), 0)
         self.assertEqual(self.pixels(**{"a.ed3d": b"WAVELENGTH 0.025"}), 0)
         with tempfile.TemporaryDirectory() as place:  # a film of 10 GB; the file has no blocks
