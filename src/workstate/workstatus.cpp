@@ -128,9 +128,10 @@ private:
         if (strChange.isEmpty()) {
             add(stage, StageState::Done, strDone);
         } else {
-            add(stage, StageState::Stale, strChange + QStringLiteral(" since"));
+            add(stage, StageState::Stale, since(strChange));
         }
     }
+    static QString since(const QString& strChange) { return strChange + QStringLiteral(" since"); }
     /// Whether a stage is stale that was added already.
     bool isStale(WorkStage stage) const
     {
@@ -170,8 +171,9 @@ private:
             return;
         }
         if (nLists != frames()) {
-            add(WorkStage::Peaks, StageState::Stale,
-                QStringLiteral("there are peaks of %1 frames, and %2 frames").arg(nLists).arg(frames()));
+            m_strStalePeaks =
+                QStringLiteral("there are peaks of %1 frames, and %2 frames").arg(nLists).arg(frames());
+            add(WorkStage::Peaks, StageState::Stale, m_strStalePeaks);
             return;
         }
         const std::optional<PeaksMade>& made = m_data.m_made.peaks;
@@ -182,12 +184,15 @@ private:
             return;
         }
         strChange = huntingChange(made->hunting, m_numbers.hunting);
+        const bool bNumbers = !strChange.isEmpty();
         if (strChange.isEmpty() && made->nAreas != printOfAreas(m_data.m_maskPeakHunting)) {
             strChange = QStringLiteral("the mask was changed");
         }
         if (strChange.isEmpty() && made->nHotPixels != printOfPixels(m_data.m_listHotPixel)) {
             strChange = QStringLiteral("the list of hot pixels was changed");
         }
+        m_strStalePeaks = since(bNumbers ? QStringLiteral("numbers of the peak search were changed")
+                                         : strChange);
         add(WorkStage::Peaks, strChange, strDone);
     }
 
@@ -206,7 +211,7 @@ private:
         if (!m_data.m_peakMapping || m_nPeaksHash == 0) {
             add(WorkStage::Mapping, StageState::Missing, QStringLiteral("the peaks are not mapped"));
         } else if (isStale(WorkStage::Peaks)) {
-            add(WorkStage::Mapping, QStringLiteral("numbers of the peak search were changed"), {});
+            add(WorkStage::Mapping, StageState::Stale, m_strStalePeaks);
         } else {
             add(WorkStage::Mapping, changeOfMapping(m_data.m_peakMapping),
                 QStringLiteral("with the geometry in force"));
@@ -221,10 +226,12 @@ private:
             add(WorkStage::Merging, StageState::Missing, QStringLiteral("the peaks are not merged"));
             return;
         }
-        QString strChange = changeOfMapping(made->mapping);
         if (isStale(WorkStage::Peaks)) {
-            strChange = QStringLiteral("numbers of the peak search were changed");
-        } else if (made->nPeaks != m_nPeaksHash) {
+            add(WorkStage::Merging, StageState::Stale, m_strStalePeaks);
+            return;
+        }
+        QString strChange = changeOfMapping(made->mapping);
+        if (made->nPeaks != m_nPeaksHash) {
             strChange = QStringLiteral("the peaks were searched or loaded anew");
         } else if (strChange.isEmpty()) {
             strChange = mergingChange(*made, m_numbers);
@@ -255,7 +262,10 @@ private:
 
     void indexing()
     {
-        const std::optional<IndexedMade>& made = m_data.m_made.indexed;
+        std::optional<IndexedMade> made = m_data.m_made.indexed;
+        if (made && made->nIndexed != printOfReflections(m_data.m_listReflectionIndexed)) {
+            made.reset();  // the record is about other indices
+        }
         const int nIndexed = m_data.m_listReflectionIndexed.size();
         if (nIndexed == 0) {
             add(WorkStage::Indexing, StageState::Missing, QStringLiteral("no reflection has indices"));
@@ -295,9 +305,10 @@ private:
 
     const DataSet& m_data;
     const WorkNumbers& m_numbers;
-    PeakMapping m_mapping;  ///< the one that peaks would be mapped with now
-    quint64 m_nPeaksHash;   ///< of the present peaks; 0: there are none
-    quint64 m_nMergedHash;  ///< of the present reflections; 0: there are none
+    PeakMapping m_mapping;    ///< the one that peaks would be mapped with now
+    quint64 m_nPeaksHash;     ///< of the present peaks; 0: there are none
+    quint64 m_nMergedHash;    ///< of the present reflections; 0: there are none
+    QString m_strStalePeaks;  ///< why what was made of the peaks is stale, if they are
     std::vector<StageStatus> m_listStatus;
 };
 

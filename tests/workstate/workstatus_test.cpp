@@ -161,6 +161,17 @@ TEST(WorkStatus, AChangeOfANumberMakesStaleWhatWasMadeWithIt)
         {"mask", [](Series& s) { s.data.m_maskPeakHunting.listPolygon = {QPolygonF(QRectF(1, 1, 2, 2))}; },
          "DSDSSSSDD", WorkStage::Peaks, "the mask was changed since",
          "Search the peaks, map, merge, search the cell and index anew"},
+        {"mask, and the mapping", [](Series& s) { s.data.m_maskPeakHunting.listPolygon = {QPolygonF(3)}; },
+         "DSDSSSSDD", WorkStage::Mapping, "the mask was changed since",
+         "Search the peaks, map, merge, search the cell and index anew"},
+        {"hot pixels, and the merging",
+         [](Series& s) {
+             s.data.m_listHotPixel = {{3, 4}};
+         },
+         "DSDSSSSDD", WorkStage::Merging, "the list of hot pixels was changed since",
+         "Search the peaks, map, merge, search the cell and index anew"},
+        {"another frame, and the merging", [](Series& s) { s.data.m_listFrameFile.append("3"); }, "SSDSSSSDD",
+         WorkStage::Merging, "there are peaks of 3 frames, and 4 frames", ""},
         {"distance", [](Series& s) { s.numbers.merging.m_dfMax2DDistance = 4; }, "DDDDSSSDD",
          WorkStage::Merging, "the distance on the frame was changed from 5.00 to 4.00 since",
          "Merge, search the cell and index anew"},
@@ -189,6 +200,12 @@ TEST(WorkStatus, OtherDataMakeStaleWhatWasMadeOfTheFormer)
          },
          "DDDDSSSDD", WorkStage::Merging, "the peaks were searched or loaded anew since",
          "Merge, search the cell and index anew"},
+        {"other indices",
+         [](Series& s) {
+             s.data.m_listReflectionIndexed.removeLast();
+             s.numbers.indexing.m_dfIndexThreshold = 0.1;
+         },
+         "DDDDDDDDD", WorkStage::Indexing, "reflections have indices", ""},
         {"a cell by hand",
          [](Series& s) {
              s.data.m_listCellFound[0].x *= 2;
