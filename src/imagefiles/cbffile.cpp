@@ -29,6 +29,9 @@ std::unique_ptr<CImgObj<float>> readPacked(QFile& file, const CbfSection& sectio
     constexpr qint64 nLongestCode = 15;  // bytes of a pixel: a difference of 8 bytes and those before it
     const qint64 nCount = section.pixels.nWidth * section.pixels.nHeight;
     const qint64 nBytes = std::min(section.nBytes, nLongestCode * nCount);
+    if (!hasMemoryForImages(1, section.pixels.nWidth, section.pixels.nHeight, nBytes, strReason)) {
+        return nullptr;
+    }
     const std::shared_ptr<uint8_t> pBytes = makeFileBuffer(static_cast<size_t>(nBytes));
     if (!file.seek(section.pixels.nOffset) ||
         file.read(reinterpret_cast<char*>(pBytes.get()), nBytes) != nBytes) {

@@ -5,6 +5,7 @@
 #include "imagefiles/mrclayout.h"
 #include "imagefiles/mrcwriter.h"
 #include "imagefiles/pixelconvert.h"
+#include "imagefiles/plainpixels.h"
 #include "records/regularfile.h"
 #include "records/wholefile.h"
 
@@ -205,6 +206,9 @@ int readMrcSections(const QString& strFileName, int nFirst, int nMaxSections, Im
     if (sections.nCount == 0) {
         return 1;
     }
+    if (!hasMemoryForImages(sections.nCount, layout.nWidth, layout.nY, 0, strReason)) {
+        return 1;
+    }
     const qint64 nSection = static_cast<qint64>(sections.nBytes);
     if (!file.seek(static_cast<qint64>(layout.begin()) + nFirst * nSection)) {
         strReason = file.errorString();
@@ -240,6 +244,9 @@ int readMrcBytes(const uint8_t* pData, size_t nSize, ImageList& vecImage, QStrin
     }
     const MrcLayout layout = mrcLayout(pData, nSize);
     const MrcSections sections = mrcSections(layout, nSize, 0, nMaxSections, strReason);
+    if (!hasMemoryForImages(sections.nCount, layout.nWidth, layout.nY, 0, strReason)) {
+        return 1;
+    }
     ImageList vecRead;
     for (int64_t z = 0; z < sections.nCount; ++z) {
         vecRead.push_back(

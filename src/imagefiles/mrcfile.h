@@ -24,8 +24,8 @@ namespace tessera {
 /// All sizes are checked against the length of the file before memory is allocated. A section that is not
 /// complete is left out. Nothing is read of a file with another MODE, with NX or NY below 1, or with 2^31
 /// pixels or more per section. The same holds for more than 65536 sections that are so small that the
-/// images would take many times the memory of the file. These cases are no failures, but `pReason` tells
-/// about them.
+/// images would take many times the memory of the file, and for images that there is no memory for. These
+/// cases are no failures, but `pReason` tells about them.
 ///
 /// Calls on different files can run side by side.
 ///

@@ -91,6 +91,22 @@ bool isImageSize(qint64 nWidth, qint64 nHeight, QString& strReason)
     return true;
 }
 
+bool hasMemoryForImages(qint64 nImages, qint64 nWidth, qint64 nHeight, qint64 nBuffer, QString& strReason)
+{
+    const double dfMemoryAsked = 1 << 28;
+    const double dfMost = 1e18;  // within 64 bits
+    const double dfMemory = std::min(
+        double(nImages) * double(nWidth) * double(nHeight) * double(sizeof(float)) + double(nBuffer), dfMost);
+    if (dfMemory <= dfMemoryAsked || hasMemoryFor(quint64(dfMemory))) {
+        return true;
+    }
+    const QString strSize = QStringLiteral("%1 x %2 pixels").arg(nWidth).arg(nHeight);
+    strReason = nImages == 1
+                    ? QStringLiteral("not enough memory for %1").arg(strSize)
+                    : QStringLiteral("not enough memory for %1 images of %2").arg(nImages).arg(strSize);
+    return false;
+}
+
 bool holdsPixels(const PlainPixels& pixels, qint64 nFileSize, QString& strReason)
 {
     if (!isImageSize(pixels.nWidth, pixels.nHeight, strReason)) {
@@ -114,11 +130,7 @@ std::unique_ptr<CImgObj<float>> readPlainPixels(QFile& file, const PlainPixels& 
     if (!holdsPixels(pixels, file.size(), strReason)) {
         return nullptr;
     }
-    constexpr qint64 nMemoryAsked = qint64(1) << 28;  // bytes; for fewer the available memory is not checked
-    const qint64 nMemory = pixels.nWidth * pixels.nHeight * qint64(sizeof(float));
-    if (nMemory > nMemoryAsked && !hasMemoryFor(quint64(nMemory))) {
-        strReason =
-            QStringLiteral("not enough memory for %1 x %2 pixels").arg(pixels.nWidth).arg(pixels.nHeight);
+    if (!hasMemoryForImages(1, pixels.nWidth, pixels.nHeight, 0, strReason)) {
         return nullptr;
     }
     auto pImage = std::make_unique<CImgObj<float>>();

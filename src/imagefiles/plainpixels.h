@@ -28,6 +28,10 @@ int sizeOfElement(PixelElement element);
 /// Whether an image may have this size, independent of the file; if not, with the reason.
 bool isImageSize(qint64 nWidth, qint64 nHeight, QString& strReason);
 
+/// Whether there is memory for images of this size as floats, and for nBuffer bytes while they are read; if
+/// not, with the reason. For up to 256 MB nobody is asked.
+bool hasMemoryForImages(qint64 nImages, qint64 nWidth, qint64 nHeight, qint64 nBuffer, QString& strReason);
+
 /// Whether a file of this length has all the pixels; if not, with the reason.
 bool holdsPixels(const PlainPixels& pixels, qint64 nFileSize, QString& strReason);
 

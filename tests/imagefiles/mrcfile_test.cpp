@@ -46,6 +46,22 @@ int rewrite(const ImageList& vecRead, const QString& strFileName)
 
 }  // namespace
 
+// A hundred sections of 8.4 GB as floats, of which the file has holes alone.
+TEST_F(Mrc, AsksForMemoryBeforeItReads)
+{
+    const qint64 nSide = 46000, nSections = 100;
+    writeBytes(path("a.mrc"),
+               header(int(nSide), int(nSide), int(nSections), 0).replace(92, 4, QByteArray(4, '\0')));
+    if (!QFile::resize(path("a.mrc"), 1024 + nSections * nSide * nSide)) {
+        GTEST_SKIP() << "no file system for a file of 200 GB";
+    }
+    ImageList vecImage;
+    QString strReason;
+    EXPECT_EQ(ReadMRC(path("a.mrc"), vecImage, &strReason), 1);
+    EXPECT_TRUE(vecImage.empty());
+    EXPECT_EQ(strReason, "not enough memory for 100 images of 46000 x 46000 pixels");
+}
+
 TEST_F(Mrc, ReadsEveryModeOfAnotherProgramWithTheFirstRowAtTheBottom)
 {
     const struct {
