@@ -4,6 +4,7 @@
 
 #include <gemmi/c4322.hpp>
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -201,6 +202,22 @@ private:
     std::vector<char> m_listPossible;  ///< by number of atoms: 1 if the sites can hold them
 };
 
+/// A number of atoms for a formula: at most six digits, but all of those before the point, and no exponent,
+/// which chemicalFormula() would not read.
+QString countText(double dfCount)
+{
+    const QString strText = QString::number(dfCount, 'g', 6);
+    if (!strText.contains(QLatin1Char('e'))) {
+        return strText;
+    }
+    const int nDecimals = std::max(0, 5 - int(std::floor(std::log10(dfCount))));
+    QString strPlain = QString::number(dfCount, 'f', nDecimals);
+    if (nDecimals > 0) {
+        strPlain.remove(QRegularExpression(QStringLiteral("0+$")));
+    }
+    return strPlain;
+}
+
 }  // namespace
 
 double ChemicalFormula::atomCount(CountedAtoms counted) const
@@ -242,7 +259,7 @@ QString hillFormula(const ChemicalFormula& formula)
                                 : bSecond ? QStringLiteral("1")
                                           : QString()) +
                                strSymbol;
-        const QString strCount = one.dfCount == 1 ? QString() : QString::number(one.dfCount, 'g', 6);
+        const QString strCount = one.dfCount == 1 ? QString() : countText(one.dfCount);
         listPart.emplace_back(strKey, strSymbol + strCount);
     }
     std::stable_sort(listPart.begin(), listPart.end());
@@ -276,8 +293,10 @@ int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::G
     const CSiteSums sums(multiplicities(ops));
     // Numbers from half to twice the estimate are tried: a volume per atom outside this range means a wrong
     // formula rather than an unusual packing. The limit of 10000 bounds the time that this takes.
-    const int nMost = int(std::ceil(std::min(2 * dfEstimate, 10000.0)));
-    const int nNearest = std::max(1, int(std::lround(std::min(dfEstimate, 10000.0))));
+    const double dfMost = 10000;
+    const int nLeast = std::max(1, int(std::min(dfEstimate / 2, dfMost)));
+    const int nMost = int(std::ceil(std::min(2 * dfEstimate, dfMost)));
+    const int nNearest = std::max(1, int(std::lround(std::min(dfEstimate, dfMost))));
     // Numbers that neither divide the multiplicity of the general position nor are a multiple of it are rare,
     // so another number is preferred even if its volume is farther off, by up to a factor of 1.5.
     const auto distance = [&](int nUnits) {
@@ -285,7 +304,7 @@ int formulaUnits(const ChemicalFormula& formula, double dfVolume, const gemmi::G
         return std::abs(std::log(nUnits / dfEstimate)) + (bUsual ? 0 : std::log(1.5));
     };
     int nBest = 0;
-    for (int n = std::max(1, int(dfEstimate / 2)); n <= nMost; ++n) {
+    for (int n = nLeast; n <= nMost; ++n) {
         const auto fits = [&](const ElementCount& one) { return sums.fits(one.dfCount * n); };
         if (std::all_of(formula.listElement.begin(), formula.listElement.end(), fits) &&
             (nBest == 0 || distance(n) < distance(nBest))) {

@@ -250,6 +250,8 @@ TEST(ChemicalFormula, ReadsAndRefuses)
     EXPECT_EQ(hillFormula(*chemicalFormula("Ca(OH)2")), "Ca H2 O2");
     EXPECT_EQ(hillFormula(*chemicalFormula(" C2 H5 (N H2)0.5 Fe0.25")), "C2 H6 Fe0.25 N0.5");
     EXPECT_EQ(hillFormula(*chemicalFormula("CoCO3")), "C Co O3");
+    EXPECT_EQ(hillFormula(*chemicalFormula("C1000000 C234567 O0.00005 N123456.7")),
+              "C1234567 N123457 O0.00005");
     for (const char* pszBad : {"", "  ", "Xx2", "co2", "C(", "C)2", "C0", "C-1", "2C", "C1e3", "C..5",
                                "Si,O2", "((((((((((C))))))))))", "((C1000)1000)1000"}) {
         QString strReason;
@@ -281,6 +283,7 @@ TEST(ChemicalFormula, UnitsFollowFromVolumeAndSites)
         const gemmi::GroupOps ops = gemmi::find_spacegroup_by_name(row.pszGroup)->operations();
         EXPECT_EQ(formulaUnits(*chemicalFormula(row.pszFormula), row.dfVolume, ops), row.nUnits)
             << row.pszFormula;
+        EXPECT_LE(formulaUnits(*chemicalFormula(row.pszFormula), 1e15, ops), 10000);
     }
 }
 
