@@ -36,14 +36,21 @@ bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndex
                             resultSuffix(ResultFile::IndexedPeaks);
     QString strReason;
     const bool bWritten = writeIndexedPeakList(vecPeakIndexedOnFrame, strFile, &strReason, pSet);
-    const QString strMessage = bWritten ? QStringLiteral(
-                                              "%1>List of the indexed peaks on the frames output to file: %2")
-                                        : QStringLiteral("%1>Failed to save file: %2");
-    report.addMessage(strMessage.arg(currentTimeStamp(), strFile));
+    if (!bWritten) {
+        report.addMessage(QStringLiteral("%1>Failed to save file: %2").arg(currentTimeStamp(), strFile));
+    } else if (!pSet) {
+        tellIndexedPeaksWritten(strFile, report);
+    }
     if (!strReason.isEmpty()) {
         report.addMessage(strReason, Severity::Error);
     }
     return bWritten;
+}
+
+void tellIndexedPeaksWritten(const QString& strFile, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("%1>List of the indexed peaks on the frames output to file: %2")
+                          .arg(currentTimeStamp(), strFile));
 }
 
 }  // namespace tessera

@@ -19,10 +19,14 @@ namespace tessera {
 bool writeIndexedPeakList(const QVector<QList<Peak3D>>& vecPeakOnFrame, const QString& strFileName,
                           QString* pstrReason = nullptr, CFileSet* pSet = nullptr);
 
-/// Writes DIR/NAME.ipf, or adds it to a set, and says in the log whether that went well.
+/// Writes DIR/NAME.ipf, or adds it to a set, and says in the log whether that went well; where a set waits
+/// for its commit(), only whether it did not.
 /// @return whether it did
 bool outputIndexedReflectionsOnFrames(const QVector<QList<Peak3D>>& vecPeakIndexedOnFrame,
                                       const QString& strProjectDir, const QString& strProjectName,
                                       CRunReport& report, CFileSet* pSet = nullptr);
+
+/// The line of the log after strFile was written.
+void tellIndexedPeaksWritten(const QString& strFile, CRunReport& report);
 
 }  // namespace tessera

@@ -41,10 +41,10 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     const QString strHKLFile = strBase + resultSuffix(ResultFile::Reflections);
     QString strReason;
     const bool bHKLWritten = writeTextFile(strHKLFile, strHKL, &strReason, pSet);
-    if (bHKLWritten) {
-        report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
-    } else {
+    if (!bHKLWritten) {
         reportUnwritten(strHKLFile, strReason, report);
+    } else if (!pSet) {
+        tellHKLWritten(strHKLFile, report);
     }
 
     const QString strP4PFile = strBase + resultSuffix(ResultFile::P4P);
@@ -61,10 +61,20 @@ bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
     const bool bP4PWritten = writeTextFile(strP4PFile, strP4P, &strReason, pSet);
     if (!bP4PWritten) {
         reportUnwritten(strP4PFile, strReason, report);
-    } else if (!strP4P.isEmpty()) {
-        report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
+    } else if (!pSet && !strP4P.isEmpty()) {
+        tellP4PWritten(strP4PFile, report);
     }
     return bHKLWritten && bP4PWritten;
+}
+
+void tellHKLWritten(const QString& strHKLFile, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("%1>HKL file written: %2").arg(currentTimeStamp(), strHKLFile));
+}
+
+void tellP4PWritten(const QString& strP4PFile, CRunReport& report)
+{
+    report.addMessage(QStringLiteral("%1>p4p file written: %2").arg(currentTimeStamp(), strP4PFile));
 }
 
 }  // namespace tessera

@@ -22,11 +22,17 @@ namespace tessera {
 /// @param basis            none, or one that spans no cell: the p4p file is empty, and the log does not
 ///                         mention it
 /// @param listOverallTilt  degrees, one per frame
-/// @param pSet             may be null; else the files become part of the set and wait for its commit()
+/// @param pSet             may be null; else the files become part of the set and wait for its commit(), and
+///                         whoever commits it tells that they are written
 /// @return true if both files have been written, or have become part of the set
 bool outputIndexingResultsToFile(const QList<Peak3D>& listIndexedPeak,
                                  const std::optional<ReciprocalBasis>& basis,
                                  const QList<double>& listOverallTilt, const QString& strProjectDir,
                                  const QString& strProjectName, CRunReport& report, CFileSet* pSet = nullptr);
+
+/// The line of the log after strHKLFile was written.
+void tellHKLWritten(const QString& strHKLFile, CRunReport& report);
+/// The line of the log after strP4PFile was written with a cell.
+void tellP4PWritten(const QString& strP4PFile, CRunReport& report);
 
 }  // namespace tessera

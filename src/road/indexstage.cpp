@@ -2,6 +2,8 @@
 
 #include "crystal/cellarithmetic.h"
 #include "crystal/cellrefinement.h"
+#include "crystal/indexedpeaklist.h"
+#include "crystal/indexingfiles.h"
 #include "crystal/reflectionindices.h"
 #include "reciprocal/indexing.h"
 #include "records/fileset.h"
@@ -72,6 +74,9 @@ StageResult commitFiles(CFileSet& files, RoadState& state)
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
+    tellHKLWritten(fileOfProject(state.dataSet, ResultFile::Reflections), report);
+    tellP4PWritten(fileOfProject(state.dataSet, ResultFile::P4P), report);
+    tellIndexedPeaksWritten(fileOfProject(state.dataSet, ResultFile::IndexedPeaks), report);
     state.results.listFile += listFile;
     return {};
 }

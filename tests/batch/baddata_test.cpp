@@ -222,6 +222,9 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         for (int i = 0; i < listResult.size(); ++i) {
             EXPECT_EQ(series.read(listResult[i]) != listBefore[i], abNew[i]) << listResult[i].toStdString();
         }
+        for (const char* pszLine : {"HKL file written", "p4p file written", "output to file"}) {
+            EXPECT_FALSE(outcome.strText.contains(QLatin1String(pszLine))) << pszLine << ", but it was not";
+        }
         const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
         EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
     }
