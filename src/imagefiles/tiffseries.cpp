@@ -1,8 +1,15 @@
 #include "imagefiles/tiffseries.h"
 
+#include "imagefiles/hdf5stamp.h"
+
 #include <QList>
 #include <QSize>
 
+#include <algorithm>
+#include <limits>
+#include <list>
+#include <memory>
+#include <mutex>
 #include <unordered_set>
 #include <utility>
 
@@ -93,14 +100,69 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
     return series;
 }
 
-}  // namespace
-
-TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost)
+TiffSeries walkTo(CTiffBytes& tiff, uint64_t nMost)
 {
     TiffSeries series = walk(tiff, nMost, false);
     if (series.vecPage.empty() && series.strEnd.isEmpty()) {  // a file with thumbnails only
         series = walk(tiff, nMost, true);
     }
+    return series;
+}
+
+/// The pages of a file as it was at a time.
+struct KeptSeries {
+    std::vector<Hdf5Stamp> vecStamp;  ///< of the file
+    QDateTime timeRead;
+    TiffSeries series;
+};
+
+constexpr uint64_t g_nFewPages = 16;  ///< a walk over so many takes less than a frame
+
+/// All pages of a file, of the last few files with many pages as they are remembered.
+std::shared_ptr<const KeptSeries> wholeSeries(CTiffBytes& tiff)
+{
+    constexpr size_t nMostKept = 4;
+    static std::mutex s_mutex;
+    static std::list<std::shared_ptr<const KeptSeries>> s_listKept;  // the most recent one comes first
+    const QString strFile = tiff.file().fileName();
+    {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        const auto it = std::find_if(s_listKept.begin(), s_listKept.end(), [&](const auto& pKept) {
+            return pKept->vecStamp.front().strFile == strFile;
+        });
+        if (it != s_listKept.end() && isCurrent((*it)->vecStamp, (*it)->timeRead)) {
+            s_listKept.splice(s_listKept.begin(), s_listKept, it);
+            return s_listKept.front();
+        }
+    }
+    const QDateTime timeRead = QDateTime::currentDateTimeUtc();
+    const std::vector<Hdf5Stamp> vecStamp = {stampOf(strFile)};
+    const auto pSeries = std::make_shared<const KeptSeries>(
+        KeptSeries{vecStamp, timeRead, walkTo(tiff, std::numeric_limits<uint64_t>::max())});
+    if (pSeries->series.vecPage.size() > g_nFewPages) {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        s_listKept.remove_if([&](const auto& pKept) { return pKept->vecStamp.front().strFile == strFile; });
+        s_listKept.push_front(pSeries);
+        s_listKept.resize(std::min(s_listKept.size(), nMostKept));
+    }
+    return pSeries;
+}
+
+}  // namespace
+
+TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost)
+{
+    if (nMost <= g_nFewPages) {
+        return walkTo(tiff, nMost);
+    }
+    const std::shared_ptr<const KeptSeries> pWhole = wholeSeries(tiff);
+    const std::vector<uint64_t>& vecPage = pWhole->series.vecPage;
+    if (vecPage.size() < nMost) {
+        return pWhole->series;
+    }
+    // A walk that has all that is wanted does not come to the end.
+    TiffSeries series;
+    series.vecPage.assign(vecPage.begin(), vecPage.begin() + std::ptrdiff_t(nMost));
     return series;
 }
 

@@ -25,7 +25,9 @@ struct TiffSeries {
     uint64_t images() const { return vecPage.empty() ? 0 : vecPage.size() * nInOne; }
 };
 
-/// Goes through the pages without reading pixels.
+/// Goes through the pages without reading pixels. Of the last few files with many pages their places are
+/// remembered until the file changes: each frame of a series is read by a call of its own, which would begin
+/// at the first page again. Calls can run side by side.
 TiffSeries tiffSeries(CTiffBytes& tiff, uint64_t nMost);
 
 }  // namespace tessera

@@ -3,6 +3,9 @@
 #include "tests/imagefiles/testfiles.h"
 #include "tests/imagefiles/tiffbuilder.h"
 
+#include <QDateTime>
+#include <QFile>
+
 #include <tiffio.h>
 
 #include <climits>
@@ -211,6 +214,44 @@ TEST_F(Tiff, StacksOfImageJHaveOnePage)
     EXPECT_EQ(readTiffHeader(file(), 0).nImages, 3);
     stack(3, COMPRESSION_LZW);  // of packed images nobody knows where the next one begins
     EXPECT_EQ(readTiffHeader(file(), 0).nImages, 1);
+}
+
+// Where the pages are is remembered of a file that has not changed for a while, and of that one alone.
+TEST_F(Tiff, ManyPagesAreThoseThatTheFileHasNow)
+{
+    const auto writePages = [&](int nPages, int nFirst, qint64 nHoursAgo) {
+        CTiffBuilder builder;
+        for (int i = 0; i < nPages; ++i) {
+            // Each file has its pages at other places.
+            const quint64 nPlace = builder.add(QByteArray(3 * nFirst + 1, char(nFirst + i))) +
+                                   quint64(nFirst);
+            builder.page(1, 1, 8, 2, {nPlace}, 1, 1);
+            builder.directory();
+        }
+        write(builder);
+        QFile changed(file());
+        ASSERT_TRUE(changed.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(changed.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-3600 * nHoursAgo),
+                                        QFileDevice::FileModificationTime));
+    };
+    const auto expectPages = [&](int nPages, int nFirst) {
+        for (const int n : {nPages - 1, 20, 1}) {
+            ASSERT_TRUE(read(n, 1)) << qPrintable(m_strReason);
+            EXPECT_EQ(pixels(), Pixels(1, float(nFirst + n)));
+            EXPECT_EQ(m_strReason, "");
+        }
+        EXPECT_FALSE(read(nPages, 1));
+        EXPECT_EQ(m_strReason, QString("image %1 of %2").arg(nPages + 1).arg(nPages));
+        EXPECT_EQ(readTiffHeader(file(), 2).nImages, nPages);
+    };
+    writePages(40, 0, 2);
+    expectPages(40, 0);
+    writePages(60, 5, 1);
+    expectPages(60, 5);
+    writePages(30, 7, 0);  // just now
+    expectPages(30, 7);
+    writePages(31, 8, 0);
+    expectPages(31, 8);
 }
 
 TEST_F(Tiff, DirectoriesThatOverlapEndTheSeries)
