@@ -101,7 +101,7 @@ std::optional<KnownCellColumns> columnsOfHead(const QStringList& listPart)
 QString takeUnits(const QStringList& listPart, KnownCellColumns& columns)
 {
     for (int n = KnownCellColumns::A; n < KnownCellColumns::g_nNeeded; ++n) {
-        const QString strWord = listPart[columns.anPlace[n]];
+        const QString& strWord = listPart[columns.anPlace[n]];
         const std::optional<double> factor = factorOf(Column(n), unitOf(strWord));
         if (!factor) {
             return strWord;
