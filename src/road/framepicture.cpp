@@ -26,15 +26,21 @@ float percentile(std::vector<float>& listValue, double dfShare)
     return *it;
 }
 
+/// How many blocks a side has, the last one of which may not be full.
+int blocksOf(int nPixels, int nBlock)
+{
+    return (nPixels + nBlock - 1) / nBlock;
+}
+
 /// The mean of the finite pixels of a block; not finite if there are none.
 /// @param nX, nY  column and row of the block, counted in blocks
 /// @param nBlock  side of the block, pixels
-float blockMean(const float* pData, int nWidth, int nX, int nY, int nBlock)
+float blockMean(const float* pData, int nWidth, int nHeight, int nX, int nY, int nBlock)
 {
     double dfSum = 0;
     int nCount = 0;
-    for (int y = nY * nBlock; y < (nY + 1) * nBlock; ++y) {
-        for (int x = nX * nBlock; x < (nX + 1) * nBlock; ++x) {
+    for (int y = nY * nBlock; y < std::min((nY + 1) * nBlock, nHeight); ++y) {
+        for (int x = nX * nBlock; x < std::min((nX + 1) * nBlock, nWidth); ++x) {
             const float f = pData[size_t(y) * size_t(nWidth) + size_t(x)];
             if (std::isfinite(f)) {
                 dfSum += double(f);
@@ -96,17 +102,23 @@ QString captionOf(const SeriesData& series, int nFrame)
 
 }  // namespace
 
-QImage smallPicture(const float* pData, int nWidth, int nHeight)
+int blockOfPicture(int nWidth, int nHeight)
 {
     int nBlock = 1;
-    while (std::max(nWidth, nHeight) / nBlock > g_nLargestSide) {
+    while (blocksOf(std::max(nWidth, nHeight), nBlock) > g_nLargestSide) {
         nBlock *= 2;
     }
-    const int nColumns = nWidth / nBlock, nRows = nHeight / nBlock;
+    return nBlock;
+}
+
+QImage smallPicture(const float* pData, int nWidth, int nHeight)
+{
+    const int nBlock = blockOfPicture(nWidth, nHeight);
+    const int nColumns = blocksOf(nWidth, nBlock), nRows = blocksOf(nHeight, nBlock);
     std::vector<float> listPixel, listFinite;
     for (int y = 0; y < nRows; ++y) {
         for (int x = 0; x < nColumns; ++x) {
-            listPixel.push_back(blockMean(pData, nWidth, x, y, nBlock));
+            listPixel.push_back(blockMean(pData, nWidth, nHeight, x, y, nBlock));
             if (std::isfinite(listPixel.back())) {
                 listFinite.push_back(listPixel.back());
             }
@@ -162,8 +174,10 @@ bool drawFrame(CHtmlPage& page, const SeriesData& series, int nFrame, double dfR
     page.attribute("stroke-width", 1.5 * dfUnit);
     page.element("title", strCaption);
     page.open("image");
-    page.attribute("width", nWidth);
-    page.attribute("height", nHeight);
+    // Blocks that are not full reach beyond the frame, where the view box cuts them off.
+    const int nBlock = blockOfPicture(nWidth, nHeight);
+    page.attribute("width", image.width() * nBlock);
+    page.attribute("height", image.height() * nBlock);
     page.attribute("href", pngUri(image));
     page.close();
     if (nFrame < series.m_listPeakFrame.size()) {

@@ -13,10 +13,12 @@ namespace tessera {
 /// Makes a grey image of 8 bits. Black is the 1st and white the 99.7th percentile of the counts. Between them
 /// the grey goes by the square root, so that spots are visible beside the halo of the direct beam. An image
 /// whose longer side exceeds 640 pixels is reduced by a power of 2 to at most that, by means of blocks of
-/// pixels; rows and columns that do not fill a block are left out.
+/// pixels; the blocks at the right and lower edge may have fewer.
 /// @param pData  row by row; pixels that are not finite become black
-/// @return a null image if no pixel is finite, or the shorter side is less than a block
+/// @return a null image if no pixel is finite
 QImage smallPicture(const float* pData, int nWidth, int nHeight);
+/// How many pixels of a frame along a side are one pixel of its smallPicture().
+int blockOfPicture(int nWidth, int nHeight);
 
 /// The image as PNG in a URI of the scheme "data", for a page without other files.
 QString pngUri(const QImage& image);
