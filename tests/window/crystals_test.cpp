@@ -124,6 +124,26 @@ TEST_F(Crystals, FoldersBecomeTheFilesOfTheProgram)
     }
 }
 
+TEST_F(Crystals, TheProposedFolderGoesWithTheFolders)
+{
+    writeResultFolder(path("a/x"), "x", "quartz", 1);
+    writeResultFolder(path("b/y"), "y", "quartz", 2);
+    drop({path("a/x")});
+    EXPECT_EQ(m_pInput->outFolder(), path("a/merged"));
+    click(m_pInput->m_pButtonClear);
+    EXPECT_EQ(m_pInput->outFolder(), "");
+    drop({path("b/y")});
+    drop({path("a/x")});
+    EXPECT_EQ(m_pInput->outFolder(), path("b/merged"));
+    ASSERT_EQ(column(m_pInput->m_pTable, 0), QStringList({"x", "y"}));
+    m_pInput->m_pTable->selectRow(1);
+    click(m_pInput->m_pButtonRemove);
+    EXPECT_EQ(m_pInput->outFolder(), path("a/merged"));
+    QTest::keyClicks(m_pInput->m_pEditOut, "2");
+    click(m_pInput->m_pButtonClear);
+    EXPECT_EQ(m_pInput->outFolder(), path("a/merged2")) << "typed";
+}
+
 TEST_F(Crystals, GroupsTreesAndTablesGoTogether)
 {
     makeSeries();

@@ -119,6 +119,7 @@ QWidget* MergeInput::makeFolders()
     }
     connect(m_pButtonClear, &QPushButton::clicked, this, [this] {
         m_listFolder.clear();
+        dropProposal();
         showFolders();
     });
     return pPart;
@@ -258,7 +259,28 @@ void MergeInput::removeChosen()
         std::remove_if(m_listFolder.begin(), m_listFolder.end(),
                        [&](const ListedFolder& folder) { return setGone.count(folder.strFolder) > 0; }),
         m_listFolder.end());
+    dropProposal();
     showFolders();
+}
+
+/// Replaces the proposed folder for the merged files if no folder of the list is beside it or below: the
+/// files would go to the place of other crystals.
+void MergeInput::dropProposal()
+{
+    if (m_bOutTyped) {
+        return;
+    }
+    const QString strPlace = QFileInfo(outFolder()).absolutePath();
+    const QString strBelow = strPlace.endsWith(QLatin1Char('/')) ? strPlace : strPlace + QLatin1Char('/');
+    const bool bBeside = std::any_of(
+        m_listFolder.begin(), m_listFolder.end(), [&](const ListedFolder& folder) {
+            return QDir::cleanPath(QFileInfo(folder.strFolder).absoluteFilePath()).startsWith(strBelow);
+        });
+    if (!bBeside) {
+        m_pEditOut->setText(m_listFolder.empty()
+                                ? QString()
+                                : QDir::toNativeSeparators(proposedFolder(m_listFolder.front().strFolder)));
+    }
 }
 
 CrystalsJobOptions MergeInput::options() const

@@ -31,7 +31,8 @@ public:
     explicit MergeInput(QWidget* pParent = nullptr);
 
     /// Asks by foldersGiven() for folders to be read. If the folder for the merged files is empty and the
-    /// user has not typed one, "merged" beside the first of these folders is proposed.
+    /// user has not typed one, "merged" beside the first of these folders is proposed. The proposal goes with
+    /// the last folder beside it or below that is taken off the list.
     void giveFolders(const QStringList& listFolder);
     /// Takes what was read of a folder; it replaces what was read of the same folder before. The tables are
     /// brought up to date by showFolders().
@@ -78,6 +79,7 @@ signals:
 private:
     QWidget* makeFolders();
     QWidget* makeOptions();
+    void dropProposal();
     void askForFolders();
     void askForKnownCells();
     void askForOutFolder();
