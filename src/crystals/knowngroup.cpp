@@ -1,5 +1,7 @@
 #include "crystals/knowngroup.h"
 
+#include "integration/integrationjudgement.h"
+
 #include <gemmi/symmetry.hpp>
 
 #include <algorithm>
@@ -39,6 +41,7 @@ void preferKnownGroup(const QString& strKnown, IntegrationResult& result, CRunRe
     } else {
         std::rotate(list.begin(), it, it + 1);
         result.spaceGroup = list.front();
+        takeWilsonPlot(result);
     }
 }
 

@@ -3,10 +3,12 @@
 #include "integration/equivalents.h"
 #include "integration/framemeans.h"
 #include "integration/settingcell.h"
+#include "integration/wilsonplot.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace tessera {
 
@@ -104,6 +106,7 @@ void judgeMerged(const JudgementOptions& options, IntegrationResult& result)
     result.quality = judge(list);
     result.spaceGroups = rankSpaceGroups(result.quality.listMerged, result.chosen);
     result.spaceGroup = chosenGroup(result.spaceGroups, options.nSpaceGroup);
+    takeWilsonPlot(result);
     result.forecast = forecastCompleteness(result.quality.listMerged, result.series, result.chosen.symmetry,
                                            result.chosen.cell, result.quality.overall.dfDMin,
                                            leastSpeed(list), options.dfGoal);
@@ -166,6 +169,20 @@ IntegrationResult judgeIntegration(const IntegratedSeries& integrated, const Ser
         tellJudgement(result, report);
     }
     return result;
+}
+
+void takeWilsonPlot(IntegrationResult& result)
+{
+    const gemmi::SpaceGroup* pGroup = result.spaceGroup ? gemmi::find_spacegroup_by_name(
+                                                              result.spaceGroup->strName.toStdString())
+                                                        : nullptr;
+    if (!pGroup) {
+        return;
+    }
+    const gemmi::GroupOps ops = pGroup->operations();
+    WilsonPlot plot = wilsonPlot(result.quality.listMerged, result.chosen.symmetry, result.chosen.cell, &ops);
+    result.quality.listWilson = std::move(plot.listPoint);
+    result.quality.dfWilsonB = plot.dfB;
 }
 
 }  // namespace tessera

@@ -39,4 +39,7 @@ IntegrationResult judgeIntegration(const IntegratedSeries& integrated, const Ser
                                    const JudgedLattice& lattice, const JudgementOptions& options,
                                    CRunReport& report);
 
+/// Makes the Wilson plot of the merged intensities with the space group of the result, if it has one.
+void takeWilsonPlot(IntegrationResult& result);
+
 }  // namespace tessera

@@ -55,7 +55,7 @@ double meanSquareScattering(double dfSquare)
 }
 
 WilsonPlot wilsonPlot(const std::vector<MergedReflection>& listMerged, const ObservationSymmetry& symmetry,
-                      const CellParameters& cell)
+                      const CellParameters& cell, const gemmi::GroupOps* pGroup)
 {
     WilsonPlot plot;
     plot.dfB = std::numeric_limits<double>::quiet_NaN();
@@ -67,9 +67,11 @@ WilsonPlot wilsonPlot(const std::vector<MergedReflection>& listMerged, const Obs
     std::vector<Entry> listEntry;
     for (const MergedReflection& merged : listMerged) {
         const double dfSquare = unitCell->calculate_1_d2(merged.anIndex) / 4;
-        if (std::isfinite(dfSquare) && dfSquare > 0) {
-            listEntry.push_back({dfSquare, merged.dfIntensity / unit.epsilon(merged.anIndex) /
-                                               meanSquareScattering(dfSquare)});
+        const bool bAbsent = pGroup && pGroup->is_systematically_absent(merged.anIndex);
+        if (std::isfinite(dfSquare) && dfSquare > 0 && !bAbsent) {
+            const int nEpsilon = pGroup ? pGroup->epsilon_factor_without_centering(merged.anIndex)
+                                        : unit.epsilon(merged.anIndex);
+            listEntry.push_back({dfSquare, merged.dfIntensity / nEpsilon / meanSquareScattering(dfSquare)});
         }
     }
     std::stable_sort(listEntry.begin(), listEntry.end(),

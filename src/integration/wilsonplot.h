@@ -24,7 +24,11 @@ double meanSquareScattering(double dfSquare);
 /// reflections on. The line is fitted to the shells beyond 3 Å, where interatomic distances no longer shape
 /// the plot, or to all shells if there are fewer than four of these; its slope is -2B. Source: Wilson (1942),
 /// Nature 150, 151–152.
+/// @param pGroup  the space group's operations in the setting of the symmetry: its point group gives epsilon,
+///                and its absent reflections are left out. Null: it is not known. Then epsilon counts the
+///                rotations of the Laue class alone, as most crystals have no mirror planes: the absences by
+///                a glide plane take from the mean of its zone what they would add.
 WilsonPlot wilsonPlot(const std::vector<MergedReflection>& listMerged, const ObservationSymmetry& symmetry,
-                      const CellParameters& cell);
+                      const CellParameters& cell, const gemmi::GroupOps* pGroup = nullptr);
 
 }  // namespace tessera

@@ -2,6 +2,7 @@
 
 #include "integration/equivalents.h"
 #include "integration/integrationjudgement.h"
+#include "integration/wilsonplot.h"
 #include "tests/integration/syntheticobservations.h"
 #include "tests/recordingreport.h"
 
@@ -10,7 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 #include <random>
@@ -206,6 +210,43 @@ TEST(MergingQuality, WilsonPlotSeesAFallOff)
     }
     EXPECT_NEAR(listB[0], 0.5, 1.5);  // all its atoms have 0.5
     EXPECT_NEAR(listB[1] - listB[0], 1.5, 0.15);
+}
+
+// Intensities that are the mean of their kind, of atoms that do not move: epsilon times that of a general
+// reflection, and 0 where the group forbids them. Epsilons and conditions are those of the International
+// Tables: of mmm 2 for each index that is 0, of 222 2 on the axes.
+TEST(MergingQuality, WilsonPlotKnowsTheSpaceGroup)
+{
+    using Index = std::array<int, 3>;
+    const auto zeros = [](const Index& an) { return int(std::count(an.begin(), an.end(), 0)); };
+    const struct {
+        const char* pszGroup;
+        std::function<double(const Index&)> fnEpsilon;  ///< 0: absent
+    } aGroup[] = {{"P m m m", [&](const Index& an) { return std::exp2(zeros(an)); }},
+                  {"P b c a",
+                   [&](const Index& an) {
+                       const bool bAbsent = (an[0] == 0 && an[1] % 2 != 0) ||
+                                            (an[1] == 0 && an[2] % 2 != 0) || (an[2] == 0 && an[0] % 2 != 0);
+                       return bAbsent ? 0 : std::exp2(zeros(an));
+                   }},
+                  {"P 21 21 21", [&](const Index& an) {
+                       return zeros(an) < 2 ? 1.0 : (an[0] + an[1] + an[2]) % 2 == 0 ? 2.0 : 0.0;
+                   }}};
+    const CellParameters cell = {8, 9, 11, 90, 90, 90};
+    ObservationSymmetry symmetry;
+    symmetry.ops = gemmi::get_spacegroup_by_name("P m m m").operations();
+    for (const auto& group : aGroup) {
+        std::vector<MergedReflection> list;
+        for (int n = 1; n < 9 * 10 * 12; ++n) {
+            const Index an = {n / 120, n / 12 % 10, n % 12};
+            const double dfSquare = (an[0] * an[0] / 64.0 + an[1] * an[1] / 81.0 + an[2] * an[2] / 121.0) / 4;
+            list.push_back({an, group.fnEpsilon(an) * meanSquareScattering(dfSquare), 1, 1});
+        }
+        const gemmi::GroupOps ops = gemmi::get_spacegroup_by_name(group.pszGroup).operations();
+        EXPECT_NEAR(wilsonPlot(list, symmetry, cell, &ops).dfB, 0, 1e-9) << group.pszGroup;
+        // Without it, what is wrong stays below what the average atom puts on it.
+        EXPECT_NEAR(wilsonPlot(list, symmetry, cell).dfB, 0, 0.5) << group.pszGroup;
+    }
 }
 
 // Whatever a series holds, the judgement comes to its end, with numbers that are finite where its docstrings
