@@ -47,7 +47,9 @@ Column columnOf(QString strWord)
 QString unitOf(const QString& strWord)
 {
     static const QRegularExpression brackets(QStringLiteral("[()\\[\\]]"));
-    return strWord.toLower().section(beforeUnit(), 1).remove(brackets).simplified();
+    // Some systems write Å as A and a ring.
+    const QString strUnit = strWord.normalized(QString::NormalizationForm_C).toLower();
+    return strUnit.section(beforeUnit(), 1).remove(brackets).simplified();
 }
 
 /// The factor from the numbers of a column of the cell to Å or degrees. A column without unit is in these.

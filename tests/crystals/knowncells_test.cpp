@@ -44,8 +44,7 @@ TEST(KnownCells, readsTheTablesThatPeopleHave)
         {"a semicolon and a tabulator in quotes",
          "\"iron; \"\"alpha\"\"\",2.866,2.866,2.866,90,90,90,I,\"Fe\t\"\n",
          "iron; \"alpha\"|2.866|2.866|2.866|90|90|90|I||Fe"},
-        {"units",
-         "name,a (nm),b/pm,c [\xE2\x84\xAB],alpha / rad,beta (\xC2\xB0),gamma\nx,0.4,500,6,1.5,91,92\n",
+        {"units", "name,a (nm),b/pm,c [A\xCC\x8A],alpha / rad,beta (\xC2\xB0),gamma\nx,0.4,500,6,1.5,91,92\n",
          "x|4|5|6|85.9437|91|92|P||"},
     };
     for (const Case& table : aCase) {
