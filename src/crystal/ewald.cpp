@@ -12,34 +12,43 @@ namespace tessera {
 bool calEwaldTilt(double dfWavelength, const Vec3D& g, double& dfTilt, double dfAxisOutOfPlane)
 {
     constexpr double dfHalfPi = g_dfPi / 2;
-    const double dfK = 1 / dfWavelength;
-    // The turn about (x, 0, z) leaves what lies along it; for an axis in the plane x is 1 and z is 0.
-    const double dfX0 = std::cos(radians(dfAxisOutOfPlane)), dfZ0 = std::sin(radians(dfAxisOutOfPlane));
-    const double dfAcross = dfX0 * double(g.z) - dfZ0 * double(g.x);
-    const double dfAlong = dfX0 * double(g.x) + dfZ0 * double(g.z);
-    const double dfA = -2 * (dfX0 * double(g.y)) * dfK;
-    const double dfB = 2 * (dfX0 * dfAcross) * dfK;
-    const double dfC = double(dot(g, g)) + 2 * (dfZ0 * dfAlong) * dfK;
-    const double dfS = dfA * dfA + dfB * dfB;
-    const double dfX = (dfS - dfC * dfC) * (dfB * dfB);
-    if (!(dfX >= 0) || (dfA == 0 && dfB == 0)) {
+    const double dfSphereRadius = 1 / dfWavelength;
+    // Rotated by −θ about the axis (axisX, 0, axisZ), the point has, by Rodrigues' formula,
+    //     z = axisX·(across·cos θ − g.y·sin θ) + axisZ·along,
+    // and it lies on the sphere about (0, 0, −1/λ), which goes through the origin, where |g|² + 2·z/λ = 0.
+    // These are the coefficients of sin θ, of cos θ and of 1 in this condition.
+    const double dfAxisX = std::cos(radians(dfAxisOutOfPlane)), dfAxisZ = std::sin(radians(dfAxisOutOfPlane));
+    const double dfAcross = dfAxisX * double(g.z) - dfAxisZ * double(g.x);
+    const double dfAlong = dfAxisX * double(g.x) + dfAxisZ * double(g.z);
+    const double dfA = -2 * (dfAxisX * double(g.y)) * dfSphereRadius;
+    const double dfB = 2 * (dfAxisX * dfAcross) * dfSphereRadius;
+    const double dfC = double(dot(g, g)) + 2 * (dfAxisZ * dfAlong) * dfSphereRadius;
+    const double dfSquares = dfA * dfA + dfB * dfB;
+    const double dfUnderRoot = (dfSquares - dfC * dfC) * (dfB * dfB);
+    // The sphere does not reach the point where this is below 0. A point on the axis does not move. The
+    // comparison is negated so that it refuses NaN, too.
+    if (!(dfUnderRoot >= 0) || (dfA == 0 && dfB == 0)) {
         return false;
     }
 
-    double dfTheta1, dfTheta2;
+    double dfTheta1, dfTheta2;  // the one with the smaller sin θ first
     if (dfB == 0) {
-        // X is 0 here whether or not the sphere reaches the point; a negative root says that it doesn't.
-        const double dfU = -dfC / dfA;
-        const double dfV = std::sqrt((dfA * dfA - dfC * dfC) / (dfA * dfA));
-        if (std::isnan(dfV)) {
+        // With B = 0 the product above is 0 whether or not the sphere reaches the point. Where it does not,
+        // this root of a negative number is NaN.
+        const double dfSine = -dfC / dfA;
+        const double dfCosine = std::sqrt((dfA * dfA - dfC * dfC) / (dfA * dfA));
+        if (std::isnan(dfCosine)) {
             return false;
         }
-        dfTheta1 = std::atan2(dfU, dfV);
-        dfTheta2 = std::atan2(dfU, -dfV);
+        dfTheta1 = std::atan2(dfSine, dfCosine);
+        dfTheta2 = std::atan2(dfSine, -dfCosine);
     } else {
-        const double dfR = std::sqrt(dfX);
-        dfTheta1 = std::atan2((-dfC * dfA - dfR) / dfS, (dfR * dfA - dfB * dfB * dfC) / (dfS * dfB));
-        dfTheta2 = std::atan2((dfR - dfC * dfA) / dfS, (-dfB * dfB * dfC - dfR * dfA) / (dfS * dfB));
+        // sin θ = (−A·C ∓ |B|·√(A² + B² − C²)) / (A² + B²), and cos θ = −(C + A·sin θ) / B.
+        const double dfRoot = std::sqrt(dfUnderRoot);
+        dfTheta1 = std::atan2((-dfC * dfA - dfRoot) / dfSquares,
+                              (dfRoot * dfA - dfB * dfB * dfC) / (dfSquares * dfB));
+        dfTheta2 = std::atan2((dfRoot - dfC * dfA) / dfSquares,
+                              (-dfB * dfB * dfC - dfRoot * dfA) / (dfSquares * dfB));
     }
     const double dfTheta = std::fabs(dfTheta1) < dfHalfPi ? dfTheta1 : dfTheta2;
     if (!std::isfinite(dfTheta)) {
@@ -65,8 +74,9 @@ int calClosestFrame(double dfFrameAngle, const QList<double>& listOverallTilt)
 
 bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geometry, CRunReport& report)
 {
+    // From x along the rotation axis to x along the rows of the frame.
     const CMatrix3 matToFrame = rotationZ(-geometry.dfRotationAxis);
-    const float fK = float(1 / geometry.dfWavelength);
+    const float fCentreZ = float(1 / geometry.dfWavelength);  // of the sphere of the mapping, Å⁻¹
     const double dfOutOfPlane = geometry.distortion.dfAxisOutOfPlane;
     const CPlaceCorrection correction({}, geometry.distortion);
     QList<Peak3D> listWork = listPeak;
@@ -82,17 +92,19 @@ bool calFramePosition(QList<Peak3D>& listPeak, const FramePositionGeometry& geom
         const double dfDegrees = dfTilt * 180 / g_dfPi;
         const int nFrame = calClosestFrame(dfDegrees, geometry.listOverallTilt);
         peak.dfFrameTilt = dfDegrees;
-        const Vec3D u =
+        const Vec3D vecAtTilt =
             matToFrame.multiplied(rotationAboutAxis(-dfDegrees, dfOutOfPlane)).multiplied(peak.point());
-        // Along the line from the sphere's centre down to the flat pattern.
-        const float fScale = -fK / (u.z - fK);
+        // The line from the centre of the sphere (0, 0, 1/λ) through the point meets the flat pattern, z = 0,
+        // at this multiple of the point's x and y.
+        const float fScale = -fCentreZ / (vecAtTilt.z - fCentreZ);
         if (!geometry.centres.holds(nFrame)) {
             report.addMessage(
                 QStringLiteral("Frame No. from tilt angle %L1 degrees is out of range!").arg(dfDegrees));
             return false;
         }
         const std::optional<QPointF> pt = correction.putBack(
-            {double(u.x * fScale) / geometry.dfPixelSize, double(u.y * fScale) / geometry.dfPixelSize});
+            {double(vecAtTilt.x * fScale) / geometry.dfPixelSize,
+             double(vecAtTilt.y * fScale) / geometry.dfPixelSize});
         if (!pt) {
             report.addMessage(QStringLiteral("The distortion leaves reflection (%1,%2,%3) no place.")
                                   .arg(peak.dfH, 0, 'f', 3)

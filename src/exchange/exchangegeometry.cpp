@@ -9,6 +9,7 @@ namespace tessera {
 
 namespace {
 
+/// Tells why there is no geometry. @return false
 bool refuse(QString* pstrReason, const QString& strReason)
 {
     if (pstrReason) {
@@ -18,29 +19,32 @@ bool refuse(QString* pstrReason, const QString& strReason)
 }
 
 /// Fits the line of angles against numbers, and directs the axis so that the angles increase.
-bool takeTurn(const SeriesGeometry& series, ExchangeGeometry& geometry, QString* pstrReason)
+bool takeRotation(const SeriesGeometry& series, ExchangeGeometry& geometry, QString* pstrReason)
 {
     const std::vector<double> listAngle = anglesOf(series);
     const AngleLine line = angleLine(geometry.numbering.listNumber, listAngle);
-    if (!(std::abs(line.dfStep) > 1e-6)) {
+    const double dfLeastStep = 1e-6;  // degrees: less is a rounding error of tilts that are all equal
+    if (!(std::abs(line.dfStep) > dfLeastStep)) {
         return refuse(pstrReason, QStringLiteral("The tilts of the frames do not differ: there is no "
                                                  "rotation to tell other programs of."));
     }
-    const double dfSense = line.dfStep > 0 ? 1 : -1;
+    // Where the tilts decrease, axis and angles are both reversed, which is the same rotation.
+    const double dfSign = line.dfStep > 0 ? 1 : -1;
     const double dfOut = radians(series.geometry.turn.outOfPlane);
-    geometry.axis = screenVector({dfSense * std::cos(dfOut), 0, dfSense * std::sin(dfOut)},
+    geometry.axis = screenVector({dfSign * std::cos(dfOut), 0, dfSign * std::sin(dfOut)},
                                  series.geometry.plane.axis);
     geometry.dfWidth = std::abs(line.dfStep);
-    geometry.dfStart = dfSense * (line.dfAtZero + line.dfStep * geometry.numbering.first()) -
+    // The tilts are those in the middle of the exposures, half a width after their beginnings.
+    geometry.dfStart = dfSign * (line.dfAtZero + line.dfStep * geometry.numbering.first()) -
                        geometry.dfWidth / 2;
     geometry.dfWorstAngle = line.dfWorst;
     for (const double dfAngle : listAngle) {
-        geometry.listAngle.push_back(dfSense * dfAngle);
+        geometry.listAngle.push_back(dfSign * dfAngle);
     }
     return true;
 }
 
-/// Finds the common place of the beam on the frames as they are written, and the distance of each from it.
+/// Finds the mean place of the beam on the frames as they are written, and by how much each frame differs.
 void takeBeam(const SeriesGeometry& series, const std::vector<FramePlace>& listMoved,
               ExchangeGeometry& geometry)
 {
@@ -58,6 +62,7 @@ void takeBeam(const SeriesGeometry& series, const std::vector<FramePlace>& listM
     }
 }
 
+/// Converts the basis of the cell, and reverses its vectors if it is left-handed then.
 void takeCell(const SeriesGeometry& series, ExchangeGeometry& geometry)
 {
     for (size_t n = 0; n < 3; ++n) {
@@ -93,6 +98,7 @@ std::array<int, 3> ExchangeGeometry::indexOf(const std::array<int, 3>& anIndex) 
 DoubleVector screenVector(const DoubleVector& vec, double dfAzimuth)
 {
     const double dfCos = std::cos(radians(dfAzimuth)), dfSin = std::sin(radians(dfAzimuth));
+    // rotationZ(−azimuth) takes x from the axis back to the rows of the frame; then y is reversed.
     return {dfCos * vec[0] + dfSin * vec[1], dfSin * vec[0] - dfCos * vec[1], vec[2]};
 }
 
@@ -139,6 +145,7 @@ std::optional<ExchangeGeometry> exchangeGeometry(const SeriesGeometry& series,
     geometry.sizeFrame = series.sizeFrame;
     geometry.dfWavelength = series.geometry.dfWavelength;
     geometry.dfPixel = g_dfSmvPixelSize;
+    // At the distance D a pixel of side s spans s / (D·λ) in reciprocal space.
     geometry.dfDistance = g_dfSmvPixelSize / series.geometry.dfPixelSize / series.geometry.dfWavelength;
     geometry.rotation = series.rotation;
     geometry.source = series.geometry;
@@ -152,7 +159,7 @@ std::optional<ExchangeGeometry> exchangeGeometry(const SeriesGeometry& series,
         return std::nullopt;
     }
     takeBeam(series, listMoved, geometry);
-    if (!takeTurn(series, geometry, pstrReason)) {
+    if (!takeRotation(series, geometry, pstrReason)) {
         return std::nullopt;
     }
     if (bCell) {
