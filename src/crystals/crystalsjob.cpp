@@ -27,10 +27,12 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nLongestName = 150;     ///< bytes; a group, a compound and a suffix follow, 255 is the most
-constexpr int g_nLongestCompound = 40;  ///< bytes
+// Bytes. File systems allow names of 255 bytes, and those of the files consist of the name of the job, the
+// number of the group, the compound and a suffix.
+constexpr int g_nLongestName = 150;
+constexpr int g_nLongestCompound = 40;
 
-/// The first bytes of a text as UTF-8, without half a letter at their end.
+/// The beginning of a text that has at most so many bytes in UTF-8. No character is cut in two.
 QString cutTo(const QString& strText, int nBytes)
 {
     const QByteArray bytes = strText.toUtf8();
@@ -38,14 +40,14 @@ QString cutTo(const QString& strText, int nBytes)
         return strText;
     }
     int nEnd = nBytes;
-    while (nEnd > 0 && (bytes.at(nEnd) & 0xC0) == 0x80) {  // within a letter
+    while (nEnd > 0 && (bytes.at(nEnd) & 0xC0) == 0x80) {  // 10xxxxxx: not the first byte of a character
         --nEnd;
     }
     return QString::fromUtf8(bytes.left(nEnd));
 }
 
-/// A name as a part of one of a file.
-QString fileWord(const QString& strText)
+/// The name of a compound as a part of a file's name: what is no letter, number, "-", "+" or "." becomes "_".
+QString fileNamePart(const QString& strText)
 {
     QString str = strText.simplified();
     for (QChar& ch : str) {
@@ -56,19 +58,22 @@ QString fileWord(const QString& strText)
     return cutTo(str, g_nLongestCompound);
 }
 
+/// The threads that the options ask for.
 int threadsOf(const CrystalsJobOptions& options)
 {
     return options.nJobs > 0 ? options.nJobs : std::max(1, int(std::thread::hardware_concurrency()));
 }
 
-/// As many of the threads as the limits of the process have room for. It is told to the caller alone: the log
-/// is the same for any number.
+/// As many of these threads as the limits of the process have memory for.
+/// @param report  that of the caller and not the log of the job, which is the same for any number of threads
 int threadsInMemory(const CrystalsJobOptions& options, CRunReport& report)
 {
-    // A thread's stack and the piece of addresses that the heap takes for it, and what all of them work on.
+    // Addresses for each thread: 8 MB for its stack, and the 64 MB that the heap of glibc reserves for it.
+    // And 64 MB for the data on which all of them work.
     const std::uint64_t nEach = std::uint64_t(72) << 20, nShared = std::uint64_t(64) << 20;
     const std::uint64_t nLeft = memoryLeftByLimits();
     const int nWanted = threadsOf(options);
+    // Threads beside that of the caller, which is there already.
     const std::uint64_t nMore = (nLeft - std::min(nLeft, nShared)) / nEach;
     const int nFit = int(std::min<std::uint64_t>(std::uint64_t(nWanted), 1 + nMore));
     if (nFit < nWanted) {
@@ -80,7 +85,8 @@ int threadsInMemory(const CrystalsJobOptions& options, CRunReport& report)
     return nFit;
 }
 
-/// What one group says while others are merged beside it. The thread of the caller asks whether to go on.
+/// Keeps the lines of one group until all groups are merged, so that those of several threads do not mix.
+/// Only the thread of the caller may ask the report whether to go on; the others learn it by a flag.
 class CGroupReport : public CRunReport {
 public:
     CGroupReport(CRunReport& report, std::atomic<bool>& bStop, std::thread::id caller)
@@ -106,7 +112,8 @@ private:
     std::vector<std::pair<QString, Severity>> m_listLine;
 };
 
-/// Reads folders side by side. @return false when it was asked to stop
+/// Reads the folders in several threads.
+/// @return false when the report asked to stop
 bool readAll(const QStringList& listFolder, int nJobs, CRunReport& report, CrystalsJobResult& result)
 {
     std::vector<ReadCrystals> listRead(listFolder.size());
@@ -137,18 +144,20 @@ QString fileOf(const Crystal& crystal, ResultFile file)
     return crystal.strFolder + QLatin1Char('/') + crystal.strName + resultSuffix(file);
 }
 
-/// Check sums of what was read; a list that is there twice is that of one crystal. @return false: asked to
-/// stop
-bool dropCopies(int nJobs, CRunReport& report, CrystalsJobResult& result)
+/// Computes the check sums of the files that were read, and starts listFate with them. A crystal whose list
+/// of intensities has the same bytes as that of an earlier one is a copy: it is moved to listUnread.
+/// @return false when the report asked to stop
+bool takeCheckSums(int nJobs, CRunReport& report, CrystalsJobResult& result)
 {
     QStringList listFile;
     for (const Crystal& crystal : result.listCrystal) {
         listFile << fileOf(crystal, ResultFile::Integrated) << fileOf(crystal, ResultFile::Run);
     }
+    // Two files of each crystal, in turn.
     const std::vector<FileFacts> listFacts = factsOfFiles(listFile, nJobs,
                                                           [&](int) { return report.goOn(); });
     std::vector<Crystal> listKept;
-    QMap<QByteArray, QString> mapFirst;
+    QMap<QByteArray, QString> mapFirst;  // the record of the first crystal with a check sum
     for (size_t n = 0; n < result.listCrystal.size(); ++n) {
         Crystal& crystal = result.listCrystal[n];
         const QByteArray bytesHash = listFacts[2 * n].bytesSha256.toHex();
@@ -171,6 +180,8 @@ bool dropCopies(int nJobs, CRunReport& report, CrystalsJobResult& result)
     return report.goOn();
 }
 
+/// Notes for each crystal of a group what became of it. The reasons are given from the general to the
+/// particular: what mergeCrystals() says of a crystal replaces the sentences given before.
 void takeFates(CrystalsJobResult& result, size_t nGroup)
 {
     CompoundGroup& compound = result.listGroup[nGroup];
@@ -192,16 +203,18 @@ void takeFates(CrystalsJobResult& result, size_t nGroup)
     }
 }
 
+/// The name of a group's files: NAME_1, or NAME_1_quartz for a known compound.
 QString nameOfGroup(const CrystalsJobResult& result, const CompoundGroup& compound, size_t nGroup)
 {
     QString strName = QStringLiteral("%1_%2").arg(result.strName, QString::number(nGroup + 1));
     if (compound.known) {
-        const QString strWord = fileWord(result.listKnown[compound.known->nKnown].strName);
+        const QString strWord = fileNamePart(result.listKnown[compound.known->nKnown].strName);
         strName += strWord.isEmpty() ? QString() : QLatin1Char('_') + strWord;
     }
     return strName;
 }
 
+/// Groups the crystals by their lattices, and compares each group with the known cells.
 void groupCrystals(const CrystalsJobOptions& options, CrystalsJobResult& result)
 {
     result.groups = groupByCell(result.listCrystal, options.tolerance);
@@ -218,7 +231,8 @@ void groupCrystals(const CrystalsJobOptions& options, CrystalsJobResult& result)
     }
 }
 
-/// Merges the groups side by side. @return false when it was asked to stop
+/// Merges the groups in several threads.
+/// @return false when the report asked to stop
 bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
 {
     std::atomic<bool> bStop{false};
@@ -229,7 +243,8 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
     const auto work = [&](int n) {
         CompoundGroup& compound = result.listGroup[n];
         CrystalMergeOptions merge = options.merge;
-        // As many threads as its share of the crystals: one great group takes all, many small ones one each.
+        // A group gets threads in proportion to its crystals, so that one large group has all of them and
+        // many small groups, which are merged at the same time, have one each.
         merge.nJobs = std::max<int>(
             1, int(qint64(threadsOf(options)) * compound.crystalCount() / qint64(result.listCrystal.size())));
         if (compound.crystalCount() < options.nLeastCrystals) {
@@ -242,6 +257,7 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
         }
         if (compound.isMerged()) {
             takeConventionalCell(result, compound);
+            // A space group that the user has given goes before that of the known compound.
             if (compound.known && options.merge.judgement.nSpaceGroup == 0) {
                 preferKnownGroup(result.listKnown[compound.known->nKnown].strSpaceGroup,
                                  compound.merged.result, listReport[n]);
@@ -265,7 +281,7 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
     return bAll && !bStop;
 }
 
-/// Doubts that no number shows.
+/// Adds a note on each group whose crystals were measured at different wavelengths.
 void noteWavelengths(CrystalsJobResult& result)
 {
     for (const CompoundGroup& compound : result.listGroup) {
@@ -274,7 +290,9 @@ void noteWavelengths(CrystalsJobResult& result)
             dfLeast = std::min(dfLeast, result.listCrystal[n].dfWavelength);
             dfMost = std::max(dfMost, result.listCrystal[n].dfWavelength);
         }
-        if (dfMost > 1.01 * dfLeast) {  // relativistic corrections and rounding make less
+        // One per cent is a difference of some 3 kV at 200 kV. Where a wavelength up to 300 kV was rounded to
+        // four decimals, it is off by less.
+        if (dfMost > 1.01 * dfLeast) {
             result.listNote.append(
                 QStringLiteral("The crystals of %1 were measured at wavelengths from %2 to %3 Å: "
                                "the files have that of the first.")
@@ -283,6 +301,8 @@ void noteWavelengths(CrystalsJobResult& result)
     }
 }
 
+/// Reads the table of known cells, if there is one. Faulty lines become notes.
+/// @return false where it cannot be read
 bool takeKnownCells(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
 {
     if (options.strKnownCellsFile.isEmpty()) {
@@ -302,6 +322,7 @@ bool takeKnownCells(const CrystalsJobOptions& options, CRunReport& report, Cryst
     return true;
 }
 
+/// Does the work of mergeFolders(), whose log is the report here.
 RunOutcome computeMerged(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result)
 {
     result.strName = jobName(options);
@@ -313,7 +334,7 @@ RunOutcome computeMerged(const CrystalsJobOptions& options, CRunReport& report, 
     result.listUnread = std::move(folders.listUnread);
     result.listNote += folders.listNote;
     const bool bRead = readAll(folders.listFolder, threadsOf(options), report, result) &&
-                       dropCopies(threadsOf(options), report, result);
+                       takeCheckSums(threadsOf(options), report, result);
     if (!bRead) {
         return stopped;
     }
@@ -373,4 +394,5 @@ RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, C
     report.noteReason(log.reason());
     return outcome;
 }
+
 }  // namespace tessera

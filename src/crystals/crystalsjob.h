@@ -1,4 +1,5 @@
-// CrystalsJob: the crystals of many result folders told apart, merged, and written.
+// CrystalsJob: the work of tessera-merge. Reads the crystals of many result folders, groups them by lattice,
+// merges each group and writes the files.
 #pragma once
 
 #include "crystals/crystalmerging.h"
@@ -20,84 +21,91 @@ namespace tessera {
 class CMergePlace;
 
 struct CrystalsJobOptions {
-    QStringList listFolder;     ///< of results, or that hold such folders; their order does not matter
-    QString strOutFolder;       ///< of the files; no input itself
-    QString strName;            ///< that the files begin with; empty: the name of the folder (jobName())
-    QString strKnownCellsFile;  ///< empty: none
-    CellTolerance tolerance;    ///< of crystals of one group, and of a group to a known cell
+    QStringList listFolder;  ///< folders of results, or folders that hold such; in any order
+    QString strOutFolder;    ///< where the files are written; no folder of results: see misplacedMerge()
+    QString strName;         ///< beginning of the files' names; empty: the name of strOutFolder (jobName())
+    QString strKnownCellsFile;  ///< table of known compounds with their cells; empty: none
+    CellTolerance tolerance;  ///< by how much lattices of one group, or a group and a known cell, may differ
     CrystalMergeOptions merge;
     int nLeastCrystals = 1;   ///< groups of fewer are listed, but not merged
-    ChemicalFormula formula;  ///< of groups whose known cell has none
-    int nUnits = 0;           ///< formulae in a cell; 0: estimated
+    ChemicalFormula formula;  ///< composition of groups for which the known cells tell none
+    int nUnits = 0;           ///< formula units Z in the conventional cell; 0: estimated
     int nJobs = 0;            ///< threads at most; 0: one per core. The files do not depend on it
 };
 
-/// What became of one crystal; one of each of CrystalsJobResult::listCrystal.
+/// What became of one crystal.
 struct CrystalFate {
-    int nGroup = -1;    ///< place in listGroup; -1: in none
-    int nSettled = -1;  ///< place in MergedCrystals::listSettled of its group; -1: not brought to its setting
+    int nGroup = -1;    ///< place in CrystalsJobResult::listGroup; -1: in none
+    int nSettled = -1;  ///< place in MergedCrystals::listSettled of its group; -1: it could not be brought to
+                        ///< the setting of the group
     bool bUsed = false;            ///< it is in the merged intensities
-    QString strReason;             ///< why not; empty where it is
-    QByteArray bytesSha256;        ///< of its list of intensities, in hexadecimal
-    QByteArray bytesRecordSha256;  ///< of the record of its run
+    QString strReason;             ///< why it is not merged; empty where it is
+    QByteArray bytesSha256;        ///< SHA-256 of its list of intensities, in hexadecimal
+    QByteArray bytesRecordSha256;  ///< SHA-256 of the record of its run (NAME.run.json), in hexadecimal
 };
 
-/// Crystals of one lattice, and what they give together.
+/// Crystals of one lattice, which are taken for one compound, and what they give together.
 struct CompoundGroup {
-    QString strName;  ///< of its files, without folder and suffixes: "NAME_1", "NAME_2_quartz"
+    QString strName;  ///< name of its files, without folder and suffixes: "NAME_1", "NAME_2_quartz"
     CrystalGroup group;
-    CellParameters cellMean;              ///< of the reduced cell, over all members
-    CellParameters cellSpread;            ///< standard deviation of one crystal; 0 of one alone
-    std::optional<KnownCellMatch> known;  ///< the closest one within the tolerance
+    CellParameters cellMean;              ///< reduced cell, mean of all members; Å and degrees
+    CellParameters cellSpread;            ///< standard deviation of one crystal from it; 0 for one crystal
+    std::optional<KnownCellMatch> known;  ///< the closest known cell within the tolerance
     RunOutcome outcome;                   ///< how its merging ended
-    MergedCrystals merged;                ///< of a merging that finished
-    CellParameters cell;                  ///< conventional setting, of the crystals that were used
-    CellParameters cellDeviation;         ///< standard deviation of one of these
-    QStringList listFile;                 ///< that were written of it
+    MergedCrystals merged;                ///< result of a merging that finished; else empty
+    CellParameters cell;                  ///< conventional cell, mean of the merged crystals; Å and degrees
+    CellParameters cellDeviation;         ///< standard deviation of one merged crystal from it
+    QStringList listFile;                 ///< the files that were written for it
 
     int crystalCount() const { return int(group.listMember.size()); }
-    int usedCount() const;  ///< crystals in the merged intensities
+    int usedCount() const;  ///< number of crystals in the merged intensities
     bool isMerged() const { return !merged.listSettled.empty(); }
 };
 
 struct CrystalsJobResult {
-    QString strName;                        ///< that the files begin with
-    std::vector<Crystal> listCrystal;       ///< by folder and name
-    std::vector<CrystalFate> listFate;      ///< one of each
-    std::vector<UnreadCrystal> listUnread;  ///< with the reasons
-    std::vector<KnownCell> listKnown;
-    CrystalGroups groups;                  ///< with the tree of the lattices
-    std::vector<CompoundGroup> listGroup;  ///< in the order of groups.listGroup
-    QStringList listNote;  ///< doubts: folders named twice, lines of the known cells that are wrong
-    QString strLog;        ///< all that was said
-    QStringList listFile;  ///< written, with their paths
+    QString strName;                        ///< beginning of the files' names
+    std::vector<Crystal> listCrystal;       ///< the crystals that were read, sorted by folder and name
+    std::vector<CrystalFate> listFate;      ///< one per crystal, in the order of listCrystal
+    std::vector<UnreadCrystal> listUnread;  ///< what was not read or is a copy, with the reasons
+    std::vector<KnownCell> listKnown;       ///< the compounds of the table of known cells
+    CrystalGroups groups;                   ///< the grouping, with the tree of the lattices
+    std::vector<CompoundGroup> listGroup;   ///< one per group, in the order of groups.listGroup
+    QStringList listNote;  ///< doubts: folders named twice, faulty lines of the known cells, wavelengths
+    QString strLog;        ///< the text of the log
+    QStringList listFile;  ///< paths of the files that were written
 
-    int mergedCount() const;  ///< groups with merged intensities
-    int usedCount() const;    ///< crystals in them
+    int mergedCount() const;  ///< number of groups with merged intensities
+    int usedCount() const;    ///< number of crystals in the merged intensities of all groups
 };
 
-/// What the files begin with: the name that was given, else that of the folder, else "merged".
+/// The beginning of the files' names: the name that was given, else that of the folder, else "merged". Names
+/// of more than 150 bytes are cut.
 QString jobName(const CrystalsJobOptions& options);
 
-/// What speaks against writing the files there: no folder, one that holds the results of a series, the file
-/// of known cells among them, or a link to what is to be read. Empty if nothing does.
+/// Why the files must not be written to strOutFolder: no folder is given, or its name is that of a file; it
+/// holds the results of a series; the table of known cells, or a record that is none of a merging, has the
+/// name of one of the files; or a file to be replaced is a link to what is read. Without a full stop; empty
+/// if nothing speaks against it.
 QString misplacedMerge(const CrystalsJobOptions& options);
 
-/// Reads, tells apart and merges; writes nothing. All that is told goes to the report, too. The result
-/// depends on folders and numbers alone, neither on the order of the folders nor on the threads.
+/// Reads the crystals, groups and merges them; writes no files. The lines of strLog also go to the report.
+/// The result depends on the contents of the folders and on the options, but neither on the order of the
+/// folders nor on the number of threads.
 ///
 /// @param result  replaced by what was found, also where the run did not finish
-/// @return Finished with at least one merged group; Refused where nothing could be read; Failed, Stopped
+/// @return Finished with at least one merged group; Refused where no crystal could be read; Failed where the
+///         known cells cannot be read or no group could be merged; Stopped
 RunOutcome mergeFolders(const CrystalsJobOptions& options, CRunReport& report, CrystalsJobResult& result);
 
 /// Writes the files, all of them in one go: of each merged group those of structure solution as of one
-/// crystal and the tree of its crystals; table of the crystals, tree of the lattices, report and log; last
-/// the record, NAME.merge.json, which has the check sums of the others. Files of the earlier merging of this
-/// name that have no successor and were not changed go with it. Where a file cannot be written all former
-/// ones stay. The summary of the merging goes to the report once all stand. See CMergeSet for a kill.
+/// crystal, and the tree of its crystals; then the table of the crystals, tree of the lattices, report and
+/// log; last the record, NAME.merge.json, which has the check sums of the others. Files of the earlier
+/// merging of this name that have no successor and were not changed go with it. Where a file cannot be
+/// written all former ones stay. The summary of the merging goes to the report once all stand. See CMergeSet
+/// for a kill.
 ///
 /// Sealed files (.ins, .cif, .mtz) that were changed by somebody stay, and the new ones get another name.
-/// @param place   taken for these options
+/// @param place   the output folder, taken for these options
 /// @param result  gets the names of the files
 RunOutcome writeMerged(const CrystalsJobOptions& options, const CMergePlace& place, CRunReport& report,
                        CrystalsJobResult& result);

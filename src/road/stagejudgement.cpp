@@ -12,21 +12,24 @@ namespace tessera {
 
 namespace {
 
-// A correct cell does not fit noise, other crystals and ice. In real series with a slightly wrong geometry it
-// fits about three quarters of the peaks.
+// The least fraction of peaks on the lattice for a good cell or geometry. A correct cell does not fit noise,
+// other crystals and ice. In real series with a slightly wrong geometry it fits about three quarters of the
+// peaks.
 const double g_dfShareGood = 0.6;
-// Degrees; rocking curves are about as wide. Over a smaller range the edge along the beam is determined only
-// by the curvature of the Ewald sphere.
+// The least range of tilts, degrees, over which a cell can be good: rocking curves are about as wide. Over a
+// smaller range the edge along the beam is determined only by the curvature of the Ewald sphere.
 const double g_dfLeastTurn = 1;
-// A lattice search needs several points along each axis.
+// Fewer peaks are doubtful: a lattice search needs several points along each of the three axes.
 const int g_nFewPeaks = 50;
 
+// A fraction as a text in per cent.
 QString percent(double dfShare)
 {
     return QStringLiteral("%1%").arg(100 * dfShare, 0, 'f', 1);
 }
 
-QString several(int nCount, const char* pszOne)
+// A count with its noun, whose plural ends in "s".
+QString counted(int nCount, const char* pszOne)
 {
     return QStringLiteral("%1 %2%3").arg(nCount).arg(QLatin1String(pszOne),
                                                      QLatin1String(nCount == 1 ? "" : "s"));
@@ -43,12 +46,13 @@ Judgement judgeShiftResult(const RoadResults& results)
     if (!shifts.listJump.isEmpty()) {
         return judged(RoadStage::Shifts, Verdict::Doubtful,
                       QStringLiteral("The shifts of %1 stand apart from those of their neighbours.")
-                          .arg(several(shifts.listJump.size(), "frame")),
+                          .arg(counted(shifts.listJump.size(), "frame")),
                       shifts.listJump.size());
     }
-    // In the correlation, a drift by more than half the region looks like one in the opposite direction.
-    const bool bFar = shifts.dfMaxShift > shifts.rcRegion.width() / 2.0;
-    return judged(RoadStage::Shifts, bFar ? Verdict::Doubtful : Verdict::Good,
+    // The correlation is periodic in the region, a square: a shift by more than half its side looks like one
+    // in the opposite direction.
+    const bool bTooFar = shifts.dfMaxShift > shifts.rcRegion.width() / 2.0;
+    return judged(RoadStage::Shifts, bTooFar ? Verdict::Doubtful : Verdict::Good,
                   QStringLiteral("The pattern moves by up to %1 pixels, in a region of %2.")
                       .arg(shifts.dfMaxShift, 0, 'f', 1)
                       .arg(shifts.rcRegion.width()),
@@ -64,7 +68,7 @@ Judgement judgePeakResult(const RoadResults& results)
                                                    : Verdict::Good;
     return judged(RoadStage::Peaks, verdict,
                   QStringLiteral("%1 on %2%3.")
-                      .arg(several(nPeaks, "peak"), several(nFrames, "frame"),
+                      .arg(counted(nPeaks, "peak"), counted(nFrames, "frame"),
                            QLatin1String(nPeaks < g_nFewPeaks ? ", which is little for a search" : "")),
                   nPeaks);
 }
@@ -89,12 +93,15 @@ QString fitText(const LatticeFit& fit)
         .arg(percent(fit.share()), percent(fit.dfByChance));
 }
 
-Verdict verdictOf(const LatticeFit& fit)
+// Bad if too few peaks are on the lattice, or hardly more than by chance. Good if most are, at least twice as
+// many as by chance, and if there are enough peaks.
+Verdict verdictOfFit(const LatticeFit& fit)
 {
-    // The peaks of one reflection are correlated, so the standard deviation of the count is too small: five
-    // times its value correspond to about two standard deviations of a count of reflections.
-    const double dfSpread = std::sqrt(fit.dfByChance * (1 - fit.dfByChance) / std::max(1, fit.nPoints));
-    if (fit.share() < g_dfShareExpected || fit.share() <= fit.dfByChance + 5 * dfSpread) {
+    // The standard deviation of the fraction by chance, as if the peaks were independent. But those of one
+    // reflection fit or do not fit together. With some six of them the true deviation is two and a half times
+    // as large, so five times this value are two standard deviations.
+    const double dfDeviation = std::sqrt(fit.dfByChance * (1 - fit.dfByChance) / std::max(1, fit.nPoints));
+    if (fit.share() < g_dfShareExpected || fit.share() <= fit.dfByChance + 5 * dfDeviation) {
         return Verdict::Bad;
     }
     const bool bSure = fit.share() >= std::max(g_dfShareGood, 2 * fit.dfByChance) &&
@@ -112,10 +119,10 @@ Judgement judgeCellResult(const RoadResults& results)
         return judged(RoadStage::Cell, Verdict::Doubtful,
                       QStringLiteral("No mapped peaks are there to hold it against."), 0);
     }
-    const Judgement judgement = judged(RoadStage::Cell, verdictOf(*cell.fit),
+    const Judgement judgement = judged(RoadStage::Cell, verdictOfFit(*cell.fit),
                                        fitText(*cell.fit) + QLatin1Char('.'), cell.fit->share());
-    const bool bStill = results.open && results.open->dfTurn < g_dfLeastTurn;
-    if (!bStill || judgement.verdict != Verdict::Good) {
+    const bool bNoRotation = results.open && results.open->dfTurn < g_dfLeastTurn;
+    if (!bNoRotation || judgement.verdict != Verdict::Good) {
         return judgement;
     }
     return judged(
@@ -130,11 +137,12 @@ Judgement judgeIndexResult(const RoadResults& results)
     const IndexResult& index = *results.index;
     QStringList listReason = {
         QStringLiteral("%1 of the reflections were indexed").arg(percent(index.dfShare))};
+    // Verdicts are in the order good, doubtful, bad, so that the greatest is the worst.
     Verdict verdict = index.dfShare < g_dfShareExpected ? Verdict::Bad : Verdict::Good;
     double dfFigure = index.dfShare;
     if (results.cell && results.cell->fit) {
         const LatticeFit& fit = *results.cell->fit;
-        verdict = std::max(verdict, verdictOf(fit));
+        verdict = std::max(verdict, verdictOfFit(fit));
         listReason.append(fitText(fit));
         dfFigure = fit.share();
         if (spreadContradicts(index.dfShare, fit)) {
@@ -163,14 +171,15 @@ Judgement judgeGeometryResult(const RoadResults& results)
                       QStringLiteral("It stays as it is. %1").arg(geometry.strReason), 0);
     }
     const double dfShare = double(geometry.nFitAfter) / geometry.nPeaks;
-    // Peaks have whole-pixel positions, which are accurate to about one pixel. An rms of twice that indicates
-    // a distortion that is not in the model, or a wrong cell.
-    const bool bFar = geometry.dfRmsAfter > 2;
+    // The refinement uses the positions of the peaks in whole pixels, or the finer ones of the spots. Those
+    // in whole pixels are accurate to about one pixel: an rms of twice that indicates a distortion that is
+    // not in the model, or a wrong cell.
+    const bool bTooFar = geometry.dfRmsAfter > 2;
     const bool bFew = dfShare < g_dfShareGood;
-    return judged(RoadStage::Geometry, bFar || bFew ? Verdict::Doubtful : Verdict::Good,
+    return judged(RoadStage::Geometry, bTooFar || bFew ? Verdict::Doubtful : Verdict::Good,
                   QStringLiteral("%1 of %2 fit it (%3), with an rms of %4 pixels instead of %5.")
                       .arg(geometry.nFitAfter)
-                      .arg(several(geometry.nPeaks, "indexed peak"), percent(dfShare))
+                      .arg(counted(geometry.nPeaks, "indexed peak"), percent(dfShare))
                       .arg(geometry.dfRmsAfter, 0, 'f', 2)
                       .arg(geometry.dfRmsBefore, 0, 'f', 2),
                   geometry.dfRmsAfter);
@@ -230,6 +239,7 @@ Judgement judgeAxis(const AxisFound& axis)
 
 Judgement judgeLattice(const LatticeAnalysis& analysis)
 {
+    // The figure is that of the last sentence: the misfit of the angles in degrees, else a share from 0 to 1.
     Judgement judgement = {QStringLiteral("lattice"), Verdict::Good, QString(), 0};
     QStringList listReason;
     if (analysis.proposed) {
@@ -244,6 +254,7 @@ Judgement judgeLattice(const LatticeAnalysis& analysis)
         listReason.append(QStringLiteral("no type is proposed"));
         judgement.verdict = Verdict::Doubtful;
     }
+    // Points between those of the lattice, at fractions of an index.
     const std::vector<Coset>& listNamed = analysis.whole.listNamed;
     if (!listNamed.empty()) {
         judgement.verdict = Verdict::Doubtful;
@@ -263,7 +274,7 @@ Judgement judgeLattice(const LatticeAnalysis& analysis)
 
 bool fitsLattice(const LatticeFit& fit)
 {
-    return verdictOf(fit) != Verdict::Bad;
+    return verdictOfFit(fit) != Verdict::Bad;
 }
 
 bool spreadContradicts(double dfIndexedShare, const LatticeFit& fit)

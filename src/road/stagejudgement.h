@@ -1,11 +1,13 @@
-// Judgement of the stages: rates each result, for the log and the summary.
+// Judgement of the stages: rates the result of each stage as good, doubtful or bad, for the log and the
+// summary.
 #pragma once
 
 #include "road/roadresults.h"
 
 namespace tessera {
 
-/// The fraction of the peaks that must be on the lattice for the cell to be trusted.
+/// The least fraction that is expected of a result that can be trusted: of the peaks that are on the lattice,
+/// of the chains that give a reflection, and of the reflections that are indexed.
 constexpr double g_dfShareExpected = 0.5;
 
 /// The judgement of a stage; none if the stage has no result.
@@ -17,7 +19,7 @@ Judgement judgeAxis(const AxisFound& axis);
 /// The judgement of the lattice, named "lattice"; doubtful if a supercell or a second crystal is likely.
 Judgement judgeLattice(const LatticeAnalysis& analysis);
 
-/// Whether enough peaks are on the lattice, and more than by chance.
+/// Whether at least g_dfShareExpected of the peaks are on the lattice, and significantly more than by chance.
 bool fitsLattice(const LatticeFit& fit);
 
 /// Whether most reflections were indexed although most peaks do not fit the cell. Indices spread from
