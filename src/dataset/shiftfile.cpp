@@ -31,7 +31,7 @@ bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrR
         double dfX, dfY;
         if (!scanner.readInt(nSerial) || !scanner.readDouble(dfX) || !scanner.readDouble(dfY) ||
             !std::isfinite(dfX) || !std::isfinite(dfY)) {
-            continue;
+            continue;  // no line of a frame
         }
         if (nSerial != shiftRead.listShift.size() + 1) {
             return giveReason(pstrReason, QStringLiteral("serial %1 where %2 should be")
@@ -69,9 +69,10 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                        .arg(data.m_listFrameFile.size()));
         return 0;
     }
+    // Column and row have boxes of the same range.
     const NumberBox& box = parameterOf(&DataSet::m_dfCenterX).box;
-    const auto isOnPage = [&](double df) { return df >= box.dfMinimum && df <= box.dfMaximum; };
-    if (!isOnPage(shift.dfCenterX) || !isOnPage(shift.dfCenterY)) {
+    const auto isInBox = [&](double df) { return df >= box.dfMinimum && df <= box.dfMaximum; };
+    if (!isInBox(shift.dfCenterX) || !isInBox(shift.dfCenterY)) {
         report.addMessage(
             QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
                            "a page can hold; there it becomes the nearest place within.")
@@ -87,6 +88,7 @@ int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
 
 namespace {
 
+/// The number of frames in a shift file; 0 where there is none or it cannot be read.
 int countFramesOfFile(const QString& strFileName)
 {
     ShiftData shift;

@@ -11,35 +11,37 @@
 
 namespace tessera {
 
-/// The content of a shift file, in pixels of the raw frame.
+/// The content of a shift file, in pixels of the raw frames: x to the right, y down.
 struct ShiftData {
-    double dfCenterX = 0;  ///< column of the direct beam on the first frame
-    double dfCenterY = 0;
-    QList<QPointF> listShift;  ///< shift of each frame relative to the first one
+    double dfCenterX = 0;      ///< column of the direct beam on the first frame
+    double dfCenterY = 0;      ///< its row
+    QList<QPointF> listShift;  ///< shift of the direct beam on each frame relative to the first one
 };
 
-/// Reads a shift file: a line with the direct beam, then "serial x y" for each frame.
+/// Reads a shift file: a line "x y" with the direct beam, then a line "serial x y" with the shift of each
+/// frame. Serials count from 1.
 ///
-/// At least 2 lines that are neither empty nor comments are needed. A frame line without three finite
-/// numbers is skipped. A serial number that is not the running number of good lines is a failure, as is a
-/// first line without two finite numbers.
+/// At least 2 lines that are neither empty nor comments are needed. A line of a frame without three finite
+/// numbers is skipped. It is a failure if the first line has no two finite numbers, or if a serial is not one
+/// more than that of the last line that was not skipped.
 ///
 /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
 /// @return false, with `shift` as it was, on failure
 [[nodiscard]] bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason = nullptr);
 
-/// Does the same for lines, without the file's name in the reason.
+/// Does the same for the lines of a shift file, without the file's name in the reason.
 [[nodiscard]] bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift,
                                   QString* pstrReason = nullptr);
 
 /// Reads centre and shifts into the data set if the file has one shift per frame. Otherwise a red line
-/// tells that it does not fit, and the former shifts stay. If roundToPages() will change the centre, a red
-/// line tells so.
+/// tells that it does not fit, and the former shifts stay. The centre is taken as it is; a red line tells
+/// where it is out of the range of the page's boxes, so that roundToPages() will change it.
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
 /// @return 1, or 0 when the file could not be read or does not fit
 [[nodiscard]] int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report,
                                 QString* pstrReason = nullptr);
 
-/// The content of a shift file, with 2 decimals.
+/// The text of a shift file, with 2 decimals.
 QByteArray shiftFileText(const ShiftData& shift);
 
 /// Writes a shift file with 2 decimals, whole or not at all.
@@ -48,8 +50,10 @@ QByteArray shiftFileText(const ShiftData& shift);
 /// copy has even more frames. So a run that was stopped early does not destroy the shifts of the whole
 /// series. If the copy fails, nothing is written.
 ///
-/// @param pstrReason  may be null; takes on failure what is wrong, else where a former file was kept
-/// @return false when the name is empty or the file cannot be written
+/// @param pstrReason  may be null; takes on failure what is wrong, and on success a sentence about the copy
+/// of
+///                    a former file with more frames, if there is one
+/// @return false when the name is empty, the former file cannot be copied, or the file cannot be written
 [[nodiscard]] bool writeShiftFile(const QString& strFileName, const ShiftData& shift,
                                   QString* pstrReason = nullptr);
 

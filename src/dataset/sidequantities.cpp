@@ -13,14 +13,19 @@ namespace tessera {
 namespace {
 
 constexpr double g_dfDegreesPerRadian = 57.295779513082321;
-constexpr double g_dfLeastMillimetres = 20;    // a smaller camera length without a unit is in metres
-constexpr double g_dfLeastVolts = 5000;        // a greater voltage without a unit is in V
-constexpr double g_dfGreatestPixelSize = 0.1;  // Å⁻¹; a greater number without a unit is no pixel size
+// Numbers without a unit. Effective camera lengths are between some 0.1 and 10 m, voltages of transmission
+// microscopes between 20 and 3000 kV, pixels of cameras between some 5 and 150 µm. With a
+// pixel size of 0.1 Å⁻¹ a resolution of 1 Å would be ten pixels from the direct beam.
+constexpr double g_dfLeastLengthInMm = 20;     // a smaller camera length is in metres
+constexpr double g_dfLeastVoltageInV = 5000;   // this or a greater voltage is in V, a smaller one in kV
+constexpr double g_dfLeastPixelInUm = 1;       // a smaller side of a detector's pixel is in mm
+constexpr double g_dfGreatestPixelSize = 0.1;  // Å⁻¹; a greater number is no pixel size in Å⁻¹
 
+// What a key stands for. An axis has the units of an angle, but is never certain.
 enum class Quantity { Angle, Axis, Length, Time, Voltage, Wavelength, PixelSize, DetectorPixel };
 
 struct KeyRow {
-    QRegularExpression re;  ///< for the key in lower case without blanks and unit
+    QRegularExpression rePlainKey;  ///< matches keys by KeyAndUnit::strPlain
     ToldNumber SideTexts::*pTarget;
     Quantity quantity;
 };
@@ -31,7 +36,8 @@ struct UnitRow {
     double dfFactor;
 };
 
-/// Factors to degrees, mm, s, kV, Å, Å⁻¹ and µm. Names are in lower case, with "a" for Å and "u" for µ.
+/// Factors to the units of FrameHeader: degrees, mm, s, kV, Å, Å⁻¹ per pixel and, for pixels of the detector,
+/// µm. The names are as unitName() makes them.
 const UnitRow g_aUnit[] = {
     {Quantity::Angle, "°", 1},
     {Quantity::Angle, "deg", 1},
@@ -72,6 +78,7 @@ const UnitRow g_aUnit[] = {
     {Quantity::DetectorPixel, "mm", 1000},
 };
 
+/// The keys that are of interest. The first row that matches counts.
 const std::vector<KeyRow>& keyRows()
 {
     const auto key = [](const char* psz) {
@@ -105,16 +112,19 @@ const std::vector<KeyRow>& keyRows()
     return s_vecRow;
 }
 
+/// A unit in lower case, with "a" for Å in all spellings, "u" for µ, and "-1" for ⁻¹.
 QString unitName(QString str)
 {
     str = str.trimmed().toLower();
     str.replace(QStringLiteral("ångström"), QStringLiteral("a")).replace(QStringLiteral("angstroms"), "a");
     str.replace(QStringLiteral("angstrom"), QStringLiteral("a")).replace(QStringLiteral("ang"), "a");
+    // Å and µ have two code points each.
     str.replace(QChar(0xe5), QLatin1Char('a')).replace(QChar(0x212b), QLatin1Char('a'));
     str.replace(QChar(0xb5), QLatin1Char('u')).replace(QChar(0x3bc), QLatin1Char('u'));
     return str.replace(QStringLiteral("⁻¹"), QStringLiteral("-1"));
 }
 
+/// The factor of a unit; nothing where the quantity has no such unit.
 std::optional<double> factorOf(Quantity quantity, const QString& strUnit)
 {
     for (const UnitRow& row : g_aUnit) {
@@ -125,6 +135,7 @@ std::optional<double> factorOf(Quantity quantity, const QString& strUnit)
     return {};
 }
 
+/// Whether it is the unit of any quantity.
 bool isUnit(const QString& strUnit)
 {
     for (const UnitRow& row : g_aUnit) {
@@ -135,16 +146,18 @@ bool isUnit(const QString& strUnit)
     return false;
 }
 
-/// The key without a unit at its end.
+/// A key, parted from the unit at its end.
 struct KeyAndUnit {
-    QString strPlain;  ///< only lower-case letters and digits
-    QString strUnit;
+    QString strPlain;  ///< key without the unit; only lower-case letters and digits: "cameralength"
+    QString strUnit;   ///< as unitName() makes it; empty where there is none
 };
 
+/// Parts "Camera length (mm)", "pixel size [1/A]" or "exposure_time_ms". What is in brackets counts as a
+/// unit, whatever it is; a last word only if it is one.
 KeyAndUnit keyAndUnit(const QString& strKey)
 {
     static const QRegularExpression s_reBracket(QStringLiteral("[\\(\\[]([^\\)\\]]*)[\\)\\]]\\s*$"));
-    static const QRegularExpression s_reNoLetter(QStringLiteral("[^a-z0-9]"));
+    static const QRegularExpression s_reSeparator(QStringLiteral("[^a-z0-9]"));
     KeyAndUnit key = {strKey.toLower(), {}};
     const QRegularExpressionMatch bracket = s_reBracket.match(strKey);
     if (bracket.hasMatch()) {
@@ -156,28 +169,32 @@ KeyAndUnit keyAndUnit(const QString& strKey)
             key = {key.strPlain.left(nLast), strLast};
         }
     }
-    key.strPlain.remove(s_reNoLetter);
+    key.strPlain.remove(s_reSeparator);
     return key;
 }
 
-struct DecimalComma {
-    QString strValue;         ///< with a point in place of a decimal comma
+/// How a value with a comma is to be read.
+struct CommaReading {
+    QString strValue;         ///< the value, with a point in place of a decimal comma
     bool bAmbiguous = false;  ///< the comma may also separate two numbers, or thousands
 };
 
 /// Interprets a comma as a decimal one if the value is one number with one comma and a unit, which may be
 /// after the number or in the key. "200,000 V" may be thousands, and "55,55 um" two equal sides.
-DecimalComma decimalComma(const QString& strValue, bool bUnitInKey)
+CommaReading withDecimalPoint(const QString& strValue, bool bUnitInKey)
 {
+    // Sign, whole number, comma, decimals and a unit; nothing may follow but blanks, separators and quotes.
     static const QRegularExpression s_reComma(QStringLiteral(
         "^\\s*([-+]?)(\\d+),(\\d+)(?![\\d.,:])\\s*([^\\s,;\"'\\)\\]\\}\\d][^\\s,;\"'\\)\\]\\}]*)?"
         "[\\s,;\"']*$"));
+    // The beginning of anything else with a comma between digits.
     static const QRegularExpression s_reList(QStringLiteral("^\\s*[-+]?\\d+,[-+]?\\d"));
     const QRegularExpressionMatch match = s_reComma.match(strValue);
     if (!match.hasMatch()) {
         return {strValue, s_reList.match(strValue).hasMatch()};
     }
     const QString strWhole = match.captured(2), strDecimals = match.captured(3);
+    // Three digits after the comma and one to three before it may be thousands, but not if that is a 0.
     const bool bThousands = strDecimals.size() == 3 && strWhole.size() <= 3 && strWhole != QLatin1String("0");
     const bool bUnit = bUnitInKey || !match.captured(4).isEmpty();
     if (!bUnit || bThousands || strWhole == strDecimals) {
@@ -186,8 +203,9 @@ DecimalComma decimalComma(const QString& strValue, bool bUnitInKey)
     return {match.captured(1) + strWhole + '.' + strDecimals + ' ' + match.captured(4), false};
 }
 
-/// Converts a number without a unit from its most likely unit.
-double withoutUnit(SideNumber& number, Quantity quantity, double df)
+/// Converts a number without a unit from its most likely unit, with a doubt that names it.
+/// @return NaN, with a doubt, where no unit is likely
+double fromLikelyUnit(SideNumber& number, Quantity quantity, double df)
 {
     const auto guessed = [&](double dfValue, const char* pszUnit) {
         number.strDoubt = QStringLiteral("%1 has no unit and was read as %2.")
@@ -196,16 +214,16 @@ double withoutUnit(SideNumber& number, Quantity quantity, double df)
     };
     switch (quantity) {
         case Quantity::Length:
-            return df < g_dfLeastMillimetres ? guessed(df * 1000, "metres") : guessed(df, "millimetres");
+            return df < g_dfLeastLengthInMm ? guessed(df * 1000, "metres") : guessed(df, "millimetres");
         case Quantity::Voltage:
-            return df >= g_dfLeastVolts ? guessed(df / 1000, "volts") : guessed(df, "kilovolts");
+            return df >= g_dfLeastVoltageInV ? guessed(df / 1000, "volts") : guessed(df, "kilovolts");
         case Quantity::PixelSize:
             if (df <= g_dfGreatestPixelSize) {
                 return guessed(df, "Å⁻¹");
             }
             break;
         case Quantity::DetectorPixel:
-            return df < 1 ? guessed(df * 1000, "millimetres") : guessed(df, "micrometres");
+            return df < g_dfLeastPixelInUm ? guessed(df * 1000, "millimetres") : guessed(df, "micrometres");
         default:
             return df;  // degrees, seconds and Å are rarely given in other units
     }
@@ -217,20 +235,23 @@ double withoutUnit(SideNumber& number, Quantity quantity, double df)
 
 std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strValue)
 {
+    // A number and what follows it up to a blank or a separator, the unit. The beginning of a list (1,2), of
+    // a range or date (2024-05) or of a time (12:30) does not match.
     static const QRegularExpression s_reValue(
         QStringLiteral("^\\s*([-+]?(?:\\d+\\.?\\d*|\\.\\d+)(?:[eE][-+]?\\d+)?)(?!\\d|[,:-]\\d|:)\\s*([^\\s,;"
                        "\"'\\)\\]\\}]*)"));
     const KeyAndUnit key = keyAndUnit(strKey);
     const auto& vecRow = keyRows();
-    const auto it = std::find_if(vecRow.begin(), vecRow.end(),
-                                 [&](const KeyRow& row) { return row.re.match(key.strPlain).hasMatch(); });
+    const auto it = std::find_if(vecRow.begin(), vecRow.end(), [&](const KeyRow& row) {
+        return row.rePlainKey.match(key.strPlain).hasMatch();
+    });
     if (it == vecRow.end()) {
         return {};
     }
     SideNumber number;
     number.pTarget = it->pTarget;
     number.strKey = strKey.trimmed();
-    const DecimalComma comma = decimalComma(strValue, !key.strUnit.isEmpty());
+    const CommaReading comma = withDecimalPoint(strValue, !key.strUnit.isEmpty());
     const QRegularExpressionMatch match = s_reValue.match(comma.strValue);
     if (comma.bAmbiguous) {
         number.df = NAN;
@@ -248,6 +269,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
     if (!std::isfinite(df) || (!bAngle && !(df > 0))) {
         return {};  // programs write 0 and -1 for unknown numbers
     }
+    // A "pixel size" in µm or mm is that of the detector.
     if (quantity == Quantity::PixelSize && factorOf(Quantity::DetectorPixel, strUnit)) {
         number.pTarget = &SideTexts::detectorPixel;
         quantity = Quantity::DetectorPixel;
@@ -260,7 +282,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
     if (dfFactor) {
         number.df = df * *dfFactor;
     } else if (strUnit.isEmpty()) {
-        number.df = withoutUnit(number, quantity, df);
+        number.df = fromLikelyUnit(number, quantity, df);
     } else {
         number.df = NAN;
         number.strDoubt =
