@@ -13,21 +13,23 @@ namespace tessera {
 
 namespace {
 // The eleven pairs of enantiomorphic groups. Source: International Tables A, 3.5.
-constexpr std::array<std::array<int, 2>, 11> g_aanHands = {{{76, 78},
-                                                            {91, 95},
-                                                            {92, 96},
-                                                            {144, 145},
-                                                            {151, 153},
-                                                            {152, 154},
-                                                            {169, 170},
-                                                            {171, 172},
-                                                            {178, 179},
-                                                            {180, 181},
-                                                            {212, 213}}};
+constexpr std::array<std::array<int, 2>, 11> g_aanEnantiomorphs = {{{76, 78},
+                                                                    {91, 95},
+                                                                    {92, 96},
+                                                                    {144, 145},
+                                                                    {151, 153},
+                                                                    {152, 154},
+                                                                    {169, 170},
+                                                                    {171, 172},
+                                                                    {178, 179},
+                                                                    {180, 181},
+                                                                    {212, 213}}};
 
-int eitherHand(int nNumber)
+// One number for both groups of an enantiomorphic pair, the lower one; of other groups their own number. By
+// Friedel's law the intensities are the same for both.
+int withoutHand(int nNumber)
 {
-    for (const auto& anPair : g_aanHands) {
+    for (const auto& anPair : g_aanEnantiomorphs) {
         if (nNumber == anPair[1]) {
             return anPair[0];
         }
@@ -35,7 +37,8 @@ int eitherHand(int nNumber)
     return nNumber;
 }
 
-QString nameOf(const QJsonValue& value, const QStringList& listKey)
+// The symbol of a class or a group, which is a string, or an object that has it under one of the keys.
+QString symbolOf(const QJsonValue& value, const QStringList& listKey)
 {
     if (value.isString()) {
         return value.toString();
@@ -49,7 +52,8 @@ QString nameOf(const QJsonValue& value, const QStringList& listKey)
     return QString();
 }
 
-QString plainClass(QString strClass)
+// A Laue class without the orientation of its twofold axes, which the class of the true crystal lacks.
+QString classWithoutAxes(QString strClass)
 {
     strClass.remove(QLatin1Char(' '));
     if (strClass == QLatin1String("-3m1") || strClass == QLatin1String("-31m")) {
@@ -58,19 +62,20 @@ QString plainClass(QString strClass)
     return strClass;
 }
 
-// "P 32 2 1", and "R -3 c:H" without its setting.
+// A Hermann-Mauguin symbol to be compared: without blanks ("P3221"), and without the letter of the axes
+// ("R -3 c:H" is "R-3c").
 QString plainSymbol(const QString& strSymbol)
 {
     return strSymbol.section(QLatin1Char(':'), 0, 0).remove(QLatin1Char(' '));
 }
 
-bool isGroup(const QJsonValue& value, const CrystalStructure& structure)
+bool isTrueGroup(const QJsonValue& value, const CrystalStructure& structure)
 {
     const int nNumber = value.toObject()[QStringLiteral("number")].toInt();
     if (nNumber > 0) {
-        return eitherHand(nNumber) == eitherHand(structure.nSpaceGroup);
+        return withoutHand(nNumber) == withoutHand(structure.nSpaceGroup);
     }
-    return plainSymbol(nameOf(value, {QStringLiteral("name"), QStringLiteral("symbol")})) ==
+    return plainSymbol(symbolOf(value, {QStringLiteral("name"), QStringLiteral("symbol")})) ==
            plainSymbol(structure.strSpaceGroup);
 }
 }  // namespace
@@ -88,19 +93,20 @@ SymmetryJudgement judgeSymmetry(const QJsonObject& quality, const QString& strCr
     judgement.strTrueClass = CEquivalentIndices(strCrystal).laueClass();
     judgement.strTrueGroup = pStructure->strSpaceGroup;
     const QJsonValue valueClass = quality[QStringLiteral("laueClass")];
-    judgement.strClass = nameOf(valueClass, listClassKey);
-    judgement.bClassRight = plainClass(judgement.strClass) == judgement.strTrueClass;
+    judgement.strClass = symbolOf(valueClass, listClassKey);
+    judgement.bClassRight = classWithoutAxes(judgement.strClass) == judgement.strTrueClass;
+    // The chosen class counts as the first one, also where it was not the most likely.
     judgement.nClassRank = judgement.bClassRight ? 1 : 0;
     const QJsonArray arrayClass = quality[QStringLiteral("laueClasses")].toArray();
     for (int n = 0; n < arrayClass.size() && judgement.nClassRank == 0; ++n) {
-        if (plainClass(nameOf(arrayClass[n], listClassKey)) == judgement.strTrueClass) {
+        if (classWithoutAxes(symbolOf(arrayClass[n], listClassKey)) == judgement.strTrueClass) {
             judgement.nClassRank = n + 1;
         }
     }
     const QJsonArray arrayGroup = quality[QStringLiteral("spaceGroups")].toArray();
-    judgement.strGroup = nameOf(arrayGroup.at(0), {QStringLiteral("name"), QStringLiteral("symbol")});
+    judgement.strGroup = symbolOf(arrayGroup.at(0), {QStringLiteral("name"), QStringLiteral("symbol")});
     for (int n = 0; n < arrayGroup.size() && judgement.nGroupRank == 0; ++n) {
-        if (isGroup(arrayGroup[n], *pStructure)) {
+        if (isTrueGroup(arrayGroup[n], *pStructure)) {
             judgement.nGroupRank = n + 1;
         }
     }

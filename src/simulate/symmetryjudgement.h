@@ -1,4 +1,5 @@
-// SymmetryJudgement: Laue class and space groups of a driver's summary against the truth.
+// SymmetryJudgement: compares Laue class and space groups in a summary of tessera-batch with those of the
+// simulated crystal.
 #pragma once
 
 #include <QJsonObject>
@@ -6,26 +7,37 @@
 
 namespace tessera {
 
-/// The object "quality" of a summary, judged.
+/// What the object "quality" of a summary says of the symmetry, and whether it is right.
 struct SymmetryJudgement {
-    bool bRead = false;  ///< there is such an object, with a Laue class
-    QString strTrueClass, strClass;
+    bool bRead = false;    ///< the object tells a Laue class, and the crystal is known
+    QString strTrueClass;  ///< Laue class of the simulated crystal
+    QString strClass;      ///< Laue class that the summary has chosen
     bool bClassRight = false;
-    int nClassRank = 0;  ///< place of the true class among the proposed ones from 1; 0: not among them
-    QString strTrueGroup, strGroup;
-    int nGroupRank = 0;  ///< place of the true space group from 1; 0: not among them
-    double dfRInt = 0;   ///< as told; not finite where it is not
-    QJsonObject told;    ///< the numbers of the object that are no lists
+    /// Place of the true class among the candidates, from 1; 1 also where it is the chosen class, wherever it
+    /// stands among them; 0: not among them.
+    int nClassRank = 0;
+    QString strTrueGroup;  ///< space group of the simulated crystal
+    QString strGroup;      ///< the first space group of the summary
+    int nGroupRank = 0;    ///< place of the true space group from 1; 0: not among them
+    double dfRInt = 0;     ///< Rint of the summary; NaN where it has none
+    QJsonObject told;      ///< all keys of the object whose value is a number, as they are
 };
 
-/// Judges by the crystal's name: groups by their number where the summary has it, else by symbol; of groups
-/// that differ by the hand alone either is right. "-3m1" and "-31m" are both "-3m".
-/// The summary tells the class as "laueClass" and all candidates as "laueClasses", the groups as
-/// "spaceGroups"; each is a string or an object with "class" or "name" and "number".
+/// Judges the symmetry that a summary tells of a simulated crystal.
+///
+/// Space groups are compared by their numbers where the summary has these, else by their symbols. Either of
+/// two enantiomorphic groups is right. "-3m1" and "-31m" both count as "-3m", as the Laue class of the
+/// crystal is known without the orientation of its twofold axes.
+///
+/// The summary has the chosen class as "laueClass", the candidates, the most likely first, as "laueClasses",
+/// and the space groups, in the same order, as "spaceGroups". Each class or group is a string, or an object
+/// with its symbol as "class" (of classes only), "name" or "symbol"; a group may have its "number", too.
+/// @param strCrystal  name of the simulated crystal; where no structure has it, nothing is read
 SymmetryJudgement judgeSymmetry(const QJsonObject& quality, const QString& strCrystal);
 
-/// For scripts and for reading; empty where nothing was read.
+/// The judgement as JSON, for scripts; an empty object where nothing was read.
 QJsonObject symmetryToJson(const SymmetryJudgement& judgement);
+/// The judgement as a line of text, for the user; empty where nothing was read.
 QString symmetryToText(const SymmetryJudgement& judgement);
 
 }  // namespace tessera
