@@ -162,7 +162,8 @@ bool takeCheckSums(int nJobs, CRunReport& report, CrystalsJobResult& result)
         Crystal& crystal = result.listCrystal[n];
         const QByteArray bytesHash = listFacts[2 * n].bytesSha256.toHex();
         const auto itFirst = mapFirst.constFind(bytesHash);
-        if (itFirst != mapFirst.constEnd()) {
+        // A list that cannot be read has no hash, and is a copy of none.
+        if (!bytesHash.isEmpty() && itFirst != mapFirst.constEnd()) {
             result.listUnread.push_back(
                 {fileOf(crystal, ResultFile::Run),
                  QStringLiteral("Its intensities are those of %1, byte for byte: they count once.")

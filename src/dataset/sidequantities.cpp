@@ -72,6 +72,9 @@ const UnitRow g_aUnit[] = {
     {Quantity::PixelSize, "nm^-1", 0.1},
     {Quantity::PixelSize, "/nm", 0.1},
     {Quantity::PixelSize, "1/a/px", 1},
+    {Quantity::PixelSize, "a-1/px", 1},
+    {Quantity::PixelSize, "1/nm/px", 0.1},
+    {Quantity::PixelSize, "nm-1/px", 0.1},
     {Quantity::DetectorPixel, "um", 1},
     {Quantity::DetectorPixel, "micron", 1},
     {Quantity::DetectorPixel, "microns", 1},
@@ -116,8 +119,8 @@ const std::vector<KeyRow>& keyRows()
 QString unitName(QString str)
 {
     str = str.trimmed().toLower();
-    str.replace(QStringLiteral("ångström"), QStringLiteral("a")).replace(QStringLiteral("angstroms"), "a");
-    str.replace(QStringLiteral("angstrom"), QStringLiteral("a")).replace(QStringLiteral("ang"), "a");
+    static const QRegularExpression s_reAngstrom(QStringLiteral("[åa\u212b]ngstr[öo]ms?|ang"));
+    str.replace(s_reAngstrom, QStringLiteral("a"));
     // Å and µ have two code points each.
     str.replace(QChar(0xe5), QLatin1Char('a')).replace(QChar(0x212b), QLatin1Char('a'));
     str.replace(QChar(0xb5), QLatin1Char('u')).replace(QChar(0x3bc), QLatin1Char('u'));
@@ -153,15 +156,21 @@ struct KeyAndUnit {
 };
 
 /// Parts "Camera length (mm)", "pixel size [1/A]" or "exposure_time_ms". What is in brackets counts as a
-/// unit, whatever it is; a last word only if it is one.
+/// unit, whatever it is but a remark on the value, "(nominal)"; a last word only if it is a unit.
 KeyAndUnit keyAndUnit(const QString& strKey)
 {
     static const QRegularExpression s_reBracket(QStringLiteral("[\\(\\[]([^\\)\\]]*)[\\)\\]]\\s*$"));
+    static const QRegularExpression s_reRemark(
+        QStringLiteral(
+            "^\\s*(nominal|calibrated|measured|effective|approx.*|estimated|average|mean|actual)\\s*$"),
+        QRegularExpression::CaseInsensitiveOption);
     static const QRegularExpression s_reSeparator(QStringLiteral("[^a-z0-9]"));
     KeyAndUnit key = {strKey.toLower(), {}};
     const QRegularExpressionMatch bracket = s_reBracket.match(strKey);
     if (bracket.hasMatch()) {
-        key = {strKey.left(bracket.capturedStart()).toLower(), unitName(bracket.captured(1))};
+        const bool bRemark = s_reRemark.match(bracket.captured(1)).hasMatch();
+        key = {strKey.left(bracket.capturedStart()).toLower(),
+               bRemark ? QString() : unitName(bracket.captured(1))};
     } else {
         const int nLast = key.strPlain.lastIndexOf(QRegularExpression(QStringLiteral("[_ ]")));
         const QString strLast = unitName(key.strPlain.mid(nLast + 1));
@@ -185,7 +194,7 @@ CommaReading withDecimalPoint(const QString& strValue, bool bUnitInKey)
 {
     // Sign, whole number, comma, decimals and a unit; nothing may follow but blanks, separators and quotes.
     static const QRegularExpression s_reComma(QStringLiteral(
-        "^\\s*([-+]?)(\\d+),(\\d+)(?![\\d.,:])\\s*([^\\s,;\"'\\)\\]\\}\\d][^\\s,;\"'\\)\\]\\}]*)?"
+        "^\\s*([-+]?)(\\d+),(\\d+)(?![\\d.,:])\\s*((?:1/)?[^\\s,;\"'\\)\\]\\}\\d][^\\s,;\"'\\)\\]\\}]*)?"
         "[\\s,;\"']*$"));
     // The beginning of anything else with a comma between digits.
     static const QRegularExpression s_reList(QStringLiteral("^\\s*[-+]?\\d+,[-+]?\\d"));

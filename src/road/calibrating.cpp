@@ -1,23 +1,77 @@
 #include "road/calibrating.h"
 
+#include "lattice/cellreduction.h"
+#include "lattice/knowncell.h"
 #include "road/geometrytable.h"
+
+#include <gemmi/symmetry.hpp>
 
 #include <QDateTime>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace tessera {
 
 namespace {
 
-/// The volume of a cell, Å³; NaN for angles that form no cell.
-double volumeOf(const CellParameters& cell)
+constexpr double g_dfTolerance = 0.05;  // of lengths, as KnownCellOptions::dfLengthTolerance
+constexpr int g_nLengths = 7;  // a lattice is determined by the seven vectors that bound its Voronoi domain
+
+/// A primitive lattice: what is the same for all its cells and centred ones, and changes little with
+/// distortions.
+struct LatticeMeasure {
+    double dfVolume = 0;  ///< of the primitive cell, Å³; 0: no lattice
+    std::array<double, g_nLengths>
+        adfLength{};  ///< of the shortest vectors, ascending, Å; opposite ones once
+};
+
+LatticeMeasure measureOf(const LatticeBasis& basis, char chCentring)
 {
-    const double dfCosA = std::cos(radians(cell.alpha)), dfCosB = std::cos(radians(cell.beta)),
-                 dfCosC = std::cos(radians(cell.gamma));
-    return cell.a * cell.b * cell.c *
-           std::sqrt(1 - dfCosA * dfCosA - dfCosB * dfCosB - dfCosC * dfCosC + 2 * dfCosA * dfCosB * dfCosC);
+    const gemmi::Op::Rot rot = gemmi::centred_to_primitive(chCentring);  // axes in columns
+    Eigen::Matrix3d matAxes;
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 3; ++j) {
+            matAxes(i, j) = double(rot[j][i]) / gemmi::Op::DEN;
+        }
+    }
+    const LatticeBasis primitive = niggliBasis(matAxes * basis);
+    std::vector<double> listLength;
+    // Half of the vectors: 62 of 5³ with coordinates up to 2 along the axes of the reduced cell.
+    for (int n = 0; n < 62; ++n) {
+        const Eigen::RowVector3d vec(n / 25 - 2, n / 5 % 5 - 2, n % 5 - 2);
+        listLength.push_back((vec * primitive).norm());
+    }
+    std::sort(listLength.begin(), listLength.end());
+    LatticeMeasure measure;
+    measure.dfVolume = std::abs(primitive.determinant());
+    std::copy_n(listLength.begin(), g_nLengths, measure.adfLength.begin());
+    return measure;
+}
+
+/// The measures with each of the centrings that the cell may have.
+std::vector<LatticeMeasure> measuresOf(const CellParameters& cell)
+{
+    std::vector<LatticeMeasure> list;
+    if (const auto basis = basisOfCell(cell)) {
+        for (char chCentring : {'P', 'A', 'B', 'C', 'I', 'F', 'R'}) {
+            list.push_back(measureOf(*basis, chCentring));
+        }
+    }
+    return list;
+}
+
+/// The factor from the lengths of one lattice to those of another; none if they differ in shape or by more
+/// than the tolerance.
+std::optional<double> scaleBetween(const LatticeMeasure& from, const LatticeMeasure& to)
+{
+    const double dfScale = std::cbrt(to.dfVolume / from.dfVolume);
+    bool bAlike = std::abs(dfScale - 1) <= g_dfTolerance;
+    for (int n = 0; n < g_nLengths && bAlike; ++n) {
+        bAlike = std::abs(to.adfLength[n] / (dfScale * from.adfLength[n]) - 1) <= g_dfTolerance;
+    }
+    return bAlike ? std::optional<double>(dfScale) : std::nullopt;
 }
 
 }  // namespace
@@ -26,28 +80,24 @@ std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const
                                                        const CellParameters& errors,
                                                        const CellParameters& known)
 {
-    const double dfTolerance = 0.05;  // of the edges, as KnownCellOptions::dfLengthTolerance
-    const double dfVolumeRatio = volumeOf(refined) / volumeOf(known);
-    if (!std::isfinite(dfVolumeRatio) || dfVolumeRatio <= 0) {
-        return std::nullopt;
-    }
-    // The ratio of refined to known edges, by which the pixel size has to be multiplied. A centred cell is
-    // two (A, B, C, I), three (R) or four times (F) as large as its primitive cell; of these factors the one
-    // that needs the smallest correction is taken.
-    double dfScale = 0;
-    for (const double dfCellFactor : {1.0, 2.0, 3.0, 4.0, 1 / 2.0, 1 / 3.0, 1 / 4.0}) {
-        const double dfScaleOfFactor = std::cbrt(dfVolumeRatio / dfCellFactor);
-        if (dfScale == 0 || std::abs(std::log(dfScaleOfFactor)) < std::abs(std::log(dfScale))) {
-            dfScale = dfScaleOfFactor;
+    // The ratio of refined to known lengths, by which the pixel size has to be multiplied. Of the centrings
+    // with which the lattices are alike, those that need the smallest correction are taken.
+    std::optional<double> scale;
+    for (const LatticeMeasure& ofKnown : measuresOf(known)) {
+        for (const LatticeMeasure& ofRefined : measuresOf(refined)) {
+            const std::optional<double> found = scaleBetween(ofKnown, ofRefined);
+            if (found && (!scale || std::abs(std::log(*found)) < std::abs(std::log(*scale)))) {
+                scale = found;
+            }
         }
     }
-    if (std::abs(dfScale - 1) > dfTolerance) {
+    if (!scale) {
         return std::nullopt;
     }
     // The pixel size has the relative error of the edges. Edges that a Bravais type makes equal are one
     // number of the fit, so their errors do not average out: the greatest one counts.
     const double dfRelative = std::max({errors.a / refined.a, errors.b / refined.b, errors.c / refined.c});
-    return DeterminedPixelSize{dfPixelSize * dfScale, dfPixelSize * dfScale * dfRelative};
+    return DeterminedPixelSize{dfPixelSize * *scale, dfPixelSize * *scale * dfRelative};
 }
 
 Calibration calibrationOfModel(const DataSet& dataSet, const GeometryModel& model,

@@ -18,14 +18,15 @@ struct DeterminedPixelSize {
 /// Determines the pixel size from a known cell. The edges of a refined cell are inversely proportional to the
 /// pixel size that it was refined with, so the cube root of the ratio of the volumes corrects it.
 ///
-/// Only the volumes are compared. The known cell may have another centring, so that its volume may
-/// differ by a factor of 2, 3 or 4; the factor is taken that needs the smallest correction.
+/// The known cell may have another setting or centring: the shortest vectors of the primitive lattices are
+/// compared, with each centring that the two cells may have.
 /// @param dfPixelSize  pixel size with which the cell was refined, Å⁻¹ per pixel
 /// @param refined      refined cell, Å and degrees
 /// @param errors       its standard errors
 /// @param known        known cell, Å and degrees
-/// @return none if the pixel size would change by more than 5 %, as it is another crystal then, or if a cell
-///         has no volume
+/// @return none if the pixel size would change by more than 5 %, or if the lattices differ by more in shape,
+/// as
+///         it is another crystal then; or if a cell has no volume
 std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const CellParameters& refined,
                                                        const CellParameters& errors,
                                                        const CellParameters& known);

@@ -68,6 +68,10 @@ TEST(SideTexts, DecimalCommasWhereNothingElseIsMeant)
 {
     expectTold({
         {"Camera length: 237,71 mm", &SideTexts::cameraLength, 237.71, false},
+        {"Pixel size: 0,0025 1/Å", &SideTexts::pixelSize, 0.0025, false},
+        {"Pixel size: 0.025 1/nm/px", &SideTexts::pixelSize, 0.0025, false},
+        {"Wavelength (Ångstrom): 0.0251", &SideTexts::wavelength, 0.0251, false},
+        {"Camera length (nominal): 400", &SideTexts::cameraLength, 400, true},
         {"\"start_angle\": \"-29,75 deg\",", &SideTexts::tiltStart, -29.75, false},
         {"Start angle (deg): -29,75", &SideTexts::tiltStart, -29.75, false},
         {"Oscillation angle: 0,231 deg", &SideTexts::tiltStep, 0.231, false},

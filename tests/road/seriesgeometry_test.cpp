@@ -183,6 +183,8 @@ TEST(SeriesGeometry, AKnownCellDeterminesTheSizeOfAPixel)
     EXPECT_NEAR(primitive->dfSize, 0.004, 1e-8);
     EXPECT_FALSE(determinedPixelSize(0.004, cube, errors, {10.8, 10.8, 10.8, 90, 90, 90}))
         << "another crystal";
+    EXPECT_FALSE(determinedPixelSize(0.004, cube, errors, {9, 9, 21.9, 90, 90, 90}))
+        << "another crystal with the same volume";
     EXPECT_FALSE(determinedPixelSize(0.004, {}, errors, cube));
 }
 

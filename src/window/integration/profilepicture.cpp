@@ -41,8 +41,9 @@ std::pair<float, float> blackAndWhite(const ObservationProfile& profile)
     }
     const auto itMiddle = listRim.begin() + long(listRim.size() / 2);
     std::nth_element(listRim.begin(), itMiddle, listRim.end());
-    // At least one count apart, so that the scale can be divided by where all pixels are equal.
-    return {*itMiddle, std::max(fHigh, *itMiddle + 1)};
+    // Apart, so that the scale can be divided by where all pixels are equal: by a count, which above 2²⁴ is
+    // less than the step from one number to the next.
+    return {*itMiddle, std::max({fHigh, *itMiddle + 1, std::nextafter(*itMiddle, INFINITY)})};
 }
 
 /// A window in grey, one pixel for each of the frame. What was not measured is black.
