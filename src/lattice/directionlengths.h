@@ -7,15 +7,18 @@
 
 namespace tessera {
 
-/// A direction of a hemisphere. Numbers 0 to nDirections − 1 give directions evenly distributed over z > 0,
-/// on a spiral of the golden ratio.
+/// A direction of a hemisphere, as a unit vector. Numbers 0 to nDirections − 1 give directions evenly
+/// distributed over z > 0, on a spiral of the golden ratio. One hemisphere is enough, as the opposite
+/// direction has the same Fourier sums.
+/// Source: Swinbank & Purser (2006), Q. J. R. Meteorol. Soc. 132, 1769–1793.
 Eigen::Vector3d hemisphereDirection(int nIndex, int nDirections);
 
-/// Finds a vector of real space, Å, for each direction. The vector with the strongest Fourier sum comes
-/// first.
+/// Finds for each direction the vector of real space, Å, in the frame of the points, whose length has the
+/// strongest Fourier sum. The vector with the strongest sum of all comes first.
 ///
 /// The points are projected onto the direction into a histogram, and a transform of the histogram gives the
-/// sums for all lengths. Points that are not finite or farther out than `dfReach` are left out.
+/// sums for all lengths. Points that are not finite or farther out than `dfReach` are left out. Lengths below
+/// 1.2 / dfReach are not looked at, as they show the outline of the cloud of points.
 /// @param dfReach  length of the longest point, Å⁻¹
 /// @param fnGoOn   asked now and then whether to go on
 /// @return empty where fnGoOn has ended the search, or where no length is in the range of the options
