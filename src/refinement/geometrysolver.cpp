@@ -9,7 +9,9 @@ namespace tessera {
 
 namespace {
 
-/// Computes all residuals once when the solver evaluates a new point; the blocks below copy their parts.
+/// Computes all residuals once for each point that the solver evaluates; the blocks below copy their parts.
+/// All blocks share one parameter block, the values of the free numbers. The solver writes each point that it
+/// tries into it before it calls PrepareForEvaluation().
 class CAllRows : public ceres::EvaluationCallback {
 public:
     CAllRows(const CGeometryResiduals& residuals, const GeometryFit& fit)
@@ -19,10 +21,11 @@ public:
             m_listValue.push_back(m_numbers[nNumber]);
         }
     }
-    double* values() { return m_listValue.data(); }
+    double* values() { return m_listValue.data(); }  ///< the parameter block
     int count() const { return int(m_listValue.size()); }
     const Eigen::VectorXd& residual() const { return m_vecResidual; }
     const RowMatrix& jacobian() const { return m_matJacobian; }
+    /// All numbers, the free ones with the values of the parameter block.
     GeometryNumbers numbers() const
     {
         GeometryNumbers numbers = m_numbers;
@@ -33,6 +36,7 @@ public:
     }
     void PrepareForEvaluation(bool bJacobian, bool bNewPoint) override
     {
+        // At a point that is not new the residuals are there, but perhaps not the derivatives.
         if (bNewPoint || bJacobian) {
             m_residuals.evaluate(numbers(), m_form, m_listFree, m_vecResidual,
                                  bJacobian ? &m_matJacobian : nullptr);
@@ -49,7 +53,7 @@ private:
     RowMatrix m_matJacobian;
 };
 
-/// The rows of one spot or one chain.
+/// The rows of one spot or one chain, copied from those of CAllRows.
 class CSomeRows : public ceres::CostFunction {
 public:
     CSomeRows(const CAllRows& all, int nFirst, int nRows) : m_all(all), m_nFirst(nFirst)
@@ -66,7 +70,7 @@ public:
             Eigen::Map<RowMatrix>(ppJacobian[0], nRows, m_all.count()) = m_all.jacobian().middleRows(m_nFirst,
                                                                                                      nRows);
         }
-        return vecResidual.allFinite();
+        return vecResidual.allFinite();  // false: the solver takes the step back and tries a shorter one
     }
 
 private:
@@ -74,51 +78,62 @@ private:
     int m_nFirst;
 };
 
-/// First and second derivatives of the loss with respect to the squared distance.
-struct Loss {
+/// First and second derivatives of the loss 2·(√(1 + s) − 1) with respect to the squared distance s.
+struct LossDerivatives {
     double dfFirst;
     double dfSecond;
 };
-Loss lossAt(double dfSquare)
+LossDerivatives lossDerivatives(double dfSquare)
 {
     const double dfFirst = 1 / std::sqrt(1 + dfSquare);
     return {dfFirst, -dfFirst / (2 * (1 + dfSquare))};
 }
 
+/// Adds one spot or one chain with the residuals r = (rows nFirst to nFirst + nRows − 1) and their
+/// derivatives J. With the loss ρ of r², the gradient of ρ/2 is ρ'·Jᵀr, and its second derivatives are about
+/// ρ'·JᵀJ + 2ρ''·(Jᵀr)(Jᵀr)ᵀ, without the second derivatives of r (Gauss–Newton).
+/// @param nChain  row of the scores to which the gradient is added
 void addBlock(GeometryNormal& normal, const RowMatrix& matJacobian, const Eigen::VectorXd& vecResidual,
               int nFirst, int nRows, int nChain)
 {
     const auto rows = matJacobian.middleRows(nFirst, nRows);
     const auto residual = vecResidual.segment(nFirst, nRows);
-    const Loss loss = lossAt(residual.squaredNorm());
-    const Eigen::VectorXd vecGradient = rows.transpose() * residual;
+    const LossDerivatives loss = lossDerivatives(residual.squaredNorm());
+    const Eigen::VectorXd vecProduct = rows.transpose() * residual;  // Jᵀr
     normal.matHessian.noalias() += loss.dfFirst * rows.transpose() * rows;
-    normal.matHessian.noalias() += 2 * loss.dfSecond * vecGradient * vecGradient.transpose();
-    normal.matScore.row(nChain) += loss.dfFirst * vecGradient.transpose();
+    normal.matHessian.noalias() += 2 * loss.dfSecond * vecProduct * vecProduct.transpose();
+    normal.matScore.row(nChain) += loss.dfFirst * vecProduct.transpose();
 }
 
-/// Sorted from dispensable numbers to those that every geometry has.
+/// The numbers that are not of the cell, from dispensable ones to those that every geometry has. Of two
+/// numbers that the peaks cannot distinguish, the one that comes first here is fixed.
 const int g_anPriority[] = {TiltOffset,    AxisOutOfPlane, TiltScale,        ParabolicSin,
                             ParabolicCos,  EllipseAlong,   ThirdOrderSpiral, ThirdOrderRadial,
                             EllipseAcross, StretchingSin,  StretchingCos,    Axis,
                             CentreY,       CentreX};
 
+/// Higher for numbers that are harder to do without.
 int priorityOf(int nNumber)
 {
     return int(std::find(std::begin(g_anPriority), std::end(g_anPriority), nNumber) -
                std::begin(g_anPriority));
 }
 
-/// The least usual number that is correlated with others; −1 if all numbers are determined. The matrix is
-/// scaled to a unit diagonal.
-int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFree)
+/// The most dispensable number that is correlated with others; −1 if all numbers are determined. Numbers of
+/// the cell are never returned.
+/// @param matHessian  second derivatives by the numbers of listFree, scaled to a unit diagonal
+int worstNumber(const Eigen::MatrixXd& matHessian, const std::vector<int>& listFree)
 {
+    // Two estimates with this correlation share all but 4 % of their variance (1 − 0.98²).
     const double dfPair = 0.98;
-    // An estimate that shares all but a ten-thousandth of its information with others is governed by model
-    // errors rather than by the peaks.
+    // Diagonal elements of the inverse tell by which factor a variance grows because the other numbers are
+    // free as well. An estimate that shares all but a ten-thousandth of its information with others is
+    // governed by model errors rather than by the peaks.
     const double dfAll = 1e4;
+    // Added to the diagonal, so that a singular matrix has an inverse, too, with elements far above dfAll.
+    const double dfRidge = 1e-13;
     const Eigen::MatrixXd matInverse =
-        (matNormal + 1e-13 * Eigen::MatrixXd::Identity(matNormal.rows(), matNormal.cols())).inverse();
+        (matHessian + dfRidge * Eigen::MatrixXd::Identity(matHessian.rows(), matHessian.cols())).inverse();
     int nWorst = -1;
     const auto take = [&](int nNumber) {
         if (nWorst < 0 || priorityOf(nNumber) < priorityOf(nWorst)) {
@@ -129,11 +144,12 @@ int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFr
         if (isOfCell(listFree[n])) {
             continue;
         }
-        if (!(matInverse(n, n) > 0 && matInverse(n, n) < dfAll)) {
+        if (!(matInverse(n, n) > 0 && matInverse(n, n) < dfAll)) {  // also if it is not a number
             take(listFree[n]);
         }
         for (int m = 0; m < n; ++m) {
             const double dfScale = std::sqrt(matInverse(n, n) * matInverse(m, m));
+            // The correlation of the estimates is that element of the inverse over dfScale.
             if (!isOfCell(listFree[m]) && !(std::abs(matInverse(n, m)) <= dfPair * dfScale)) {
                 take(priorityOf(listFree[n]) < priorityOf(listFree[m]) ? listFree[n] : listFree[m]);
             }
@@ -142,7 +158,8 @@ int worstNumber(const Eigen::MatrixXd& matNormal, const std::vector<int>& listFr
     return nWorst;
 }
 
-/// The rows and columns of the remaining numbers, scaled to a unit diagonal.
+/// The rows and columns of some numbers, scaled to a unit diagonal.
+/// @param listColumn  their places in the matrix
 Eigen::MatrixXd scaledPart(const Eigen::MatrixXd& mat, const std::vector<int>& listColumn)
 {
     const Eigen::Index nCount = Eigen::Index(listColumn.size());
@@ -169,7 +186,7 @@ bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nS
     ceres::Problem::Options problemOptions;
     problemOptions.loss_function_ownership = ceres::DO_NOT_TAKE_OWNERSHIP;
     problemOptions.evaluation_callback = &all;
-    problemOptions.disable_all_safety_checks = true;
+    problemOptions.disable_all_safety_checks = true;  // each block has the same parameters: nothing to check
     ceres::Problem problem(problemOptions);
     problem.AddParameterBlock(all.values(), all.count());
     for (int n = 0; n < residuals.spots(); ++n) {
@@ -182,7 +199,8 @@ bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nS
     options.linear_solver_type = ceres::DENSE_NORMAL_CHOLESKY;
     options.logging_type = ceres::SILENT;
     options.max_num_iterations = nSteps;
-    options.num_threads = 1;
+    options.num_threads = 1;  // evaluate() has threads of its own
+    // The default of 1e-6 is too coarse for correlated numbers, which still move while the loss hardly falls.
     options.function_tolerance = 1e-9;
     ceres::Solver::Summary summary;
     ceres::Solve(options, &problem, &summary);
@@ -226,34 +244,37 @@ Eigen::MatrixXd geometryCovariance(const GeometryNormal& normal)
 {
     const Eigen::Index nFree = normal.matHessian.rows();
     const Eigen::Index nChains = normal.matScore.rows();
-    // The numbers have different units, so the matrix is scaled to a unit diagonal before it is inverted.
+    // The numbers have different units, so the Hessian is scaled to a unit diagonal before it is inverted.
+    // The limit avoids a division by 0 for a number without influence.
     const Eigen::VectorXd vecScale = normal.matHessian.diagonal().cwiseMax(1e-300).cwiseSqrt().cwiseInverse();
     const Eigen::MatrixXd matScaled = vecScale.asDiagonal() * normal.matHessian * vecScale.asDiagonal();
     const Eigen::MatrixXd matInverse = vecScale.asDiagonal() *
                                        matScaled.ldlt().solve(Eigen::MatrixXd::Identity(nFree, nFree)) *
                                        vecScale.asDiagonal();
-    const double dfFew = double(nChains) / double(std::max<Eigen::Index>(1, nChains - nFree));
-    return dfFew * matInverse * (normal.matScore.transpose() * normal.matScore) * matInverse;
+    const double dfSmallSample = double(nChains) / double(std::max<Eigen::Index>(1, nChains - nFree));
+    return dfSmallSample * matInverse * (normal.matScore.transpose() * normal.matScore) * matInverse;
 }
 
 Undetermined undeterminedNumbers(const GeometryNormal& normal, const std::vector<int>& listFree)
 {
     Undetermined undetermined;
-    std::vector<int> listLeft = listFree;
-    std::vector<int> listColumn(listFree.size());
+    std::vector<int> listLeft = listFree;          // numbers that are still free
+    std::vector<int> listColumn(listFree.size());  // their columns in the full Hessian
     for (size_t n = 0; n < listColumn.size(); ++n) {
         listColumn[n] = int(n);
     }
     Eigen::MatrixXd matPart = scaledPart(normal.matHessian, listColumn);
     for (int nWorst = worstNumber(matPart, listLeft); nWorst >= 0; nWorst = worstNumber(matPart, listLeft)) {
-        const auto n = std::find(listLeft.begin(), listLeft.end(), nWorst) - listLeft.begin();
+        const auto nPlace = std::find(listLeft.begin(), listLeft.end(), nWorst) - listLeft.begin();
         undetermined.listNumber.push_back(nWorst);
-        listLeft.erase(listLeft.begin() + n);
-        listColumn.erase(listColumn.begin() + n);
+        listLeft.erase(listLeft.begin() + nPlace);
+        listColumn.erase(listColumn.begin() + nPlace);
         matPart = scaledPart(normal.matHessian, listColumn);
     }
+    // A change of the cell that moves no peak has the eigenvalue 0, or of the size of the rounding errors.
+    const double dfLeastEigenvalue = 1e-10;
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(matPart, Eigen::EigenvaluesOnly);
-    undetermined.bCell = !(solver.eigenvalues().minCoeff() > 1e-10);
+    undetermined.bCell = !(solver.eigenvalues().minCoeff() > dfLeastEigenvalue);
     return undetermined;
 }
 

@@ -24,15 +24,16 @@ bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nS
 /// Root mean square distance in the plane of the frames in one direction, pixels.
 double rmsInPlane(const CGeometryResiduals& residuals, const GeometryFit& fit);
 
-/// Derivatives of the loss by the free numbers.
+/// Derivatives by the free numbers of half the sum of the losses, which solveGeometry() minimizes. Those of a
+/// distance along the beam are of the weighted one, see g_dfWeightAlongBeam.
 ///
 /// The spots of a chain share much of their error, since one reflection falls on the same pixels of
 /// successive frames. The gradients are therefore summed chain by chain, and each chain counts as one sample.
 struct GeometryNormal {
-    Eigen::MatrixXd matHessian;  ///< second derivatives
+    Eigen::MatrixXd matHessian;  ///< second derivatives, without those of the single distances
     Eigen::MatrixXd matScore;    ///< gradients, one row per chain
 };
-/// Computes the derivatives of the loss at a fit.
+/// Computes these derivatives at a fit.
 GeometryNormal geometryNormal(const CGeometryResiduals& residuals, const GeometryFit& fit);
 
 /// Covariance of the free numbers, estimated from the residuals (cluster-robust "sandwich" estimator):

@@ -7,6 +7,13 @@
 
 namespace tessera {
 
+namespace {
+
+// The same as in the final rounds of the refinement, so that the spots are those that it has fitted.
+const double g_dfIndexTolerance = 0.25;
+
+}  // namespace
+
 double SpotResidual::radius() const
 {
     return std::hypot(place.dfX, place.dfY);
@@ -19,6 +26,7 @@ double SpotResidual::alongRadius() const
 
 double SpotResidual::alongCircle() const
 {
+    // With y down, (y, −x) is the direction counter-clockwise on the screen.
     return radius() > 0 ? (place.dfY * dfX - place.dfX * dfY) / radius() : 0;
 }
 
@@ -27,6 +35,8 @@ std::vector<SpotResidual> spotResiduals(const std::vector<GeometrySpot>& listSpo
 {
     const double dfCos = std::cos(radians(geometry.plane.axis));
     const double dfSin = std::sin(radians(geometry.plane.axis));
+    // Distances are found in the laboratory frame, whose x runs along the projection of the axis, and turned
+    // back to the columns and rows of the frame.
     std::vector<SpotResidual> listResidual;
     listResidual.reserve(listSpot.size());
     for (const GeometrySpot& spot : listSpot) {
@@ -50,7 +60,7 @@ std::vector<SpotResidual> spotResiduals(const std::vector<GeometrySpot>& listSpo
 std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const DiffractionGeometry& start,
                                        const GeometryModel& model)
 {
-    const double dfIndexTolerance = 0.25;  // as in the final rounds of the refinement
+    // As in refineGeometry(): spots whose numbers are not finite take no part, and each has a weight.
     listSpot.erase(std::remove_if(listSpot.begin(), listSpot.end(),
                                   [](const GeometrySpot& spot) {
                                       return !std::isfinite(spot.place.dfX + spot.place.dfY + spot.dfTilt +
@@ -61,6 +71,7 @@ std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const
         return {};
     }
     for (GeometrySpot& spot : listSpot) {
+        // Intensities may be negative after the subtraction of the background.
         spot.dfWeight = spot.dfWeight > 0 ? spot.dfWeight : 1;
     }
     numberChains(listSpot);
@@ -68,7 +79,7 @@ std::vector<GeometrySpot> spotsOfModel(std::vector<GeometrySpot> listSpot, const
     work.listSpot = std::move(listSpot);
     work.fixed = start;
     work.dfAzimuthZero = start.plane.axis;
-    chooseSpots(work, model.fit, dfIndexTolerance);
+    chooseSpots(work, model.fit, g_dfIndexTolerance);
     std::vector<GeometrySpot> listKept;
     for (const int n : work.listUsed) {
         listKept.push_back(work.listSpot[n]);
