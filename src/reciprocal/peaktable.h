@@ -21,8 +21,9 @@ constexpr int g_nFirstIntegratedColumn = 26;
 /// The texts of the peak table, made one by one from the records, the geometry of the data set and its space
 /// group as they were when the table was made.
 ///
-/// Columns 0 to 6, 11, 24 and 25 are plain whole numbers, "*" for the indices of a record that isn't indexed
-/// within `dfIndexThreshold`; all others go through `locale`. The last three are empty where the integration
+/// Columns 0, 4 to 6, 11, 24 and 25 are plain whole numbers, "*" for the indices 4 to 6 of a record that
+/// isn't indexed within `dfIndexThreshold`. Columns 1 to 3, the indices as measured, have two decimals and a
+/// point whatever the locale; all others go through `locale`. The last three are empty where the integration
 /// has no such reflection, and intensity and sigma where it has not measured it.
 class CPeakTable {
 public:
