@@ -39,22 +39,29 @@ namespace {
 const int g_nMostReaders = 4;
 
 const int g_nLeastSide = 16;  // of the region; ring mask and peak box of the correlation must fit into it
+
+// The fit of the direct beam leaves out pixels of the mean frame at or above this, in counts, as detectors
+// may be saturated there. A camera of 16 bits does not reach it.
 const double g_dfSaturation = 100000.0;
-const int g_nFitHalfSize = 64;
+const int g_nFitHalfSize = 64;  // pixels on each side of the coarse position that the fit uses
+
+// Directions of CAcmlFft::Transform().
+const int g_nForward = -1;
+const int g_nBackward = 1;
 
 // The reference region, in raw pixels, at the same place on every frame.
 struct Square {
-    int nX = 0;
-    int nY = 0;
+    int nX = 0;  // left column
+    int nY = 0;  // top row
     int nSide = 0;
 };
 
 // The spectrum of a frame's region, to be aligned with the others.
 struct RegionFrame {
-    bool bUsable = false;
-    CImgObj<COMPLEX> imgFT;  // centred layout, masked
+    bool bUsable = false;    // false: the reason is a line of the report
+    CImgObj<COMPLEX> imgFT;  // centred layout; the low frequencies alone
     qint64 nBadPixels = 0;   // of the region
-    CDeferredReport report;
+    CDeferredReport report;  // lines of the thread that read the frame, shown when its turn comes
 };
 
 // Cuts the region out of frames and transforms it. Each thread of a run has an object of its own.
@@ -84,22 +91,27 @@ public:
     }
 
 private:
+    // Fills bad pixels, transforms, and keeps the low frequencies: periods of 8 pixels and more, which hold
+    // the shape of the beam and little of the noise. The zero frequency, the mean, is left out.
     void transform(CImgObj<float>& imgRegion, RegionFrame& frame)
     {
         frame.nBadPixels = fillBadPixels(imgRegion);
         const int nSide = m_square.nSide;
         if (!m_imgMask.Data()) {
             m_imgMask.Create(nSide, nSide);
-            const int nRadius = nSide / 8;
-            MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, -1, nRadius);
+            const int nInner = -1;  // leaves out the middle alone
+            const int nOuter = nSide / 8;
+            MakeRingMask(reinterpret_cast<char*>(m_imgMask.Data()), nSide, nSide, nInner, nOuter);
         }
         ComplexFromFloat(imgRegion, frame.imgFT);
-        m_fft.Transform(frame.imgFT.Data(), nSide, nSide, -1);
+        m_fft.Transform(frame.imgFT.Data(), nSide, nSide, g_nForward);
         ShiftCenter(frame.imgFT.Data(), nSide, nSide);
         MultiplyByMask(frame.imgFT.Data(), reinterpret_cast<const char*>(m_imgMask.Data()), nSide * nSide);
         frame.bUsable = true;
     }
 
+    // Returns false, with the reason in the report, if the frame cannot be loaded or does not contain the
+    // region.
     bool loadRegion(int nFrame, CImgObj<float>& imgRegion, CRunReport& report) const
     {
         FrameFaults faults;
@@ -127,7 +139,7 @@ private:
 
     const SeriesSnapshot& m_series;
     const Square m_square;
-    CImgObj<unsigned char> m_imgMask;
+    CImgObj<unsigned char> m_imgMask;  // made with the first frame
     CAcmlFft m_fft;
 };
 
@@ -137,18 +149,22 @@ public:
     explicit CRegionSum(int nSide) : m_nSide(nSide) {}
 
     // Aligns a region with the sum and adds it.
-    // @return its shift; nothing for a blank region, which is added without a shift
+    // @param imgFrameFT  becomes the spectrum of the aligned region
+    // @return its shift against the sum, pixels; 0 for the first region, with which the sum begins; nothing
+    //         where the sum or the region is blank, so that nothing can be aligned: the region is then added
+    //         as it is
     std::optional<QPointF> add(CImgObj<COMPLEX>& imgFrameFT)
     {
-        bool bMeasured = true;
         if (!m_imgSumFT.Data()) {
             m_imgSumFT.Copy(imgFrameFT);
             return QPointF(0, 0);
         }
+        const int nCompressed = 1;  // amplitudes are compressed, else the few strongest ones rule the result
+        bool bMeasured = true;
         double dfPeak = 0;
         double dfX = 0;
         double dfY = 0;
-        Correlate(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide, m_nSide, 1, dfPeak, dfX, dfY, true,
+        Correlate(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide, m_nSide, nCompressed, dfPeak, dfX, dfY, true,
                   &bMeasured);
         FourierShift(imgFrameFT.Data(), m_nSide, m_nSide, -dfX, -dfY, true);
         AddComplex(m_imgSumFT.Data(), imgFrameFT.Data(), m_nSide * m_nSide);
@@ -163,10 +179,11 @@ public:
     {
         m_imgWork.Copy(imgCentredFT);
         ShiftCenter(m_imgWork.Data(), m_nSide, m_nSide);
-        m_fft.Transform(m_imgWork.Data(), m_nSide, m_nSide, 1);
+        m_fft.Transform(m_imgWork.Data(), m_nSide, m_nSide, g_nBackward);
         auto pImage = std::make_unique<CImgObj<float>>();
         pImage->Create(m_nSide, m_nSide);
-        ComplexToFloat(m_imgWork.Data(), pImage->Data(), m_nSide * m_nSide, 2);
+        const int nRealPart = 2;
+        ComplexToFloat(m_imgWork.Data(), pImage->Data(), m_nSide * m_nSide, nRealPart);
         return pImage;
     }
 
@@ -178,10 +195,12 @@ private:
 };
 
 struct MeasuredSeries {
-    QList<QPointF> listShift;  // of the frames before the end of the run
+    QList<QPointF> listShift;  // of the frames before the end of the run, pixels against the first frame
     RunOutcome outcome;
 };
 
+// Measures the shifts and adds the aligned regions up. Threads read and transform the frames ahead; they are
+// added in their order, in the calling thread.
 MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, CRegionSum& sum,
                              CRunReport& report, const FnShiftFrameDone& fnFrameDone)
 {
@@ -218,7 +237,8 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
         }
         return true;
     };
-    const int nReaders = jobsForMemory(series, std::min(nJobs, g_nMostReaders), {4, 0}, &report);
+    const FrameMemory memory = {sizeof(float), 0};  // the frame as it was read; the region is small beside it
+    const int nReaders = jobsForMemory(series, std::min(nJobs, g_nMostReaders), memory, &report);
     measured.outcome = walk.runAhead<RegionFrame>(nReaders, makeWorker, add);
     return measured;
 }
@@ -227,7 +247,7 @@ MeasuredSeries measureSeries(DataSet& dataSet, const Square& square, int nJobs, 
 QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
 {
     const double dfX = square.nX, dfY = square.nY;
-    int nX = 0;
+    int nX = 0;  // in the region, as all positions below
     int nY = 0;
     findBeamInSummedMap(sum.sum(), nX, nY);
     report.addMessage(
@@ -242,9 +262,9 @@ QPointF locateBeam(const Square& square, CRegionSum& sum, CRunReport& report)
                        "%L4), code=%L5.")
             .arg(dfX + dfFitX, 8, 'f', 2)
             .arg(dfY + dfFitY, 8, 'f', 2)
-            .arg(vecFit[6], 6, 'f', 3)
-            .arg(vecFit[8], 6, 'f', 3)
-            .arg(vecFit[10]),
+            .arg(vecFit[6], 6, 'f', 3)  // standard error of x
+            .arg(vecFit[8], 6, 'f', 3)  // and of y
+            .arg(vecFit[10]),           // how the fit ended
         Severity::Info);
     const auto isInside = [&](double df) { return df >= 0 && df <= square.nSide; };
     if (!isInside(dfFitX) || !isInside(dfFitY)) {
@@ -322,10 +342,11 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
     if (measured.outcome.end == RunEnd::Stopped || (!bReachedEnd && !options.bKeepPartial)) {
         return measured.outcome;
     }
-    dataSet.m_listShift = listShift;
+    dataSet.m_listShift = listShift;  // also an empty one, if the first frame could not be used
     if (listShift.isEmpty()) {
         return measured.outcome;
     }
+    // The mean of the series. That of a part of it comes out lower, which moves no maximum.
     sum.scale(1.0 / nFrames);
     const QPointF ptBeam = locateBeam(square, sum, report);
     dataSet.m_dfCenterX = ptBeam.x();

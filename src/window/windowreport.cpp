@@ -27,7 +27,8 @@ void WindowReport::addHtml(const QString& strHtml, Severity severity)
     m_window.m_pMessageEdit->addHtml(strHtml, severityColor(severity));
 }
 
-// Where the platform's task bar shows no progress, the bar in the status bar is all there is.
+// The wish for a progress on the task bar is ignored, as Qt has no portable way to show it there. The bar in
+// the status bar is the only one.
 void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMaximum, bool /*bTaskBar*/)
 {
     QProgressBar* pBar = m_window.m_pProgressBar;
@@ -43,9 +44,10 @@ void WindowReport::startProgress(const QString& strFormat, int nMinimum, int nMa
 void WindowReport::setProgress(int nValue)
 {
     QProgressBar* pBar = m_window.m_pProgressBar;
-    const CDeferredPaint deferred(pBar);
+    const CDeferredPaint deferred(pBar);  // else value and text would each paint the bar
     pBar->setValue(nValue);
     const int nRange = pBar->maximum() - pBar->minimum();
+    // A bar without a range shows that something goes on, and not how far it has come.
     if (!m_bProgressShown || nRange <= 0 || m_strFormat.isEmpty()) {
         return;
     }
@@ -65,6 +67,7 @@ void WindowReport::endProgress()
 bool WindowReport::goOn()
 {
     m_window.pumpEvents();
+    // These events may have asked to close the window or cleared the run's flag.
     return !m_window.m_gate.wishes().bClose && (!m_pbFlag || *m_pbFlag);
 }
 
