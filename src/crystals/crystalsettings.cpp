@@ -17,8 +17,11 @@ namespace tessera {
 
 namespace {
 
-constexpr size_t g_nForSymmetry = 50;  ///< crystals by which the symmetry is found: more only take memory
+/// The symmetry is found from so many crystals at the most, those with the most reflections. More would only
+/// take memory.
+constexpr size_t g_nForSymmetry = 50;
 
+/// Of an index and its Friedel mate the one whose first number that is not 0 is positive.
 std::array<int, 3> friedelIndex(std::array<int, 3> anIndex)
 {
     const auto itFirst = std::find_if(anIndex.begin(), anIndex.end(), [](int n) { return n != 0; });
@@ -37,7 +40,7 @@ std::vector<FriedelIntensity> merged(std::vector<FriedelIntensity> list)
                      [](const FriedelIntensity& one, const FriedelIntensity& other) {
                          return one.anIndex < other.anIndex;
                      });
-    size_t nEnd = 0;
+    size_t nEnd = 0;  // the means replace the front of the list, up to here
     for (size_t nFirst = 0; nFirst < list.size();) {
         double dfWeights = 0, dfWeighted = 0;
         size_t n = nFirst;
@@ -65,7 +68,8 @@ std::vector<NormalizedReflection> normalized(const std::vector<FriedelIntensity>
         listIntensity.push_back(one.dfIntensity);
     }
     const CResolutionMean resolutionMean(listDStar, listIntensity);
-    const double dfMost = 4;  // Wilson's distribution has one in nine millions above it
+    // Of acentric reflections one in nine millions is above this amplitude by Wilson's distribution, e^−16.
+    const double dfMost = 4;
     std::vector<NormalizedReflection> listNormalized;
     for (size_t n = 0; n < list.size(); ++n) {
         const double dfMean = resolutionMean.mean(listDStar[n]);
@@ -86,8 +90,10 @@ std::vector<CellSetting> usableSettings(const LatticeBasis& from, const LatticeB
 {
     std::vector<CellSetting> list = settingsBetween(from, to, tolerance);
     if (list.empty()) {
-        const double dfWider = latticeDistance(from, to, tolerance) + 0.5;
+        // Both in units of the tolerance. Beyond three of them many other lattices are as close.
+        const double dfNotMuchWorse = 0.5;
         const double dfMost = 3;
+        const double dfWider = latticeDistance(from, to, tolerance) + dfNotMuchWorse;
         if (dfWider < dfMost) {
             list = settingsBetween(from, to, {tolerance.dfLengths * dfWider, tolerance.dfAngles * dfWider});
         }
@@ -97,26 +103,32 @@ std::vector<CellSetting> usableSettings(const LatticeBasis& from, const LatticeB
 
 /// One crystal before its setting is chosen.
 struct Candidate {
-    int nCrystal = 0;
-    Eigen::Matrix3d matReduced;
-    std::vector<FriedelIntensity> listReduced;  ///< indices of its reduced cell
+    int nCrystal = 0;                           ///< place in the list of the crystals
+    Eigen::Matrix3d matReduced;                 ///< from the indices of its cell to those of its reduced cell
+    std::vector<FriedelIntensity> listReduced;  ///< with the indices of its reduced cell
 };
 
+/// The intensities in the setting of the group, merged under its symmetry.
+/// @param list      with the indices of the crystal's reduced cell
+/// @param matAxes   from these to the indices of the group's reduced cell
+/// @param symmetry  from the indices of the group's reduced cell
+/// @return with the indices of the group's reduced cell, of which equivalents have the same
 std::vector<FriedelIntensity> underSymmetry(const std::vector<FriedelIntensity>& list,
                                             const Eigen::Matrix3i& matAxes,
                                             const ObservationSymmetry& symmetry)
 {
     const CAsymmetricUnit unit(symmetry.ops);
-    Eigen::Matrix3d matBack;
+    Eigen::Matrix3d matConventional;
     for (int nRow = 0; nRow < 3; ++nRow) {
         for (int n = 0; n < 3; ++n) {
-            matBack(nRow, n) = double(symmetry.anTransform[nRow][n]) / symmetry.nDenominator;
+            matConventional(nRow, n) = double(symmetry.anTransform[nRow][n]) / symmetry.nDenominator;
         }
     }
-    matBack = matBack.inverse().eval();
+    const Eigen::Matrix3d matBack = matConventional.inverse();
     std::vector<FriedelIntensity> listNew = list;
     for (FriedelIntensity& one : listNew) {
         const Eigen::Vector3i vec = matAxes * Eigen::Vector3i(one.anIndex[0], one.anIndex[1], one.anIndex[2]);
+        // The way back gives whole numbers, as the conventional cell has the same lattice.
         wholeIndex(matBack,
                    unit.representative(conventionalIndex(symmetry, {vec[0], vec[1], vec[2]})).anIndex,
                    one.anIndex);
@@ -132,7 +144,8 @@ ObservationSymmetry friedelAlone()
     return symmetry;
 }
 
-/// Half of the runs have found no more rotations than that.
+/// The median of the numbers of rotations in the Laue classes that the runs on single crystals have found,
+/// the lower one of two; 1 if no run has found a class.
 int usualRotations(const std::vector<Crystal>& listCrystal, const std::vector<Candidate>& listCandidate)
 {
     std::vector<int> list;
@@ -149,8 +162,8 @@ int usualRotations(const std::vector<Crystal>& listCrystal, const std::vector<Ca
     return list[(list.size() - 1) / 2];
 }
 
-/// The class of those with the most reflections, settled without any symmetry; none when it was asked to
-/// stop.
+/// The Laue class by the crystals with the most reflections, which are brought to one setting first, with no
+/// symmetry but Friedel's; none if the report asked to stop. Crystals that share too little take no part.
 std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& listInput, int nMostRotations,
                                              const LatticeBasis& reference, const SettlingOptions& options,
                                              CRunReport& report)
@@ -161,6 +174,7 @@ std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& li
         return listInput[one].listReflection.size() > listInput[other].listReflection.size();
     });
     listOrder.resize(std::min(listOrder.size(), g_nForSymmetry));
+    // Back to the order of the crystals, which decides between equals later on.
     std::sort(listOrder.begin(), listOrder.end());
     std::vector<SettingInput> listSome;
     listSome.reserve(listOrder.size());
@@ -183,6 +197,7 @@ std::optional<CrystalSymmetry> firstSymmetry(const std::vector<SettingInput>& li
                               cellOf(reference));
 }
 
+/// The distances of SettledCrystals::distances.
 CDistances distancesOf(const CSettingChoices& choices, const std::vector<SettledCrystal>& listSettled,
                        int nJobs)
 {
@@ -191,9 +206,10 @@ CDistances distancesOf(const CSettingChoices& choices, const std::vector<Settled
     const auto work = [&](int i) {
         for (int j = i + 1; j < nCount; ++j) {
             const SettingAgreement two = choices.agreementOf(size_t(i), size_t(j));
-            const double dfForetold = std::max(0.0, listSettled[i].dfCorrelation) *
+            // What two crystals correlate by if they have nothing in common but the mean of the others.
+            const double dfExpected = std::max(0.0, listSettled[i].dfCorrelation) *
                                       std::max(0.0, listSettled[j].dfCorrelation);
-            const double df = std::max(0.0, (two.nCommon * two.dfCorrelation + g_nFewCommon * dfForetold) /
+            const double df = std::max(0.0, (two.nCommon * two.dfCorrelation + g_nFewCommon * dfExpected) /
                                                 (two.nCommon + g_nFewCommon));
             distances.set(i, j, std::sqrt(1 - df * df));
         }
@@ -225,7 +241,8 @@ SettledCrystal settledOf(const CSettingChoices& choices, size_t nPlace, const Ca
 bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, std::array<int, 3>& anNew)
 {
     const Eigen::Vector3d vec = mat * Eigen::Vector3d(anIndex[0], anIndex[1], anIndex[2]);
-    const double dfWhole = 0.01;  // of sums of halves and thirds
+    // Centrings make indices that are off by a half or a third; what is less comes from rounding.
+    const double dfWhole = 0.01;
     for (int n = 0; n < 3; ++n) {
         anNew[n] = int(std::lround(vec[n]));
         if (std::abs(vec[n] - anNew[n]) > dfWhole) {
@@ -252,7 +269,7 @@ std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& 
 IntensityCorrelation correlationOf(const std::vector<FriedelIntensity>& first,
                                    const std::vector<FriedelIntensity>& second)
 {
-    std::vector<std::array<double, 2>> listPair;
+    std::vector<std::array<double, 2>> listPair;  // of the indices that both lists have, which are sorted
     auto it = second.begin();
     for (const FriedelIntensity& intensity : first) {
         while (it != second.end() && it->anIndex < intensity.anIndex) {
@@ -300,7 +317,7 @@ SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const st
         input.listSetting = usableSettings(reduced.basis, reference, options.tolerance);
         Candidate candidate = {nCrystal, reduced.matIndices,
                                friedelMerged(crystal.listIntensity, reduced.matIndices)};
-        if (input.listSetting.empty() || candidate.listReduced.empty()) {
+        if (input.listSetting.empty() || candidate.listReduced.empty()) {  // another lattice, or no data
             result.listOutside.push_back(nCrystal);
             continue;
         }
@@ -311,6 +328,8 @@ SettledCrystals settleCrystals(const std::vector<Crystal>& listCrystal, const st
     if (listInput.empty()) {
         return result;
     }
+    // First the symmetry, then the settings of all crystals under it: with equivalents merged, crystals with
+    // few reflections share more.
     const std::optional<CrystalSymmetry> symmetry = firstSymmetry(
         listInput, usualRotations(listCrystal, listCandidate), reference, options, report);
     if (!symmetry) {

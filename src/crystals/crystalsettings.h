@@ -17,14 +17,17 @@
 
 namespace tessera {
 
-/// Merged intensities under the symmetry that every diffraction pattern has, Friedel's.
+/// An intensity, merged at least over the Friedel mates, which are equal in every kinematical pattern.
 struct FriedelIntensity {
-    std::array<int, 3> anIndex = {};  ///< the one of both mates whose first number that is not 0 is positive
+    std::array<int, 3> anIndex = {};  ///< of both mates the one whose first number other than 0 is positive
     double dfIntensity = 0;
     double dfSigma = 0;
 };
 
-/// Indices in another setting; false where they come out fractional.
+/// Indices in another setting.
+/// @param mat    from the given indices to the new ones
+/// @param anNew  the new indices, rounded
+/// @return false where they come out fractional, as for a reflection that the other cell does not have
 bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, std::array<int, 3>& anNew);
 
 /// Sorted by index, each once. `matIndices` transforms the indices first; what comes out fractional is left
@@ -32,23 +35,27 @@ bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, s
 std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& list,
                                             const Eigen::Matrix3d& matIndices);
 
+/// How two lists of intensities agree.
 struct IntensityCorrelation {
-    int nCommon = 0;
+    int nCommon = 0;           ///< reflections that both have
     double dfCorrelation = 0;  ///< 0 where fewer than three are common
 };
 
-/// Pearson's coefficient of what two lists have in common.
+/// Pearson's correlation coefficient of the reflections that two lists have in common. Both are sorted by
+/// index, each index once, as friedelMerged() makes them.
 IntensityCorrelation correlationOf(const std::vector<FriedelIntensity>& first,
                                    const std::vector<FriedelIntensity>& second);
 
 /// One crystal brought to the setting of its group.
 struct SettledCrystal {
     int nCrystal = 0;                        ///< place in the list of the crystals
-    Eigen::Matrix3d matIndices;              ///< from the indices of its own cell
+    Eigen::Matrix3d matIndices;              ///< from the indices of its own cell to those of the group's
+                                             ///< reduced cell
     std::vector<FriedelIntensity> listMean;  ///< in the setting of the group, each once for all that the
                                              ///< symmetry of the group makes equivalent
     double dfCorrelation = 0;                ///< of the normalized amplitudes with the mean of all the others
-    double dfSecond = 0;                     ///< the same in the best of the other alternatives; 0: none
+    double dfSecond = 0;                     ///< the same in the best of the other alternatives; 0 if none
+                                             ///< of them shares enough reflections
     int nCommon = 0;                         ///< reflections that it shares with the others
     int nAlternatives = 1;   ///< settings that the lattice allows and the symmetry does not make equal
     int nAlternative = 0;    ///< which of them: 0 is the closest by the cell alone
@@ -66,9 +73,10 @@ struct SettledCrystals {
     std::vector<int> listOutside;             ///< members whose lattice no setting brings near the group's
     QString strLaueClass;                     ///< that equivalents were told by
     ObservationSymmetry symmetry;             ///< from the indices of the group's reduced cell
-    /// Of all settled ones: sqrt(1 - r²) of the correlation r of the normalized amplitudes that two have in
-    /// common, 1 where it is below 0. What two share too little is made up by what both have with the mean of
-    /// the others: r counts like as many pairs as there are, and the product of these two like ten.
+    /// The distance of each two settled crystals, from 0 to 1: sqrt(1 - r²) of the correlation r of their
+    /// normalized amplitudes, or 1 for an r below 0. Two crystals may share few reflections or none. So r is
+    /// a weighted mean: the correlation of the reflections that they share has their number as its weight;
+    /// the product of the correlations of both crystals with the mean of all others has the weight ten.
     CDistances distances{0};
 };
 
