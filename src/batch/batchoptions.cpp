@@ -23,15 +23,15 @@ namespace tessera {
 
 namespace {
 
-/// A numeric option: name, unit and help, its range, and the function that stores its value.
+/// An option whose value is a number.
 struct NumberOption {
-    QString strName;
-    QString strUnit;
-    QString strHelp;
+    QString strName;  ///< without the dashes
+    QString strUnit;  ///< as in the help; empty: none
+    QString strHelp;  ///< without unit and full stop
     double dfMinimum;
     double dfMaximum;
-    AutoValue autoValue;
-    std::function<void(double)> fnTake;
+    AutoValue autoValue;                 ///< which words are accepted instead of a number
+    std::function<void(double)> fnTake;  ///< stores a number that was given
 };
 
 QString defaultText(double dfValue)
@@ -39,6 +39,7 @@ QString defaultText(double dfValue)
     return QStringLiteral("default %1").arg(dfValue);
 }
 
+/// A function that stores a number in a member, which must outlive it.
 std::function<void(double)> into(double& dfTarget)
 {
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
@@ -49,8 +50,9 @@ std::function<void(double)> into(std::optional<double>& dfTarget)
     return [&dfTarget](double dfValue) { dfTarget = dfValue; };
 }
 
-/// The option of a row of the parameter table. It sets the optional of the options that belongs to the row's
-/// member, or else the member in its parameter record.
+/// The option of a row of the parameter table. Its value goes into the optional of `o` that belongs to the
+/// row's member, see givenNumber(). If there is none, a term of the distortion is noted in o.listDistortion,
+/// and any other number goes into its parameter record in `o`.
 NumberOption optionOf(const Parameter& row, RoadOptions& o)
 {
     NumberOption option = {
@@ -61,7 +63,7 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
         row.box.dfMaximum,
         row.option.values == OptionValues::OfPageOrAuto ? AutoValue::Allowed : AutoValue::NotAllowed,
         {}};
-    if (row.option.values == OptionValues::AboveZero) {
+    if (row.option.values == OptionValues::AboveZero) {  // from the smallest number that the page can show
         option.dfMinimum = std::pow(10, -row.box.nDecimals);
     }
     if (row.option.values == OptionValues::AnyNumber || row.option.values == OptionValues::AnyNumberOrAuto) {
@@ -76,6 +78,7 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
     } else if (const auto* pMember = std::get_if<double SeriesDistortion::*>(&row.member)) {
         option.fnTake = [&o, p = *pMember](double dfValue) { o.listDistortion.emplace_back(p, dfValue); };
     } else {
+        // The records that RoadOptions has; the numbers of the others need an optional or have no option.
         const ParameterRecords records = {nullptr,     &o.hunting, nullptr,       &o.merging, &o.cell,
                                           &o.indexing, nullptr,    &o.refinement, nullptr};
         if (!row.isIn(records)) {
@@ -108,6 +111,7 @@ QList<NumberOption> numberOptions(RoadOptions& o)
          AutoValue::Allowed, into(o.exports.dfContrastMax)}};
     QList<NumberOption> listOption;
     for (const Parameter& row : parameterTable()) {
+        // In the help the tilts of images stand before the relaxation of the tilts.
         if (row.member == ParameterMember(&DataSet::m_dfTiltRelaxation)) {
             listOption += listTilt;
         }
@@ -118,7 +122,7 @@ QList<NumberOption> numberOptions(RoadOptions& o)
     return listOption + listIntegrate + listExport;
 }
 
-/// Adds the numbers of the pages to the help, with their units.
+/// Adds the options with numbers to the parser, with their help.
 void addNumbers(QCommandLineParser& parser, const QList<NumberOption>& listNumber)
 {
     for (const NumberOption& option : listNumber) {
@@ -129,6 +133,7 @@ void addNumbers(QCommandLineParser& parser, const QList<NumberOption>& listNumbe
     }
 }
 
+/// Reads and stores the numbers that were given.
 void takeNumbers(COptionReader& reader, const QList<NumberOption>& listNumber)
 {
     for (const NumberOption& option : listNumber) {
@@ -140,6 +145,7 @@ void takeNumbers(COptionReader& reader, const QList<NumberOption>& listNumber)
     }
 }
 
+/// Reads the names of files and folders.
 void takeNames(COptionReader& reader, BatchOptions& options)
 {
     options.road.exports.strPictureFolder = reader.name(QStringLiteral("export-folder"));
@@ -152,6 +158,7 @@ void takeNames(COptionReader& reader, BatchOptions& options)
     options.road.strOutDir = reader.name(QStringLiteral("out"));
 }
 
+/// Reads the known cell: numbers, or the name of a CIF, which is read here.
 void takeKnownCell(COptionReader& reader, RoadOptions& options)
 {
     const QString strName = QStringLiteral("known-cell");
@@ -168,7 +175,8 @@ void takeKnownCell(COptionReader& reader, RoadOptions& options)
     }
 }
 
-/// "continuous", "stepped" or "precession,0.8".
+/// Reads how the crystal was rotated: "continuous", "stepped", or "precession,0.8" with the angle of the
+/// precession in degrees.
 void takeRotation(COptionReader& reader, std::optional<RotationMode>& rotation)
 {
     const QString strName = QStringLiteral("rotation");
@@ -183,6 +191,7 @@ void takeRotation(COptionReader& reader, std::optional<RotationMode>& rotation)
     }
 }
 
+/// Reads what integration, scaling and the files of structure solution need.
 void takeIntensities(COptionReader& reader, IntensityOptions& options)
 {
     takeRotation(reader, options.rotation);
@@ -200,12 +209,14 @@ void takeIntensities(COptionReader& reader, IntensityOptions& options)
     options.nUnits = reader.wholeNumber(QStringLiteral("formula-units"), 1, 10000, 0);
     const QStringList& listClass = laueClassNames();
     const int nClass = reader.choice(QStringLiteral("laue"), listClass, -1);
-    options.strLaueClass = listClass.value(nClass);
+    options.strLaueClass = listClass.value(nClass);  // empty for −1: the intensities tell the class
     options.bProfileFit = !reader.isSet(QStringLiteral("no-profile"));
     options.bScale = !reader.isSet(QStringLiteral("no-scale"));
-    options.bDecay = options.bScale;
+    options.bDecay = options.bScale;  // --no-scale leaves out both, while the window has a box for each
 }
 
+/// Reads the first and the last stage. Without --to a run ends with the integration: the refinement of the
+/// cell from peak pairs behind it is made only where it was asked for, also by --from.
 void takeStages(COptionReader& reader, RoadOptions& options)
 {
     const QStringList& listName = roadStageNames();
@@ -214,6 +225,7 @@ void takeStages(COptionReader& reader, RoadOptions& options)
                                               int(std::max(RoadStage::Integrate, options.stageFrom))));
 }
 
+/// Reads stages, switches and choices.
 void takeParameters(COptionReader& reader, RoadOptions& options)
 {
     options.bConventional = reader.choice(QStringLiteral("setting"), {"as-found", "conventional"}, 0) == 1;
@@ -223,13 +235,14 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.bFindAxis = reader.values(QStringLiteral("axis")).value(0) == QLatin1String("auto");
     options.bIgnoreHotPixelList = reader.isSet(QStringLiteral("ignore-hot-pixels"));
     options.bFindDefects = reader.choice(QStringLiteral("defects"), {"off", "auto"}, 1) == 1;
+    // Of the next two −1 means that the option was not given, so that the project or the road decides.
     const int nStretch = reader.choice(QStringLiteral("apply-stretching"), {"off", "on"}, -1);
     if (nStretch >= 0) {
         options.bApplyStretching = nStretch == 1;
     }
     const int nMethod = reader.choice(QStringLiteral("cell-method"), {"vectors", "directions", "best"}, -1);
     if (nMethod >= 0) {
-        options.cellMethod = CellSearchMethod(nMethod);
+        options.cellMethod = CellSearchMethod(nMethod);  // the words are in the order of the enumeration
     }
     PeakMergingParameters& merging = options.merging;
     merging.m_bIntegrate2D = reader.choice(QStringLiteral("intensity-in-frames"), {"2d", "point"}, 0) == 0;
@@ -239,6 +252,8 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.indexing.m_nSpaceGroup = reader.wholeNumber(
         QStringLiteral("space-group"), int(spaceGroup.box.dfMinimum), int(spaceGroup.box.dfMaximum),
         int(spaceGroup.start()));
+    // Indexing needs some group, and has P1 by default. For the files of structure solution the group is
+    // found by its absences unless it was given.
     if (reader.isSet(QStringLiteral("space-group"))) {
         options.intensities.nSpaceGroup = options.indexing.m_nSpaceGroup;
     }
@@ -248,6 +263,8 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.refinement.m_bOutputPeakList = reader.isSet(QStringLiteral("pair-list"));
 }
 
+/// Reads the numbers of the geometry that are not to be refined: lists with commas, in one or several
+/// options.
 void takeFixedGeometry(COptionReader& reader, RoadOptions& options)
 {
     const QString strOption = QStringLiteral("fix-geometry");
@@ -263,6 +280,8 @@ void takeFixedGeometry(COptionReader& reader, RoadOptions& options)
     }
 }
 
+/// Reads which exports are made, and their options.
+/// @param exports  has the numbers of takeNumbers() already
 void takeExports(COptionReader& reader, ExportOptions& exports)
 {
     for (const QString& strList : reader.values(QStringLiteral("export"))) {
@@ -288,10 +307,11 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
     exports.virtualFrames.nMerged = reader.wholeNumber(QStringLiteral("virtual-frames"), 0, 100000, 0);
     exports.virtualFrames.nStep = reader.wholeNumber(QStringLiteral("virtual-step"), 0, 100000, 0);
     exports.bVolumeScaled = reader.choice(QStringLiteral("volume-type"), {"raw", "scaled"}, 0) == 1;
+    // Two decimals, as the box of the window has it. The range is that of the option.
     exports.dfScale = spinBoxValue(exports.dfScale, 2, 0.05, 20);
 }
 
-/// With --summary the arguments are summary files, and no other option is allowed.
+/// With --summary the arguments are summary files, and no option besides --summary itself is allowed.
 void checkSummary(const QCommandLineParser& parser, COptionReader& reader)
 {
     if (parser.optionNames().size() > 1) {

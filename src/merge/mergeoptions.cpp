@@ -10,8 +10,11 @@ namespace tessera {
 
 namespace {
 
-const int g_nLongestName = 150;  ///< bytes: the suffixes of all files find room behind it
+/// Bytes of the first part of the names of the files. The number of a group, the name of its compound and a
+/// suffix follow, and a file system takes 255 bytes.
+const int g_nLongestName = 150;
 
+/// Adds all options with their help to the parser.
 void addOptions(QCommandLineParser& parser)
 {
     const CrystalsJobOptions usual;
@@ -49,6 +52,7 @@ void addOptions(QCommandLineParser& parser)
     });
 }
 
+/// Reads the formula of the crystals.
 void takeFormula(COptionReader& reader, CrystalsJobOptions& job)
 {
     const QString strOption = QStringLiteral("formula");
@@ -65,6 +69,7 @@ void takeFormula(COptionReader& reader, CrystalsJobOptions& job)
     }
 }
 
+/// Reads the name that the files begin with. It must not lead out of the folder of the merged files.
 void takeName(COptionReader& reader, CrystalsJobOptions& job)
 {
     job.strName = reader.name(QStringLiteral("name"));
@@ -77,6 +82,7 @@ void takeName(COptionReader& reader, CrystalsJobOptions& job)
     }
 }
 
+/// Reads all options but the folders of results, and checks their values.
 void takeOptions(COptionReader& reader, MergeOptions& options)
 {
     CrystalsJobOptions& job = options.job;
@@ -87,7 +93,7 @@ void takeOptions(COptionReader& reader, MergeOptions& options)
     takeName(reader, job);
     options.strListFile = reader.name(QStringLiteral("list"));
     job.strKnownCellsFile = reader.name(QStringLiteral("known"));
-    // Beyond a tenth, or ten degrees, one reduced cell is like another.
+    // Both ranges, in per cent and in degrees, end at 10: beyond it one reduced cell is like another.
     job.tolerance.dfLengths = reader.number(QStringLiteral("tolerance"), 0.01, 10, AutoValue::NotAllowed)
                                   .value_or(job.tolerance.dfLengths);
     job.tolerance.dfAngles = reader
@@ -97,8 +103,9 @@ void takeOptions(COptionReader& reader, MergeOptions& options)
     job.nLeastCrystals = reader.wholeNumber(QStringLiteral("least"), 1, 1000000, job.nLeastCrystals);
     job.merge.judgement.dfDMin =
         reader.number(QStringLiteral("d-min"), 0.1, 100, AutoValue::Allowed).value_or(0);
-    job.merge.judgement.strLaueClass = laueClassNames().value(
-        reader.choice(QStringLiteral("laue"), laueClassNames(), -1));
+    job.merge.judgement.strLaueClass = laueClassNames().value(reader.choice(
+        QStringLiteral("laue"), laueClassNames(), -1));  // −1: an empty name, by the intensities
+    // Of the next numbers 0 means that the merging finds them itself.
     job.merge.judgement.nSpaceGroup = reader.wholeNumber(QStringLiteral("space-group"), 1, 230, 0);
     takeFormula(reader, job);
     job.nUnits = reader.wholeNumber(QStringLiteral("formula-units"), 1, 10000, 0);

@@ -8,16 +8,18 @@
 
 namespace tessera {
 
+/// The options of the program.
 struct MergeOptions {
     CrystalsJobOptions job;
-    QString strListFile;   ///< with a folder a line, as well; "-": the standard input; empty: none
+    QString strListFile;   ///< file with further folders of results; "-": the standard input; empty: none
     bool bStrict = false;  ///< an input that gives no crystal is a failure
 };
 
+/// The result of parsing. The options are valid only if both texts are empty.
 struct ParsedMerge {
     MergeOptions options;
     QString strError;  ///< what is wrong with the command line; empty if nothing is
-    QString strHelp;   ///< to be printed in place of a run
+    QString strHelp;   ///< the text that --help or --version prints instead of a run
 };
 
 /// @param listArgument  the program first
