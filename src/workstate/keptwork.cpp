@@ -14,29 +14,33 @@ namespace tessera {
 
 namespace {
 
-// Version of the head, which is a line of four words: "TesseraKeptWork", this number, MD5 and length of the
-// JSON text that follows; then comes the state.
+// The head is a line and a JSON text; the state follows. The line has four words: "TesseraKeptWork", the
+// version of the head, MD5 of the text in hexadecimal, and the length of the text in bytes.
 constexpr int g_nHeadVersion = 1;
+// A damaged file shall not cost more time or memory than this. Both in bytes, and far more than a head has.
 constexpr int g_nLongestLine = 100;
 constexpr int g_nLongestText = 1 << 16;
 
-QByteArray mark()
+/// What the file begins with.
+QByteArray magicWord()
 {
     return QByteArrayLiteral("TesseraKeptWork ");
 }
 
+/// MD5 in hexadecimal.
 QByteArray sumOf(const QByteArray& bytes)
 {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex();
 }
 
-/// Empty if the file cannot be read.
+/// MD5 of a file in hexadecimal; empty if the file cannot be opened.
 QByteArray sumOfFile(const QString& strFile)
 {
     QFile file(strFile);
     return !strFile.isEmpty() && file.open(QIODevice::ReadOnly) ? sumOf(file.readAll()) : QByteArray();
 }
 
+/// The JSON text of the head.
 QByteArray headText(const KeptWork& work)
 {
     const QJsonObject object{{QStringLiteral("name"), work.strName},
@@ -47,7 +51,8 @@ QByteArray headText(const KeptWork& work)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-KeptWorkHead told(KeptWorkHead head, QString* pstrReason, const QString& strReason)
+/// Returns a condition and sets the reason for it, if that is wanted.
+KeptWorkHead withReason(KeptWorkHead head, QString* pstrReason, const QString& strReason)
 {
     if (pstrReason) {
         *pstrReason = strReason;
@@ -56,25 +61,26 @@ KeptWorkHead told(KeptWorkHead head, QString* pstrReason, const QString& strReas
 }
 
 /// Reads the head of an open file; the file is then positioned at the state.
+/// @param work  left as it was if the head is not good
 KeptWorkHead readHead(QFile& file, KeptWork& work, QString* pstrReason)
 {
     const QString strName = file.fileName();
     const QByteArray bytesLine = file.readLine(g_nLongestLine);
     const QList<QByteArray> listWord = bytesLine.trimmed().split(' ');
-    if (!bytesLine.startsWith(mark()) || !bytesLine.endsWith('\n') || listWord.size() < 2) {
-        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+    if (!bytesLine.startsWith(magicWord()) || !bytesLine.endsWith('\n') || listWord.size() < 2) {
+        return withReason(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
     }
     if (listWord[1] != QByteArray::number(g_nHeadVersion)) {
-        return told(KeptWorkHead::Unreadable, pstrReason,
-                    strName + QStringLiteral(": of another version of the program"));
+        return withReason(KeptWorkHead::Unreadable, pstrReason,
+                          strName + QStringLiteral(": of another version of the program"));
     }
-    const int nText = listWord.value(3).toInt();
+    const int nText = listWord.value(3).toInt();  // 0 if the word is missing or no number
     if (listWord.size() != 4 || nText < 1 || nText > g_nLongestText) {
-        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+        return withReason(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
     }
     const QByteArray bytesText = file.read(nText);
     if (sumOf(bytesText) != listWord[2]) {
-        return told(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
+        return withReason(KeptWorkHead::Damaged, pstrReason, strName + QStringLiteral(": damaged"));
     }
     const QJsonObject object = QJsonDocument::fromJson(bytesText).object();
     work.strFile = strName;
@@ -94,6 +100,7 @@ KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateT
     const SeriesData& series = state.series;
     const QString strProject = series.m_strProjectDir + QLatin1Char('/') + series.m_strProjectName +
                                QStringLiteral(".ed3d");
+    // Without a project file the frames were opened as images, and the name of the project is made from them.
     work.bytesProjectSum = sumOfFile(strProject);
     const bool bProject = !work.bytesProjectSum.isEmpty();
     work.strProject = bProject ? strProject : QString();
@@ -106,11 +113,11 @@ KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateT
 QByteArray keptWorkBytes(const KeptWork& work, const WorkState& state)
 {
     const QByteArray bytesState = workStateBytes(state);
-    if (bytesState.isEmpty()) {
+    if (bytesState.isEmpty()) {  // it is too large
         return bytesState;
     }
     const QByteArray bytesText = headText(work);
-    return mark() + QByteArray::number(g_nHeadVersion) + ' ' + sumOf(bytesText) + ' ' +
+    return magicWord() + QByteArray::number(g_nHeadVersion) + ' ' + sumOf(bytesText) + ' ' +
            QByteArray::number(bytesText.size()) + '\n' + bytesText + bytesState;
 }
 
@@ -118,8 +125,8 @@ KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrR
 {
     QFile file(strFile);
     if (!file.open(QIODevice::ReadOnly)) {
-        return told(KeptWorkHead::Unreadable, pstrReason,
-                    strFile + QStringLiteral(": ") + file.errorString());
+        return withReason(KeptWorkHead::Unreadable, pstrReason,
+                          strFile + QStringLiteral(": ") + file.errorString());
     }
     return readHead(file, work, pstrReason);
 }
@@ -128,16 +135,17 @@ bool readKeptState(const KeptWork& work, WorkState& state, QString* pstrReason)
 {
     QFile file(work.strFile);
     if (!file.open(QIODevice::ReadOnly)) {
-        told(KeptWorkHead::Unreadable, pstrReason, work.strFile + QStringLiteral(": ") + file.errorString());
+        withReason(KeptWorkHead::Unreadable, pstrReason,
+                   work.strFile + QStringLiteral(": ") + file.errorString());
         return false;
     }
-    KeptWork workAgain;
+    KeptWork headAgain;  // read only to get to the state behind it
     QString strReason;
-    if (readHead(file, workAgain, pstrReason) != KeptWorkHead::Good) {
+    if (readHead(file, headAgain, pstrReason) != KeptWorkHead::Good) {
         return false;
     }
     if (!workStateFromBytes(file.readAll(), state, &strReason)) {
-        told(KeptWorkHead::Damaged, pstrReason, work.strFile + QStringLiteral(": ") + strReason);
+        withReason(KeptWorkHead::Damaged, pstrReason, work.strFile + QStringLiteral(": ") + strReason);
         return false;
     }
     return true;

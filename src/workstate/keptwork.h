@@ -16,10 +16,10 @@ struct KeptWork {
     QString strFile;     ///< path of the file; not part of its contents
     QString strName;     ///< name of the project or of the frames, "garnet.ed3d"
     QString strProject;  ///< full path of the project; empty for frames without a project
-    QByteArray
-        bytesProjectSum;  ///< MD5 of the project file at the time of saving; empty if there was no file
-    QDateTime when;       ///< UTC, time of the last step
-    QString strStep;      ///< the last step before the state was saved
+    /// MD5 of the project file at the time of saving, in hexadecimal; empty if there was no file.
+    QByteArray bytesProjectSum;
+    QDateTime when;   ///< UTC, time of the last step
+    QString strStep;  ///< the last step before the state was saved
 };
 
 /// The head for a state, with the check sum of its project file as it is now; strFile is left empty.
