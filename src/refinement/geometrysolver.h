@@ -16,7 +16,9 @@ struct GeometryFit {
 /// squared distance, in pixels², of a spot in the plane of the frame or of a chain along the beam. Large
 /// distances so enter linearly instead of squared. The result does not depend on the number of threads.
 ///
-/// @return false, with the fit unchanged, if no step lowered the loss to a finite number
+/// @param nSteps  most steps that the method takes; a fit that has not converged by then counts as done
+/// @return false, with the fit unchanged, if nothing is free, there are no spots, or the loss at the start is
+///         not finite
 /// Source: the loss by Charbonnier, Blanc-Féraud, Aubert & Barlaud (1997), IEEE Trans. Image Process. 6,
 /// 298–311.
 bool solveGeometry(const CGeometryResiduals& residuals, GeometryFit& fit, int nSteps = 30);
