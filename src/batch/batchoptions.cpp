@@ -232,7 +232,8 @@ void takeParameters(COptionReader& reader, RoadOptions& options)
     options.bAccept = reader.isSet(QStringLiteral("accept"));
     options.bWindowDefaults = reader.isSet(QStringLiteral("window-defaults"));
     takeStages(reader, options);
-    options.bFindAxis = reader.values(QStringLiteral("axis")).value(0) == QLatin1String("auto");
+    const QStringList listAxis = reader.values(QStringLiteral("axis"));
+    options.bFindAxis = !listAxis.isEmpty() && listAxis.last() == QLatin1String("auto");  // as of all options
     options.bIgnoreHotPixelList = reader.isSet(QStringLiteral("ignore-hot-pixels"));
     options.bFindDefects = reader.choice(QStringLiteral("defects"), {"off", "auto"}, 1) == 1;
     // Of the next two −1 means that the option was not given, so that the project or the road decides.

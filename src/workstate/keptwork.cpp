@@ -5,6 +5,7 @@
 #include "workstate/workstatefile.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -92,14 +93,29 @@ KeptWorkHead readHead(QFile& file, KeptWork& work, QString* pstrReason)
     return KeptWorkHead::Good;
 }
 
+/// The project file of a series, whose suffix may be in any case, as it is opened so.
+QString projectFileOf(const SeriesData& series)
+{
+    const QDir dir(series.m_strProjectDir);
+    const QString strUsual = series.m_strProjectName + QStringLiteral(".ed3d");
+    if (!dir.exists(strUsual)) {
+        for (const QFileInfo& info : dir.entryInfoList(QDir::Files)) {
+            if (info.completeBaseName() == series.m_strProjectName &&
+                info.suffix().compare(QLatin1String("ed3d"), Qt::CaseInsensitive) == 0) {
+                return info.filePath();
+            }
+        }
+    }
+    return dir.filePath(strUsual);
+}
+
 }  // namespace
 
 KeptWork keptWorkOf(const WorkState& state, const QString& strStep, const QDateTime& when)
 {
     KeptWork work;
     const SeriesData& series = state.series;
-    const QString strProject = series.m_strProjectDir + QLatin1Char('/') + series.m_strProjectName +
-                               QStringLiteral(".ed3d");
+    const QString strProject = projectFileOf(series);
     // Without a project file the frames were opened as images, and the name of the project is made from them.
     work.bytesProjectSum = sumOfFile(strProject);
     const bool bProject = !work.bytesProjectSum.isEmpty();
