@@ -27,10 +27,7 @@ namespace tessera {
 
 namespace {
 
-// Bytes. File systems allow names of 255 bytes, and those of the files consist of the name of the job, the
-// number of the group, the compound and a suffix.
-constexpr int g_nLongestName = 150;
-constexpr int g_nLongestCompound = 40;
+constexpr int g_nLongestCompound = 40;  // bytes, as g_nLongestJobName
 
 /// The beginning of a text that has at most so many bytes in UTF-8. No character is cut in two.
 QString cutTo(const QString& strText, int nBytes)
@@ -380,7 +377,7 @@ QString jobName(const CrystalsJobOptions& options)
 {
     const QString strFolder =
         QDir(QDir::cleanPath(QFileInfo(options.strOutFolder).absoluteFilePath())).dirName();
-    const QString strName = cutTo(options.strName.isEmpty() ? strFolder : options.strName, g_nLongestName);
+    const QString strName = cutTo(options.strName.isEmpty() ? strFolder : options.strName, g_nLongestJobName);
     return strName.isEmpty() ? QStringLiteral("merged") : strName;
 }
 

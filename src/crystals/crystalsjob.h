@@ -18,6 +18,10 @@
 
 namespace tessera {
 
+/// Bytes of the name of a job. File systems allow names of 255 bytes, and those of the files consist of the
+/// name of the job, the number of the group, its compound and a suffix.
+constexpr int g_nLongestJobName = 150;
+
 class CMergePlace;
 
 struct CrystalsJobOptions {

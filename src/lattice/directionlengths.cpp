@@ -81,10 +81,7 @@ struct Histogram {
             nBins *= 2;
         }
         dfStep = 1 / (nBins * dfBin);
-        // At shorter lengths the transform shows the outline of the cloud of points instead of its lattice.
-        // Of a ball that is evenly filled with points, the Fourier sum beyond 1.2 / radius is less than 4 %
-        // of the number of points.
-        const double dfShortest = std::max(options.dfShortest, 1.2 / dfReach);
+        const double dfShortest = shortestLength(options, dfReach);
         if (dfShortest <= options.dfLongest) {
             nFirst = int(std::ceil(dfShortest / dfStep));
             nLast = std::min(int(options.dfLongest / dfStep), nBins / 2);

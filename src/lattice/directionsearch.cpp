@@ -87,8 +87,8 @@ std::optional<DirectionLattice> searchDirections(const LatticePoints& listPoint,
     }
     const LatticePoints listFew = thinned(listUsable);
     const std::vector<Eigen::Vector3d> vecVector = strongestLengths(listFew, dfReach, options, fnGoOn);
-    const double dfShortest = std::max(options.dfShortest, 1.2 / dfReach);
-    const std::vector<LatticeRow> vecRow = bestRows(vecVector, listFew, dfShortest, options, fnGoOn);
+    const std::vector<LatticeRow> vecRow = bestRows(vecVector, listFew, shortestLength(options, dfReach),
+                                                    options, fnGoOn);
     const std::optional<LatticeBasis> triple = bestTriple(vecRow, listFew, options.dfTolerance);
     if (!triple) {
         return std::nullopt;

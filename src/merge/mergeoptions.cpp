@@ -10,10 +10,6 @@ namespace tessera {
 
 namespace {
 
-/// Bytes of the first part of the names of the files. The number of a group, the name of its compound and a
-/// suffix follow, and a file system takes 255 bytes.
-const int g_nLongestName = 150;
-
 /// Adds all options with their help to the parser.
 void addOptions(QCommandLineParser& parser)
 {
@@ -77,8 +73,8 @@ void takeName(COptionReader& reader, CrystalsJobOptions& job)
         job.strName == QLatin1String("..")) {
         reader.refuse(QStringLiteral("--name %1: a name without folders is wanted").arg(job.strName));
     }
-    if (job.strName.toUtf8().size() > g_nLongestName) {
-        reader.refuse(QStringLiteral("--name: longer than %1 bytes").arg(g_nLongestName));
+    if (job.strName.toUtf8().size() > g_nLongestJobName) {
+        reader.refuse(QStringLiteral("--name: longer than %1 bytes").arg(g_nLongestJobName));
     }
 }
 
