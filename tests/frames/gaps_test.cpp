@@ -15,30 +15,33 @@ namespace tessera {
 
 namespace {
 
-const float g_fNone = std::numeric_limits<float>::quiet_NaN();
+const float g_fUnusable = std::numeric_limits<float>::quiet_NaN();
 
-/// A cross of gaps, six pixels wide, and the corner that a beam stop hides.
+/// A cross of two gaps, each six pixels wide, as between the four modules of a detector.
 bool isInCross(int x, int y)
 {
     return (x >= 97 && x <= 102) || (y >= 117 && y <= 122);
 }
 
+/// Makes pixels unusable, as a reader does with what a format marks as no measurement.
 void cut(CImgObj<float>& img, const std::function<bool(int, int)>& fnIsGap)
 {
     for (int i = 0; i < img.Width() * img.Height(); ++i) {
         if (fnIsGap(i % img.Width(), i / img.Width())) {
-            img.Data()[i] = g_fNone;
+            img.Data()[i] = g_fUnusable;
         }
     }
 }
 
-/// Spots of sigma 1.5 on a lattice over a background that is steep near the beam.
+/// A frame of 220 × 240 pixels with Poisson noise: spots of sigma 1.5 pixels on a net of 19 × 23 pixels, over
+/// a background that is steep near the beam at (103, 124). The shift moves beam and net together.
 CImgObj<float> spots(unsigned nSeed, const QPointF& ptShift = {})
 {
     std::mt19937 random(nSeed);
     return makeImage(220, 240, [&](int x, int y) {
         const double dfX = x - ptShift.x() - 103, dfY = y - ptShift.y() - 124;
         double df = 20 + 6000 / (1 + (dfX * dfX + dfY * dfY) / 60);
+        // std::remainder() is the distance from the nearest point of the net, negative on its left.
         df += 900 * gaussian(std::remainder(dfX, 19), std::remainder(dfY, 23), 1.5);
         return double(std::poisson_distribution<int>(df)(random));
     });
@@ -46,7 +49,7 @@ CImgObj<float> spots(unsigned nSeed, const QPointF& ptShift = {})
 
 TEST(Gaps, AreBridgedByWhatLiesAroundThem)
 {
-    // A plane is what straight lines along rows and columns make of it, where both sides are there.
+    // Where there are usable pixels on both sides, interpolation along rows and columns restores a plane.
     const auto plane = [](int x, int y) { return 5 + 3.0 * x - 2.0 * y; };
     CImgObj<float> img = makeImage(60, 50, plane);
     cut(img, [](int x, int y) {
@@ -54,20 +57,21 @@ TEST(Gaps, AreBridgedByWhatLiesAroundThem)
                (x == 3 && y == 3);
     });
     img.Data()[5 * 60 + 30] = HUGE_VALF;
+    // Two columns, seven rows without their crossing with these, a block, and two single pixels.
     EXPECT_EQ(fillBadPixels(img), 2 * 50 + 58 * 7 + 9 * 14 + 2);
     for (int i = 0; i < 60 * 50; ++i) {
         ASSERT_NEAR(double(img.Data()[i]), plane(i % 60, i / 60), 2e-3) << i % 60 << " " << i / 60;
     }
     EXPECT_EQ(fillBadPixels(img), 0);
-    // At the edge the nearest pixel goes on; without any there is nothing.
+    // At the edge the nearest usable pixel is continued; a frame without any usable pixel becomes 0.
     img = makeImage(8, 8, [](int x, int) { return x < 5 ? 7 : HUGE_VAL; });
     EXPECT_EQ(fillBadPixels(img), 24);
     EXPECT_TRUE(std::all_of(img.Data(), img.Data() + 64, [](float f) { return f == 7; }));
-    img = makeImage(4, 4, [](int, int) { return double(g_fNone); });
+    img = makeImage(4, 4, [](int, int) { return double(g_fUnusable); });
     EXPECT_EQ(fillBadPixels(img), 16);
     EXPECT_TRUE(std::all_of(img.Data(), img.Data() + 16, [](float f) { return f == 0; }));
-    // A hot pixel beside a gap is repaired from what there is.
-    img = makeImage(5, 5, [](int x, int y) { return x > 2 ? double(g_fNone) : 10 * x + y; });
+    // A hot pixel beside a gap becomes the mean of its usable neighbours.
+    img = makeImage(5, 5, [](int x, int y) { return x > 2 ? double(g_fUnusable) : 10 * x + y; });
     repairHotPixels(img, {{2, 2}, {4, 2}});
     EXPECT_EQ(img.Data()[2 * 5 + 2], float((11 + 12 + 13 + 21 + 23) / 5.0));
 }
@@ -76,36 +80,40 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
 {
     std::vector<FrameSigns> vecSigns;
     qint64 nMarked = 0;
+    // Unusable on all frames: the cross, a disc, two clusters smaller than 16 pixels, and a triangle,
+    // whose sloping side would need too many rectangles, so that its area is an outline.
     const auto isMarked = [](int x, int y) {
         return isInCross(x, y) || std::hypot(x - 170, y - 40) < 25 || (x >= 4 && x < 8 && y >= 4 && y < 8) ||
                (x == 30 && y == 200) || (y >= 140 && y < 220 && x >= 120 && x <= y - 20);
     };
     for (unsigned n = 0; n < 6; ++n) {
         CImgObj<float> img = spots(n, QPointF(3.0 * n, 5.0 * n));
+        // Part of another row on each frame is no defect, as the frames do not have it in common.
         cut(img, [&](int x, int y) { return isMarked(x, y) || (y == 150 + int(n) && x < 90); });
         vecSigns.push_back(signsOfFrame(img));
     }
     const FrameDefects defects = defectsOf(vecSigns);
     const MaskData mask = maskOfDefects(defects);
-    EXPECT_EQ(mask.listPolygon, defects.listGap);  // neither shadows nor lines that stand still beside
+    EXPECT_EQ(mask.listPolygon, defects.listGap);  // no shadows and no dead lines besides
     const int nAreas = defects.listGap.size();
-    EXPECT_LT(nAreas, 40);  // three of the cross, those of the disc, the outline of the slope
-    int nOff = 0, nWidened = 0;
+    EXPECT_LT(nAreas, 40);  // three rectangles of the cross, those of the disc, the outline of the triangle
+    int nWrong = 0, nWidened = 0;
     for (int y = 0; y < 240; ++y) {
         for (int x = 0; x < 220; ++x) {
             const bool bMasked = std::any_of(mask.listPolygon.begin(), mask.listPolygon.end(),
                                              [&](const QPolygonF& polygon) {
                                                  return polygon.containsPoint(QPointF(x, y), mask.fillRule);
                                              });
-            const bool bSmall = (x < 8 && y < 8) || (x == 30 && y == 200);
+            const bool bTooSmall = (x < 8 && y < 8) || (x == 30 && y == 200);
             nMarked += isMarked(x, y) ? 1 : 0;
-            const bool bByOutline = x > 115 && y > 135;  // a block wider, which is a pixel
-            nWidened += bByOutline && bMasked && !isMarked(x, y) ? 1 : 0;
-            nOff += (!bByOutline || isMarked(x, y)) && bMasked != (isMarked(x, y) && !bSmall) ? 1 : 0;
+            // An outline is widened by a pixel and simplified, so here the mask may reach further.
+            const bool bNearTriangle = x > 115 && y > 135;
+            nWidened += bNearTriangle && bMasked && !isMarked(x, y) ? 1 : 0;
+            nWrong += (!bNearTriangle || isMarked(x, y)) && bMasked != (isMarked(x, y) && !bTooSmall) ? 1 : 0;
         }
     }
-    EXPECT_EQ(nOff, 0);
-    EXPECT_LT(nWidened, 2 * (80 + 80 + 114));
+    EXPECT_EQ(nWrong, 0);
+    EXPECT_LT(nWidened, 2 * (80 + 80 + 114));  // the sides of the triangle, two pixels wide
     EXPECT_EQ(defects.nUnusable, nMarked);
     const QStringList listLine = tellDefects(defects);
     ASSERT_EQ(listLine.size(), 1) << listLine.join('|').toStdString();
@@ -115,13 +123,14 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
 
 TEST(Gaps, CommonOnesAreThoseOfAPlainLookAtEachPixel)
 {
+    // Of these frames only the size counts; every pixel is set below.
     CImgObj<float> imgOne = spots(7), imgOther = spots(8), imgBoth = spots(9);
     std::mt19937 random(5);
     for (int i = 0; i < 220 * 240; ++i) {
         const bool bOne = random() % 3 == 0, bOther = random() % 2 == 0;
-        imgOne.Data()[i] = bOne ? g_fNone : 1;
-        imgOther.Data()[i] = bOther ? g_fNone : 1;
-        imgBoth.Data()[i] = bOne && bOther ? g_fNone : 1;
+        imgOne.Data()[i] = bOne ? g_fUnusable : 1;
+        imgOther.Data()[i] = bOther ? g_fUnusable : 1;
+        imgBoth.Data()[i] = bOne && bOther ? g_fUnusable : 1;
     }
     qint64 nCommon = 0, nWanted = 0;
     for (const PixelRun& run : commonRuns(unusableRuns(imgOne), unusableRuns(imgOther))) {
@@ -147,11 +156,11 @@ TEST(Gaps, HaveNoPeaksAndLeaveThoseFurtherAwayAlone)
         CImgObj<float> imgCut;
         imgCut.Copy(imgWhole);
         cut(imgCut, isInCross);
-        imgCut.Data()[200 * 220 + 10] = g_fNone;
+        imgCut.Data()[200 * 220 + 10] = g_fUnusable;  // a single dead pixel, (10, 200)
         const FramePeaks whole = huntFrame(imgWhole, parameters, {}, filters, work);
         const FramePeaks found = huntFrame(imgCut, parameters, {}, filters, work);
-        EXPECT_EQ(found.nBadPixels, 6 * 220 + 6 * 240 - 36 + 1);
-        int nSame = 0, nFar = 0;
+        EXPECT_EQ(found.nBadPixels, 6 * 220 + 6 * 240 - 36 + 1);  // the crossing counts once
+        int nSame = 0, nFar = 0;  // far: more than 8 pixels from both bars of the cross
         for (int n = 0; n < whole.listX.size(); ++n) {
             const double dfX = whole.listX[n], dfY = whole.listY[n];
             nFar += std::max(97 - dfX, dfX - 102) > 8 && std::max(117 - dfY, dfY - 122) > 8 ? 1 : 0;
@@ -164,7 +173,7 @@ TEST(Gaps, HaveNoPeaksAndLeaveThoseFurtherAwayAlone)
         }
         EXPECT_GT(nFar, 60);
         EXPECT_GE(nSame, nFar);
-        EXPECT_EQ(nSame, found.listX.size());  // none that is not there without the gap
+        EXPECT_EQ(nSame, found.listX.size());  // the gap makes no peak that the whole frame does not have
     }
     // A spot whose half lies in a gap tells no width, nor where it lies.
     CImgObj<float> img = makeImage(60, 60, [](int x, int y) { return 900 * gaussian(x - 30, y - 30, 1.5); });
@@ -188,6 +197,7 @@ TEST(Gaps, AreToldOnceAndDoNotHoldTheDriftBack)
         const QPointF ptOff = series.dataSet.m_listShift[n] - listDrift[n];
         EXPECT_LT(std::hypot(ptOff.x(), ptOff.y()), 0.3) << n;
     }
+    // The number is reported whenever it changes: frame #5 has one dead pixel more, and #6 lacks it again.
     const QString strLog = series.report.log();
     EXPECT_EQ(strLog.count("pixels without a usable number"), 3) << strLog.toStdString();  // #1, #5, #6
     EXPECT_EQ(strLog.count("Frame #2 and those after it have as many such pixels"), 1);
@@ -198,6 +208,7 @@ TEST(Gaps, TakeNoPartInSums)
     FrameSeries series;
     for (int n = 0; n < 4; ++n) {
         CImgObj<float> img = makeImage(6, 4, [](int x, int) { return 200 * (x + 1); });
+        // In column 1 the gap grows from frame to frame; column 3 is unusable on all frames.
         cut(img, [&](int x, int y) { return (x == 1 && y <= n) || x == 3; });
         series.add(img);
     }
@@ -210,7 +221,9 @@ TEST(Gaps, TakeNoPartInSums)
     ASSERT_EQ(ReadMRC(series.dir.filePath("001.mrc"), vecImage), 1);
     const CImgObj<float>& img = *vecImage.at(0);
     for (int i = 0; i < 24; ++i) {
-        const bool bNever = i % 6 == 3 || i == 1;  // the first row of column 1 is in all gaps
+        const bool bNever = i % 6 == 3 || i == 1;  // the first pixel of column 1 is in all gaps
+        // Four frames of 200 * (x + 1), divided by 20 as every sum. Where a gap leaves fewer frames, theirs
+        // count for all.
         EXPECT_EQ(img.Data()[i], bNever ? 0 : 40 * (i % 6 + 1)) << i;
     }
 }
