@@ -14,14 +14,15 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfLeastDStar = 0.01;  // Å⁻¹
-constexpr double g_dfEdge = 20.734;      // Å
-constexpr int g_nMaxIndex = 9;
+// This trial run has its own cubic cell and its own stretching; those of the data set are not used.
+constexpr double g_dfCellEdge = 20.734;        // Å
 constexpr double g_dfStretchAmplitude = 0.79;  // per cent
 constexpr double g_dfStretchAzimuth = 122.7;   // degrees
-constexpr double g_dfMatch = 0.05;             // of the length
-constexpr double g_dfMaxVectors = 1e6;
-constexpr int g_nRowsPerMessage = 100000;
+constexpr int g_nMaxIndex = 9;                 // of the calculated reflections
+constexpr double g_dfMatch = 0.05;             // a d* this near to a length, relative to it, is listed
+constexpr double g_dfLeastDStar = 0.01;        // Å⁻¹; leaves out the direct beam
+constexpr double g_dfMaxVectors = 1e6;         // 1414 peaks; all vectors are held in memory
+constexpr int g_nRowsPerMessage = 100000;      // bounds the length of a message of the log
 
 double lengthOf(const QPointF& pt)
 {
@@ -39,7 +40,9 @@ void sortByLength(std::vector<QPointF>& vecPoint)
                      [](const QPointF& a, const QPointF& b) { return lengthOf(a) < lengthOf(b); });
 }
 
-// Number, components by the pixel size, length and its reciprocal.
+// A row of a table: number, components divided by the pixel size, length and its reciprocal. For a vector in
+// Å⁻¹ these are pixels, Å⁻¹ and Å. The points are passed in pixels, so that in their table the length is in
+// pixels and the other columns have no direct meaning.
 QString vectorText(int nNumber, const QPointF& pt, double dfPixelSize)
 {
     return QStringLiteral("%1 %2 %3 %4 %5")
@@ -52,13 +55,14 @@ QString vectorText(int nNumber, const QPointF& pt, double dfPixelSize)
 
 struct CalculatedDStar {
     int h, k, l;
-    double dfDStar;
+    double dfDStar;  // Å⁻¹
 };
 
+// One reflection of each set of equivalents of the cubic cell: 0 ≤ h ≤ k ≤ l.
 std::vector<CalculatedDStar> calculatedDStars()
 {
     CCrystalParaCal cell;
-    cell.setUnitCell(g_dfEdge, g_dfEdge, g_dfEdge, 90, 90, 90);
+    cell.setUnitCell(g_dfCellEdge, g_dfCellEdge, g_dfCellEdge, 90, 90, 90);
     std::vector<CalculatedDStar> vec;
     for (int h = 0; h <= g_nMaxIndex; ++h) {
         for (int k = h; k <= g_nMaxIndex; ++k) {
@@ -70,8 +74,11 @@ std::vector<CalculatedDStar> calculatedDStars()
     return vec;
 }
 
-// Groups of vectors sorted by length: the first one left is the seed. Only vectors whose length is near the
-// seed's can be near the seed, so that each round ends soon. False when the run was stopped.
+// Groups vectors that are sorted by length. The first vector without a group is the seed of the next group,
+// and takes all later ones without a group that are near it, or whose negatives are. A vector can be near the
+// seed only if it is not much longer, so each search ends soon.
+// @param dfTolerance  relative to the length of the seed
+// @return false if the user stopped the run
 bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QList<PlaneGroup>& listGroup,
                   CRunReport& report)
 {
@@ -85,6 +92,7 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
         PlaneGroup group;
         for (std::size_t n = nSeed; n < vecVector.size(); ++n) {
             const QPointF& pt = vecVector[n];
+            // The margin of 1e-9 keeps rounding from ending the search before the last vector that is near.
             if (n > nSeed && lengthOf(pt) > (lengthOf(ptSeed) + dfReach) * (1 + 1e-9)) {
                 break;
             }
@@ -92,7 +100,8 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
                 continue;
             }
             const bool bNear = n == nSeed || lengthOf(pt - ptSeed) <= dfReach;
-            if (!bNear && !(lengthOf(-pt - ptSeed) <= dfReach)) {
+            const bool bNegativeNear = !bNear && lengthOf(-pt - ptSeed) <= dfReach;
+            if (!bNear && !bNegativeNear) {
                 continue;
             }
             vecTaken[n] = true;
@@ -108,7 +117,7 @@ bool groupVectors(const std::vector<QPointF>& vecVector, double dfTolerance, QLi
     return true;
 }
 
-// The rows so far as one message.
+// Writes the collected rows as one message and empties the list.
 void flush(QStringList& listRow, CRunReport& report)
 {
     if (!listRow.isEmpty()) {
@@ -117,7 +126,8 @@ void flush(QStringList& listRow, CRunReport& report)
     listRow.clear();
 }
 
-// The places of the peaks within the limits of d*, shortest first.
+// The places of the peaks within the limits of d*, in pixels of the raw frame, in the order of their
+// distances from its corner (0, 0).
 std::vector<QPointF> pointsOf(const QList<Peak3D>& listPeaks, double dfResolutionMax)
 {
     std::vector<QPointF> vecPoint;
@@ -131,7 +141,7 @@ std::vector<QPointF> pointsOf(const QList<Peak3D>& listPeaks, double dfResolutio
     return vecPoint;
 }
 
-// The vectors between all pairs, shortest first.
+// The vectors between all pairs of points, one for each pair, shortest first.
 std::vector<QPointF> differencesOf(const std::vector<QPointF>& vecPoint)
 {
     std::vector<QPointF> vecDifference;
@@ -144,7 +154,7 @@ std::vector<QPointF> differencesOf(const std::vector<QPointF>& vecPoint)
     return vecDifference;
 }
 
-// One row for each d* near a length (Å⁻¹).
+// One row for each calculated d* that is near a length (Å⁻¹), to be listed under the group of this length.
 QStringList rowsOfMatches(double dfLength, const std::vector<CalculatedDStar>& vecCalculated)
 {
     QStringList listRow;
@@ -163,13 +173,15 @@ QStringList rowsOfMatches(double dfLength, const std::vector<CalculatedDStar>& v
     return listRow;
 }
 
-// The table of the groups. False when the run was stopped.
+// Writes the table of the groups.
+// @return false if the user stopped the run
 bool tellGroups(const QList<PlaneGroup>& listGroup, const std::vector<CalculatedDStar>& vecCalculated,
                 double dfPixelSize, CRunReport& report)
 {
     QStringList listRow;
     qint64 nTotal = 0;
     for (int n = 0; n < listGroup.size(); ++n) {
+        // The mean vector in Å⁻¹.
         const QPointF pt = applyStretching(listGroup[n].ptMean, g_dfStretchAmplitude, g_dfStretchAzimuth) *
                            dfPixelSize;
         listRow.append(vectorText(n + 1, pt, dfPixelSize) +

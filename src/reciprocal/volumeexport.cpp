@@ -13,13 +13,14 @@ namespace tessera {
 
 namespace {
 
-/// How far the walk over the frames came.
+/// How far the loop over the frames came.
 struct AddedFrames {
-    int nAdded = 0;
-    bool bUnloadable = false;  ///< a frame that cannot be loaded ended the walk; those before it are kept
-    RunOutcome outcome;
+    int nAdded = 0;            ///< frames whose pixels are in the volume
+    bool bUnloadable = false;  ///< a frame that could not be loaded ended the loop; those before it are kept
+    RunOutcome outcome;        ///< of the loop
 };
 
+/// Puts the first image of each frame into the volume.
 AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, CRunReport& report)
 {
     AddedFrames added;
@@ -44,6 +45,7 @@ AddedFrames addFrames(CReciprocalVolume& volume, const SeriesSnapshot& series, C
     return added;
 }
 
+/// Reports that the user stopped the run, and makes its outcome.
 RunOutcome stopped(CRunReport& report)
 {
     const QString strText = QStringLiteral("%1>The reciprocal space volume was stopped. Nothing was saved.")
@@ -95,6 +97,7 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
     if (added.outcome.end == RunEnd::Stopped) {
         return stopped(report);
     }
+    // A fault other than a frame that could not be loaded, such as a lack of memory: nothing is saved.
     if (added.outcome.end == RunEnd::Failed && !added.bUnloadable) {
         return added.outcome;
     }
@@ -104,8 +107,12 @@ RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportPara
 
     report.addMessage(QStringLiteral("%1>Saving reciprocal space volume to file...").arg(currentTimeStamp()),
                       Severity::Milestone);
+    // A stop and a failed write both make the writer return false; bStopped tells them apart.
     bool bStopped = false;
-    const auto goOn = [&] { return !(bStopped = bStopped || !report.goOn()); };
+    const auto goOn = [&] {
+        bStopped = bStopped || !report.goOn();
+        return !bStopped;
+    };
     QString strReason;
     const bool bSaved = parameters.bScaled ? volume.saveScaled(strFile, parameters.dfContrastMin,
                                                                parameters.dfContrastMax, goOn, &strReason)

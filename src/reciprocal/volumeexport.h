@@ -12,22 +12,24 @@ namespace tessera {
 /// How large the volume is, and what its voxels say.
 struct VolumeExportParameters {
     int nEdge = 500;           ///< voxels along each side
-    bool bScaled = false;      ///< 0 to 255 between the contrast limits, instead of the pixel values
-    double dfContrastMin = 0;  ///< for bScaled
-    double dfContrastMax = 0;
+    bool bScaled = false;      ///< true: pixel values between the contrast limits become 0 to 255
+    double dfContrastMin = 0;  ///< pixel value that becomes 0; used with bScaled only
+    double dfContrastMax = 0;  ///< pixel value that becomes 255
 };
 
-/// PROJECTDIR/NAME.mrc, where exportReciprocalVolume() writes; NAME_volume.mrc where that is a frame of the
-/// series, as in one that was opened without a project.
+/// The file that exportReciprocalVolume() writes: NAME.mrc in the folder of the project. If a frame of the
+/// series has this name, as can be when the frames were opened without a project, it is NAME_volume.mrc.
 QString reciprocalVolumeFile(const DataSet& dataSet);
 
-/// Maps all pixels of the first image of each frame into a cube of voxels of the size of a pixel round the
-/// origin of reciprocal space (see CReciprocalVolume), and writes it to reciprocalVolumeFile().
+/// Maps all pixels of the first image of each frame into a cube of voxels around the origin of reciprocal
+/// space (see CReciprocalVolume), and writes it to reciprocalVolumeFile(). A voxel has the edge of a pixel in
+/// Å⁻¹.
 ///
-/// Memory for the cube is asked for before anything is written. A frame that can't be loaded ends the walk;
-/// what was added before it is saved, but when that is nothing, no file is written. A frame without an image
-/// is left out. A stop leaves no file. A file that is a frame of the series is not overwritten. All these say
-/// so in red; an existing volume of the same name is replaced without a question.
+/// The export is refused without shifts for all frames, without frames, if the file is a frame of the series,
+/// or if there is not enough memory for the cube. A frame that cannot be loaded ends the reading of frames;
+/// the volume is then written with the frames before it, or not at all if there are none. A frame without an
+/// image is left out. If the run is stopped, no new file is written. The log has a red line for each of these
+/// cases. An existing volume of the same name is replaced without a question.
 /// @return Finished if the volume holds all frames and is on disk
 RunOutcome exportReciprocalVolume(const DataSet& dataSet, const VolumeExportParameters& parameters,
                                   CRunReport& report);
