@@ -13,9 +13,11 @@ namespace tessera {
 
 namespace {
 
-constexpr double g_dfFarApart = 10;  ///< the distance of lattices that have nothing in common
+/// The distance, in units of the tolerance, of lattices that have nothing in common.
+constexpr double g_dfFarApart = 10;
 
-/// Rows: axes of a primitive cell along those of the centred one.
+/// Rows: the axes of a primitive cell, in coordinates along the axes of the centred cell. All have a positive
+/// determinant, 1/(lattice points per centred cell).
 Eigen::Matrix3d primitiveAxes(char chCentring)
 {
     const double dfThird = 1.0 / 3;
@@ -45,13 +47,15 @@ Eigen::Matrix3d primitiveAxes(char chCentring)
     return mat;
 }
 
-/// A vector of the lattice with whole coordinates -1, 0 and 1.
+/// A vector of the lattice.
 struct LatticeVector {
-    Eigen::Vector3i an;
+    Eigen::Vector3i an;   ///< coordinates along the axes of the basis, each -1, 0 or 1
     Eigen::Vector3d vec;  ///< Å
-    double dfLength = 0;
+    double dfLength = 0;  ///< Å
 };
 
+/// The 26 vectors with coordinates -1, 0 and 1. The axes of every reduced basis of the lattice are among
+/// them.
 std::vector<LatticeVector> shortVectors(const LatticeBasis& basis)
 {
     std::vector<LatticeVector> list;
@@ -67,14 +71,16 @@ std::vector<LatticeVector> shortVectors(const LatticeBasis& basis)
     return list;
 }
 
+/// The angle between two vectors in degrees.
 double angleBetween(const LatticeVector& one, const LatticeVector& other)
 {
     const double dfCosine = one.vec.dot(other.vec) / (one.dfLength * other.dfLength);
     return std::acos(std::clamp(dfCosine, -1.0, 1.0)) * 180 / g_dfPi;
 }
 
-/// Goes through all bases of short vectors that lie near another basis. Edge by edge, so that most are given
-/// up early.
+/// Goes through all right-handed bases of short vectors of one lattice whose edges and angles are close to
+/// those of the basis of another. It chooses a, then b, then c, and gives up as soon as an edge or angle is
+/// too far off.
 class CSettingSearch {
 public:
     CSettingSearch(const LatticeBasis& from, const LatticeBasis& to, const CellTolerance& tolerance)
@@ -85,36 +91,39 @@ public:
             for (const LatticeVector& vector : m_listVector) {
                 const double dfOff = 100 * std::abs(vector.dfLength - dfEdge) /
                                      ((vector.dfLength + dfEdge) / 2);
-                m_aOff[n].push_back(dfOff);
+                m_avecLengthOff[n].push_back(dfOff);
             }
         }
     }
 
-    /// @param dfMost  units of the tolerance; what is further off is passed over
-    /// @param fn      gets matrix, % and ° of each, and returns the new dfMost
+    /// @param dfMost  greatest difference of an edge or angle, in units of the tolerance
+    /// @param fn      called with each CellSetting; returns dfMost for the rest of the search
     template <typename Fn>
     void run(double dfMost, Fn fn) const
     {
         const size_t nVectors = m_listVector.size();
         for (size_t a = 0; a < nVectors; ++a) {
-            for (size_t b = 0; lengths(0, a) <= dfMost && b < nVectors; ++b) {
-                if (lengths(1, b) > dfMost || angles(m_to.gamma, a, b) > dfMost) {
+            for (size_t b = 0; lengthOff(0, a) <= dfMost && b < nVectors; ++b) {
+                if (lengthOff(1, b) > dfMost || angleOff(m_to.gamma, a, b) > dfMost) {
                     continue;
                 }
                 for (size_t c = 0; c < nVectors; ++c) {
-                    if (lengths(2, c) > dfMost || angles(m_to.alpha, b, c) > dfMost ||
-                        angles(m_to.beta, a, c) > dfMost) {
+                    if (lengthOff(2, c) > dfMost || angleOff(m_to.alpha, b, c) > dfMost ||
+                        angleOff(m_to.beta, a, c) > dfMost) {
                         continue;
                     }
                     CellSetting setting;
                     setting.matAxes.row(0) = m_listVector[a].an;
                     setting.matAxes.row(1) = m_listVector[b].an;
                     setting.matAxes.row(2) = m_listVector[c].an;
+                    // Other determinants: -1 is left-handed, 0 spans no cell, and greater ones are
+                    // sublattices.
                     if (setting.matAxes.determinant() == 1) {
-                        setting.dfLengths = std::max({m_aOff[0][a], m_aOff[1][b], m_aOff[2][c]});
+                        setting.dfLengths = std::max(
+                            {m_avecLengthOff[0][a], m_avecLengthOff[1][b], m_avecLengthOff[2][c]});
                         setting.dfAngles = m_tolerance.dfAngles *
-                                           std::max({angles(m_to.gamma, a, b), angles(m_to.alpha, b, c),
-                                                     angles(m_to.beta, a, c)});
+                                           std::max({angleOff(m_to.gamma, a, b), angleOff(m_to.alpha, b, c),
+                                                     angleOff(m_to.beta, a, c)});
                         dfMost = fn(setting);
                     }
                 }
@@ -123,24 +132,29 @@ public:
     }
 
 private:
-    double lengths(size_t nEdge, size_t nVector) const
+    /// The difference of a vector's length from an edge (0, 1, 2: a, b, c), in units of the tolerance.
+    double lengthOff(size_t nEdge, size_t nVector) const
     {
-        return m_aOff[nEdge][nVector] / m_tolerance.dfLengths;
+        return m_avecLengthOff[nEdge][nVector] / m_tolerance.dfLengths;
     }
-    double angles(double dfAngle, size_t nOne, size_t nOther) const
+    /// The difference of the angle between two vectors from an angle (degrees), in units of the tolerance.
+    double angleOff(double dfAngle, size_t nOne, size_t nOther) const
     {
         return std::abs(angleBetween(m_listVector[nOne], m_listVector[nOther]) - dfAngle) /
                m_tolerance.dfAngles;
     }
 
-    std::vector<LatticeVector> m_listVector;
-    CellParameters m_to;
+    std::vector<LatticeVector> m_listVector;  ///< of the lattice that is transformed
+    CellParameters m_to;                      ///< the cell to be reached
     CellTolerance m_tolerance;
-    std::array<std::vector<double>, 3> m_aOff;  ///< % of each vector against each edge
+    /// For each edge of m_to: the difference of the length of each vector from it, % of the mean of both.
+    std::array<std::vector<double>, 3> m_avecLengthOff;
 };
 
-/// Those of a symmetric lattice differ by rounding alone: what is equal to so much comes in a fixed order,
-/// the least changed axes first.
+/// The order of settingsBetween(). The misfits of settings that are equivalent by the symmetry of the lattice
+/// differ by rounding errors alone. So misfits are compared in steps, and settings of the same step get a
+/// fixed order: the greatest trace first, which means the least changed axes, and then by the elements of the
+/// matrix.
 bool isBefore(const CellSetting& one, const CellSetting& other)
 {
     const double dfStep = 1e-4;
@@ -187,8 +201,8 @@ ReducedCell reducedCell(const CellParameters& cell, char chCentring)
     if (niggli.isZero()) {
         return reduced;
     }
-    // An axis is a sum of the given ones, and its index the same sum of theirs. Centrings make halves and
-    // thirds.
+    // Indices are transformed by the same matrix as the axes. Its elements are whole numbers, halves or
+    // thirds, depending on the centring, and rounding to sixths removes the errors of the reduction.
     const double dfParts = 6;
     reduced.matIndices = (dfParts * niggli * basis.inverse()).array().round().matrix() / dfParts;
     reduced.basis = niggli;
@@ -202,7 +216,7 @@ std::vector<CellSetting> settingsBetween(const LatticeBasis& from, const Lattice
     std::vector<CellSetting> list;
     CSettingSearch(from, to, tolerance).run(1, [&](const CellSetting& setting) {
         list.push_back(setting);
-        return 1.0;
+        return 1.0;  // the limit stays, as all settings within the tolerance are wanted
     });
     std::stable_sort(list.begin(), list.end(), isBefore);
     return list;
@@ -214,7 +228,7 @@ double latticeDistance(const LatticeBasis& first, const LatticeBasis& second, co
     CSettingSearch(first, second, tolerance).run(dfLeast, [&](const CellSetting& setting) {
         dfLeast = std::min(dfLeast, std::max(setting.dfLengths / tolerance.dfLengths,
                                              setting.dfAngles / tolerance.dfAngles));
-        return dfLeast;
+        return dfLeast;  // only closer settings are of interest from here on
     });
     return dfLeast;
 }

@@ -13,8 +13,8 @@ namespace tessera {
 /// How far two cells may be apart to be of one compound. Cells of electron diffraction are off by some per
 /// cent, as camera lengths and distortions of the lens differ from crystal to crystal.
 struct CellTolerance {
-    double dfLengths = 4;  ///< %, of an edge of the reduced cell
-    double dfAngles = 3;   ///< °, of an angle
+    double dfLengths = 4;  ///< greatest difference of an edge of the reduced cells, % of the mean of both
+    double dfAngles = 3;   ///< greatest difference of an angle of the reduced cells, °
 };
 
 /// Rows a, b, c of Niggli's reduced cell of a lattice, and how indices of the cell that it was told by become
@@ -25,32 +25,47 @@ struct ReducedCell {
     Eigen::Matrix3d matIndices;  ///< (h, k, l) of the reduced cell = matIndices * (h, k, l) of the given one
 };
 
-/// Rows a, b, c of a cell in Å, a along x and b in the plane of x and y; zero where the numbers span no cell.
+/// The direct basis of a cell: rows a, b, c in Å, with a along x and b in the plane of x and y. A zero matrix
+/// if the numbers span no cell.
 LatticeBasis directBasisOf(const CellParameters& cell);
 
-/// @param chCentring  of the given cell: P, A, B, C, I, F, or R in hexagonal axes, obverse
-/// @return a zero basis where the numbers span no cell
+/// Niggli's reduced cell of a lattice that is given by a cell and its centring.
+/// @param chCentring  of the given cell: P, A, B, C, I, F, or R in hexagonal axes in the obverse setting; any
+///                    other letter counts as P
+/// @return a zero basis if the numbers span no cell
 ReducedCell reducedCell(const CellParameters& cell, char chCentring);
 
 /// A change of the axes that brings one reduced cell onto another.
 struct CellSetting {
-    Eigen::Matrix3i matAxes;  ///< rows: the new axes along the old; indices transform alike; determinant 1
-    double dfLengths = 0;     ///< %, by which the worst edge differs then
-    double dfAngles = 0;      ///< °, by which the worst angle differs
-    double misfit() const;    ///< both in one number, in units of the tolerances' defaults
+    /// Each row has the coordinates of a new axis along the old ones. Indices are transformed by the same
+    /// matrix: new (h, k, l) = matAxes * old (h, k, l). The determinant is 1.
+    Eigen::Matrix3i matAxes;
+    double dfLengths = 0;  ///< greatest difference of an edge after the change, % of the mean of both edges
+    double dfAngles = 0;   ///< greatest difference of an angle after the change, °
+    /// The greater of the two differences, each divided by its default in CellTolerance. It does not depend
+    /// on the tolerance of a search.
+    double misfit() const;
 };
 
-/// All that bring `from` onto `to` within the tolerance, the closest first, of equally close ones that which
-/// changes the axes least: those of the lattice's own symmetry, which intensities may tell apart, and those
-/// that lie near by chance. Empty: other lattices. Settings of the other hand are these with all indices
-/// reversed, which Friedel's law makes equal, and are not listed.
-/// Source: bases that are reduced alike differ by rows of -1, 0 and 1: Gruber (1973), Acta Cryst. A29,
-/// 433–440.
+/// All settings that bring `from` onto `to` within the tolerance, in the order of misfit(); of equally close
+/// ones the one that changes the axes least comes first. There are several if the lattice has a symmetry of
+/// its own, or is close to a more symmetric one by chance; intensities may tell these settings apart.
+/// The list is empty if the lattices differ.
+///
+/// Settings that change the handedness are not listed. They are the listed ones with all signs reversed, and
+/// reverse all indices, which makes no difference by Friedel's law.
+/// @param from  rows a, b, c of a reduced cell, Å, right-handed
+/// @param to    likewise
+/// Source: two reduced bases of one lattice differ by a matrix of -1, 0 and 1: Gruber (1973), Acta Cryst.
+/// A29, 433–440. The search assumes the same of lattices within the tolerance.
 std::vector<CellSetting> settingsBetween(const LatticeBasis& from, const LatticeBasis& to,
                                          const CellTolerance& tolerance = {});
 
-/// How far apart two lattices are: the misfit of the closest setting; greater than 1 beyond the tolerance,
-/// and 10 at most.
+/// How far apart two lattices are: the least difference of edges or angles, whichever is greater, over all
+/// settings. Unlike misfit(), it is in units of the given tolerance: up to 1 within it, and 10 for lattices
+/// that are ten times the tolerance apart or more.
+/// @param first   rows a, b, c of a reduced cell, Å, right-handed
+/// @param second  likewise
 double latticeDistance(const LatticeBasis& first, const LatticeBasis& second,
                        const CellTolerance& tolerance = {});
 

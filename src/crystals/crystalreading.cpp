@@ -19,10 +19,12 @@ namespace tessera {
 
 namespace {
 
-/// A limit on the size of the files read, in bytes. No run comes near it: HKLF 4 has 29 bytes a reflection,
-/// so it is 37 million reflections.
+/// A limit on the size of the files read, in bytes, so that a wrong file does not fill the memory. No run
+/// comes near it: a reflection of an HKLF 4 file takes 29 bytes, so this is 37 million reflections.
 constexpr qint64 g_nMostBytes = qint64(1) << 30;
 
+/// Reads a file that is not larger than the limit.
+/// @return false, with the reason
 bool readWhole(const QString& strFile, QByteArray& bytes, QString& strReason)
 {
     QFile file(strFile);
@@ -71,7 +73,7 @@ bool takeCell(const QJsonArray& listNumber, CellParameters& cell)
 
 /// The SHA-256 that a record has of its intensity file (NAME_integrated.hkl), in hexadecimal digits; empty if
 /// the run wrote none. The file is found by its suffix, as a user may have renamed record and file together.
-QString hashOfList(const QJsonObject& record)
+QString hashOfIntensityFile(const QJsonObject& record)
 {
     const QJsonArray listFile = record.value(QStringLiteral("files")).toArray();
     for (const QJsonValue& value : listFile) {
@@ -84,18 +86,19 @@ QString hashOfList(const QJsonObject& record)
 }
 
 /// The part of the record about the run that wrote this intensity file: the last run, or an earlier one under
-/// "former". The record keeps an earlier run while its files still exist; a later run that only indexed anew,
-/// for example, writes no intensities. Empty if the file is of none of these runs.
-QJsonObject runOfList(const QJsonObject& record, const QByteArray& bytesList)
+/// "former". The record keeps an earlier run while its files still exist, since a later run may write no
+/// intensities, for example if it only indexed anew. Empty if none of these runs wrote the file.
+/// @param bytesFile  the content of the intensity file
+QJsonObject runThatWrote(const QJsonObject& record, const QByteArray& bytesFile)
 {
     const QString strHash = QString::fromLatin1(
-        QCryptographicHash::hash(bytesList, QCryptographicHash::Sha256).toHex());
-    if (hashOfList(record) == strHash) {
+        QCryptographicHash::hash(bytesFile, QCryptographicHash::Sha256).toHex());
+    if (hashOfIntensityFile(record) == strHash) {
         return record;
     }
     const QJsonArray listFormer = record.value(QStringLiteral("former")).toArray();
     for (const QJsonValue& value : listFormer) {
-        if (hashOfList(value.toObject()) == strHash) {
+        if (hashOfIntensityFile(value.toObject()) == strHash) {
             return value.toObject();
         }
     }
@@ -103,16 +106,17 @@ QJsonObject runOfList(const QJsonObject& record, const QByteArray& bytesList)
 }
 
 /// Whether any run in the record, the last or a former one, wrote an intensity file.
-bool hasWrittenList(const QJsonObject& record)
+bool anyRunWroteIntensities(const QJsonObject& record)
 {
     const QJsonArray listFormer = record.value(QStringLiteral("former")).toArray();
-    return !hashOfList(record).isEmpty() ||
-           std::any_of(listFormer.begin(), listFormer.end(),
-                       [](const QJsonValue& value) { return !hashOfList(value.toObject()).isEmpty(); });
+    return !hashOfIntensityFile(record).isEmpty() ||
+           std::any_of(listFormer.begin(), listFormer.end(), [](const QJsonValue& value) {
+               return !hashOfIntensityFile(value.toObject()).isEmpty();
+           });
 }
 
 /// The text for a record without an intensity file, with the reason that the run itself recorded.
-QString whyNoList(const QJsonObject& record)
+QString whyNoIntensities(const QJsonObject& record)
 {
     const QJsonObject quality =
         foundByStage(record, QStringLiteral("integrate")).value(QStringLiteral("quality")).toObject();
@@ -124,8 +128,9 @@ QString whyNoList(const QJsonObject& record)
                                : QStringLiteral("The run has found no intensities: %1").arg(strReason);
 }
 
-/// The centring: the first letter of the space group's symbol, or, if the run found no space group, the
-/// centring of its Laue class. P if the record has neither.
+/// The centring: the first letter of the space group's symbol, or, if the run found no space group, that of
+/// the lattice which the run found with its Laue class. P if the record has neither.
+/// @param quality  what the stage "integrate" found about the quality of the data
 char centringOf(const QJsonObject& quality)
 {
     QString strLetter = quality.value(QStringLiteral("spaceGroup")).toString().left(1);
@@ -165,7 +170,7 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
         if (!bGood) {
             return false;
         }
-        // 0 0 0 ends the list.
+        // The reflection 0 0 0 ends the list.
         if (intensity.anIndex == std::array<int, 3>{0, 0, 0}) {
             return true;
         }
@@ -176,7 +181,7 @@ bool takeReflections(const QByteArray& bytes, std::vector<ScaledIntensity>& list
     return false;
 }
 
-/// Checks for edges and a wavelength that no electron diffraction of a crystal can have. They come from a
+/// Checks for cell edges and a wavelength that are impossible in electron diffraction. They come from a
 /// record that was changed by hand, or from a number in another unit, such as nm.
 /// @return what is impossible; empty if nothing is
 QString whyImpossible(const Crystal& crystal)
@@ -243,14 +248,14 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     crystal.strFolder = info.absolutePath();
     crystal.strName = info.fileName();
     crystal.strName.chop(resultSuffix(ResultFile::Run).size());
-    if (!hasWrittenList(record)) {
-        return whyNoList(record);
+    if (!anyRunWroteIntensities(record)) {
+        return whyNoIntensities(record);
     }
-    const QString strList = crystal.strName + resultSuffix(ResultFile::Integrated);
+    const QString strList = crystal.strName + resultSuffix(ResultFile::Integrated);  // the intensity file
     if (!readWhole(crystal.strFolder + QLatin1Char('/') + strList, bytes, strReason)) {
         return QStringLiteral("%1 cannot be read: %2.").arg(strList, strReason);
     }
-    const QJsonObject run = runOfList(record, bytes);
+    const QJsonObject run = runThatWrote(record, bytes);
     if (run.isEmpty()) {
         return QStringLiteral(
                    "%1 is not the list that the run has written: it is of another run, was "

@@ -19,7 +19,7 @@ struct UnreadCrystal {
 /// The result of readCrystals().
 struct ReadCrystals {
     std::vector<Crystal> listCrystal;       ///< in the order of the folders, in a folder by name
-    std::vector<UnreadCrystal> listUnread;  ///< records that give no crystal, folders without a record
+    std::vector<UnreadCrystal> listUnread;  ///< records that give no crystal, and folders without a record
 };
 
 /// Reads the results of runs: of each record NAME.run.json in a folder the cell, the Laue class and the
