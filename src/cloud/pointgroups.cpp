@@ -6,7 +6,7 @@
 
 namespace tessera {
 
-int CPointGroups::s_nGroupColorIndex = -1;
+int CPointGroups::s_nGroupColorIndex = -1;  // so that the first colour is number 0: nextGroupColor()
 int CPointGroups::s_nGroupLabelNumber = 0;
 
 void CPointGroups::reset(int nPointCount)
@@ -44,8 +44,8 @@ void CPointGroups::putGroup(int nIndex, const PointGroup& group)
 {
     // The bits also tell which points were taken already, so that repetitions are dropped.
     Bits bits((m_vecSelected.size() + 63) / 64, 0);
-    QList<int> listKnown;
-    listKnown.reserve(group.listPoint.size());
+    QList<int> listPoint;
+    listPoint.reserve(group.listPoint.size());
     for (int nPoint : group.listPoint) {
         if (nPoint < 0 || nPoint >= pointCount()) {
             continue;
@@ -53,12 +53,12 @@ void CPointGroups::putGroup(int nIndex, const PointGroup& group)
         quint64& nWord = bits[size_t(nPoint) / 64];
         const quint64 nBit = quint64(1) << (nPoint % 64);
         if (!(nWord & nBit)) {
-            listKnown.append(nPoint);
+            listPoint.append(nPoint);
         }
         nWord |= nBit;
     }
     m_listGroupLabel.insert(nIndex, group.strLabel);
-    m_listGroupPoint.insert(nIndex, listKnown);
+    m_listGroupPoint.insert(nIndex, listPoint);
     m_listGroupBits.insert(nIndex, bits);
     m_listGroupColor.insert(nIndex, group.color);
     m_listGroupVisible.insert(nIndex, group.bVisible);
@@ -109,8 +109,9 @@ bool CPointGroups::mergeGroups(const QList<int>& listGroup)
             listUnion.append(int(i));
         }
     }
-    // Group 0 stays where it is in the list; if it is among the merged groups, the new group pushes it to
-    // place 1, and it keeps all points there, as it had got those of the removed groups.
+    // removeGroups() keeps group 0, which takes the points that no group holds any more. If group 0 is among
+    // the merged groups, the new group is inserted at place 0 and moves it to place 1, where it keeps these
+    // points.
     removeGroups(listSorted);
     insertGroup(nFirst, strLabel, listUnion, color);
     return true;
@@ -184,7 +185,8 @@ QColor CPointGroups::nextGroupColor()
     static const Qt::GlobalColor aColor[] = {Qt::green,   Qt::cyan,       Qt::blue,
                                              Qt::magenta, Qt::yellow,     Qt::darkCyan,
                                              Qt::gray,    Qt::darkYellow, Qt::darkMagenta};
-    // Neighbours in the list look alike, so every second colour is taken: 0, 2, 4, 6, 8, then 1, 3, 5, 7.
+    // Neighbours in the list look alike. So the counter goes on by two with each call, before and after its
+    // use, and takes every second colour: 0, 2, 4, 6, 8, then 1, 3, 5, 7.
     ++s_nGroupColorIndex;
     const QColor color(aColor[s_nGroupColorIndex % 9]);
     ++s_nGroupColorIndex;
@@ -200,7 +202,7 @@ void CPointGroups::updateGroupZero()
     QList<int>& listPoint = m_listGroupPoint[0];
     listPoint.clear();
     for (size_t nWord = 0; nWord < bits.size(); ++nWord) {
-        quint64 nHeld = 0;
+        quint64 nHeld = 0;  // the points of this word that other groups hold
         for (int k = 1; k < groupCount(); ++k) {
             nHeld |= m_listGroupBits.at(k)[nWord];
         }
@@ -227,11 +229,11 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
         display.m_pfGreen[nPoint] = float(nGreen) / 255.f;
         display.m_pfBlue[nPoint] = float(nBlue) / 255.f;
     };
-    // The points are taken by 64, one word of bits. Group 0 needs no case of its own: it shares no point with
-    // the others, so the mean over all groups of one of its points is its colour.
+    // The loop takes 64 points at a time, those of one word of bits. Group 0 is treated like the others: it
+    // shares no point with them, so the mean colour of one of its points is that of group 0.
     for (size_t nWord = 0; nWord * 64 < nPoints; ++nWord) {
         int aSum[64][4] = {};  // per point: sums of red, green and blue (0 to 255), number of groups
-        quint64 nShown = 0;
+        quint64 nShown = 0;    // the points that some shown group holds
         for (int k = 0; k < groupCount(); ++k) {
             if (!m_listGroupVisible[k]) {
                 continue;
@@ -253,6 +255,7 @@ void CPointGroups::makeDisplay(PointDisplay& display) const
             show(nWord * 64 + nBit, pSum[0] / pSum[3], pSum[1] / pSum[3], pSum[2] / pSum[3]);
         }
     }
+    // Selected points last, as they are shown whatever their groups are.
     for (int nPoint : m_listSelected) {
         show(size_t(nPoint), 255, 0, 0);
     }

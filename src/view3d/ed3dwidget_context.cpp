@@ -12,8 +12,10 @@ namespace tessera {
 
 namespace {
 
-// The fixed pipeline knows one size for all points of a call; this gives each its own. The size comes as
-// texture coordinate, fixed arrays have no better place for it.
+// The fixed pipeline draws all points of one call in the same size. This shader gives each point its own
+// size, which it gets as the texture coordinate, since the arrays of the fixed pipeline have no better place
+// for it. fFactor: magnification by zoom and screen. vecRange: least and greatest size that the driver draws,
+// in device pixels.
 const char g_acPointShader[] =
     "uniform float fFactor;\n"
     "uniform vec2 vecRange;\n"
@@ -46,7 +48,7 @@ bool ED3DWidget::makeContextCurrent()
 
 QPaintEngine* ED3DWidget::paintEngine() const
 {
-    // Without OpenGL the widget paints as a plain one. NOLINTNEXTLINE(bugprone-parent-virtual-call)
+    // Without OpenGL the widget is painted like any QWidget. NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return isValid() ? QGLWidget::paintEngine() : QWidget::paintEngine();
 }
 
@@ -103,7 +105,8 @@ QImage ED3DWidget::grabFrameBuffer(bool bWithAlpha)
         return QImage();
     }
     drawScene();
-    // Some drivers take up a new size at the swap only.
+    // Some drivers give the buffers a new size only when they are swapped. So after a change of size the
+    // scene is drawn twice; a window that is not exposed cannot swap.
     if (m_sizeSwapped != size() && windowHandle() && windowHandle()->isExposed()) {
         swapBuffers();
         m_sizeSwapped = size();
@@ -116,6 +119,7 @@ void ED3DWidget::initializeGL()
 {
     m_bInitialized = true;
     QOpenGLContext* pContext = QOpenGLContext::currentContext();
+    // Neither OpenGL ES nor a core profile has the fixed pipeline; a context that is lost has no version.
     m_bUsable = pContext && !pContext->isOpenGLES() &&
                 pContext->format().profile() != QSurfaceFormat::CoreProfile && glGetString(GL_VERSION);
     if (!m_bUsable) {
@@ -126,6 +130,9 @@ void ED3DWidget::initializeGL()
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
+    // Four lights infinitely far away (w = 0), in two opposite pairs, so that no side of the scene is dark:
+    // from the upper right and the lower left, and from front and back. As the model-view matrix is the
+    // identity here, they stay with the viewer when the scene turns. Their colour is set before each drawing.
     const float aafPosition[4][4] = {{1, 1, 0, 0}, {-1, -1, 0, 0}, {-0.1f, -0.1f, 1, 0}, {0.1f, 0.1f, -1, 0}};
     const float afAmbient[4] = {0.1f, 0.1f, 0.1f, 1.f};
     glLightfv(GL_LIGHT0, GL_AMBIENT, afAmbient);
@@ -133,11 +140,11 @@ void ED3DWidget::initializeGL()
         glLightfv(GL_LIGHT0 + i, GL_POSITION, aafPosition[i]);
         glEnable(GL_LIGHT0 + i);
     }
-    glEnable(GL_COLOR_MATERIAL);  // else all groups look alike in the light
+    glEnable(GL_COLOR_MATERIAL);  // otherwise light ignores the colours of the points
     setDrawingState();
 
-    // Mesa's software renderers draw smooth points of a fixed size below 2 as of 2, but those with a size of
-    // their own so small that some are missing.
+    // Mesa's software renderers draw smooth points smaller than 2 pixels in the size 2 if all have one size.
+    // If each has its own size, they draw them smaller, and some of the points are missing.
     glGetFloatv(GL_SMOOTH_POINT_SIZE_RANGE, m_afPointRange);
     const QByteArray strRenderer(reinterpret_cast<const char*>(glGetString(GL_RENDERER)));
     if (strRenderer.contains("llvmpipe") || strRenderer.contains("softpipe")) {
