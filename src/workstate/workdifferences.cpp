@@ -24,17 +24,16 @@ QString counted(const char* pszName, int nCount)
     return QStringLiteral("%1: %L2").arg(text(pszName)).arg(nCount);
 }
 
-template <class T>
-int countOf(const QList<QList<T>>& list)
+int countOf(const QList<QList<Peak3D>>& list)
 {
     int nCount = 0;
-    for (const QList<T>& inner : list) {
-        nCount += inner.size();
+    for (const QList<Peak3D>& listPeak : list) {
+        nCount += listPeak.size();
     }
     return nCount;
 }
 
-/// A number with up to the decimals of its box, without trailing zeros.
+/// A number with as many decimals as its box shows, but without trailing zeros, and with the unit of the box.
 QString numberText(double dfValue, const NumberBox& box)
 {
     QString str = QString::number(dfValue, 'f', box.nDecimals);
@@ -45,7 +44,7 @@ QString numberText(double dfValue, const NumberBox& box)
     return QLocale().toString(dfValue, 'f', nDecimals) + QString::fromUtf8(box.pszSuffix);
 }
 
-/// The parameter records of a state, for the table of parameters.
+/// Reads the numbers of the pages from a state, by the rows of parameterTable().
 class CNumbers {
 public:
     explicit CNumbers(const WorkState& state) : m_state(state) { m_dataSet.takeSeries(state.series); }
@@ -53,7 +52,7 @@ public:
     {
         const auto record = [](const auto& rec) {
             using Record = std::remove_const_t<std::remove_reference_t<decltype(rec)>>;
-            return const_cast<Record*>(&rec);  // value() only reads
+            return const_cast<Record*>(&rec);  // the rows are also used for writing; value() only reads
         };
         return row.value({&m_dataSet, record(m_state.hunting), record(m_state.mapping),
                           record(m_state.merging), record(m_state.cellHunting), record(m_state.indexing),
@@ -66,8 +65,8 @@ private:
 };
 
 struct NumberChange {
-    int nRow = -1;
-    QString strText;
+    int nRow = -1;    ///< row of parameterTable()
+    QString strText;  ///< "NAME BEFORE to AFTER"
 };
 
 QList<NumberChange> numberChanges(const WorkState& before, const WorkState& after)
@@ -81,6 +80,7 @@ QList<NumberChange> numberChanges(const WorkState& before, const WorkState& afte
         const double dfAfter = numbersAfter.value(row);
         if (!areSame(dfBefore, dfAfter)) {
             NumberBox box = row.box;
+            // The page shows the axis with as many decimals as it was given.
             if (row.member == ParameterMember(&DataSet::m_dfRotationAxis)) {
                 box.nDecimals = std::max(before.series.m_nAxisDecimals, after.series.m_nAxisDecimals);
             }
@@ -98,7 +98,7 @@ QString switched(const char* pszName, bool bBefore, bool bAfter)
                              : text(pszName) + (bAfter ? text(" switched on") : text(" switched off"));
 }
 
-/// The check boxes and lists of the pages.
+/// The check boxes and lists of the pages that differ.
 QStringList choiceChanges(const WorkState& before, const WorkState& after)
 {
     QStringList list = {
@@ -126,6 +126,7 @@ QStringList choiceChanges(const WorkState& before, const WorkState& after)
     return list;
 }
 
+/// How the peaks of the frames differ. Mapped: only in what later steps find, such as points and indices.
 enum class PeakChange { None, Mapped, Replaced };
 
 PeakChange peakChange(const QList<QList<Peak3D>>& listBefore, const QList<QList<Peak3D>>& listAfter)
@@ -158,6 +159,7 @@ PeakChange peakChange(const QList<QList<Peak3D>>& listBefore, const QList<QList<
     return change;
 }
 
+/// The cell in words: a, b, c in Å and the angles. Of a*, b*, c* in Å⁻¹; other lists are no cell.
 QString cellName(const QList<Vec3D>& listCell)
 {
     const std::optional<CellParameters> cell = cellParametersFromList(listCell);
@@ -172,7 +174,7 @@ QString cellName(const QList<Vec3D>& listCell)
         .arg(listNumber.mid(0, 3).join(QStringLiteral(" × ")), listNumber.mid(3).join(QStringLiteral("°, ")));
 }
 
-/// The only vector whose length has changed while its direction is the same; −1 if there is none.
+/// Which of a*, b*, c* (0, 1, 2) is the only one that has changed, and only in length; −1 if none is.
 int vectorOfOtherLength(const QList<Vec3D>& listBefore, const QList<Vec3D>& listAfter)
 {
     int nVector = -1;
@@ -180,12 +182,11 @@ int vectorOfOtherLength(const QList<Vec3D>& listBefore, const QList<Vec3D>& list
         return -1;
     }
     for (int n = 0; n < 3; ++n) {
-        const Vec3D& a = listBefore[n];
-        const Vec3D& b = listAfter[n];
+        const Vec3D &a = listBefore[n], &b = listAfter[n];
         if (areSame(a, b)) {
             continue;
         }
-        const float fDirection = 1e-5f;  // single precision has errors of about 1e-7
+        const float fDirection = 1e-5f;  // radians; single precision has errors of about 1e-7
         if (nVector >= 0 || length(cross(a, b)) > fDirection * length(a) * length(b) || dot(a, b) < 0) {
             return -1;
         }
@@ -194,10 +195,12 @@ int vectorOfOtherLength(const QList<Vec3D>& listBefore, const QList<Vec3D>& list
     return nVector;
 }
 
+/// Names a change of the cell. While a transformation of the cell is tested, m_listCell is the cell under
+/// test and m_listCellFound is the one that it comes from; otherwise they are equal.
 void nameCell(const SeriesData& before, const SeriesData& after, WorkDifferences& result)
 {
-    const bool bFound = !areSame(before.m_listCellFound, after.m_listCellFound);
-    if (!bFound && areSame(before.m_listCell, after.m_listCell)) {
+    const bool bOtherFound = !areSame(before.m_listCellFound, after.m_listCellFound);
+    if (!bOtherFound && areSame(before.m_listCell, after.m_listCell)) {
         return;
     }
     const int nVector = vectorOfOtherLength(before.m_listCellFound, after.m_listCellFound);
@@ -207,8 +210,10 @@ void nameCell(const SeriesData& before, const SeriesData& after, WorkDifferences
                              .arg(QLocale().toString(double(length(before.m_listCellFound[nVector])), 'f', 4),
                                   QLocale().toString(double(length(after.m_listCellFound[nVector])), 'f', 4));
         result.strKey = QStringLiteral("length %1").arg(nVector);
-    } else if (bFound || areSame(after.m_listCell, after.m_listCellFound)) {
-        result.strName = bFound ? cellName(after.m_listCellFound) : text("Test of a cell ended");
+    } else if (bOtherFound) {
+        result.strName = cellName(after.m_listCellFound);
+    } else if (areSame(after.m_listCell, after.m_listCellFound)) {
+        result.strName = text("Test of a cell ended");
     } else {
         result.strName = text("Test: ") + cellName(after.m_listCell);
     }
@@ -219,12 +224,14 @@ QString quoted(const QString& str)
     return QStringLiteral("\"%1\"").arg(str);
 }
 
+/// The name of a change of the groups of a view: that of the first group that differs; empty if none does.
 QString groupsName(const QList<PointGroup>& listBefore, const QList<PointGroup>& listAfter)
 {
     if (areSame(listBefore, listAfter)) {
         return {};
     }
     if (listAfter.size() == listBefore.size() + 1) {
+        // The others keep their order, and group 0, which may lose points, has no list of them in a state.
         for (int g = 0; g < listAfter.size(); ++g) {
             if (g == listBefore.size() || !areSame(listBefore[g], listAfter[g])) {
                 return text("Groups: new, ") + quoted(listAfter[g].strLabel);
@@ -235,8 +242,7 @@ QString groupsName(const QList<PointGroup>& listBefore, const QList<PointGroup>&
         return counted("Groups", listAfter.size());
     }
     for (int g = 0; g < listAfter.size(); ++g) {
-        const PointGroup& before = listBefore[g];
-        const PointGroup& after = listAfter[g];
+        const PointGroup &before = listBefore[g], &after = listAfter[g];
         if (before.strLabel != after.strLabel) {
             return text("Groups: ") + quoted(before.strLabel) + text(" is now ") + quoted(after.strLabel);
         }
@@ -248,7 +254,7 @@ QString groupsName(const QList<PointGroup>& listBefore, const QList<PointGroup>&
             return text("Groups: colour of ") + quoted(after.strLabel);
         }
     }
-    return text("Groups");
+    return text("Groups");  // only the points of groups differ
 }
 
 bool isOtherSeries(const SeriesData& before, const SeriesData& after)
@@ -257,11 +263,6 @@ bool isOtherSeries(const SeriesData& before, const SeriesData& after)
            before.m_strProjectName != after.m_strProjectName ||
            before.m_listFrameFile != after.m_listFrameFile ||
            before.m_reading.choice != after.m_reading.choice;
-}
-
-bool isSameMask(const MaskData& before, const MaskData& after)
-{
-    return before.fillRule == after.fillRule && before.listPolygon == after.listPolygon;
 }
 
 bool haveSameTilts(const SeriesData& before, const SeriesData& after)
@@ -274,12 +275,12 @@ bool haveSameTilts(const SeriesData& before, const SeriesData& after)
 /// The change that a run has made, the earliest stage first; empty if there is none.
 QString runName(const WorkState& stateBefore, const WorkState& stateAfter)
 {
-    const SeriesData& before = stateBefore.series;
-    const SeriesData& after = stateAfter.series;
+    const SeriesData &before = stateBefore.series, &after = stateAfter.series;
     if (before.m_listHotPixel != after.m_listHotPixel) {
         return counted("Hot pixels", after.m_listHotPixel.size());
     }
-    if (!isSameMask(before.m_maskPeakHunting, after.m_maskPeakHunting)) {
+    if (before.m_maskPeakHunting.fillRule != after.m_maskPeakHunting.fillRule ||
+        before.m_maskPeakHunting.listPolygon != after.m_maskPeakHunting.listPolygon) {
         return counted("Areas of the mask", after.m_maskPeakHunting.listPolygon.size());
     }
     if (peakChange(before.m_listPeakFrame, after.m_listPeakFrame) == PeakChange::Replaced) {
@@ -299,7 +300,7 @@ QString runName(const WorkState& stateBefore, const WorkState& stateAfter)
     return {};
 }
 
-/// Changes of results that depend on the cell.
+/// The name of a change of the results that depend on the cell; empty if there is none.
 QString resultName(const WorkState& before, const WorkState& after)
 {
     if (!areSame(before.series.m_listReflectionIndexed, after.series.m_listReflectionIndexed) ||
@@ -314,7 +315,7 @@ QString resultName(const WorkState& before, const WorkState& after)
                    ? counted("Integrated", int(after.pIntegration->integrated.listObservation.size()))
                    : text("Nothing integrated");
     }
-    // They change if positions are fitted, and with the cell.
+    // They differ after a fit on the frames. With another cell they differ too, but that has been named.
     return areSame(before.series.m_vecPeakIndexedOnFrame, after.series.m_vecPeakIndexedOnFrame)
                ? QString()
                : text("Positions of indexed peaks");
@@ -325,7 +326,8 @@ bool isSameCell(const std::optional<CellParameters>& before, const std::optional
     return before.has_value() == after.has_value() && (!before || before->numbers() == after->numbers());
 }
 
-/// The first changed parameter or choice of the pages. A single parameter may continue to change.
+/// Names changes on the pages: the first check box or list that differs, or else the first number, and how
+/// many more there are. Only a single number gets a key, since the user may go on typing it.
 void nameNumbers(const WorkState& before, const WorkState& after, WorkDifferences& result)
 {
     const QList<NumberChange> listNumber = numberChanges(before, after);
@@ -342,7 +344,7 @@ void nameNumbers(const WorkState& before, const WorkState& after, WorkDifference
     }
 }
 
-/// All other changes: input of runs that is not on a page, and groups.
+/// Names all other changes: cells and matrix that the user entered, groups, mapping of the peaks.
 void nameOthers(const WorkState& before, const WorkState& after, WorkDifferences& result)
 {
     if (!isSameCell(before.knownCell, after.knownCell)) {
@@ -360,10 +362,8 @@ void nameOthers(const WorkState& before, const WorkState& after, WorkDifferences
         result.strKey = QStringLiteral("matrix");
         return;
     }
-    result.strName = groupsName(before.listRawGroup, after.listRawGroup);
-    if (!result.isStep()) {
-        result.strName = groupsName(before.listMergedGroup, after.listMergedGroup);
-    }
+    const QString strRaw = groupsName(before.listRawGroup, after.listRawGroup);
+    result.strName = strRaw.isEmpty() ? groupsName(before.listMergedGroup, after.listMergedGroup) : strRaw;
     if (!result.isStep() &&
         peakChange(before.series.m_listPeakFrame, after.series.m_listPeakFrame) == PeakChange::Mapped) {
         result.strName = text("Peaks mapped anew");
@@ -381,10 +381,9 @@ WorkDifferences differences(const WorkState& before, const WorkState& after)
         return result;
     }
     result.strName = runName(before, after);
-    if (result.isStep()) {
-        return result;
+    if (!result.isStep()) {
+        nameCell(before.series, after.series, result);
     }
-    nameCell(before.series, after.series, result);
     if (!result.isStep()) {
         result.strName = resultName(before, after);
     }
