@@ -96,8 +96,8 @@ public:
         }
     }
 
-    /// @param dfMost  greatest difference of an edge or angle, in units of the tolerance
-    /// @param fn      called with each CellSetting; returns dfMost for the rest of the search
+    /// @param dfMost  in units of the tolerance; bases beyond it are skipped
+    /// @param fn      gets matrix, % and ° of each, and returns the new dfMost
     template <typename Fn>
     void run(double dfMost, Fn fn) const
     {
@@ -151,17 +151,16 @@ private:
     std::array<std::vector<double>, 3> m_avecLengthOff;
 };
 
-/// The order of settingsBetween(). The misfits of settings that are equivalent by the symmetry of the lattice
-/// differ by rounding errors alone. So misfits are compared in steps, and settings of the same step get a
-/// fixed order: the greatest trace first, which means the least changed axes, and then by the elements of the
-/// matrix.
+/// Settings of a symmetric lattice differ only by rounding: settings that are equal within this tolerance get
+/// a fixed order, with the least changed axes first.
 bool isBefore(const CellSetting& one, const CellSetting& other)
 {
-    const double dfStep = 1e-4;
+    const double dfStep = 1e-4;  // of misfit(); far above rounding errors
     const long nOne = std::lround(one.misfit() / dfStep), nOther = std::lround(other.misfit() / dfStep);
     if (nOne != nOther) {
         return nOne < nOther;
     }
+    // The trace is 3 for axes that stay as they are, and less the more they change.
     if (one.matAxes.trace() != other.matAxes.trace()) {
         return one.matAxes.trace() > other.matAxes.trace();
     }

@@ -94,7 +94,7 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
     }
     const FrameDefects defects = defectsOf(vecSigns);
     const MaskData mask = maskOfDefects(defects);
-    EXPECT_EQ(mask.listPolygon, defects.listGap);  // no shadows and no dead lines besides
+    EXPECT_EQ(mask.listPolygon, defects.listGap);  // neither shadows nor fixed lines beside
     const int nAreas = defects.listGap.size();
     EXPECT_LT(nAreas, 40);  // three rectangles of the cross, those of the disc, the outline of the triangle
     int nWrong = 0, nWidened = 0;
