@@ -114,10 +114,10 @@ def check_keys(name, value, prefix="", stage=None, whole=True):
     table = DOC.keys[name]
     for path, row in table.items():
         of_stage = not prefix and row.get("Stage", "run") != (stage or "run")
-        if whole and path.startswith(prefix) and row["There"] == "always" and not of_stage:
+        if whole and path.startswith(prefix) and row["Present"] == "always" and not of_stage:
             key = path[len(prefix):]
             if not re.search(r"[.<\[]", key) and key not in value:
-                fault(name, "has no", path, "though it is told to be always there")
+                fault(name, "has no", path, "though it is told to be always present")
     for key, part in value.items():
         path = told_path(name, prefix, key)
         if path is None:
