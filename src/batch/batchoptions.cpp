@@ -93,11 +93,12 @@ NumberOption optionOf(const Parameter& row, RoadOptions& o)
 QList<NumberOption> numberOptions(RoadOptions& o)
 {
     const QList<NumberOption> listTilt = {
-        {"tilt-start", "degrees", "images only: tilt of the first frame; default: as the frames tell, else 0",
-         -360, 360, AutoValue::NotAllowed, into(o.dfTiltStart)},
+        {"tilt-start", "degrees",
+         "images only: tilt of the first frame; default: from the headers of the frames, else 0", -360, 360,
+         AutoValue::NotAllowed, into(o.dfTiltStart)},
         {"tilt-step", "degrees",
-         "images only: tilt from frame to frame; default: as the frames tell, else 0.1", -360, 360,
-         AutoValue::NotAllowed, into(o.dfTiltStep)}};
+         "images only: tilt step from frame to frame; default: from the headers of the frames, else 0.1",
+         -360, 360, AutoValue::NotAllowed, into(o.dfTiltStep)}};
     const QList<NumberOption> listIntegrate = {
         {"d-min", "Å", "integrate to this resolution; default auto, as far as reflections are seen", 0.1, 100,
          AutoValue::Allowed, into(o.intensities.dfDMin)}};
@@ -298,7 +299,8 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
     }
     exports.bOnly = reader.isSet(QStringLiteral("export-only"));
     if (exports.bOnly && (reader.isSet(QStringLiteral("from")) || reader.isSet(QStringLiteral("to")))) {
-        reader.refuse(QStringLiteral("--export-only runs no stage: --from and --to do not go with it"));
+        reader.refuse(
+            QStringLiteral("--export-only runs no stage: it cannot be combined with --from or --to"));
     }
     const QStringList listFormat = {QStringLiteral("bmp"), QStringLiteral("png"), QStringLiteral("jpg"),
                                     QStringLiteral("tif")};
@@ -316,7 +318,7 @@ void takeExports(COptionReader& reader, ExportOptions& exports)
 void checkSummary(const QCommandLineParser& parser, COptionReader& reader)
 {
     if (parser.optionNames().size() > 1) {
-        reader.refuse(QStringLiteral("--summary goes with no other option"));
+        reader.refuse(QStringLiteral("--summary cannot be combined with other options"));
     }
     if (parser.positionalArguments().isEmpty()) {
         reader.refuse(QStringLiteral("--summary: no files of --json given"));
@@ -341,8 +343,8 @@ ParsedOptions parseBatchOptions(const QStringList& listArgument)
     const QCommandLineOption versionOption = parser.addVersionOption();
     parser.addPositionalArgument(
         QStringLiteral("input"),
-        QStringLiteral("PROJECT.ed3d; or the images in series order, or a folder of them, whose headers tell "
-                       "what no option does; with --summary files of --json."));
+        QStringLiteral("PROJECT.ed3d; or the images in the order of the series, or their folder: values that "
+                       "no option gives are read from their headers; with --summary files of --json."));
     addNamedOptions(parser);
     addNumbers(parser, listNumber);
     addSectionOptions(parser);

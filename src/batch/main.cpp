@@ -188,10 +188,9 @@ QString fileOfSize(const QString& strFile, const QSize& size)
 int runSizes(const BatchOptions& asGiven, const QList<QSize>& listSize)
 {
     if (isStandardOutput(asGiven.strJsonFile)) {
-        return badUsage(
-            QStringLiteral("--json -: the frames are of %1 sizes, each with a summary of its own: "
-                           "a file is wanted, or --size")
-                .arg(listSize.size()));
+        return badUsage(QStringLiteral("--json -: the frames have %1 sizes, and each size has its own "
+                                       "summary: give a file, or --size")
+                            .arg(listSize.size()));
     }
     std::vector<BatchOptions> listRun;
     for (const QSize& size : listSize) {

@@ -234,7 +234,7 @@ QString misplacedOutput(const BatchOptions& batch)
                                  listInput, listTarget + listOwn);
     }
     if (strError.isEmpty() && isStandardOutput(batch.strReportFile)) {
-        strError = QStringLiteral("--report -: a file is wanted");
+        strError = QStringLiteral("--report -: give the name of a file");
     } else if (strError.isEmpty() && !replacedFiles({batch.strReportFile}).isEmpty()) {
         strError = misplacedFile(QStringLiteral("--report"), batch.strReportFile, QStringLiteral("report"),
                                  listInput, listTarget + listOwn + QStringList{batch.strJsonFile});

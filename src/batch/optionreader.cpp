@@ -54,7 +54,7 @@ int COptionReader::wholeNumber(const QString& strName, int nMinimum, int nMaximu
     bool bOk = false;
     const int nValue = m_parser.value(strName).toInt(&bOk);
     if (!bOk || nValue < nMinimum || nValue > nMaximum) {
-        refuse(QStringLiteral("--%1 %2: a whole number from %3 to %4 is wanted")
+        refuse(QStringLiteral("--%1 %2: must be a whole number from %3 to %4")
                    .arg(strName, m_parser.value(strName))
                    .arg(nMinimum)
                    .arg(nMaximum));
@@ -94,7 +94,7 @@ std::optional<QRect> COptionReader::region(const QString& strName)
     }
     const std::optional<QRect> rcRegion = parseRegion(strValue);
     if (!rcRegion) {
-        refuse(QStringLiteral("--%1 %2: X,Y,SIZE in whole pixels is wanted, SIZE even and at least 16")
+        refuse(QStringLiteral("--%1 %2: must be X,Y,SIZE in whole pixels, SIZE even and at least 16")
                    .arg(strName, strValue));
     }
     return rcRegion;

@@ -34,14 +34,14 @@ QString contradictionOfCalibration(const RoadOptions& o)
 {
     const bool bCalibrated = !o.strCalibrationFile.isEmpty();
     if (bCalibrated && o.bFindAxis) {
-        return QStringLiteral("--calibration tells the axis: --axis auto does not go with it");
+        return QStringLiteral("--calibration gives the axis: it cannot be combined with --axis auto");
     }
     if (!o.strSaveCalibrationFile.isEmpty() &&
         (o.exports.bOnly || o.stageFrom > RoadStage::Geometry || o.stageTo < RoadStage::Geometry)) {
         return QStringLiteral("--save-calibration needs the stage geometry");
     }
     if (o.stageTo < o.stageFrom) {
-        return QStringLiteral("--to %1 lies before --from %2")
+        return QStringLiteral("--to %1 is before --from %2")
             .arg(roadStageName(o.stageTo), roadStageName(o.stageFrom));
     }
     return {};
@@ -51,13 +51,13 @@ QString contradictionOfCalibration(const RoadOptions& o)
 QString contradictionOfCell(const RoadOptions& o)
 {
     if (o.knownCell && !o.strCellFile.isEmpty()) {
-        return QStringLiteral("--known-cell and --cell: one of them tells the cell");
+        return QStringLiteral("--known-cell and --cell both give a cell: use one of them");
     }
     if (o.knownCell && o.cellMethod) {
-        return QStringLiteral("--known-cell takes the place of a search: --cell-method does not go with it");
+        return QStringLiteral("--known-cell replaces the search: it cannot be combined with --cell-method");
     }
     if (o.knownCell && o.stageFrom > RoadStage::Cell) {
-        return QStringLiteral("--known-cell needs the stage cell: --from %1 lies behind it")
+        return QStringLiteral("--known-cell needs the stage cell: --from %1 starts after it")
             .arg(roadStageName(o.stageFrom));
     }
     // A limit that was not given is found from the spots, or is that of the page.
@@ -110,7 +110,7 @@ QString contradictionOfExports(const RoadOptions& o)
     }
     const bool bCell = exports.bOnly || o.stageTo >= RoadStage::Cell;
     if (!exports.listSection.empty() && !bCell) {
-        return QStringLiteral("--sections needs a cell: a run to the stage cell or behind it");
+        return QStringLiteral("--sections needs a cell: run at least to the stage cell");
     }
     if (exports.listKind.contains(ExportKind::IndexedPeaks) &&
         (exports.bOnly || o.stageTo < RoadStage::Index)) {
@@ -149,7 +149,7 @@ QString contradiction(const RoadOptions& o)
         return strExports;
     }
     if (o.nGroup >= 0 && o.stageFrom < RoadStage::Merge) {
-        return QStringLiteral("--group chooses from a peak list: it goes with --from merge or later");
+        return QStringLiteral("--group selects from a peak list: it needs --from merge or a later stage");
     }
     return {};
 }
@@ -187,7 +187,7 @@ QString whatImagesLack(const RoadOptions& o)
     const QString strProject = listProject.isEmpty()
                                    ? QString()
                                    : QStringLiteral(" such as ") + dir.filePath(listProject.first());
-    QString strText = QStringLiteral("the images do not tell %1: give %2, or a project%3")
+    QString strText = QStringLiteral("the images do not give %1: use %2, or a project%3")
                           .arg(joined(listLacking), joined(listOption), strProject);
     for (const QString& strDoubt : facts.listDoubt) {  // a doubt may be the reason
         strText += QStringLiteral("\n  ") + strDoubt;

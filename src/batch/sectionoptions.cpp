@@ -17,13 +17,13 @@ void addSectionOptions(QCommandLineParser& parser)
          "\"[u v w]=n\" for the layers of a zone axis. They need a cell.",
          "plane,..."},
         {"section-thickness",
-         "Thickness of the sections in Å⁻¹; default 0, the width of the spots, at most half the distance of "
+         "Thickness of the sections in Å⁻¹; default 0: the width of the spots, at most half the distance of "
          "the layers.",
          "number"},
-        {"section-d-min",
-         "Resolution of the sections in Å; default 0, a little further than the indexed peaks.", "number"},
+        {"section-d-min", "Resolution of the sections in Å; default 0: slightly beyond the indexed peaks.",
+         "number"},
         {"section-laue",
-         "Laue class by which equivalent planes are averaged, as 4/mmm; default: none, the plane alone.",
+         "Laue class in which equivalent planes are averaged, such as 4/mmm; default: none, no averaging.",
          "class"},
         {"section-background",
          "on: counts as they are; off: subtract from each pixel the median of its ring about the direct "

@@ -155,7 +155,7 @@ void tellOpen(const CLmderFit& fit, CRunReport& report)
     }
     if (!listOpen.isEmpty()) {
         report.addMessage(
-            QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 tells nothing.")
+            QStringLiteral("Not determined by these reflections: %1. An e.s.d. of 0 has no meaning.")
                 .arg(listOpen.join(QStringLiteral(", "))),
             Severity::Error);
     }

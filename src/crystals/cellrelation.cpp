@@ -72,12 +72,12 @@ QString relationText(const LatticeBasis& crystal, const LatticeBasis& group, con
     if (relation.nTimes > 1) {
         return relation.bLarger
                    ? QStringLiteral(
-                         "Its primitive cell holds that of the group %1 times: an edge may have been "
-                         "taken too long, or a centring missed.")
+                         "Its primitive cell is %1 times as large as that of the group: an edge may have "
+                         "been taken too long, or a centring missed.")
                          .arg(relation.nTimes)
                    : QStringLiteral(
-                         "Its primitive cell is one of %1 parts of that of the group: an edge may "
-                         "have been taken too short, or a centring that is none.")
+                         "Its primitive cell has 1/%1 of the volume of that of the group: an edge may have "
+                         "been taken too short, or a centring assumed that does not exist.")
                          .arg(relation.nTimes);
     }
     const CellTolerance wide = {5 * tolerance.dfLengths, 5 * tolerance.dfAngles};

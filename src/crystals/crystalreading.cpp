@@ -191,13 +191,14 @@ QString whyImpossible(const Crystal& crystal)
     const double dfLeastEdge = 1, dfMostEdge = 5000;
     for (const double df : {crystal.cell.a, crystal.cell.b, crystal.cell.c}) {
         if (!(df >= dfLeastEdge && df <= dfMostEdge)) {
-            return QStringLiteral("Its record has a cell with an edge of %1 Å, which is none of a crystal.")
+            return QStringLiteral(
+                       "Its record has a cell with an edge of %1 Å, which is impossible for a crystal.")
                 .arg(df);
         }
     }
     return isElectronWavelength(crystal.dfWavelength)
                ? QString()
-               : QStringLiteral("Its record has %1 as wavelength in Å, which is none of electrons.")
+               : QStringLiteral("Its record has %1 as wavelength in Å, which is impossible for electrons.")
                      .arg(crystal.dfWavelength);
 }
 
@@ -243,7 +244,7 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     }
     const QJsonObject record = QJsonDocument::fromJson(bytes).object();
     if (record.value(QStringLiteral("format")).toString() != QLatin1String("tessera run record")) {
-        return QStringLiteral("%1 is no whole record of a run.").arg(info.fileName());
+        return QStringLiteral("%1 is not a complete record of a run.").arg(info.fileName());
     }
     crystal.strFolder = info.absolutePath();
     crystal.strName = info.fileName();
@@ -258,19 +259,19 @@ QString readCrystal(const QString& strRecord, Crystal& crystal)
     const QJsonObject run = runThatWrote(record, bytes);
     if (run.isEmpty()) {
         return QStringLiteral(
-                   "%1 is not the list that the run has written: it is of another run, was "
-                   "changed, or is not whole.")
+                   "%1 is not the list that the run has written: it is from another run, was changed, or is "
+                   "incomplete.")
             .arg(strList);
     }
     if (!takeRun(run, crystal)) {
-        return QStringLiteral("Its record tells no cell of the intensities.");
+        return QStringLiteral("Its record has no cell of the intensities.");
     }
     strReason = whyImpossible(crystal);
     if (!strReason.isEmpty()) {
         return strReason;
     }
     if (!takeReflections(bytes, crystal.listIntensity)) {
-        return QStringLiteral("%1 is no whole list of reflections.").arg(strList);
+        return QStringLiteral("%1 is not a complete list of reflections.").arg(strList);
     }
     return crystal.listIntensity.empty() ? QStringLiteral("It has no measured reflection.") : QString();
 }

@@ -41,7 +41,7 @@ QString whyApart(const SettledCrystal& crystal, size_t nOfKind)
                                               " and are alike in %1 crystals: another compound of the "
                                               "same lattice.")
                                               .arg(nOfKind)
-                       : strCorrelation + QStringLiteral(": another compound, or indices that are wrong.");
+                       : strCorrelation + QStringLiteral(": another compound, or wrong indices.");
 }
 
 }  // namespace

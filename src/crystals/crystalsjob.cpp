@@ -74,8 +74,8 @@ int threadsInMemory(const CrystalsJobOptions& options, CRunReport& report)
     const std::uint64_t nMore = (nLeft - std::min(nLeft, nShared)) / nEach;
     const int nFit = int(std::min<std::uint64_t>(std::uint64_t(nWanted), 1 + nMore));
     if (nFit < nWanted) {
-        report.addMessage(QStringLiteral("Of %1 threads there is memory for %2 within the limits of the "
-                                         "process: the files are the same.")
+        report.addMessage(QStringLiteral("Within the limits of the process there is memory for %2 of %1 "
+                                         "threads: the files are the same.")
                               .arg(nWanted)
                               .arg(nFit));
     }
@@ -163,7 +163,7 @@ bool takeCheckSums(int nJobs, CRunReport& report, CrystalsJobResult& result)
         if (!bytesHash.isEmpty() && itFirst != mapFirst.constEnd()) {
             result.listUnread.push_back(
                 {fileOf(crystal, ResultFile::Run),
-                 QStringLiteral("Its intensities are those of %1, byte for byte: they count once.")
+                 QStringLiteral("Its intensities are those of %1, byte for byte: they are used once.")
                      .arg(*itFirst)});
             continue;
         }
@@ -217,7 +217,7 @@ void groupCrystals(const CrystalsJobOptions& options, CrystalsJobResult& result)
 {
     result.groups = groupByCell(result.listCrystal, options.tolerance);
     for (const int n : result.groups.listNoCell) {
-        result.listFate[n].strReason = QStringLiteral("Its six numbers span no cell.");
+        result.listFate[n].strReason = QStringLiteral("Its six numbers are not a valid cell.");
     }
     for (size_t n = 0; n < result.groups.listGroup.size(); ++n) {
         CompoundGroup compound;
@@ -292,8 +292,8 @@ void noteWavelengths(CrystalsJobResult& result)
         // four decimals, it is off by less.
         if (dfMost > 1.01 * dfLeast) {
             result.listNote.append(
-                QStringLiteral("The crystals of %1 were measured at wavelengths from %2 to %3 Å: "
-                               "the files have that of the first.")
+                QStringLiteral("The crystals of %1 were measured at wavelengths from %2 to %3 Å: the files "
+                               "give that of the first.")
                     .arg(compound.strName, QString::number(dfLeast), QString::number(dfMost)));
         }
     }
@@ -338,7 +338,7 @@ RunOutcome computeMerged(const CrystalsJobOptions& options, CRunReport& report, 
     }
     tellRead(folders.listFolder.size(), result, report);
     if (result.listCrystal.empty()) {
-        report.fail(QStringLiteral("No folder holds intensities: there is nothing to merge."));
+        report.fail(QStringLiteral("No folder contains intensities: there is nothing to merge."));
         return {RunEnd::Refused, report.reason()};
     }
     groupCrystals(options, result);

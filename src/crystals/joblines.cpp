@@ -234,7 +234,7 @@ QString relationLine(const CompoundGroup& compound, const CrystalsJobResult& res
     const bool bRelated = relationBetween(compound.group.reference, first.group.reference, tolerance).nTimes >
                               1 ||
                           !settingsBetween(compound.group.reference, first.group.reference, wide).empty();
-    return bRelated ? QStringLiteral("%1, held against %2: %3")
+    return bRelated ? QStringLiteral("%1, compared with %2: %3")
                           .arg(compound.strName, first.strName, compound.group.strRelation)
                     : QString();
 }

@@ -189,7 +189,7 @@ QString takeLine(const QStringList& listPart, QChar separator, const Columns& co
             .arg(quoted(part(Columns::Symmetry)));
     }
     if (reducedCell(known.cell, known.chCentring).basis.isZero()) {
-        return QStringLiteral("its six numbers make no cell");
+        return QStringLiteral("its six numbers are not a valid cell");
     }
     if (!part(Columns::Formula).isEmpty()) {
         QString strReason;

@@ -54,7 +54,7 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     if (judgement.dfDMin * integrated.dfMaxDStar < 1) {
         if (judgement.dfDMin > 0) {
             report.addMessage(
-                QStringLiteral("Nothing was measured beyond %1 Å: this is the limit, in place of %2 Å.")
+                QStringLiteral("Nothing was measured beyond %1 Å: this is the limit, instead of %2 Å.")
                     .arg(1 / integrated.dfMaxDStar, 0, 'f', 3)
                     .arg(judgement.dfDMin, 0, 'f', 3));
         }
@@ -179,9 +179,9 @@ void tellMixedSettings(const IntegrationResult& result, const CrystalMergeOption
         return;
     }
     report.addMessage(
-        QStringLiteral("Equivalents of the Laue class %1 that was asked for do not agree within the single "
-                       "crystals, whose intensities have %2: what is merged is a mean over alternatives of "
-                       "the indices.")
+        QStringLiteral(
+            "Equivalents of the Laue class %1 that was asked for do not agree within the single crystals, "
+            "whose intensities have %2: the merged intensities are means over the possible indexings.")
             .arg(result.chosen.strClass, itBest->first),
         Severity::Warning);
 }

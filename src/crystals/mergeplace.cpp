@@ -134,7 +134,7 @@ QString misplacedMerge(const CrystalsJobOptions& options)
     const QString strRecord = strBase + mergeSuffix(MergeFile::Record);
     if (QFileInfo::exists(strRecord) && QFileInfo(strRecord).size() > 0 &&
         readMergeRecord(strRecord).isEmpty()) {
-        return QStringLiteral("%1 is there already and is no record of a merging").arg(strRecord);
+        return QStringLiteral("%1 exists and is not a record of a merging").arg(strRecord);
     }
     for (const QFileInfo& info : existingOutputs(options)) {
         const QString strReason = whyNoTarget(info.filePath(), options);

@@ -152,11 +152,10 @@ void writeMembers(CHtmlPage& page, const CrystalsJobResult& result, const Compou
          QStringLiteral("Alone, Rint"), QString()},
         listRow,
         QStringLiteral(
-            "The crystals: common reflections and correlation of amplitudes with all others, scale and "
-            "fall-off "
-            "that bring it to the others, what it adds to CC1/2 (of Fisher's z; below 0 it takes "
-            "away), completeness and Rint of it alone. A setting with ? is the closest by the cell: the "
-            "crystal shares too little to tell."));
+            "The crystals: common reflections and correlation of amplitudes with all others, scale and B "
+            "factor relative to the others, change of CC1/2 due to the crystal (as Fisher's z; negative: it "
+            "lowers CC1/2), completeness and Rint of the crystal alone. A setting with ? was chosen by the "
+            "cell, because the crystal has too few reflections in common with the others."));
 }
 
 SvgPlot scalesPlot(const CompoundGroup& compound)
@@ -285,9 +284,8 @@ QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResul
     writeHead(page, result);
     writeGroups(page, result);
     writeTree(page, latticeTree(result, options.tolerance),
-              QStringLiteral(
-                  "The crystals by their lattices; those that the dashed line leaves together are a group. "
-                  "Struck through: not merged."));
+              QStringLiteral("The crystals by their lattices; those that are joined before the dashed line "
+                             "are a group. Struck through: not merged."));
     int nSections = 0;
     for (const CompoundGroup& compound : result.listGroup) {
         if (compound.isMerged() && nSections < g_nMostSections) {
@@ -296,8 +294,9 @@ QByteArray mergeReport(const CrystalsJobOptions& options, const CrystalsJobResul
         }
     }
     if (result.mergedCount() > nSections) {
-        page.element("p", QStringLiteral("%1 further groups stand in the table alone.")
-                              .arg(result.mergedCount() - nSections));
+        page.element(
+            "p",
+            QStringLiteral("%1 further groups are only in the table.").arg(result.mergedCount() - nSections));
     }
     writeEnd(page, options, result, arrayFile);
     return page.end();

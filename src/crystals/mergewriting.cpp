@@ -114,16 +114,17 @@ void addCommon(const CrystalsJobOptions& options, const QString& strBase, const 
     result.listFile << name(MergeFile::Report) << name(MergeFile::Log);
     set.addRemovals(former, {name(MergeFile::Log), name(MergeFile::Record)});
     if (former[QStringLiteral("unfinished")].toBool()) {
-        later.addMessage(QStringLiteral("The earlier merging was ended while it put its files in place: what "
-                                        "it has left is replaced."),
+        later.addMessage(QStringLiteral("The earlier merging was interrupted while it moved its files into "
+                                        "place: its files are replaced."),
                          Severity::Warning);
     }
     if (!set.removed().isEmpty()) {
-        later.addMessage(QStringLiteral("Files of an earlier merging that have no successor are removed: %1.")
-                             .arg(namesOf(set.removed())));
+        later.addMessage(
+            QStringLiteral("Files of an earlier merging that are not replaced by new ones are removed: %1.")
+                .arg(namesOf(set.removed())));
     }
     if (!set.kept().isEmpty()) {
-        later.addMessage(QStringLiteral("Files of an earlier merging stand beside those of this one: %1.")
+        later.addMessage(QStringLiteral("Files of an earlier merging remain beside those of this one: %1.")
                              .arg(namesOf(set.kept())),
                          Severity::Warning);
     }

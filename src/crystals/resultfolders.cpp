@@ -43,7 +43,7 @@ public:
             m_mapTimes[strFolder] += bRecord ? 0 : 1;  // several records of one folder are no mistake
         } else if (strFolder == m_strOut || holds(strFolder, mergeSuffix(MergeFile::Record))) {
             m_listNote.append(
-                QStringLiteral("%1 holds merged intensities, not those of a series: it is passed over.")
+                QStringLiteral("%1 contains merged intensities, not those of a series: it is ignored.")
                     .arg(strTold));
         } else {
             search(strTold, strFolder);
@@ -58,7 +58,7 @@ public:
         for (const QString& strFolder : folders.listFolder) {
             if (m_mapTimes[strFolder] > 1) {
                 m_listNote.append(
-                    QStringLiteral("%1 is named more than once: it counts once.").arg(strFolder));
+                    QStringLiteral("%1 is given more than once: it is used once.").arg(strFolder));
             }
         }
         QStringList listFault = m_mapFault.keys();
@@ -121,7 +121,7 @@ private:
             tellWithout(strTold, listWithout);
         } else {
             m_mapFault[strTold] =
-                QStringLiteral("There is no record of a run (*%1), neither in it nor in a folder of it.")
+                QStringLiteral("There is no record of a run (*%1), neither in it nor in its subfolders.")
                     .arg(g_strRunSuffix);
         }
     }

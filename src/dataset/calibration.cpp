@@ -140,14 +140,14 @@ std::optional<Calibration> calibrationOfText(const QByteArray& bytes, QString* p
     if (!document.isObject()) {
         giveReason(pstrReason, error.error == QJsonParseError::NoError
                                    ? QStringLiteral("no calibration")
-                                   : QStringLiteral("no calibration: %1 (at byte %2)")
+                                   : QStringLiteral("not a calibration: %1 (at byte %2)")
                                          .arg(error.errorString())
                                          .arg(error.offset));
         return std::nullopt;
     }
     const QJsonObject object = document.object();
     if (!isCalibration(object)) {
-        giveReason(pstrReason, QStringLiteral("no calibration: \"format\" is another one"));
+        giveReason(pstrReason, QStringLiteral("not a calibration: \"format\" is wrong"));
         return std::nullopt;
     }
     const QJsonValue version = object[QStringLiteral("version")];
@@ -253,11 +253,11 @@ QStringList takeCalibration(DataSet& dataSet, MappingParameters& mapping, const 
     };
     if (isOther(calibration.dfWavelength, dataSet.m_dfWavelength, g_dfSameWavelength)) {
         warn(QStringLiteral("a wavelength of"), calibration.dfWavelength, dataSet.m_dfWavelength,
-             QStringLiteral("another voltage has another lens."));
+             QStringLiteral("the distortions depend on the voltage."));
     }
     if (isOtherCameraLength(calibration, dataSet.m_dfPixelSize)) {
         warn(QStringLiteral("a pixel size of"), calibration.dfSeriesPixelSize, dataSet.m_dfPixelSize,
-             QStringLiteral("another camera length or binning has other distortions."));
+             QStringLiteral("the distortions depend on camera length and binning."));
     }
     dataSet.m_dfRotationAxis = wrappedAxis(calibration.dfRotationAxis);
     dataSet.m_bRotationAxisKnown = true;

@@ -105,7 +105,7 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
     data.m_listHotPixel += listNew;
     QString strReason;
     if (addToHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, &strReason)) {
-        report.addMessage(QStringLiteral("%L1 hot pixels are repaired from now on, and stand in %2.")
+        report.addMessage(QStringLiteral("%L1 hot pixels are repaired from now on, and are listed in %2.")
                               .arg(listNew.size())
                               .arg(fileOfHotPixels(data)),
                           Severity::Info);

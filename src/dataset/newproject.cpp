@@ -158,7 +158,7 @@ QString missingPart(const NewProject& project, const QString& strProjectFile)
         return QStringLiteral("Give the angle of the precession, above 0 and at most 10 degrees.");
     }
     if (strProjectFile.isEmpty()) {
-        return QStringLiteral("Say where the project file shall stand.");
+        return QStringLiteral("Give the name of the project file.");
     }
     return {};
 }
@@ -279,7 +279,8 @@ std::optional<QByteArray> makeProjectText(const NewProject& project, const QStri
     for (const QString& strName : listName) {
         if (std::any_of(strName.begin(), strName.end(), [](QChar c) { return c.isSpace(); })) {
             return fail(
-                QStringLiteral("\"%1\" holds a blank, which a project file cannot: rename it.").arg(strName));
+                QStringLiteral("\"%1\" contains a blank, which is not possible in a project file: rename it.")
+                    .arg(strName));
         }
     }
     const QByteArray bytes = QTextCodec::codecForLocale()->fromUnicode(

@@ -178,9 +178,9 @@ bool isOfReading(const DataSet& data, ResultFile file, const QString& strFile, C
         return true;
     }
     if (QFileInfo::exists(strFile)) {
-        report.addMessage(QStringLiteral("%1 is not used, as it was made of the series read otherwise: with "
-                                         "other frames, sums or bins.")
-                              .arg(strFile));
+        report.addMessage(
+            QStringLiteral("%1 is not used, as it was made with another choice of frames, sums or bins.")
+                .arg(strFile));
     }
     return false;
 }
@@ -298,7 +298,7 @@ bool openProject(DataSet& data, MappingParameters& parameters, const QString& st
     if (project.hasRotationAxis()) {
         data.m_dfRotationAxis = wrappedAxis(project.rotationAxis());
     } else {
-        report.addMessage(QStringLiteral("The project names no rotation axis."));
+        report.addMessage(QStringLiteral("The project has no rotation axis."));
     }
     data.m_nAxisDecimals = project.tellsDistortion() ? axisDecimals(data.m_dfRotationAxis) : 1;
     if (project.stretchingAmplitude() >= 0.01) {

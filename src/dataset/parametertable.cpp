@@ -50,8 +50,8 @@ const std::vector<Parameter> g_listParameter = {
     // Page "Frames"
     {&Data::m_dfWavelength,
      {0, 10000, 6, 0.0005, " Å"},
-     "Wavelength of the electrons, Å: 0.0251 at 200 kV, 0.0197 at 300 kV. It gives the Ewald sphere its "
-     "curvature: with a wrong one rows of the cloud bend at high d*.",
+     "Wavelength of the electrons, Å: 0.0251 at 200 kV, 0.0197 at 300 kV. It determines the curvature of the "
+     "Ewald sphere: if it is wrong, rows of points bend at high d*.",
      {"wavelength", "Å", "electron wavelength; from the project", OptionValues::AboveZero}},
     {&Data::m_dfPixelSize,
      {0, 10000, 6, 0.00005, " Å⁻¹"},
@@ -91,14 +91,14 @@ const std::vector<Parameter> g_listParameter = {
 
     {&Lens::dfEllipseAmplitude,
      {-100, 100, 4, 0.1, " %"},
-     "Linear ellipse of the lens, per cent: the pattern is longer by it along the azimuth and shorter "
-     "across. "
+     "Linear ellipse of the lens, per cent: the pattern is longer by this amount along the azimuth and "
+     "shorter across it. "
      "Unlike the stretching it also moves points along the circle, as a real lens does.",
      {"ellipse-amplitude", "%", "linear ellipse of the lens; from the project"}},
     {&Lens::dfEllipseAzimuth,
      {0, 180, 3, 0.1, " °"},
      "Azimuth along which the pattern is longer, degrees counter-clockwise from the right.",
-     {"ellipse-azimuth", "degrees", "along which the pattern is longer; from the project"}},
+     {"ellipse-azimuth", "degrees", "azimuth along which the pattern is longer; from the project"}},
     {&Lens::dfThirdOrderRadial,
      {-100, 100, 4, 0.1, " %"},
      "Third order along the radius, per cent at the radius below: above 0 a barrel, below 0 a pincushion.",
@@ -118,12 +118,14 @@ const std::vector<Parameter> g_listParameter = {
      {"parabolic-azimuth", "degrees", "side to which the pattern is longer; from the project"}},
     {&Lens::dfRadius,
      {0.01, 100000, 2, 1, " pix."},
-     "Distance from the direct beam at which second and third order have their per cent, pixels.",
-     {"third-order-radius", "pixels", "where second and third order have their per cent; from the project"}},
+     "Reference radius of second and third order: distance from the direct beam at which their per cent "
+     "apply, pixels.",
+     {"third-order-radius", "pixels", "reference radius of second and third order; from the project"}},
     {&Lens::dfAxisOutOfPlane,
      {-45, 45, 4, 0.01, "°"},
      "Angle between the rotation axis and the plane of the frame, degrees, above 0 along the beam.",
-     {"axis-out-of-plane", "degrees", "of the rotation axis, from the plane of the frame; from the project"}},
+     {"axis-out-of-plane", "degrees",
+      "angle of the rotation axis out of the plane of the frame; from the project"}},
 
     // Page "Shift Evaluation"
     {&Data::m_dfCenterX,
@@ -158,7 +160,7 @@ const std::vector<Parameter> g_listParameter = {
      "Least height of a peak in the difference of both smoothed frames, counts. Raise it if crosses lie on "
      "the background, lower it if spots have none.",
      {"peak-threshold", "counts",
-      "least band-passed value of a peak; default auto, 8 robust standard deviations of the noise; with "
+      "minimum band-passed value of a peak; default auto, 8 robust standard deviations of the noise; with "
       "--window-defaults %1",
       g_orAuto},
      "PeakSearch/PeakBGDiffThreshold"},
@@ -170,15 +172,17 @@ const std::vector<Parameter> g_listParameter = {
      "Radius of the disc whose pixels are summed, pixels. Lower it if neighbours get alike intensities: then "
      "the discs overlap.",
      {"integration-radius", "pixels",
-      "disc of the 2D integration; default auto, three sigmas of a spot or half the way to the next one; "
-      "with --window-defaults %1",
+      "radius of the disc of the 2D integration; default auto, three sigmas of a spot or half the distance "
+      "to the next one; with --window-defaults %1",
       g_orAuto},
      "PeakSearch/Peak2DIntegrationRadious"},
     {&Hunt::m_dfIntegrationBackground,
      {0, 1000, 1, 0.1, " pix."},
      "Width of the ring around the disc, pixels, whose mean is taken as background.",
      {"integration-background", "pixels",
-      "ring around the disc; default auto, at most up to the next spot; with --window-defaults %1", g_orAuto},
+      "width of the ring around the disc; default auto, at most up to the next spot; with --window-defaults "
+      "%1",
+      g_orAuto},
      "PeakSearch/Peak2DIntegrationBG"},
 
     // Page "3D Peak Merging": what is shown and merged
@@ -186,27 +190,27 @@ const std::vector<Parameter> g_listParameter = {
      {0, 100, 2, 0.1, " Å⁻¹"},
      "Peaks nearer to the origin than this d*, Å⁻¹, are neither shown nor merged.",
      {"resolution-min", "Å⁻¹",
-      "least d* of a peak to merge; default auto, beyond the peaks that a saturated direct beam makes of "
-      "itself; with --window-defaults %1",
+      "minimum d* of a peak to merge; default auto, beyond the false peaks of a saturated direct beam; with "
+      "--window-defaults %1",
       g_orAuto}},
     {&Mapping::m_dfResolutionMax,
      {0, 100, 2, 0.1, " Å⁻¹"},
      "Peaks beyond this d*, Å⁻¹, are neither shown nor merged. Raise it if the pattern reaches further.",
      {"resolution-max", "Å⁻¹",
-      "greatest d* of a peak to merge; default auto, no limit; with --window-defaults %1", g_orAuto}},
+      "maximum d* of a peak to merge; default auto, no limit; with --window-defaults %1", g_orAuto}},
     {&Mapping::m_dfIntensityMin,
      {-100000, 1000000, 2, 1, ""},
      "Peaks of a smaller point intensity, counts, are neither shown nor merged. Raise it to leave false "
      "peaks out.",
      {"intensity-min", "counts",
-      "least point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
+      "minimum point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
       g_orAuto}},
     {&Mapping::m_dfIntensityMax,
      {-100000, 1000000, 2, 1, ""},
      "Peaks of a larger point intensity, counts, are neither shown nor merged. Raise it if strong "
      "reflections are missing.",
      {"intensity-max", "counts",
-      "greatest point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
+      "maximum point intensity of a peak to merge; default auto, no limit; with --window-defaults %1",
       g_orAuto}},
 
     // Page "3D Peak Merging": the chains
@@ -231,7 +235,7 @@ const std::vector<Parameter> g_listParameter = {
      {0, 1000, 2, 0.1, " pix."},
      "Longer chains, pixels, are streaks: their peaks are shown one by one and not merged. Raise it if "
      "reflections near the axis, or of a bent crystal, end up there.",
-     {"max-3d-length", "pixels", "longest chain that is no streak; default %1"}},
+     {"max-3d-length", "pixels", "maximum length of a chain that is not a streak; default %1"}},
 
     // Page "Unit Cell Determination and Indexing"
     {&Cell::m_dfCellRangeMin,
@@ -270,29 +274,29 @@ const std::vector<Parameter> g_listParameter = {
      "Both peaks of a pair must have at least this point intensity, counts. Raise it if many groups of pairs "
      "are rejected: then fits of weak spots go astray.",
      {"refine-intensity-low", "counts",
-      "least point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits of "
-      "weak ones go astray; with --window-defaults %1",
+      "minimum point intensity of a peak in a pair; default auto, the median of the indexed peaks, as fits "
+      "of weak ones often fail; with --window-defaults %1",
       g_orAuto}},
     {&Refine::m_dfRefineIntensityHigh,
      {-1e7, 1e7, 1, 0.1, ""},
      "Both peaks of a pair must have at most this point intensity, counts. Raise it if strong pairs are "
      "missing.",
      {"refine-intensity-high", "counts",
-      "greatest point intensity of a peak in a pair; default auto, no limit; with --window-defaults %1",
+      "maximum point intensity of a peak in a pair; default auto, no limit; with --window-defaults %1",
       g_orAuto}},
     {&Refine::m_dfRefineDStarLow,
      {0, 1000, 3, 0.05, " Å⁻¹"},
      "Least distance of the two peaks of a pair, Å⁻¹. Lower it, to about 0.3, if there are few pairs; long "
      "distances say more.",
      {"refine-dstar-low", "Å⁻¹",
-      "least distance of the two peaks of a pair; default auto, 0.3 or less where the patterns are small; "
-      "with --window-defaults %1",
+      "minimum distance of the two peaks of a pair; default auto, 0.3, or less for small patterns; with "
+      "--window-defaults %1",
       g_orAuto}},
     {&Refine::m_dfRefineDStarHigh,
      {0, 1000, 3, 0.05, " Å⁻¹"},
      "Largest distance of the two peaks of a pair, Å⁻¹.",
      {"refine-dstar-high", "Å⁻¹",
-      "greatest distance of the two peaks of a pair; default auto, what the frames reach; with "
+      "maximum distance of the two peaks of a pair; default auto, the largest on the frames; with "
       "--window-defaults %1",
       g_orAuto}},
 };

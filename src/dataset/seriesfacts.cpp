@@ -139,12 +139,12 @@ void takeStep(SeriesFacts& facts, const SideTexts& texts)
         facts.tilts.strSource = QStringLiteral("%1, %2").arg(bound.strSource, step.strSource);
     } else {
         facts.listDoubt.append(
-            QStringLiteral("%1: neither start nor end is told; the first frame is taken to start at 0°.")
+            QStringLiteral("%1: neither start nor end is given; the first frame is assumed to start at 0°.")
                 .arg(step.strSource));
     }
     if (step.df > 0) {  // programs that write a sign write it for decreasing tilts
         facts.listDoubt.append(
-            QStringLiteral("%1 has no sign that could be relied on: the tilt is taken to rise.")
+            QStringLiteral("The sign of %1 is not reliable: the tilt is assumed to increase.")
                 .arg(step.strSource));
     }
 }
@@ -193,8 +193,8 @@ void settleWavelength(SeriesFacts& facts)
     ToldNumber& wavelength = facts.wavelength;
     if (wavelength.isTold() && !isElectronWavelength(wavelength.df)) {
         facts.listDoubt.append(
-            QStringLiteral("%1 is %2 Å, which is no wavelength of electrons in a microscope: "
-                           "it is not taken.")
+            QStringLiteral(
+                "%1 is %2 Å, which is not a wavelength of electrons in a microscope: it is not used.")
                 .arg(wavelength.strSource)
                 .arg(wavelength.df));
         wavelength = {};
@@ -207,7 +207,7 @@ void settleWavelength(SeriesFacts& facts)
                        std::abs(wavelength.df - dfOfVoltage) <= g_dfSameWavelength * dfOfVoltage;
     if (wavelength.isTold() && !bSame) {
         facts.listDoubt.append(
-            QStringLiteral("%1 is %2 Å, but %3 of %4 kV would be %5 Å: the former is taken.")
+            QStringLiteral("%1 is %2 Å, but %3 of %4 kV would be %5 Å: the former is used.")
                 .arg(wavelength.strSource, QString::number(wavelength.df), facts.kilovolts.strSource,
                      QString::number(facts.kilovolts.df), QString::number(dfOfVoltage, 'g', 5)));
         return;
@@ -228,8 +228,7 @@ void settlePixelSize(SeriesFacts& facts, double dfGiven)
     ToldNumber& pixelSize = facts.pixelSize;
     if (pixelSize.isTold() && !isPixelSize(pixelSize.df)) {
         facts.listDoubt.append(
-            QStringLiteral("%1 is %2 Å⁻¹, which cannot be the size of one pixel: it is not "
-                           "taken.")
+            QStringLiteral("%1 is %2 Å⁻¹, which cannot be the size of one pixel: it is not used.")
                 .arg(pixelSize.strSource)
                 .arg(pixelSize.df));
         pixelSize = {};
@@ -247,7 +246,7 @@ void settlePixelSize(SeriesFacts& facts, double dfGiven)
         pixelSize = {dfFollows, strFollows};
         facts.bOfCameraLength = true;
     } else if (std::abs(pixelSize.df - dfFollows) > g_dfSamePixelSize * dfFollows) {
-        facts.listDoubt.append(QStringLiteral("%1 is %2 Å⁻¹, but %3 make %4 Å⁻¹: the former is taken.")
+        facts.listDoubt.append(QStringLiteral("%1 is %2 Å⁻¹, but %3 give %4 Å⁻¹: the former is used.")
                                    .arg(pixelSize.strSource, QString::number(pixelSize.df, 'g', 5),
                                         strFollows, QString::number(dfFollows, 'g', 5)));
     }

@@ -23,7 +23,7 @@ double meanOf(const QList<double>& list, int nFirst, int nCount)
 void tellFrames(const SeriesChoice& choice, int nFrames, int nTaken, int nSums, CRunReport& report)
 {
     if (nTaken < nFrames) {
-        report.addMessage(QStringLiteral("%L1 of %L2 frames are taken (%3).")
+        report.addMessage(QStringLiteral("%L1 of %L2 frames are used (%3).")
                               .arg(nTaken)
                               .arg(nFrames)
                               .arg(choiceText(choice)));
@@ -33,7 +33,7 @@ void tellFrames(const SeriesChoice& choice, int nFrames, int nTaken, int nSums, 
         report.addMessage(
             QStringLiteral("%L1 frames of the sums of %2 neighbours.").arg(nSums).arg(choice.nSum) +
             (nLeft > 0
-                 ? QStringLiteral(" Left over before a hole or at the end, and left out: %L1.").arg(nLeft)
+                 ? QStringLiteral(" Left over before a gap or at the end, and not used: %L1.").arg(nLeft)
                  : QString()));
     }
 }
@@ -92,7 +92,7 @@ bool takeSeriesChoice(DataSet& data, const SeriesChoice& choice, CRunReport& rep
     const QList<int> listFirst = sumStarts(listTaken, choice.nSum);
     if (listFirst.isEmpty()) {
         return giveReason(pstrReason,
-                          QStringLiteral("there are no %1 frames side by side among the %2 that are taken")
+                          QStringLiteral("there are no %1 successive frames among the %2 that are used")
                               .arg(choice.nSum)
                               .arg(listTaken.size()));
     }

@@ -17,7 +17,7 @@ bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrR
 {
     dropComments(listLine);
     if (listLine.size() < 2) {
-        return giveReason(pstrReason, QStringLiteral("a direct beam and one frame are the least"));
+        return giveReason(pstrReason, QStringLiteral("at least a direct beam and one frame are needed"));
     }
     ShiftData shiftRead;
     CTextScanner scannerCenter(listLine[0]);

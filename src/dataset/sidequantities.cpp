@@ -236,7 +236,7 @@ double fromLikelyUnit(SideNumber& number, Quantity quantity, double df)
         default:
             return df;  // degrees, seconds and Å are rarely given in other units
     }
-    number.strDoubt = QStringLiteral("%1 has no unit; it is not taken.").arg(QString::number(df, 'g', 6));
+    number.strDoubt = QStringLiteral("%1 has no unit; it is not used.").arg(QString::number(df, 'g', 6));
     return NAN;
 }
 
@@ -265,7 +265,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
     if (comma.bAmbiguous) {
         number.df = NAN;
         number.strDoubt =
-            QStringLiteral("\"%1\" may be one number or several; it is not taken.").arg(strValue.trimmed());
+            QStringLiteral("\"%1\" may be one number or several; it is not used.").arg(strValue.trimmed());
         return number;
     }
     if (!match.hasMatch()) {
@@ -294,8 +294,7 @@ std::optional<SideNumber> sideNumber(const QString& strKey, const QString& strVa
         number.df = fromLikelyUnit(number, quantity, df);
     } else {
         number.df = NAN;
-        number.strDoubt =
-            QStringLiteral("the unit \"%1\" is not known; the value is not taken.").arg(strUnit);
+        number.strDoubt = QStringLiteral("the unit \"%1\" is not known; the value is not used.").arg(strUnit);
     }
     if (it->quantity == Quantity::Axis && std::isfinite(number.df)) {
         number.strDoubt = QStringLiteral("its sense and zero are not certain.");

@@ -56,7 +56,7 @@ void keep(SideTexts& texts, const SideNumber& number, const QString& strName)
     if (!kept.isTold()) {
         kept = {number.df, strSource};
     } else if (std::abs(kept.df - number.df) > g_dfSameValue * std::abs(kept.df) + 1e-9) {
-        addDoubt(texts, QStringLiteral("%1 is %2, but %3 is %4: the first is taken.")
+        addDoubt(texts, QStringLiteral("%1 is %2, but %3 is %4: the first is used.")
                             .arg(kept.strSource, QString::number(kept.df, 'g', 6), strSource,
                                  QString::number(number.df, 'g', 6)));
     }

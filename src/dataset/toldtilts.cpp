@@ -101,8 +101,8 @@ ToldTilts tiltsOfStarts(const std::vector<FrameHeader>& vecHeader, const QList<d
         const bool bWider = listStart.size() > 1 &&
                             std::abs(dfWidth) > std::abs(dfStep) * (1 + g_dfWidthTolerance);
         if (bAgainst || bWider) {
-            listDoubt.append(QStringLiteral("%1 tells frames of %2, but from one frame to the next %3 goes "
-                                            "on by %4: the latter is taken.")
+            listDoubt.append(QStringLiteral("%1 gives frames of %2, but from one frame to the next %3 "
+                                            "changes by %4: the latter is used.")
                                  .arg(first.tiltStep.strSource, inDegrees(dfWidth), first.tiltStart.strSource,
                                       inDegrees(dfStep)));
         } else {
@@ -135,15 +135,16 @@ void doubtTilts(const QList<double>& listTilt, const QStringList& listName, QStr
         }
     }
     if (nBack > 0) {
-        listDoubt.append(QStringLiteral("The tilt does not go on in one direction: at %1 it goes from %2 to "
-                                        "%3 (%4 such frames). Are the frames in the order in which they were "
-                                        "taken?")
-                             .arg(listName.value(nFirstBack), inDegrees(listTilt[nFirstBack - 1]),
-                                  inDegrees(listTilt[nFirstBack]))
-                             .arg(nBack));
+        listDoubt.append(
+            QStringLiteral("The tilt does not always change in one direction: at %1 it goes from %2 to %3 "
+                           "(%4 such frames). Are the frames in the order in which they were "
+                           "taken?")
+                .arg(listName.value(nFirstBack), inDegrees(listTilt[nFirstBack - 1]),
+                     inDegrees(listTilt[nFirstBack]))
+                .arg(nBack));
     }
     if (nLeap > 0) {
-        listDoubt.append(QStringLiteral("The tilt leaps at %1, from %2 to %3, while the usual step is %4 (%5 "
+        listDoubt.append(QStringLiteral("The tilt jumps at %1, from %2 to %3, while the usual step is %4 (%5 "
                                         "such frames). Are frames missing?")
                              .arg(listName.value(nFirstLeap), inDegrees(listTilt[nFirstLeap - 1]),
                                   inDegrees(listTilt[nFirstLeap]), inDegrees(dfStep))
@@ -174,21 +175,21 @@ ToldTilts tiltsOfHeaders(const std::vector<FrameHeader>& vecHeader, const QStrin
         tilts = {evenList(nFrames, dfStart + width.df / 2, width.df),
                  QStringLiteral("%1 from frame to frame").arg(width.strSource)};
         listDoubt.append(
-            QStringLiteral("No frame tells a tilt of its own: %1, %2, is taken from each frame to "
-                           "the next.")
+            QStringLiteral(
+                "No frame has a tilt of its own: %1, %2, is used as the step from each frame to the next.")
                 .arg(width.strSource, inDegrees(width.df)));
     }
     const int nMost = std::max(nStarts, nTilts);
     if (!tilts.isTold() && nMost > 0 && nMost < nFrames) {
         const QString strWithout = firstWithout(vecHeader, listName);
         listDoubt.append(
-            QStringLiteral("Only %1 of %2 frames tell a tilt: none is taken.").arg(nMost).arg(nFrames) +
+            QStringLiteral("Only %1 of %2 frames have a tilt: none is used.").arg(nMost).arg(nFrames) +
             (strWithout.isEmpty() ? QString() : QStringLiteral(" The first without is %1.").arg(strWithout)));
     }
     const auto isBeyond = [](double df) { return !(std::abs(df) <= g_dfMostTilt); };
     const auto itBeyond = std::find_if(tilts.list.cbegin(), tilts.list.cend(), isBeyond);
     if (itBeyond != tilts.list.cend()) {
-        listDoubt.append(QStringLiteral("The tilt of %1 would be %2, beyond %3: none is taken.")
+        listDoubt.append(QStringLiteral("The tilt of %1 would be %2, beyond %3: none is used.")
                              .arg(listName.value(int(itBeyond - tilts.list.cbegin())), inDegrees(*itBeyond),
                                   inDegrees(g_dfMostTilt)));
         return {};
@@ -207,7 +208,7 @@ ToldTilts tiltsOfRange(int nFrames, double dfStart, double dfEnd, double dfWidth
         const double dfSigned = std::copysign(dfWidth, dfStep);
         if (std::abs(dfSigned - dfStep) > g_dfEvenTolerance * std::abs(dfStep)) {
             listDoubt.append(QStringLiteral("From %1 to %2 in %3 frames would be steps of %4, but the step "
-                                            "is told as %5, which is taken.")
+                                            "is given as %5, which is used.")
                                  .arg(inDegrees(dfStart), inDegrees(dfEnd))
                                  .arg(nFrames)
                                  .arg(inDegrees(dfStep), inDegrees(dfSigned)));

@@ -9,9 +9,9 @@ RunOutcome exportZoneAxisCif(const ExchangeSource& source, const VirtualFrameOpt
                              CRunReport& report)
 {
     if (!source.pIntegration) {
-        return refuseRun(report,
-                         QStringLiteral("Nothing is integrated, and the list for dynamical refinement holds "
-                                        "intensities."));
+        return refuseRun(
+            report, QStringLiteral(
+                        "Nothing is integrated, but the list for dynamical refinement needs intensities."));
     }
     const int nFrames = source.series.frameCount();
     const IntegratedSeries& integrated = source.pIntegration->integrated;

@@ -11,7 +11,7 @@ RunOutcome exportForDials(const ExchangeSource& source, const std::vector<Geomet
                           CRunReport& report)
 {
     if (!source.bCell || listSpot.empty()) {
-        return refuseRun(report, QStringLiteral("No peaks are indexed, and DIALS is to get indexed ones."));
+        return refuseRun(report, QStringLiteral("No peaks are indexed, but DIALS needs indexed ones."));
     }
     const ExchangeFrames frames = chooseExchangeFrames(source, FrameGaps::Filled);
     const std::optional<ExchangeGeometry> geometry = toldGeometry(source, frames, report);

@@ -94,12 +94,11 @@ RunOutcome writeBlanks(const ExchangeSource& source, const ExchangeFrames& frame
         }
     }
     if (!listFile.isEmpty()) {
-        report.addMessage(
-            QStringLiteral("Gaps in the numbers are filled by blank images, all of whose pixels "
-                           "count as cut off: %L1, the first of them %2.")
-                .arg(listFile.size())
-                .arg(QFileInfo(listFile.first()).fileName()),
-            Severity::Milestone);
+        report.addMessage(QStringLiteral("Gaps in the numbers are filled by blank images, whose pixels are "
+                                         "all marked as saturated: %L1, the first of them %2.")
+                              .arg(listFile.size())
+                              .arg(QFileInfo(listFile.first()).fileName()),
+                          Severity::Milestone);
     }
     return {};
 }

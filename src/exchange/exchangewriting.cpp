@@ -24,20 +24,21 @@ void tellGeometry(const ExchangeGeometry& geometry, CRunReport& report)
                           .arg(geometry.beam.dfX, 0, 'f', 2)
                           .arg(geometry.beam.dfY, 0, 'f', 2));
     if (geometry.dfWorstAngle > geometry.dfWidth / 4) {
-        report.addMessage(QStringLiteral("Warning: the frames do not turn by equal steps, which other "
-                                         "programs take them to do; one is off by %1°.")
-                              .arg(geometry.dfWorstAngle, 0, 'f', 3),
-                          Severity::Warning);
+        report.addMessage(
+            QStringLiteral(
+                "Warning: the tilt steps are not equal, as other programs assume; one frame is off by %1°.")
+                .arg(geometry.dfWorstAngle, 0, 'f', 3),
+            Severity::Warning);
     }
     if (geometry.worstBeam() > 1.5) {
-        report.addMessage(QStringLiteral("Warning: the beam wanders by up to %1 pixels over the frames as "
-                                         "other programs get them, which these cannot follow.")
+        report.addMessage(QStringLiteral("Warning: the beam moves by up to %1 pixels over the exported "
+                                         "frames, which other programs cannot correct.")
                               .arg(geometry.worstBeam(), 0, 'f', 1),
                           Severity::Warning);
     }
     if (geometry.rotation.kind != RotationKind::Continuous) {
-        report.addMessage(QStringLiteral("Warning: XDS and DIALS take the crystal to turn while a frame is "
-                                         "exposed, which it did not."),
+        report.addMessage(QStringLiteral("Warning: XDS and DIALS assume that the crystal turned during the "
+                                         "exposure of a frame, which it did not."),
                           Severity::Warning);
     }
 }

@@ -45,7 +45,7 @@ QStringList labelsOf(const ReciprocalSection& section)
         listLabel.append(QStringLiteral("Averaged by %1").arg(section.strLaueClass));
     }
     if (section.bWithoutRings) {
-        listLabel.append(QStringLiteral("Medians of rings about the direct beam taken off"));
+        listLabel.append(QStringLiteral("Medians of rings around the direct beam subtracted"));
     }
     return listLabel;
 }

@@ -171,11 +171,10 @@ std::optional<PeakThreshold> estimatePeakThreshold(const DataSet& dataSet,
     }
     found.dfThreshold = rounded(found.dfScale * double(medianOf(vecThreshold)));
     if (found.dfScale != 1) {
-        report.addMessage(
-            QStringLiteral("The values of the frames are small: for peaks, their threshold and their "
-                           "intensities they are taken times %L1.")
-                .arg(found.dfScale),
-            Severity::Info);
+        report.addMessage(QStringLiteral("The values of the frames are small: for peaks, threshold and "
+                                         "intensities they are multiplied by %L1.")
+                              .arg(found.dfScale),
+                          Severity::Info);
     }
     report.addMessage(QStringLiteral("Peak threshold %L1 from the noise of %L2 frames.")
                           .arg(found.dfThreshold)

@@ -54,10 +54,9 @@ void CBadPixelLines::add(int nFrame, qint64 nBad, CRunReport& report)
                 .arg(nFrame + 1)
                 .arg(nBad));
     } else if (nBad > 0 && !m_bSaidSo) {
-        report.addMessage(
-            QStringLiteral("Frame #%L1 and those after it have as many such pixels unless others are told, "
-                           "as of a mask of the detector.")
-                .arg(nFrame + 1));
+        report.addMessage(QStringLiteral("Frame #%L1 and those after it have the same number of such pixels "
+                                         "unless others are named, as with a mask of the detector.")
+                              .arg(nFrame + 1));
         m_bSaidSo = true;
     }
     m_nFormer = nBad;

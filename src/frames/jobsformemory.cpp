@@ -53,8 +53,8 @@ int jobsForMemory(const SeriesSnapshot& series, int nJobs, FrameMemory memory, C
     if (nFit < nJobs && pReport) {
         pReport->addMessage(
             QStringLiteral(
-                "Of %L1 frames side by side there is memory for %L2: one takes about %L3 MB, and %L4 MB "
-                "can be had. The run goes on with %L2 (as with the driver's option --jobs %2).")
+                "Of %L1 frames in parallel there is memory for %L2: one takes about %L3 MB, and %L4 MB are "
+                "available. The run continues with %L2 (as with the driver's option --jobs %2).")
                 .arg(nJobs)
                 .arg(nFit)
                 .arg((nShared + nEach) / g_nMegabyte)

@@ -73,8 +73,8 @@ RunOutcome exportSMVImages(const DataSet& dataSet, const QString& strFolder,
     QString strHeader = headerOfSeries(dataSet, dfDistance);
     if (!dataSet.m_distortion.isNone()) {
         report.addMessage(
-            QStringLiteral("SMV headers hold no distortion of the lens and no axis out of the "
-                           "plane: the frames keep them, and who reads them has to know."));
+            QStringLiteral("SMV headers cannot describe a distortion of the lens or an axis out of the "
+                           "plane: the frames keep them, and must be read with this in mind."));
     }
     SeriesExport what(dataSet);
     what.strName = QStringLiteral("Exporting SMV files");

@@ -43,7 +43,7 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::opt
     const double dfFree = g_dfWideToNarrow * dfNarrow;
     const double dfWide = std::max(g_dfLeastWideToNarrow * dfNarrow, std::min(dfFree, 0.99 * dfHalfWay));
     const QString strHalfWay =
-        QStringLiteral("half the way to the next spot is %1 pixels").arg(figure(dfHalfWay));
+        QStringLiteral("half the distance to the next spot is %1 pixels").arg(figure(dfHalfWay));
     const double dfDisc = std::ceil(g_dfDisc * size->dfSigma);
     const double dfRadius = std::max(1.0, std::min(dfDisc, std::floor(dfHalfWay)));
     const double dfRing = std::floor(size->dfClosest - g_dfFoot * size->dfSigma - dfRadius);
@@ -57,7 +57,7 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::opt
         suggestedValue(&Hunt::m_dfIntegrationRadius, dfRadius, dfRadius < dfDisc ? strHalfWay : strSize),
         suggestedValue(&Hunt::m_dfIntegrationBackground, bRing ? std::max(1.0, dfRing) : g_dfRing,
                        bRing ? QStringLiteral("the next spot begins beyond that")
-                             : QStringLiteral("no spot lies near"))};
+                             : QStringLiteral("there is no spot nearby"))};
 }
 
 std::optional<Suggestion> suggestRadii(const DataSet& dataSet, CRunReport& report,
@@ -68,10 +68,9 @@ std::optional<Suggestion> suggestRadii(const DataSet& dataSet, CRunReport& repor
         return std::nullopt;
     }
     if (!size) {
-        report.addMessage(
-            QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
-                           "the peak search are those of the page."),
-            Severity::Info);
+        report.addMessage(QStringLiteral("The size of the spots cannot be determined from the frames looked "
+                                         "at: the radii of the peak search are those of the page."),
+                          Severity::Info);
     }
     return suggestPeakSearch(size, dfPeakRadius);
 }

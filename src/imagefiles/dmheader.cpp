@@ -50,11 +50,11 @@ void tellScale(const CImageTags& tags, FrameHeader& header)
     header.pixelSize = scale(0);
     const ToldNumber other = scale(1);
     if (header.pixelSize.isTold() && other.isTold() && std::abs(other.df / header.pixelSize.df - 1) > 0.001) {
-        header.listDoubt += QStringLiteral(
-                                "The pixels are said not to be square (%1 and %2 1/Å); the first is "
-                                "taken")
-                                .arg(header.pixelSize.df)
-                                .arg(other.df);
+        header.listDoubt +=
+            QStringLiteral(
+                "The pixels are not square according to the header (%1 and %2 1/Å); the first is used")
+                .arg(header.pixelSize.df)
+                .arg(other.df);
     }
 }
 
@@ -80,10 +80,9 @@ void tellMicroscope(const CImageTags& tags, FrameHeader& header)
     if (header.nImages == 1) {
         header.tilt = {dfAlpha, QStringLiteral("Stage Position: Stage Alpha")};
     } else {
-        header.listDoubt += QStringLiteral(
-                                "A tilt of %1 degrees is told, once for all images of the file; it is "
-                                "not used")
-                                .arg(dfAlpha);
+        header.listDoubt +=
+            QStringLiteral("A tilt of %1 degrees is given once for all images of the file; it is not used")
+                .arg(dfAlpha);
     }
 }
 
@@ -142,7 +141,7 @@ FrameHeader dmHeader(const DmTags& tags, const DmImage& image)
     tellMicroscope(imageTags, header);
     tellCamera(imageTags, header);
     if (image.nPlanesTold > image.nPlanes) {
-        header.listDoubt += QStringLiteral("The file is cut: %1 of %2 images are there")
+        header.listDoubt += QStringLiteral("The file is truncated: it has %1 of %2 images")
                                 .arg(image.nPlanes)
                                 .arg(image.nPlanesTold);
     }

@@ -105,11 +105,11 @@ void tellPixel(const CRecord& record, const QString& strKind, FrameHeader& heade
     }
     header.pixelSize = told(dfX * 1e-10, strKind + QStringLiteral(": pixel size X"));
     if (dfY > 0 && std::abs(dfY / dfX - 1) > 0.001) {
-        header.listDoubt += QStringLiteral(
-                                "The pixels are said not to be square (%1 and %2 1/Å); the first is "
-                                "taken")
-                                .arg(dfX * 1e-10)
-                                .arg(dfY * 1e-10);
+        header.listDoubt +=
+            QStringLiteral(
+                "The pixels are not square according to the header (%1 and %2 1/Å); the first is used")
+                .arg(dfX * 1e-10)
+                .arg(dfY * 1e-10);
     }
 }
 
@@ -139,8 +139,8 @@ void tellRange(const CRecord& record, const QString& strKind, int nImage, FrameH
         return;  // each image has its tilt
     } else {
         header.listDoubt += QStringLiteral(
-                                "Start and end tilt (%1 and %2 degrees) are those of the whole "
-                                "recording; where this frame lies in it is not told")
+                                "Start and end tilt (%1 and %2 degrees) are those of the whole recording; "
+                                "the position of this frame in it is not given")
                                 .arg(dfStart)
                                 .arg(dfEnd);
     }
@@ -172,10 +172,9 @@ void tellTilt(const CRecord& record, const QString& strKind, int nImage, FrameHe
     }
     const double dfAxis = record.real(g_fieldTiltAxis);
     if (isAngle(dfAxis) && dfAxis != 0) {
-        header.listDoubt += QStringLiteral(
-                                "A tilt axis of %1 degrees is told, but not from where and in which "
-                                "sense it counts; it is not used")
-                                .arg(dfAxis);
+        header.listDoubt +=
+            QStringLiteral("A tilt axis of %1 degrees is given, but not its zero and sense; it is not used")
+                .arg(dfAxis);
     }
 }
 

@@ -200,9 +200,8 @@ void readBerkeley(hid_t idFile, const QString& strPath, Hdf5Series& series)
         }
     }
     series.header.listDoubt.append(
-        QStringLiteral("The file does not tell which axes are those of the image: the last two were taken, "
-                       "with the first row "
-                       "on top."));
+        QStringLiteral("The file does not define which axes are those of the image: the last two were used, "
+                       "with the first row on top."));
 }
 
 }  // namespace tessera

@@ -160,11 +160,10 @@ void readBeam(const Source& source, const QByteArray& strEntry, FrameHeader& hea
     if (energy.isTold() && (source.bElectrons || energy.df >= dfPerhapsElectrons)) {
         header.kilovolts = {energy.df / 1000, energy.strSource};
         if (!source.bElectrons && energy.df < dfSurelyElectrons) {
-            header.listDoubt.append(
-                QStringLiteral("%1: the energy of %2 keV was taken for that of electrons, which "
-                               "the file does not say.")
-                    .arg(energy.strSource)
-                    .arg(energy.df / 1000));
+            header.listDoubt.append(QStringLiteral("%1: the energy of %2 keV was taken as that of electrons, "
+                                                   "which the file does not confirm.")
+                                        .arg(energy.strSource)
+                                        .arg(energy.df / 1000));
         }
     }
 }

@@ -199,8 +199,7 @@ void takeAngles(const Step& step, const ToldNumber& width, Hdf5Series& series)
     const size_t nImages = size_t(series.header.nImages);
     if (nImages > g_nMostAngles) {
         series.header.listDoubt.append(
-            QStringLiteral(
-                "The tilts were not taken, as the file tells of %1 images and no more than %2 get one.")
+            QStringLiteral("The tilts were not used, as the file has %1 images but only %2 tilts.")
                 .arg(nImages)
                 .arg(g_nMostAngles));
         return;
@@ -229,7 +228,7 @@ void takeAxis(hid_t idFile, const QString& strFile, const QByteArray& strDetecto
     QString strReason;
     constexpr double dfAlong = 1 - 1e-9;
     if (!bElectrons && std::fabs(axis[0]) > dfAlong) {
-        strReason = QStringLiteral("it is the one that detectors write when they were told none");
+        strReason = QStringLiteral("it is the default of the detector");
     } else if (const auto dfDegrees = axisOnImage(axis, direction("/fast_pixel_direction"),
                                                   direction("/slow_pixel_direction"), strReason)) {
         header.rotationAxis = {*dfDegrees, QStringLiteral("vector of the scan's axis")};
@@ -247,7 +246,7 @@ std::optional<double> axisOnImage(const NexusVector& axis, const NexusVector& fa
     const NexusVector normal = cross(slow, fast);  // out of the image, towards the viewer
     const auto isUnit = [](const NexusVector& v) { return std::fabs(dot(v, v) - 1) < dfSquare; };
     if (!isUnit(axis) || !isUnit(fast) || !isUnit(slow) || std::fabs(dot(fast, slow)) > dfSquare) {
-        strReason = QStringLiteral("the directions of axis, rows and columns are not told");
+        strReason = QStringLiteral("the directions of axis, rows and columns are not given");
     } else if (-normal[2] < dfAcross) {  // towards the source
         strReason = QStringLiteral("the detector is not across the beam, or is seen from behind");
     } else if (std::fabs(dot(axis, normal)) > dfInPlane) {

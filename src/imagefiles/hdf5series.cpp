@@ -120,10 +120,10 @@ QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
             }
             if (nCount == 0) {  // the following images have no number
                 strReason = i + 1 < vecBlock.size()
-                                ? vecBlock[i].strMissing + QStringLiteral(
-                                                               "; how many images it has is not "
-                                                               "told, so those behind it are "
-                                                               "not numbered and left out")
+                                ? vecBlock[i].strMissing +
+                                      QStringLiteral(
+                                          "; the number of its images is unknown, so the files after it "
+                                          "cannot be numbered and are left out")
                                 : strReason;
                 vecBlock.resize(i);
                 return strReason;
@@ -138,8 +138,8 @@ QString countMissing(std::vector<Hdf5Block>& vecBlock, qint64 nTotal)
         if (nBefore > nMost) {
             const QString strMissing = strReason.isEmpty() ? QString() : strReason + QStringLiteral("; ");
             strReason = strMissing + QStringLiteral(
-                                         "it tells of more than %1 images, of which too few are in "
-                                         "its files, so that the last ones are left out")
+                                         "it announces more than %1 images, but too few are in its files, so "
+                                         "that the last ones are left out")
                                          .arg(nMost);
             vecBlock.resize(i);
             return strReason;

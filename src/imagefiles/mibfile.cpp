@@ -247,7 +247,7 @@ void doubtSeams(const MibHeader& header, const QMap<QString, QString>& mapSide, 
     const QString strFill = mapSide.value(QStringLiteral("Gap Fill Mode"), QStringLiteral("not told"));
     listDoubt.append(
         QStringLiteral("%1 pixels at each seam between chips are put in (Gap Fill Mode: %2), and those "
-                       "beside them are wider than others: do not trust what lies there.")
+                       "beside them are wider than others: do not trust them.")
             .arg(nSeam)
             .arg(strFill));
 }
@@ -343,7 +343,7 @@ FrameHeader readMibHeader(const QString& strFileName, int nImage)
     }
     const int nTold = mapSide.value(QStringLiteral("Frames in Acquisition")).toInt();
     if (nTold > 0 && nTold != stream.nImages) {
-        result.listDoubt.append(QStringLiteral("The .hdr beside the file tells of %1 images; there are %2.")
+        result.listDoubt.append(QStringLiteral("The .hdr beside the file announces %1 images; there are %2.")
                                     .arg(nTold)
                                     .arg(stream.nImages));
     }

@@ -98,10 +98,9 @@ void tellOldFei(const QByteArray& bytes, bool bBigEndian, FrameHeader& header)
         header.pixelSize = {dfPixel * 1e-10, QStringLiteral("FEI: pixel size")};
     }
     if (dfAxis != 0 && std::abs(dfAxis) <= 360) {
-        header.listDoubt += QStringLiteral(
-                                "A tilt axis of %1 degrees is told, but not from where and in which "
-                                "sense it counts; it is not used")
-                                .arg(dfAxis);
+        header.listDoubt +=
+            QStringLiteral("A tilt axis of %1 degrees is given, but not its zero and sense; it is not used")
+                .arg(dfAxis);
     }
 }
 

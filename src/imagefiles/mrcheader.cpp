@@ -44,8 +44,9 @@ void tellGuesses(const MrcLayout& layout, const MrcSections& sections, FrameHead
                                 : QStringLiteral("The pixels of 8 bits are taken as counts from -128 to 127");
     }
     if (sections.nInFile < layout.nZ) {
-        header.listDoubt +=
-            QStringLiteral("The file is cut: %1 of %2 images are there").arg(sections.nInFile).arg(layout.nZ);
+        header.listDoubt += QStringLiteral("The file is truncated: it has %1 of %2 images")
+                                .arg(sections.nInFile)
+                                .arg(layout.nZ);
     }
 }
 

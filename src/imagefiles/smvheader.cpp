@@ -97,7 +97,7 @@ bool layoutOf(SmvHeader& header, QString& strReason)
     header.pixels.nWidth = header.text("SIZE1").toLongLong(&bWidth);
     header.pixels.nHeight = header.text("SIZE2").toLongLong(&bHeight);
     if (!bWidth || !bHeight) {
-        strReason = QStringLiteral("the header tells no SIZE1 and SIZE2");
+        strReason = QStringLiteral("the header has no SIZE1 and SIZE2");
         return false;
     }
     return isImageSize(header.pixels.nWidth, header.pixels.nHeight, strReason) &&
@@ -135,7 +135,7 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
     bool bNumber = false;
     const qint64 nHeader = mapFirst["HEADER_BYTES"].toLongLong(&bNumber);
     if (!bNumber || nHeader < 1) {
-        strReason = QStringLiteral("the header tells no HEADER_BYTES");
+        strReason = QStringLiteral("the header has no HEADER_BYTES");
         return false;
     }
     if (nHeader > file.size()) {

@@ -64,7 +64,7 @@ QMap<QString, QString> linesOf(const QString& strText, QChar chSplit)
 QString unusedScale(const char* pszSource, double df, const QString& strUnit)
 {
     return QStringLiteral(
-               "%1 tells of a pixel of %2 %3, which is not used: it has no unit of reciprocal space")
+               "%1 gives a pixel of %2 %3, which is not used: its unit is not one of reciprocal space")
         .arg(QLatin1String(pszSource), QString::number(df),
              strUnit.isEmpty() ? QStringLiteral("(no unit)") : strUnit);
 }

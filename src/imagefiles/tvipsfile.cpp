@@ -276,7 +276,7 @@ void tellPixel(const SeriesHeader& header, quint32 nMode, FrameHeader& result)
         result.detectorPixel = told(header.nPixelSize / 1000.0 * header.nBinning, "pixel size, binning");
         result.listDoubt.append(
             QStringLiteral("The pixel size, %1, is taken as that of the camera in nm, before "
-                           "binning by %2; the file does not tell which it is.")
+                           "binning by %2; the file does not say which it is.")
                 .arg(header.nPixelSize)
                 .arg(header.nBinning));
     } else {

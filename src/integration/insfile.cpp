@@ -114,8 +114,7 @@ QByteArray contentLines(const StructureData& data)
     int nUnits = data.nUnits;
     if (formula.isEmpty()) {
         bytes += remark(
-            QStringLiteral("No formula was told: carbon stands for all atoms, 18 cubic "
-                           "angstroms each."));
+            QStringLiteral("No formula was given: all atoms are taken as carbon, 18 cubic angstroms each."));
         nUnits = std::max(1, int(std::lround(data.dfVolume / 18)));
         formula.listElement = {{gemmi::El::C, 1}};
     } else {

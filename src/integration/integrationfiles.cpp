@@ -35,8 +35,9 @@ public:
         const QString strWanted = strBase + resultSuffix(file);
         const QString strFile = nameForSealed(strBase, resultSuffix(file), m_listTaken);
         if (strFile.isEmpty()) {
-            m_files.listNote.append(QStringLiteral("%1 is not replaced, as it is not as it was written here.")
-                                        .arg(shortName(strWanted)));
+            m_files.listNote.append(
+                QStringLiteral("%1 is not replaced, as it was not written here or was changed since.")
+                    .arg(shortName(strWanted)));
             return;
         }
         if (strFile != strWanted) {

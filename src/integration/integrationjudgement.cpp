@@ -55,7 +55,7 @@ LaueCandidate chosenClass(const LaueProposal& proposal, const JudgementOptions& 
     const QString strWish = options.nSpaceGroup == 0
                                 ? QStringLiteral("the Laue class %1").arg(options.strLaueClass)
                                 : QStringLiteral("space group %1").arg(options.nSpaceGroup);
-    report.addMessage(QStringLiteral("The lattice does not have %1: %2 is taken.")
+    report.addMessage(QStringLiteral("The lattice does not have %1: %2 is used.")
                           .arg(strWish, proposal.listCandidate.front().strClass),
                       Severity::Warning);
     return proposal.listCandidate.front();

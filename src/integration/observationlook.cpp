@@ -51,7 +51,7 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
     const CPassageGeometry passages(series);
     const auto predicted = nFrames > 0 ? passages.placeOn(observation.anIndex, nMiddle) : std::nullopt;
     if (listOne.front().nFirstFrame > listOne.front().nLastFrame || !predicted) {
-        report.fail(QStringLiteral("The reflection shows on no frame of the series."));
+        report.fail(QStringLiteral("The reflection is on no frame of the series."));
         return false;
     }
     const CSeriesFrames frames(dataSet, series.sizeFrame);
@@ -74,9 +74,8 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
         const SeriesFrame frame = frames.read(nFrame);
         std::vector<ExpectedSpot> listSpot = expected.onFrame(nFrame);
         if (!frame.pImage || listSpot.empty()) {
-            report.fail(frame.pImage
-                            ? QStringLiteral("The reflection has no place on frame #%L1.").arg(nFrame + 1)
-                            : frame.strFault);
+            report.fail(frame.pImage ? QStringLiteral("The reflection is not on frame #%L1.").arg(nFrame + 1)
+                                     : frame.strFault);
             return false;
         }
         // The place on its frame was corrected when it was measured; apply the same correction on the other

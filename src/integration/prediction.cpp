@@ -203,7 +203,7 @@ QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOption
     const double dfMostPoints = 3e7;  // takes some seconds, and one or two GB if most of them cross
     const DiffractionGeometry& geometry = passages.series().geometry;
     if (!isCell(geometry) || !(geometry.dfWavelength > 0)) {
-        return QStringLiteral("The basis spans no cell: there is nothing to predict from it.");
+        return QStringLiteral("The vectors of the basis are co-planar: nothing can be predicted from it.");
     }
     const double dfMaxDStar = furthestDStar(passages, options);
     double dfPoints = 1;
@@ -214,9 +214,9 @@ QString whyNotPredicted(const CPassageGeometry& passages, const PredictionOption
         return {};
     }
     return QStringLiteral(
-               "To d = %1 Å this cell has some %2 million points to look at, and at most %3 million "
-               "are. A wrong cell, wavelength or pixel size does that; a large cell can be integrated "
-               "to a lower resolution.")
+               "To d = %1 Å this cell has some %2 million lattice points; the limit is %3 million. A wrong "
+               "cell, wavelength or pixel size causes this; a large cell can be integrated to a lower "
+               "resolution.")
         .arg(1 / dfMaxDStar, 0, 'g', 3)
         .arg(dfPoints / 1e6, 0, 'f', 0)
         .arg(dfMostPoints / 1e6, 0, 'f', 0);

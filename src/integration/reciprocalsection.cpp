@@ -136,7 +136,7 @@ std::optional<std::vector<ReciprocalSection>> emptySections(const DataSet& dataS
         section.basis = series.geometry.aBasis;
         const std::optional<SectionFrame> frame = sectionFrame(plane, section.basis);
         if (!frame) {
-            strReason = QStringLiteral("The cell spans no space.");
+            strReason = QStringLiteral("The vectors of the cell are co-planar.");
             return {};
         }
         section.frame = *frame;
@@ -295,10 +295,10 @@ RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
     QString strReason = whatIsMissing(dataSet, series);
     const std::vector<IndexOperation> listOperation = laueOperations(options.strLaueClass);
     if (strReason.isEmpty() && listPlane.empty()) {
-        strReason = QStringLiteral("No plane is asked for.");
+        strReason = QStringLiteral("No plane was requested.");
     } else if (strReason.isEmpty() && !options.strLaueClass.isEmpty() &&
                (listOperation.empty() || !fitsBasis(listOperation, series.geometry.aBasis))) {
-        strReason = QStringLiteral("The cell in force has not the symmetry %1 in its standard setting.")
+        strReason = QStringLiteral("The cell in force does not have the symmetry %1 in its standard setting.")
                         .arg(options.strLaueClass);
     }
     if (!strReason.isEmpty()) {
@@ -314,7 +314,7 @@ RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
         return refuseRun(report, strReason);
     }
     if (!hasMemory(*listMade, nJobs)) {
-        return refuseRun(report, QStringLiteral("The sections would take more memory than there is."));
+        return refuseRun(report, QStringLiteral("The sections need more memory than is available."));
     }
     CSectionRun run(dataSet, series, listOperation, *listMade);
     const RunOutcome outcome = run.run(nJobs, report);

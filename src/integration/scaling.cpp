@@ -124,8 +124,8 @@ void takeChoice(const std::vector<Observation>& listObservation, const Equivalen
     if (!choice.bScale) {
         curves.reset();
         report.addMessage(
-            QStringLiteral("Scales along the series do not make equivalents agree better that "
-                           "were left out of their fit: none are used."));
+            QStringLiteral("Scales along the series do not improve the agreement of equivalents that were "
+                           "left out of their fit: none are used."));
     }
 }
 

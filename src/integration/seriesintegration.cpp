@@ -203,20 +203,20 @@ QString fullText(const SpotModel& model)
         return strFull;
     }
     return model.dfSaturation < model.trusted.dfSaturation
-               ? QStringLiteral("%1, by a plateau below the %2 that the frames tell (%3)")
+               ? QStringLiteral("%1, by a plateau below the %2 given by the frames (%3)")
                      .arg(strFull)
                      .arg(model.trusted.dfSaturation, 0, 'f', 0)
                      .arg(model.trusted.strSource)
-               : QStringLiteral("%1, as the frames tell (%2)").arg(strFull, model.trusted.strSource);
+               : QStringLiteral("%1, as given by the frames (%2)").arg(strFull, model.trusted.strSource);
 }
 
 void tellModel(const LearnedSeries& learned, CRunReport& report)
 {
     const SpotModel& model = learned.model;
     report.addMessage(
-        QStringLiteral("Learned from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
+        QStringLiteral("Determined from %L1 strong reflections: spots %2 pixels wide (sigma; %3 at the "
                        "edge), discs of %4 pixels, rocking width %5 Å⁻¹ and %6°, summed to %8 widths; "
-                       "places are left off by %7 pixels.")
+                       "remaining deviation of the positions %7 pixels.")
             .arg(model.nStrong)
             .arg(model.dfSigma, 0, 'f', 2)
             .arg(model.dfSigmaAtEdge, 0, 'f', 2)
@@ -226,8 +226,8 @@ void tellModel(const LearnedSeries& learned, CRunReport& report)
             .arg(learned.correction.rest(), 0, 'f', 2)
             .arg(learned.dfReach, 0, 'f', 1));
     report.addMessage(
-        QStringLiteral("Detector: %1 counts an electron, read noise %2, %3; the beam's glow reaches "
-                       "%4 pixels.")
+        QStringLiteral(
+            "Detector: %1 counts per electron, read noise %2, %3; the halo of the beam extends to %4 pixels.")
             .arg(model.dfGain, 0, 'f', 3)
             .arg(model.dfReadNoise, 0, 'f', 2)
             .arg(model.dfSaturation > 0 ? fullText(model) : QStringLiteral("no pixel full"))
@@ -260,7 +260,7 @@ QString whatObservationsLack(const std::vector<Observation>& list)
         return isMeasurement(observation) && observation.dfIntensity > g_dfSeen * observation.dfSigma;
     });
     return bAbove ? QString()
-                  : QStringLiteral("None of %L1 predicted reflections stands above its background.")
+                  : QStringLiteral("None of %L1 predicted reflections is above its background.")
                         .arg(list.size());
 }
 

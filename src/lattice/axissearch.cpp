@@ -52,7 +52,7 @@ QString faultOfPeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& g
         return QStringLiteral("%1 peaks away from the direct beam are too few").arg(vecPeak.size());
     }
     if (turnOf(vecPeak) < g_dfLeastTurn) {
-        return QStringLiteral("the tilts stand still");
+        return QStringLiteral("the tilts do not change");
     }
     return {};
 }
@@ -71,7 +71,8 @@ QString faultOfCurve(const CAxisCurve& curve)
     const AxisSharpness best = vecMaximum.front();
     const double dfContrast = curve.contrastOf(best.dfSharpness);
     if (dfContrast < g_dfLeastContrast) {
-        return QStringLiteral("no azimuth stands out from the others, the best being %1").arg(textOf(best));
+        return QStringLiteral("no azimuth is clearly better than the others; the best is %1")
+            .arg(textOf(best));
     }
     for (const AxisSharpness& other : vecMaximum) {
         // The opposite sense is no rival, as the curvature will decide between the two.
@@ -115,7 +116,7 @@ std::optional<AxisFit> fitInItsSense(double dfAzimuth, const std::vector<FlatPea
 QString faultOfFit(const std::optional<AxisFit>& fit, double dfBegun, const LatticeFit& share)
 {
     if (!fit || !(azimuthsApart(2 * fit->dfAzimuth, 2 * dfBegun) < 2 * g_dfMostMoved)) {
-        return QStringLiteral("the best azimuth, %1°, does not hold when it is refined with the lattice")
+        return QStringLiteral("the best azimuth, %1°, is not confirmed by the refinement with the lattice")
             .arg(dfBegun, 0, 'f', 0);
     }
     if (!(fit->dfAzimuthError < g_dfMostError)) {
@@ -145,7 +146,7 @@ void judgeSense(AxisFound& found, const AxisFit& fit)
                          .arg(fit.dfCurvature, 0, 'f', 2)
                          .arg(fit.dfCurvatureError, 0, 'f', 2);
     if (!bDecided) {
-        found.strSense += QStringLiteral(", which does not tell the sense");
+        found.strSense += QStringLiteral(", which does not determine the sense");
     } else if (!bFits) {
         found.strSense += QStringLiteral(", which fits neither sense");
     }

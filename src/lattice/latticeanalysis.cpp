@@ -92,11 +92,11 @@ QStringList tellWholeLattice(const LatticeWithCosets& whole)
 {
     QStringList listLine;
     if (!whole.strCentring.isEmpty() && whole.strCentring != QLatin1String("P")) {
-        listLine.append(QStringLiteral("All reflections of the cell keep the condition of the centring %1.")
+        listLine.append(QStringLiteral("All reflections of the cell fulfil the condition of the centring %1.")
                             .arg(whole.strCentring));
     } else if (!whole.listAbsence.empty()) {
         listLine.append(QStringLiteral(
-            "All reflections of the cell keep a condition: an axis is a multiple of the true one."));
+            "All reflections of the cell fulfil a condition: an axis is a multiple of the true one."));
     }
     for (const Coset& coset : whole.listTaken) {
         listLine.append(
@@ -123,7 +123,7 @@ QStringList tellFurtherLattices(const LatticesOfPoints& lattices)
         const CellParameters cell = cellOf(lattice.matBasis);
         QString strLine =
             QStringLiteral(
-                "Lattice %1: %2 of the peaks are its own; a=%3 Å, b=%4 Å, c=%5 Å, α=%6°, β=%7°, γ=%8°")
+                "Lattice %1: %2 of the peaks belong to it; a=%3 Å, b=%4 Å, c=%5 Å, α=%6°, β=%7°, γ=%8°")
                 .arg(n + 1)
                 .arg(percent(lattice.nOwn / dfAll))
                 .arg(cell.a, 0, 'f', 3)

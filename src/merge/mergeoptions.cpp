@@ -15,21 +15,23 @@ void addOptions(QCommandLineParser& parser)
 {
     const CrystalsJobOptions usual;
     parser.addOptions({
-        {"out", "Folder of the merged files; made when missing. Needed.", "folder"},
-        {"name", "What the files begin with; default: the name of that folder.", "name"},
-        {"list", "File with further folders of results, one a line; - reads it from the standard input.",
+        {"out", "Folder of the merged files; created if necessary. Required.", "folder"},
+        {"name", "First part of the names of the files; default: the name of that folder.", "name"},
+        {"list", "File with further folders of results, one per line; - reads it from the standard input.",
          "file"},
         {"known",
          "Table of known cells (CSV: name,a,b,c,alpha,beta,gamma, then space group or centring, formula): "
-         "groups "
-         "are called after the one that their lattice is.",
+         "groups are named after the one with their lattice.",
          "file"},
         {"tolerance",
-         QStringLiteral("By how much an edge may differ in lattices of one compound; default %1 [%].")
+         QStringLiteral("Largest difference of an edge between lattices of one compound; default %1 [%].")
              .arg(usual.tolerance.dfLengths),
          "number"},
         {"tolerance-angles",
-         QStringLiteral("Likewise, an angle; default %1 [degrees].").arg(usual.tolerance.dfAngles), "number"},
+         QStringLiteral(
+             "Largest difference of an angle between lattices of one compound; default %1 [degrees].")
+             .arg(usual.tolerance.dfAngles),
+         "number"},
         {"keep-all", "Merge also crystals that lower CC1/2."},
         {"least",
          QStringLiteral("Groups of fewer crystals are listed, but not merged; default %1.")
@@ -38,12 +40,13 @@ void addOptions(QCommandLineParser& parser)
         {"d-min", "Merge to this resolution; default auto, as far as reflections were measured [Å].",
          "number"},
         {"laue",
-         "Laue class to merge in, as 4/mmm or -3m1; default: the one that the intensities agree with.",
+         "Laue class in which intensities are merged, such as 4/mmm or -3m1; default: the one with which "
+         "they agree.",
          "class"},
         {"space-group", "Number of the space group, 1 to 230; default: the best by its absences.", "number"},
-        {"formula", "What the crystals are made of, where the known cells do not tell it.", "formula"},
-        {"formula-units", "Formulae in a cell; default: estimated from its volume.", "number"},
-        {"strict", "Exit status 1 also where an input gives no crystal or a group cannot be merged."},
+        {"formula", "Chemical formula of the crystals, if it is not in the table of known cells.", "formula"},
+        {"formula-units", "Formula units in a cell; default: estimated from its volume.", "number"},
+        {"strict", "Exit status 1 also if an input gives no crystal or a group cannot be merged."},
         {"jobs", "Threads; the files are the same for every number; default: one per core.", "number"},
     });
 }
@@ -71,7 +74,7 @@ void takeName(COptionReader& reader, CrystalsJobOptions& job)
     job.strName = reader.name(QStringLiteral("name"));
     if (job.strName.contains(QLatin1Char('/')) || job.strName == QLatin1String(".") ||
         job.strName == QLatin1String("..")) {
-        reader.refuse(QStringLiteral("--name %1: a name without folders is wanted").arg(job.strName));
+        reader.refuse(QStringLiteral("--name %1: must be a name without folders").arg(job.strName));
     }
     if (job.strName.toUtf8().size() > g_nLongestJobName) {
         reader.refuse(QStringLiteral("--name: longer than %1 bytes").arg(g_nLongestJobName));
@@ -84,7 +87,7 @@ void takeOptions(COptionReader& reader, MergeOptions& options)
     CrystalsJobOptions& job = options.job;
     job.strOutFolder = reader.name(QStringLiteral("out"));
     if (!reader.isSet(QStringLiteral("out"))) {
-        reader.refuse(QStringLiteral("--out: a folder for the merged files is wanted"));
+        reader.refuse(QStringLiteral("--out: give a folder for the merged files"));
     }
     takeName(reader, job);
     options.strListFile = reader.name(QStringLiteral("list"));
@@ -130,22 +133,19 @@ ParsedMerge parseMergeOptions(const QStringList& listArgument)
 {
     ParsedMerge parsed;
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("From the results of many series to merged intensities: tells compounds apart by "
-                       "their lattices, brings the "
-                       "crystals of each to one setting and one scale, leaves out those that lower CC1/2, "
-                       "merges, and writes what "
-                       "one crystal gets: lists of intensities, .ins, .cif, .mtz; with a table of the "
-                       "crystals, trees and a report. "
-                       "The last lines of a run are a summary.\nExit status: 0 crystals were merged, what "
-                       "could not be read was "
-                       "told; 1 nothing was merged, or a file could not be written; 2 bad usage."));
+    parser.setApplicationDescription(QStringLiteral(
+        "From the results of many series to merged intensities: distinguishes compounds by their lattices, "
+        "transforms the crystals of each to one setting and one scale, leaves out those that lower CC1/2, "
+        "merges the others, and writes the files of a single crystal: lists of intensities, .ins, .cif, "
+        ".mtz; with a table of the crystals, trees and a report. "
+        "The last lines of a run are a summary.\nExit status: 0 crystals were merged, inputs that could not "
+        "be read were reported; 1 nothing was merged, or a file could not be written; 2 bad usage."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
     parser.addPositionalArgument(
         QStringLiteral("results"),
-        QStringLiteral("Folders that tessera-batch has written its results to, or that hold "
-                       "such folders."),
+        QStringLiteral(
+            "Folders to which tessera-batch has written its results, or that contain such folders."),
         QStringLiteral("RESULT_FOLDERS..."));
     addOptions(parser);
     if (!parser.parse(listArgument)) {

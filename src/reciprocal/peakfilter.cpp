@@ -107,7 +107,7 @@ public:
         }
         if (strLeft.toLower() == QLatin1String("hkl")) {
             return match.hasMatch() ? indices(strRight)
-                                    : refuse(tr("hkl wants three indices, such as hkl=2 0 -4."));
+                                    : refuse(tr("hkl needs three indices, such as hkl=2 0 -4."));
         }
         const std::optional<std::vector<Summand>> sum = sumOf(strLeft, strTerm);
         if (!sum) {
@@ -182,12 +182,11 @@ private:
             const int nColumn = columnAt(strLeft, nPlace);
             const QString strRest = strLeft.mid(nBefore);
             if (nColumn < 0) {
-                return refuse(strRest.isEmpty() ? tr("\"%1\" names no column.").arg(strTerm)
-                              : numberOf(strRest)
-                                  ? tr("\"%1\" is a number and no condition. The decimal point "
-                                       "is a point; commas part conditions.")
-                                        .arg(strRest)
-                                  : tr("\"%1\" is no column of the table.").arg(strRest));
+                return refuse(strRest.isEmpty()   ? tr("\"%1\" names no column.").arg(strTerm)
+                              : numberOf(strRest) ? tr("\"%1\" is a number and no condition. The decimal "
+                                                       "point is a point; commas separate conditions.")
+                                                        .arg(strRest)
+                                                  : tr("\"%1\" is no column of the table.").arg(strRest));
             }
             if (!vecSummand.empty() && match.captured(1).isEmpty()) {
                 return refuse(tr("\"%1\": + or - is missing before \"%2\".").arg(strTerm, strRest));
@@ -221,7 +220,7 @@ private:
             QStringLiteral("^\\(?\\s*([+-]?\\d{1,6})\\s+([+-]?\\d{1,6})\\s+([+-]?\\d{1,6})\\s*\\)?$"));
         const QRegularExpressionMatch match = s_regIndices.match(strRight.replace(QStringLiteral("−"), "-"));
         if (!match.hasMatch()) {
-            return refuse(tr("hkl wants three whole numbers with spaces between them, such as hkl=2 0 -4."));
+            return refuse(tr("hkl needs three whole numbers with spaces between them, such as hkl=2 0 -4."));
         }
         const std::array<int, 3> anIndex = {match.captured(1).toInt(), match.captured(2).toInt(),
                                             match.captured(3).toInt()};
@@ -276,7 +275,7 @@ private:
         }
         const std::optional<double> number = numberOf(strRight);
         if (!number) {
-            return refuse(tr("\"%1\" is no number. The decimal point is a point; commas part conditions.")
+            return refuse(tr("\"%1\" is no number. The decimal point is a point; commas separate conditions.")
                               .arg(strRight));
         }
         // Half of the last digit that is shown, and a little, as 1.25 has no exact half in binary.
@@ -295,7 +294,7 @@ private:
                                               const QString& strTerm)
     {
         if (nOf < 1 || !isEquality()) {
-            return refuse(nOf < 1 ? tr("\"%1\": multiples of 0 are nothing to look for.").arg(strTerm)
+            return refuse(nOf < 1 ? tr("\"%1\": there are no multiples of 0.").arg(strTerm)
                                   : tr("\"%1\": multiples can be compared by = and != alone.").arg(strTerm));
         }
         for (const Summand& part : vecSummand) {

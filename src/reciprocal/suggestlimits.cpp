@@ -66,10 +66,10 @@ Suggestion suggestLimits(const DataSet& dataSet, double dfClosest)
     // Rounded up to the decimals of the page, if that is still below the first reflections.
     const double dfDStar = dfRadius * dataSet.m_dfPixelSize;
     const double dfUp = std::ceil(100 * dfDStar) / 100;
-    return {
-        {&MappingParameters::m_dfResolutionMin,
-         dfUp < g_dfBeforeNext * dfClosest * dataSet.m_dfPixelSize ? dfUp : dfDStar,
-         QStringLiteral("peaks up to %1 pixels from the direct beam are of the beam itself").arg(dfRadius)}};
+    return {{&MappingParameters::m_dfResolutionMin,
+             dfUp < g_dfBeforeNext * dfClosest * dataSet.m_dfPixelSize ? dfUp : dfDStar,
+             QStringLiteral("peaks up to %1 pixels from the direct beam belong to the beam itself")
+                 .arg(dfRadius)}};
 }
 
 }  // namespace tessera

@@ -26,20 +26,21 @@ void noteOthers(GeometryRefinement& result)
                                                   fixed.nNumber == EllipseAcross;
                                        }),
                         listFixed.end());
-        listFixed.push_back({StretchingCos, QStringLiteral("has the ellipse in its place")});
-        listFixed.push_back({StretchingSin, QStringLiteral("has the ellipse in its place")});
+        listFixed.push_back({StretchingCos, QStringLiteral("is replaced by the ellipse")});
+        listFixed.push_back({StretchingSin, QStringLiteral("is replaced by the ellipse")});
         if (!result.constrained) {
-            listFixed.push_back({EllipseAlong, QStringLiteral("cannot be told from a free cell")});
+            listFixed.push_back({EllipseAlong, QStringLiteral("cannot be distinguished from a free cell")});
         }
     } else {
         for (const int nNumber : {EllipseAlong, EllipseAcross}) {
             if (!isListed(nNumber)) {
-                listFixed.push_back({nNumber, QStringLiteral("has the stretching in its place")});
+                listFixed.push_back({nNumber, QStringLiteral("is replaced by the stretching")});
             }
         }
     }
     if (!isListed(TiltOffset)) {
-        listFixed.push_back({TiltOffset, QStringLiteral("cannot be told from a turn of the crystal")});
+        listFixed.push_back(
+            {TiltOffset, QStringLiteral("cannot be distinguished from a rotation of the crystal")});
     }
 }
 

@@ -131,7 +131,7 @@ public:
                 return fail(QStringLiteral("The refinement of the geometry was stopped."));
             }
             if (!solveGeometry(m_work.residuals(), fit)) {
-                return fail(QStringLiteral("The fit of the geometry did not come to an end."));
+                return fail(QStringLiteral("The fit of the geometry did not finish."));
             }
             const int nTolerance = bShrink ? std::min(nRound, nTolerances - 1) : nTolerances - 1;
             m_limits = chooseSpots(m_work, fit, g_adfIndexTolerances[nTolerance]);
@@ -214,11 +214,10 @@ public:
         }
         const size_t nRest = m_work.listRest.size();
         m_result.nJoined = joinSpots(m_work, fit, m_limits);
-        m_report.addMessage(
-            QStringLiteral("Geometry: %1 of %2 peaks without indices lie where reflections are "
-                           "expected, and take part.")
-                .arg(m_result.nJoined)
-                .arg(nRest));
+        m_report.addMessage(QStringLiteral("Geometry: %1 of %2 peaks without indices lie where reflections "
+                                           "are expected, and are included.")
+                                .arg(m_result.nJoined)
+                                .arg(nRest));
         return m_result.nJoined == 0 || runRounds(fit, false);
     }
 
@@ -263,7 +262,8 @@ private:
         const GeometryNormal normal = geometryNormal(m_work.residuals(), fit);
         for (const int nNumber : undeterminedNumbers(normal, fit.listFree).listNumber) {
             fit.listFree.erase(std::find(fit.listFree.begin(), fit.listFree.end(), nNumber));
-            m_result.listFixed.push_back({nNumber, QStringLiteral("cannot be told from the others")});
+            m_result.listFixed.push_back(
+                {nNumber, QStringLiteral("cannot be distinguished from the others")});
         }
     }
 

@@ -28,7 +28,7 @@ struct GeometryRefinementOptions {
 /// A number that was not fitted.
 struct FixedNumber {
     int nNumber = 0;  ///< GeometryNumber
-    QString strWhy;   ///< the reason as a predicate: "cannot be told from a free cell"
+    QString strWhy;   ///< the reason as a predicate: "cannot be distinguished from a free cell"
 };
 
 /// A fit with the geometry, the cell and the figures that follow from it.

@@ -131,7 +131,7 @@ bool chooseTerms(const GeometryWork& work, const GeometryRefinementOptions& opti
         const GeometryFit other = withNumbers(withoutNumbers(fit, {StretchingCos, StretchingSin}),
                                               {EllipseAcross});
         bEllipse = choice.take(other, {EllipseAcross},
-                               QStringLiteral("a linear ellipse in place of the stretching"));
+                               QStringLiteral("a linear ellipse instead of the stretching"));
     }
     const std::vector<int> listSecond = {ParabolicCos, ParabolicSin};
     if (wanted(options.bParabolic, listSecond)) {

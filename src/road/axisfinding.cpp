@@ -30,12 +30,12 @@ StageResult findAxisWhereAsked(RoadState& state)
     }
     if (!dataSet.m_bRotationAxisKnown) {
         return state.report.failed(
-            QStringLiteral("There is no rotation axis: none was given, and the peaks do not tell it: %1.")
+            QStringLiteral(
+                "There is no rotation axis: none was given, and the peaks do not determine it: %1.")
                 .arg(search->strReason));
     }
     state.report.addMessage(
-        QStringLiteral("Warning: the rotation axis stays at %1°, as the peaks do not tell "
-                       "it: %2.")
+        QStringLiteral("Warning: the rotation axis stays at %1°, as the peaks do not determine it: %2.")
             .arg(dataSet.m_dfRotationAxis, 0, 'f', 1)
             .arg(search->strReason),
         Severity::Warning);

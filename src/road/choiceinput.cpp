@@ -40,7 +40,7 @@ QString whatIsWrong(const SeriesChoice& choice, int nFrames)
         return QStringLiteral("--skip %1: %2").arg(frameRangesText(choice.listSkipped), strReason);
     }
     if (sumStarts(listTaken, choice.nSum).isEmpty()) {
-        return QStringLiteral("--sum %1: there are not as many frames side by side, of %2 that are taken")
+        return QStringLiteral("--sum %1: there are not as many successive frames among the %2 that are used")
             .arg(choice.nSum)
             .arg(listTaken.size());
     }

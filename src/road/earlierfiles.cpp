@@ -38,9 +38,8 @@ void noteRead(RoadState& state, ResultFile file)
 StageResult refuseOther(RoadState& state, const QString& strFile)
 {
     return state.report.refused(
-        QStringLiteral(
-            "%1 was made of the series read otherwise, with other frames, sums or bins; run its stage "
-            "first, or give --bin, --sum, --frames and --skip as they were.")
+        QStringLiteral("%1 was made with another choice of frames, sums or bins; run its stage first, or "
+                       "give --bin, --sum, --frames and --skip as they were.")
             .arg(strFile));
 }
 

@@ -55,7 +55,7 @@ QString freeName(const QString& strName, const QStringList& listFolder)
 void tellTaken(RoadState& state, const QString& strWhat, double dfValue, const QString& strUnit,
                const QString& strSource)
 {
-    state.report.addMessage(QStringLiteral("%1 %2 %3, as the frames tell (%4).")
+    state.report.addMessage(QStringLiteral("%1 %2 %3, from the frames (%4).")
                                 .arg(strWhat, QString::number(dfValue, 'g', 6), strUnit, strSource));
 }
 
@@ -80,7 +80,7 @@ void takeTilts(RoadState& state, const ToldTilts& told)
     for (int i = 0; i < told.list.size(); ++i) {
         dataSet.m_listStageTilt[i] = dataSet.m_listOverallTilt[i] = told.list[i] + dfMore;
     }
-    state.report.addMessage(QStringLiteral("Tilts %1° to %2°, as the frames tell (%3).")
+    state.report.addMessage(QStringLiteral("Tilts %1° to %2°, from the frames (%3).")
                                 .arg(QString::number(dataSet.m_listOverallTilt.first(), 'g', 6),
                                      QString::number(dataSet.m_listOverallTilt.last(), 'g', 6),
                                      told.strSource));
@@ -210,8 +210,8 @@ void takeFacts(RoadState& state)
     }
     if (facts.rotationAxis.isTold() && !options.dfRotationAxis) {
         state.report.addMessage(
-            QStringLiteral("Warning: the rotation axis is told as %1° (%2), but its sense is not certain: it "
-                           "is looked for in the peaks. --axis takes it as it is given.")
+            QStringLiteral("Warning: the rotation axis is given as %1° (%2), but its sense is not certain: "
+                           "it is determined from the peaks. --axis uses it as it is given.")
                 .arg(QString::number(facts.rotationAxis.df, 'g', 6), facts.rotationAxis.strSource),
             Severity::Warning);
     }
@@ -227,8 +227,7 @@ bool writeMadeProject(RoadState& state)
     const QString strFile = projectIn(dataSet.m_strProjectDir, dataSet.m_strProjectName);
     if (QFileInfo::exists(strFile) && !isMadeProject(strFile)) {
         state.report.addMessage(
-            QStringLiteral("%1 is there already and was not made from what frames tell: it stays as it is.")
-                .arg(strFile));
+            QStringLiteral("%1 exists and was not made from frames: it is not changed.").arg(strFile));
         return true;
     }
     NewProject project;

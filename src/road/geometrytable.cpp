@@ -59,7 +59,7 @@ QString cellText(const GeometryModel& model)
 QString halvesText(const char* pszCell, const GeometryModel& model)
 {
     return QStringLiteral(
-               "%1: rms of half of the frames with a fit to it %2 px, with one to the other half %3 px.")
+               "%1: rms of one half of the frames %2 px if fitted to it, %3 px if fitted to the other half.")
         .arg(QLatin1String(pszCell))
         .arg(model.dfRmsSeen, 0, 'f', 3)
         .arg(model.dfRmsUnseen, 0, 'f', 3);

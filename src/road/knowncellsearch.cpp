@@ -31,7 +31,7 @@ QString doubtsOf(const LatticeFit& fit)
 {
     return beyondChance(fit) >= 0.5 * (1 - fit.dfByChance)
                ? QString()
-               : QStringLiteral(" Fewer than half of the peaks tell of it: the crystal may be another one.");
+               : QStringLiteral(" Fewer than half of the peaks fit it: the crystal may be another one.");
 }
 
 void choose(KnownCellSearchResult& result)

@@ -34,7 +34,7 @@ void tell(const LatticeAnalysis& analysis, CRunReport& report)
     if (analysis.proposed) {
         proposed = analysis.proposed->symmetry;
     }
-    report.addMessage(QStringLiteral("Bravais types that the lattice fits; * is proposed:"));
+    report.addMessage(QStringLiteral("Bravais types that fit the lattice; * is proposed:"));
     for (const QString& strLine : symmetryTable(listSymmetry, proposed)) {
         report.addMessage(strLine);
     }

@@ -76,8 +76,8 @@ void takeRadii(RoadState& state, const std::optional<SpotSize>& size, const Give
 {
     if (!size) {
         state.report.addMessage(
-            QStringLiteral("The size of the spots cannot be told from the frames looked at: the radii of "
-                           "the peak search are those of the page."),
+            QStringLiteral("The size of the spots cannot be determined from the frames looked at: the radii "
+                           "of the peak search are those of the page."),
             Severity::Info);
     }
     takeSuggestion(suggestPeakSearch(size, state.options.dfPeakRadius), listGiven, records, state.report);

@@ -231,7 +231,7 @@ void writeEnd(CHtmlPage& page, const RoadState& state)
         page.element("h3", QStringLiteral("Files"));
         writeFiles(page, state);
         page.element("p",
-                     QStringLiteral("What each of them was made from, with check sums, stands in %1.")
+                     QStringLiteral("The input of each of them, with check sums, is listed in %1.")
                          .arg(QFileInfo(fileOfProject(state.dataSet, ResultFile::Run)).fileName()),
                      "faint");
     }

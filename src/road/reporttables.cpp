@@ -196,9 +196,10 @@ void writeLattice(CHtmlPage& page, const LatticeAnalysis& lattice)
     listHead += cellHead().mid(1, 6);
     listHead << QStringLiteral("Δ / %") << QStringLiteral("Δ / °") << QString();
     if (!listRow.empty()) {
-        page.table(listHead, listRow,
-                   QStringLiteral("Bravais types that the lattice fits, with the worst misfit of an edge and "
-                                  "of an angle."));
+        page.table(
+            listHead, listRow,
+            QStringLiteral(
+                "Bravais types that fit the lattice, with the largest misfit of an edge and of an angle."));
     }
     for (const QString& strLine : tellWholeLattice(lattice.whole) + tellFurtherLattices(lattice.lattices)) {
         page.element("p", strLine);

@@ -39,7 +39,7 @@ StageResult CRoadReport::ended(const RunOutcome& outcome)
 {
     noteReason(outcome.strReason);
     if (reason().isEmpty()) {
-        fail(QStringLiteral("%1 did not reach its end.").arg(m_strPart));
+        fail(QStringLiteral("%1 did not finish.").arg(m_strPart));
     }
     return {outcome.end, reason()};
 }
@@ -48,7 +48,7 @@ StageResult CRoadReport::failed()
 {
     noteLastRedLine();
     if (reason().isEmpty()) {
-        fail(QStringLiteral("%1 did not reach its end.").arg(m_strPart));
+        fail(QStringLiteral("%1 did not finish.").arg(m_strPart));
     }
     return endedHere(RunEnd::Failed);
 }

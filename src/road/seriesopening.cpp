@@ -113,15 +113,14 @@ void takeWhatFramesLack(RoadState& state, Calibration& calibration)
     }
     if (!calibration.dfPixelSize) {
         if (!bTold) {
-            tell(
-                QStringLiteral("Warning: pixel size %1 Å⁻¹, as the series of the calibration had it; nothing "
-                               "determined it."),
-                dataSet.m_dfPixelSize, Severity::Warning);
+            tell(QStringLiteral("Warning: pixel size %1 Å⁻¹, from the series of the calibration, which did "
+                                "not determine it."),
+                 dataSet.m_dfPixelSize, Severity::Warning);
         }
     } else if (bTold && isOtherCameraLength(calibration, dataSet.m_dfPixelSize)) {
         calibration.dfPixelSize.reset();
-        tell(QStringLiteral("Warning: the pixel size that the frames tell, %1 Å⁻¹, holds, as the calibration "
-                            "is of another one."),
+        tell(QStringLiteral("Warning: the pixel size of the frames, %1 Å⁻¹, is used, as the calibration has "
+                            "another one."),
              dataSet.m_dfPixelSize, Severity::Warning);
     } else {
         tell(QStringLiteral("Pixel size %1 Å⁻¹, as the calibration determined it."), *calibration.dfPixelSize,

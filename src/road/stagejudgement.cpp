@@ -127,7 +127,7 @@ Judgement judgeCellResult(const RoadResults& results)
     }
     return judged(
         RoadStage::Cell, Verdict::Doubtful,
-        fitText(*cell.fit) + QStringLiteral("; but the tilts stand still, so the edge along the beam "
+        fitText(*cell.fit) + QStringLiteral("; but the tilts do not change, so the edge along the beam "
                                             "is hardly known."),
         judgement.dfFigure);
 }

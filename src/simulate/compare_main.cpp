@@ -17,9 +17,9 @@ int main(int argc, char** argv)
         "Compares the peak list (.pk), unit cell (.uc), refined basis (_refined.uc), indexed peaks (.ipf) "
         "and "
         "intensities (_integrated.hkl and _merged.hkl with the cell of .ins or .cif) of a simulated series "
-        "with its truth.\nOf two crystals on the frames the cell may be of either, and "
-        "the indices are told for each.\nExit status: 0 the lattice is right, 1 it is not, 2 wrong call or "
-        "unreadable files."));
+        "with its truth.\nWith two crystals on the frames the cell may be that of either, and the indices "
+        "are compared for each.\nExit status: 0 the lattice is right, 1 it is not, 2 bad usage or unreadable "
+        "files."));
     parser.addHelpOption();
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON instead of a table.")});
     parser.addOption(

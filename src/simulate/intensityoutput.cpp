@@ -66,7 +66,7 @@ QString intensitiesToText(const QString& strHead, const IntensityJudgement& judg
     if (!judgement.bRead) {
         return judgement.strWhy.isEmpty()
                    ? QString()
-                   : QStringLiteral("%1 not judged: %2\n").arg(strHead, judgement.strWhy);
+                   : QStringLiteral("%1 not assessed: %2\n").arg(strHead, judgement.strWhy);
     }
     return QStringLiteral(
                "%1 %2 lines to %3 Å, correlation %4 (%5 with bare |F|²), R on F %6 (by the sigmas %7), "

@@ -67,7 +67,7 @@ int main(int argc, char** argv)
         "Simulates a rotation series of electron diffraction frames: frames, project (.ed3d), hotpixels.txt "
         "and the truth as JSON.\nIntensities are kinematical; the rocking curve is a Gaussian in the "
         "excitation error, averaged over each frame's tilt slice.\n"
-        "Exit status: 0 done, 1 not written, 2 wrong call."));
+        "Exit status: 0 done, 1 not written, 2 bad usage."));
     parser.addHelpOption();
     CSimulationOptions options;
     options.addTo(parser);

@@ -45,7 +45,7 @@ QString whatIsWrongInTheLens(const SimulationParameters& p)
         return QStringLiteral("an ellipse and a distortion of the third order of less than 50 % can be made");
     }
     if (!(lens.dfRadius > 0)) {
-        return QStringLiteral("the radius that the distortion is told at must be above 0");
+        return QStringLiteral("the reference radius of the distortion must be above 0");
     }
     if (!std::isfinite(undistortedReach(reachOnFrame(p), lens))) {
         return QStringLiteral("a barrel of %1 % at %2 pixels folds the pattern over on the frame")

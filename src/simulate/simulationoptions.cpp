@@ -70,48 +70,50 @@ std::vector<CSimulationOptions::NumberOption> CSimulationOptions::numberOptions(
          &m_parameters.dfRocking},
         {"mosaicity", "Standard deviation of the mosaic spread, degrees.", &m_parameters.dfMosaicity},
         {"second-lattice",
-         "The same crystal once more in another orientation: its intensity relative to the first. 0 none.",
+         "A second crystal of the same kind in another orientation: its intensity relative to the first; 0: "
+         "none.",
          &m_parameters.dfSecondShare},
-        {"odd-share", "Intensity of the supercell's own reflections relative to the others.",
+        {"odd-share", "Intensity of the superstructure reflections relative to the others.",
          &m_parameters.dfOddShare},
         {"spot-sigma", "Size of a spot, pixels.", &m_parameters.dfSpotSigma},
-        {"saturation", "Counts at which a pixel saturates; 0 never.", &m_parameters.dfSaturation},
-        {"stretch-amp", "Elliptic distortion, per cent.", &m_parameters.dfStretchAmplitude},
+        {"saturation", "Counts at which a pixel saturates; 0: never.", &m_parameters.dfSaturation},
+        {"stretch-amp", "Elliptical distortion along the radius, per cent.",
+         &m_parameters.dfStretchAmplitude},
         {"stretch-azimuth", "Azimuth along which the pattern is longer, degrees.",
          &m_parameters.dfStretchAzimuth},
         {"ellipse-amp",
          "Linear ellipse, per cent: the pattern is longer by this along the azimuth and shorter by it "
          "across; "
-         "moves points along the circle too, which the stretching does not. In no project.",
+         "unlike the stretching, it also moves points along the circle. Not written to the project.",
          &m_parameters.lens.dfEllipseAmplitude},
         {"ellipse-azimuth", "Its azimuth, degrees counter-clockwise from 3 o'clock.",
          &m_parameters.lens.dfEllipseAzimuth},
         {"barrel",
          "Distortion of the third order towards the beam at --distortion-radius, per cent of that radius; "
-         "below 0 a pincushion. In no project.",
+         "negative: a pincushion. Not written to the project.",
          &m_dfBarrel},
         {"spiral", "The same along the circle, counter-clockwise.", &m_parameters.lens.dfSpiral},
-        {"distortion-radius", "Radius of these two, pixels; 0 is half of the frame's side.",
+        {"distortion-radius", "Reference radius of barrel and spiral, pixels; 0: half of the frame's side.",
          &m_parameters.lens.dfRadius},
         {"wander", "Largest smooth offset of the pattern from the direct beam's spot, pixels.",
          &m_parameters.dfWander},
-        {"jump", "Offset of the pattern on one frame in --jump-every, pixels, in a direction by chance.",
+        {"jump", "Offset of the pattern on one frame in --jump-every, pixels, in a random direction.",
          &m_parameters.dfJump},
         {"precession",
-         "Half opening of the cone that the beam goes round while the crystal stands still at each tilt, "
-         "degrees; 0 none.",
+         "Half opening angle of the cone on which the beam moves while the crystal stands still at each "
+         "tilt, degrees; 0: none.",
          &m_parameters.dfPrecession},
-        {"fade", "Scale of the spots on the last frame relative to the first, as a crystal fades.",
+        {"fade", "Scale of the spots on the last frame relative to the first, for a crystal that fades.",
          &m_parameters.dfFade},
         {"fade-b", "B that the crystal has gained on the last frame, Å².", &m_parameters.dfFadeB},
         {"scale-wobble", "Largest relative deviation of the spots' scale along the series, smooth.",
          &m_parameters.dfScaleWobble},
-        {"gain", "Counts that the detector makes of an electron.", &m_parameters.dfGain},
+        {"gain", "Counts per electron.", &m_parameters.dfGain},
         {"forbidden",
-         "Intensity of reflections that glide planes and screw axes forbid, relative to the mean of their "
-         "resolution, as multiple scattering gives them.",
+         "Intensity, due to multiple scattering, of reflections that glide planes and screw axes forbid, "
+         "relative to the mean at their resolution.",
          &m_parameters.dfForbidden},
-        {"told-axis-offset", "What the rotation axis in the project is off by, degrees.",
+        {"told-axis-offset", "Error of the rotation axis in the project, degrees.",
          &m_parameters.dfToldAxisOffset},
     };
 }
@@ -123,14 +125,14 @@ std::vector<CSimulationOptions::WholeOption> CSimulationOptions::wholeOptions()
         {"size", "Pixels per side.", &m_parameters.nSize},
         {"orientation", "Seed of the crystal's orientation.", &m_parameters.nOrientation},
         {"seed", "Seed of drift, noise and hot pixels.", &m_nSeed},
-        {"jump-every", "One frame in so many has its pattern off by --jump; 0 none.",
+        {"jump-every", "On one frame in this number the pattern is displaced by --jump; 0: none.",
          &m_parameters.nJumpEvery},
-        {"blank-frame", "A frame without any beam, from 1; 0 none.", &m_parameters.nBlankFrame},
+        {"blank-frame", "Number of a frame without any beam, from 1; 0: none.", &m_parameters.nBlankFrame},
         {"hot-pixels", "Number of hot pixels.", &m_parameters.nHotPixels},
         {"supercell",
-         "Average cells that the true cell holds along --supercell-axis, up to 4; 2 doubles the axis.",
+         "Number of average cells in the true cell along --supercell-axis, up to 4; 2 doubles the axis.",
          &m_parameters.nSupercell},
-        {"beam-tilt", "Beam tilt steps per goniometer step; below 2 none.", &m_parameters.nBeamTilt},
+        {"beam-tilt", "Beam tilt steps per goniometer step; below 2: none.", &m_parameters.nBeamTilt},
     };
 }
 
@@ -146,8 +148,8 @@ void CSimulationOptions::addTo(QCommandLineParser& parser)
          QStringLiteral("The demonstration: as --preset clean, but with drift and hot pixels.")});
     parser.addOption(
         {QStringLiteral("stepped"),
-         QStringLiteral("The crystal stands still at the tilt of each frame, in place of turning "
-                        "through its slice.")});
+         QStringLiteral(
+             "The crystal stands still at the tilt of each frame, instead of turning through its slice.")});
     parser.addOption({QStringLiteral("preset"),
                       QStringLiteral("Start from clean, demo, hard (drift, noise, saturation, distortion) or "
                                      "beamtilt (fine steps by beam tilt); other options still count."),
@@ -163,9 +165,9 @@ void CSimulationOptions::addTo(QCommandLineParser& parser)
     parser.addOption(
         {QStringLiteral("second-turn"),
          QStringLiteral("Turn of the second lattice against the first: degrees, or degrees,axis "
-                        "with an axis of %1 (edges of the first lattice, or the laboratory's "
-                        "with x the rotation axis and z along the beam). Without an axis it goes "
-                        "by the seed of the orientation, without the option all does.")
+                        "with an axis of %1 (axes of the first lattice, or of the laboratory with x the "
+                        "rotation axis and z along the beam). Without an axis, the axis depends on the seed "
+                        "of the orientation; without the option, the whole orientation does.")
              .arg(turnAxisNames().join(QStringLiteral(", "))),
          QStringLiteral("turn")});
     add(QStringLiteral("supercell-axis"), QStringLiteral("Axis of the supercell, a, b or c."),
@@ -174,10 +176,11 @@ void CSimulationOptions::addTo(QCommandLineParser& parser)
         QStringLiteral("on, or off: the project then has a stretching of 0, whatever the frames have."),
         QStringLiteral("on"));
     add(QStringLiteral("told-distortion"),
-        QStringLiteral("off, or on: the project tells the ellipse and the third order too."),
+        QStringLiteral("off, or on: the project contains the ellipse and the third order, too."),
         QStringLiteral("off"));
     add(QStringLiteral("name"), QStringLiteral("Base name of the files."), m_parameters.strName);
-    parser.addOption({QStringLiteral("out"), QStringLiteral("Folder to write to; made when missing. Needed."),
+    parser.addOption({QStringLiteral("out"),
+                      QStringLiteral("Folder for the files; created if necessary. Required."),
                       QStringLiteral("folder")});
     for (const NumberOption& option : numberOptions()) {
         add(QLatin1String(option.pName), QString::fromUtf8(option.pHelp), QString::number(*option.pdf));

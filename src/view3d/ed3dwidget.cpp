@@ -32,7 +32,7 @@ ED3DWidget::ED3DWidget(QWidget* pParent) : QGLWidget(pParent)
     auto* pReset = new QAction(tr("Reset View"), this);
     pReset->setShortcut(QKeySequence(QStringLiteral("Ctrl+Home")));
     connect(pReset, &QAction::triggered, this, &ED3DWidget::resetView);
-    pReset->setWhatsThis(tr("Takes turns, moves and zoom back."));
+    pReset->setWhatsThis(tr("Resets rotation, shift and zoom."));
     addAction(pReset);
     if (!isValid()) {  // a widget like any other: painted into the window's store
         setAttribute(Qt::WA_PaintOnScreen, false);

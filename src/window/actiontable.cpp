@@ -18,8 +18,8 @@ constexpr ActionRow g_aSingle[] = {
      "Makes the project file of a series from its frames, their tilts, the voltage of the microscope, the "
      "pixel size and the rotation axis, and opens it."},
     {&WindowActions::m_pSolve, "S&olve", "From the frames to the intensities", "run", "F5",
-     "Walks the whole road, from the frames to the cell and the intensities, and judges each step. During "
-     "it: stops, which keeps what is done."},
+     "Runs all steps from the frames to the cell and the intensities, and judges each. During the run: "
+     "stops, and keeps the finished steps."},
     {&WindowActions::m_pOpen, "&Open...", "Open an existing file", "open_document_32", QKeySequence::Open,
      "Opens a project (.ed3d), frames, or a text list of reflections."},
     {&WindowActions::m_pFrames,
@@ -33,8 +33,8 @@ constexpr ActionRow g_aSingle[] = {
      nullptr, "Ctrl+W", nullptr},
     {&WindowActions::m_pSaveCurrent, "&Save Current Image", "Save current image to file", "save_32",
      QKeySequence::Save,
-     "Saves the image in view: as .mrc the values of the frame, as a picture what the contrast limits make "
-     "of them."},
+     "Saves the image in view: as .mrc the values of the frame, as a picture the grey values within the "
+     "contrast limits."},
     {&WindowActions::m_pSaveSeries, "&Save Image Series", "Save current image series to files",
      "saveseries_32", "Ctrl+Shift+S", "Saves all frames as pictures, with the contrast limits in force."},
     {&WindowActions::m_pMovieFrames, "&Export Frames for Movie...", "&Export frames for making movie",
@@ -48,14 +48,14 @@ constexpr ActionRow g_aSingle[] = {
      "Puts all frames into one volume of reciprocal space, an .mrc stack."},
     {&WindowActions::m_pSmvImages, "Export S&MV Images...",
      "Export image frames in SMV format for &MOSFLM and XDS", nullptr, "Ctrl+Shift+M",
-     "Saves the frames with the drift taken out, for programs that integrate frames themselves: one .img "
+     "Saves the frames corrected for the drift, for programs that integrate frames themselves: one .img "
      "file for each in the folder of the project. In a 3D view the key makes a movie instead."},
     {&WindowActions::m_pOtherPrograms,
      "Export for Other &Programs...",
      "Export for XDS, DIALS, PETS and dynamical refinement",
      nullptr,
      {},
-     "Writes what other programs go on with: instructions for XDS, geometry and indexed peaks for DIALS, a "
+     "Writes input for other programs: instructions for XDS, geometry and indexed peaks for DIALS, a "
      "list of frames for PETS, intensities by frames for dynamical refinement, with the frames that they "
      "read."},
     {&WindowActions::m_pSections,
@@ -64,29 +64,30 @@ constexpr ActionRow g_aSingle[] = {
      nullptr,
      {},
      "Opens the window of planes of reciprocal space, hk0 and any other layer, as pictures made from all "
-     "frames: absences, diffuse streaks and twins show themselves there. Needs a cell and shifts."},
+     "frames: they show absences, diffuse streaks and twins. Needs a cell and shifts."},
     {&WindowActions::m_pMergeCrystals,
      "Merge Cr&ystals...",
      "Merge the results of many series",
      nullptr,
      {},
-     "Opens the window that merges the results of many crystals: tells the compounds apart by their "
-     "lattices, brings the crystals of each to one setting and one scale, leaves out what makes them "
-     "worse, and writes the files of structure solution. The open project stays as it is."},
+     "Opens the window that merges the results of many crystals: distinguishes compounds by their lattices, "
+     "transforms the crystals of each to one setting and one scale, leaves out crystals that make them "
+     "worse, and writes the files for structure solution. The open project is not changed."},
     {&WindowActions::m_pReport,
      "Repor&t...",
      "Write what was done and found as a page for a browser",
      nullptr,
      {},
      "Writes a page for a browser, one file that needs no other: the judgements of the last \"Solve\", or "
-     "else what the window holds, with tables, curves, three frames and the command that makes it again."},
+     "else the results in the window, with tables, curves, three frames and the command that makes it "
+     "again."},
     {&WindowActions::m_pExit, "E&xit", "Quit", "exit", "Ctrl+Q",
      "Closes the program. Results are on disk already; settings are kept."},
     {&WindowActions::m_pUndo, "&Undo", "Take the last step back", nullptr, "Ctrl+Z",
      "Takes the last step back, with all that followed from it; \"Steps\" lists them. Files on disk are "
      "not undone. A text that is being typed has its own undo until Return."},
-    {&WindowActions::m_pRedo, "&Redo", "Make the step again that was taken back last", nullptr,
-     "Ctrl+Shift+Z", "Makes the step again that was taken back last."},
+    {&WindowActions::m_pRedo, "&Redo", "Repeat the step that was undone last", nullptr, "Ctrl+Shift+Z",
+     "Repeats the step that was undone last."},
     {&WindowActions::m_pCopyWindow, "Copy Window", "Copy window to clipboard", nullptr, QKeySequence::Copy,
      nullptr},
     {&WindowActions::m_pZoomIn, "Zoom &In", "Zoom in", "zoomin", QKeySequence::ZoomIn,
@@ -177,8 +178,8 @@ constexpr ActionRow g_aSingle[] = {
      "Find azimuth and sense of the rotation axis from the peaks of all frames",
      nullptr,
      {},
-     "Maps the peaks with every azimuth of the axis and looks where their lattice is sharpest; needs peaks "
-     "and shifts of all frames, neither axis nor cell. \"Intensity\" shows sharpness against azimuth: good "
+     "Maps the peaks with every azimuth of the axis and finds the sharpest lattice; needs peaks and shifts "
+     "of all frames, but neither axis nor cell. \"Intensity\" shows sharpness against azimuth: good "
      "is one narrow maximum, with a lower one 180 degrees away, which is the other sense of rotation. The "
      "axis is set if you take it. \"Stop\" ends the run."},
     {&WindowActions::m_pLattices,
@@ -186,16 +187,16 @@ constexpr ActionRow g_aSingle[] = {
      "Look at the symmetry of the unit cell, and for further lattices",
      nullptr,
      {},
-     "Looks at the cell in force: the Bravais types that it fits, with the matrix to each conventional "
-     "cell, the conditions that its reflections keep, longer cells, and the lattices of twins and "
-     "neighbours in the peaks that it leaves over. Nothing is changed before you choose it."},
+     "Analyses the cell in force: the Bravais types that fit it, with the matrix to each conventional cell, "
+     "the conditions that its reflections fulfil, longer cells, and the lattices of twins and other crystals "
+     "in the remaining peaks. Nothing is changed before you choose it."},
     {&WindowActions::m_pRefineGeometry,
      "&Geometry Refinement...",
      "Refine axis, distortion and beam together with the cell against the indexed peaks",
      nullptr,
      {},
      "Fits the cell together with the rotation axis, the direct beam, the distortion of the lens and the "
-     "tilts to the indexed peaks, and shows what is left of each. Nothing is changed before \"Apply\" "
+     "tilts to the indexed peaks, and shows the residuals. Nothing is changed before \"Apply\" "
      "there."},
     {&WindowActions::m_pRefineBasis,
      "Refine &Basis Vectors",
@@ -264,8 +265,8 @@ constexpr ActionRow g_aSingle[] = {
      "Stop the run under way",
      "stop",
      {},
-     "Ends the run under way once the frame or step that it is at is done; the log says so. Results that a "
-     "run replaces at its end stay the former ones. The shift evaluation cannot be stopped."},
+     "Ends the current run after the present frame or step; the log says so. Results that a run replaces "
+     "only at its end keep their former values. The shift evaluation cannot be stopped."},
 };
 
 constexpr ActionRow g_aPalette[] = {

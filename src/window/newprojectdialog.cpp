@@ -64,9 +64,8 @@ NewProjectDialog::NewProjectDialog(const QString& strFolder, QWidget* pParent) :
     pLayout->addLayout(pColumns, 1);
     pLayout->addWidget(m_pFile);
     m_pSolveCheck = new QCheckBox(tr("Solve at once"), this);
-    explain(m_pSolveCheck,
-            tr("Begins \"Solve\" as soon as the project is made: from the frames to the cell and the "
-               "intensities, with the numbers that the series itself tells."));
+    explain(m_pSolveCheck, tr("Starts \"Solve\" as soon as the project is written: from the frames to the "
+                              "cell and the intensities, with numbers determined from the series itself."));
     auto* pLast = new QHBoxLayout;
     pLast->addWidget(m_pProblemLabel, 1);
     pLast->addWidget(m_pSolveCheck);

@@ -44,12 +44,12 @@ SeriesChoiceBox::SeriesChoiceBox(QWidget* pParent) : QWidget(pParent)
 {
     m_pFramesEdit = new QLineEdit(this);
     m_pFramesEdit->setPlaceholderText(tr("all"));
-    explain(m_pFramesEdit, tr("Frames that are taken, by their numbers in the list from 1: 5-60, 5-, -60 or "
+    explain(m_pFramesEdit, tr("Frames that are used, by their numbers in the list from 1: 5-60, 5-, -60 or "
                               "1-10,20-30. Empty: all."));
     m_pSkipEdit = new QLineEdit(this);
     m_pSkipEdit->setPlaceholderText(tr("none"));
     explain(m_pSkipEdit,
-            tr("Frames that are left out of these, as 3,7-9: blank ones, or such as show a jump."));
+            tr("Frames of these that are left out, such as 3,7-9: blank ones, or those with a jump."));
     m_pSumSpin = new QSpinBox(this);
     m_pSumSpin->setRange(1, 1000);
     explain(m_pSumSpin,
@@ -100,7 +100,7 @@ std::optional<SeriesChoice> SeriesChoiceBox::choice(int nFrames, QString* pstrRe
     QString strReason;
     const QList<int> listTaken = takenFrames(choice, nFrames, &strReason);
     if (!listTaken.isEmpty() && sumStarts(listTaken, choice.nSum).isEmpty()) {
-        strReason = tr("there are no %1 frames side by side to be summed").arg(choice.nSum);
+        strReason = tr("there are no %1 successive frames to be summed").arg(choice.nSum);
     }
     if (!strReason.isEmpty()) {
         if (pstrReason) {

@@ -15,7 +15,7 @@ SeriesChoiceDialog::SeriesChoiceDialog(int nFrames, const SeriesChoice& before, 
 {
     setWindowTitle(tr("Frames of the Series"));
     auto* pText = new QLabel(
-        tr("What of the %L1 frames is worked on. Files stay as they are: sums and bins are made as they are "
+        tr("Selection of the %L1 frames. Files are not changed: frames are summed and binned as they are "
            "read. The project is opened anew; shifts and peaks that were found before are not used with "
            "another choice, and come back with the former one.")
             .arg(nFrames),

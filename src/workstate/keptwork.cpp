@@ -188,7 +188,7 @@ QStringList changesSince(const KeptWork& work, const WorkState& state)
                 QStringLiteral("%1 is no longer there. The work is shown as it was.").arg(work.strProject));
         } else if (bytesSum != work.bytesProjectSum) {
             listLine.append(QStringLiteral("%1 has been changed since. The work is shown as it was; open the "
-                                           "project for what it holds now.")
+                                           "project to see its present content.")
                                 .arg(work.strProject));
         }
     }

@@ -119,7 +119,7 @@ private:
     void complain(const char* pszKey)
     {
         if (m_strWrong.isEmpty()) {
-            m_strWrong = QStringLiteral("\"%1\" is none that it can be").arg(QLatin1String(pszKey));
+            m_strWrong = QStringLiteral("\"%1\" has an impossible value").arg(QLatin1String(pszKey));
         }
     }
 

@@ -51,7 +51,7 @@ bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstr
 {
     const int nHead = mark().size() + g_nVersionBytes + g_nSumBytes;
     if (!bytes.startsWith(mark()) || bytes.size() < nHead) {
-        return refused(pstrReason, QStringLiteral("It is not the work of this program, or cut off."));
+        return refused(pstrReason, QStringLiteral("It was not saved by this program, or is truncated."));
     }
     const auto nVersion = qFromLittleEndian<quint32>(bytes.constData() + mark().size());
     if (nVersion != g_nWorkStateVersion) {
@@ -62,7 +62,7 @@ bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstr
     }
     const QByteArray bytesValues = QByteArray::fromRawData(bytes.constData() + nHead, bytes.size() - nHead);
     if (bytes.mid(nHead - g_nSumBytes, g_nSumBytes) != sumOf(bytesValues)) {
-        return refused(pstrReason, QStringLiteral("It is damaged: the check sum is another one."));
+        return refused(pstrReason, QStringLiteral("It is damaged: the check sum is wrong."));
     }
     CStateReader reader(bytesValues);
     WorkState stateRead;

@@ -202,7 +202,7 @@ private:
             add(WorkStage::Axis, StageState::Done,
                 QStringLiteral("at %1°").arg(number(m_data.m_dfRotationAxis, m_data.m_nAxisDecimals)));
         } else {
-            add(WorkStage::Axis, StageState::Missing, QStringLiteral("nobody has told or found it"));
+            add(WorkStage::Axis, StageState::Missing, QStringLiteral("it was neither given nor found"));
         }
     }
 
@@ -252,7 +252,7 @@ private:
         }
         QString strChange = changeOfMapping(made->mapping);
         if (strChange.isEmpty() && isStale(WorkStage::Merging)) {
-            strChange = QStringLiteral("what is merged was changed");
+            strChange = QStringLiteral("the peaks to be merged were changed");
         } else if (strChange.isEmpty() && made->nMerged != m_nMergedHash && m_nMergedHash != 0) {
             // The hash 0 is that of no reflections: if they were only dropped, the cell is as good as it was.
             strChange = QStringLiteral("the reflections were merged anew");
@@ -275,9 +275,9 @@ private:
         if (!holdsIndicesOfCell(m_data)) {
             strChange = QStringLiteral("the unit cell was changed");
         } else if (isStale(WorkStage::Cell)) {
-            strChange = QStringLiteral("what the unit cell stands on was changed");
+            strChange = QStringLiteral("the data behind the unit cell were changed");
         } else if (isStale(WorkStage::Merging)) {
-            strChange = QStringLiteral("what is merged was changed");
+            strChange = QStringLiteral("the peaks to be merged were changed");
         } else if (made && made->nMerged != m_nMergedHash) {
             strChange = QStringLiteral("the reflections were merged anew");
         } else if (made && made->dfThreshold != m_numbers.indexing.m_dfIndexThreshold) {

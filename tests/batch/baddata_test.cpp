@@ -124,7 +124,7 @@ const BadCase g_aBad[] = {
     {"no wavelength", "s.ed3d: Could not find keyword \"WAVELENGTH\" in the input file.",
      [](const Series& s) { s.replaceInProject("WAVELENGTH 0.0251\n", ""); }},
     {"no axis, and too few peaks to find one",
-     "There is no rotation axis: none was given, and the peaks do not tell it: ",
+     "There is no rotation axis: none was given, and the peaks do not determine it: ",
      [](const Series& s) { s.replaceInProject("ROTATIONAXIS 10\n", ""); },
      {"--to", "merge"},
      "peaks"},
@@ -178,7 +178,7 @@ TEST(BadData, LeavesAnAxisThatThePeaksDoNotTellAsItWas)
     const BatchOutcome outcome = runBatch({series.path("s.ed3d"), "--axis", "auto", "--to", "merge"});
     EXPECT_EQ(outcome.nStatus, 0);
     EXPECT_TRUE(
-        outcome.strText.contains("Warning: the rotation axis stays at 10.0°, as the peaks do not tell it"))
+        outcome.strText.contains("Warning: the rotation axis stays at 10.0°, as the peaks do not determine it"))
         << outcome.strText.toStdString();
 }
 
@@ -283,17 +283,17 @@ TEST_F(BadUsage, OfInputsAndStagesIsRefused)
         {{strProject, strProject}, "one project at a time"},
         {{strProject, "--no-such-option"}, "no-such-option"},
         {{strProject, "--from", "indexing"}, "not one of"},
-        {{strProject, "--from", "cell", "--to", "peaks"}, "lies before"},
+        {{strProject, "--from", "cell", "--to", "peaks"}, "is before"},
         {{strProject, "--export", "xds,dails"}, "not one of"},
         {{strProject, "--export", "dials", "--to", "cell"}, "needs the stage index"},
         {{strProject, "--export", "cif", "--to", "geometry"}, "needs the stage integrate"},
         {{strProject, "--export", "cif", "--virtual-frames", "-1"}, "virtual-frames"},
-        {{strProject, "--from", "refine", "--to", "index"}, "lies before"},
+        {{strProject, "--from", "refine", "--to", "index"}, "is before"},
         {{strProject, "--tilt-step", "1"}, "--tilt-step"},
         {{strProject, "--group", "1"}, "--from merge"},
         {{series.path("f0.mrc")}, "--wavelength"},
         {{"--summary"}, "no files of --json"},
-        {{"--summary", "--jobs", "1", strProject}, "no other option"},
+        {{"--summary", "--jobs", "1", strProject}, "cannot be combined"},
     });
 }
 
@@ -322,7 +322,7 @@ TEST_F(BadUsage, OfKnownCellsIsRefused)
         {{strProject, "--known-cell", "4,5,six,90,90,90"}, "\"six\" is no number"},
         {{strProject, "--known-cell", "4,5,6,90,90,200"}, "the six numbers make no cell"},
         {{strProject, "--known-cell", series.path("none.cif")}, "none.cif"},
-        {{strProject, "--known-cell", "4,5,6,90,90,90", "--cell", "s.uc"}, "one of them tells the cell"},
+        {{strProject, "--known-cell", "4,5,6,90,90,90", "--cell", "s.uc"}, "both give a cell"},
         {{strProject, "--known-cell", "4,5,6,90,90,90", "--from", "index"}, "--from index lies behind"},
     });
 }
@@ -344,7 +344,7 @@ TEST_F(BadUsage, OfTheNamesOfResultsIsRefused)
         {{strProject, "--json", series.path("new/s.run.json"), "--out", series.path("new")}, "another file"},
         {{strProject, "--report", series.path("f1.mrc")}, "would overwrite an input file"},
         {{strProject, "--report", "r.html", "--json", "r.html"}, "would overwrite another file of the run"},
-        {{strProject, "--report", "-"}, "a file is wanted"},
+        {{strProject, "--report", "-"}, "give the name of a file"},
         {{strProject, "--out", series.path("hard")}, "s.hkl, which the run would write, is one of"},
         // What a shell makes of "--json *.mrc".
         {QStringList{"--json", strFirst, series.path("f1.mrc"), series.path("f2.mrc")} + listGeometry,

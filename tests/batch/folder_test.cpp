@@ -51,7 +51,7 @@ TEST_F(FrameFolder, GoesToTheCellWithoutAnOption)
     const QString strJson = m_dir.filePath("s.json");
     BatchOutcome outcome = runBatch({path(""), "--json", strJson, "--to", "index"});
     EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
-    for (const char* pch : {"Wavelength 0.02508 Å, as the frames tell (WAVELENGTH)", "Pixel size 0.008 Å⁻¹",
+    for (const char* pch : {"Wavelength 0.02508 Å, from the frames (WAVELENGTH)", "Pixel size 0.008 Å⁻¹",
                             "Tilts -20° to 19°", "f.ed3d"}) {
         EXPECT_TRUE(outcome.strText.contains(QString::fromUtf8(pch))) << pch;
     }
@@ -92,7 +92,7 @@ TEST_F(FrameFolder, WhatLacksIsNamedByItsOption)
     BatchOutcome outcome = runBatch({path("")});
     EXPECT_EQ(outcome.nStatus, 2);
     EXPECT_TRUE(
-        outcome.strText.contains("do not tell the pixel size and the tilts: give --pixel-size and "
+        outcome.strText.contains("do not give the pixel size and the tilts: use --pixel-size and "
                                  "--tilt-step"))
         << outcome.strText.toStdString();
     outcome = runBatch({frame(0), frame(1), frame(2), "--pixel-size", "0.008", "--tilt-step", "1", "--to",

@@ -130,7 +130,7 @@ TEST_F(Misfit, IsFollowedByAHintAtItsCause)
     }
     writeBytes(m_dir.filePath("q.ed3d"), bytesProject);
     EXPECT_EQ(batch({"--from", "merge"}).nStatus, 1);
-    EXPECT_TRUE(firstHint().contains("the tilts stand still")) << firstHint().toStdString();
+    EXPECT_TRUE(firstHint().contains("the tilts do not change")) << firstHint().toStdString();
 }
 
 TEST_F(Misfit, OfNoiseNamesWhatWasTriedAndAFewPeaksAreNotBelieved)

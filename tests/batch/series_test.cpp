@@ -138,7 +138,7 @@ protected:
         EXPECT_EQ(readBytes(strAgain + "/q_refined.pk"), readBytes(made(strName) + "/q.pk"));
         outcome = runBatch({project(), "--out", out(strName), "--from", "merge", "--bin", "1"});
         EXPECT_EQ(outcome.nStatus, 1);
-        EXPECT_TRUE(outcome.strText.contains("read otherwise")) << outcome.strText.toStdString();
+        EXPECT_TRUE(outcome.strText.contains("another choice")) << outcome.strText.toStdString();
         EXPECT_FALSE(QFileInfo::exists(s_pDir->filePath("q.series.json")))
             << "results elsewhere change no project";
     }
@@ -188,10 +188,10 @@ TEST_F(ReadSeries, WhatIsNoChoiceOfTheSeriesIsBadUsage)
         QStringList listOption;
         const char* pszSays;
     } aRow[] = {
-        {{"--bin", "0"}, "--bin 0: a whole number from 1 to 64 is wanted"},
+        {{"--bin", "0"}, "--bin 0: must be a whole number from 1 to 64"},
         {{"--bin", "two"}, "--bin two"},
         {{"--sum", "-2"}, "--sum -2"},
-        {{"--sum", "61"}, "--sum 61: there are not as many frames side by side"},
+        {{"--sum", "61"}, "--sum 61: there are not as many successive frames"},
         {{"--sum", "3", "--skip", "3,6,9,12,15,18,21,24,27,30,33,36,39,42,45,48,51,54,57,60"}, "--sum 3"},
         {{"--frames", "5-3"}, "--frames 5-3: 5-3 ends before it begins"},
         {{"--frames", "50-61"}, "the series has frames 1 to 60, and no 50-61"},

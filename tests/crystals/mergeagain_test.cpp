@@ -99,8 +99,8 @@ TEST_F(MergedBefore, givesItsGroupsWayButForWhatWasChanged)
     EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     QStringList listOfSecond = filesIn(path("m")).keys().filter("m_2");
     EXPECT_EQ(listOfSecond, (QStringList{"m_2_merged.hkl", "m_2_notes.txt"}));
-    EXPECT_TRUE(outcome.strText.contains("have no successor are removed: m_2.cif, "));
-    EXPECT_TRUE(outcome.strText.contains("stand beside those of this one: m_2_merged.hkl."));
+    EXPECT_TRUE(outcome.strText.contains("are not replaced by new ones are removed: m_2.cif, "));
+    EXPECT_TRUE(outcome.strText.contains("remain beside those of this one: m_2_merged.hkl."));
     EXPECT_EQ(record()["former"].toArray().size(), 1);
 
     // The next one knows it as well, of the generation before.
@@ -126,7 +126,7 @@ TEST_F(MergedBefore, andHalfReplacedIsCleanedByTheNextOne)
     writeBytes(path("m/.tessera-merge.files/m_1_merged.hkl.abcdef"), "former");
     const BatchOutcome outcome = merge("r/b1 r/b2 r/b3 --out m");
     EXPECT_EQ(outcome.nStatus, 0);
-    EXPECT_TRUE(outcome.strText.contains("The earlier merging was ended while"))
+    EXPECT_TRUE(outcome.strText.contains("The earlier merging was interrupted while"))
         << outcome.strText.toStdString();
     EXPECT_TRUE(filesIn(path("m")).keys().filter(QRegularExpression("m_[23]")).isEmpty());
     EXPECT_FALSE(record().contains("unfinished"));

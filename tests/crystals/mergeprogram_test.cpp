@@ -82,7 +82,7 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
     EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     for (const char* pszPart :
          {"known.csv, line 3: it has 2 columns", "r/half/half.run.json. half_integrated.hkl is not the list",
-          "byte for byte: they count once", "/empty. There is no record of a run",
+          "byte for byte: they are used once", "/empty. There is no record of a run",
           "m_1_brick: brick, 4 of 4 crystals merged", "m_2_quartz: quartz, 3 of 3 crystals merged",
           "7 crystals read, 7 merged in 2 of 2 groups; not read: 3."}) {
         EXPECT_TRUE(outcome.strText.contains(pszPart)) << pszPart << "\n" << outcome.strText.toStdString();
@@ -164,7 +164,7 @@ TEST_F(MergeProgram, takesFewerThreadsWhereMemoryIsShort)
     const QMap<QString, QByteArray> mapFile = filesIn(path("m"));
     const BatchOutcome outcome = merge("r --out m --jobs 64", "ulimit -v 250000; ");
     EXPECT_EQ(outcome.nStatus, 0);
-    EXPECT_TRUE(outcome.strText.contains("Of 64 threads there is memory for "))
+    EXPECT_TRUE(outcome.strText.contains(" of 64 threads: the files are the same"))
         << outcome.strText.toStdString();
     EXPECT_EQ(filesIn(path("m")), mapFile);
 }
@@ -196,7 +196,7 @@ TEST_F(MergeProgram, answersByItsStatus)
         const char* szSaid;
     };
     const Case aCase[] = {
-        {"", 2, "--out: a folder for the merged files is wanted"},
+        {"", 2, "--out: give a folder for the merged files"},
         {"--out m", 2, "no folders of results given"},
         {"r --out known.csv", 2, "known.csv is no folder"},
         {"r --out r/b1", 2, "holds the results of a series"},

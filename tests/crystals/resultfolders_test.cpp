@@ -48,7 +48,7 @@ TEST_F(ResultFoldersOfUser, countOnceHoweverTheyAreGiven)
     EXPECT_EQ(found({path("r")}), "r/k2\nr/k10\n!r/empty There is no");
     EXPECT_EQ(found({path("r/k10"), path("r/k2/../k2/")}), "r/k2\nr/k10");
     // Twice by name is told; a folder and one that it is found in, or several records of one, are no mistake.
-    EXPECT_EQ(found({path("r/k2"), path("link")}), "r/k2\nr/k2 is named more than once: it counts once.");
+    EXPECT_EQ(found({path("r/k2"), path("link")}), "r/k2\nr/k2 is given more than once: it is used once.");
     EXPECT_EQ(found({path("r/k2"), path("r")}), "r/k2\nr/k10\n!r/empty There is no");
     EXPECT_EQ(found({path("r/k2/a.run.json"), path("r/k2/b.run.json")}), "r/k2");
 }
@@ -59,9 +59,9 @@ TEST_F(ResultFoldersOfUser, AreToldWhereTheyHoldNone)
                      path("deep/er"), ""}),
               "deep/er/k3\n!\"\" It has no\n!deep There is no\n!file It is no\n!nothing There is no\n"
               "!r/empty There is no");
-    EXPECT_TRUE(found({path("merged"), path("r/k2")}).startsWith("r/k2\nmerged holds merged intensities"));
+    EXPECT_TRUE(found({path("merged"), path("r/k2")}).startsWith("r/k2\nmerged contains merged intensities"));
     EXPECT_TRUE(
-        found({path("r/empty"), path("r/k2")}, path("r/empty")).startsWith("r/k2\nr/empty holds merged"));
+        found({path("r/empty"), path("r/k2")}, path("r/empty")).startsWith("r/k2\nr/empty contains merged"));
 }
 
 /// A series that was lost is one of few; a folder full of others is no list of hundreds.

@@ -120,7 +120,7 @@ TEST(NewProject, FileIsRefusedThatCannotHoldWhatWasMeant)
         {[](NewProject& p) { p.dfRotationAxis = INFINITY; }, "The value of \"ROTATIONAXIS\""},
         {[](NewProject& p) { p.distortion = {1.25, 10, -2, 0.5, 0.3, -160, -1, 0.25}; },
          "The value of \"THIRDORDERRADIUS\""},
-        {[](NewProject& p) { p.listFrame[1] = "/data/set/b c.mrc"; }, "\"b c.mrc\" holds a blank"},
+        {[](NewProject& p) { p.listFrame[1] = "/data/set/b c.mrc"; }, "\"b c.mrc\" contains a blank"},
         {[](NewProject& p) { p.listFrame[1] = "/data/set/ENDFILELIST.mrc"; }, "A project file cannot hold"},
         {[](NewProject& p) { p.listFrame[1] = "/data/" + QString(1100, 'x'); }, "Line "},
     };

@@ -239,11 +239,11 @@ TEST_F(SeriesFolder, AStepOfALogKeepsItsSignAndItsEnds)
     EXPECT_TRUE(strDoubt.isEmpty()) << strDoubt.toStdString();
     list = tiltsWith("Oscillation angle: -0.6 deg\n", strDoubt);
     EXPECT_NEAR(list.value(9), -5.7, 1e-9);
-    EXPECT_TRUE(strDoubt.contains("taken to start at 0")) << strDoubt.toStdString();
+    EXPECT_TRUE(strDoubt.contains("assumed to start at 0")) << strDoubt.toStdString();
     EXPECT_FALSE(strDoubt.contains("rise")) << strDoubt.toStdString();
     list = tiltsWith("Oscillation angle: 0.6 deg\nStarting angle: 3 deg\n", strDoubt);
     EXPECT_NEAR(list.value(0), 3.3, 1e-9);
-    EXPECT_TRUE(strDoubt.contains("taken to rise")) << strDoubt.toStdString();
+    EXPECT_TRUE(strDoubt.contains("assumed to increase")) << strDoubt.toStdString();
     EXPECT_FALSE(strDoubt.contains("start at 0")) << strDoubt.toStdString();
 }
 

@@ -200,7 +200,7 @@ TEST(Gaps, AreToldOnceAndDoNotHoldTheDriftBack)
     // The number is reported whenever it changes: frame #5 has one dead pixel more, and #6 lacks it again.
     const QString strLog = series.report.log();
     EXPECT_EQ(strLog.count("pixels without a usable number"), 3) << strLog.toStdString();  // #1, #5, #6
-    EXPECT_EQ(strLog.count("Frame #2 and those after it have as many such pixels"), 1);
+    EXPECT_EQ(strLog.count("Frame #2 and those after it have the same number of such pixels"), 1);
 }
 
 TEST(Gaps, TakeNoPartInSums)

@@ -58,7 +58,7 @@ TEST(JobsForMemory, GoesByTheLimitOfTheProcessAndSaysSo)
         EXPECT_EQ(jobsForMemory(SeriesSnapshot(series.dataSet), 6, memory, &report), 2);
     }
     EXPECT_EQ(report.marked().size(), 1);
-    EXPECT_TRUE(report.said("Of 6 frames side by side there is memory for 2: one takes about"));
+    EXPECT_TRUE(report.said("Of 6 frames in parallel there is memory for 2: one takes about"));
     EXPECT_EQ(memoryLeftByLimits(), std::numeric_limits<std::uint64_t>::max());
 }
 

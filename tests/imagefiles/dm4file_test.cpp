@@ -93,7 +93,7 @@ TEST_F(Dm4, ReadsEveryPixelTypeOfStacksInBothByteOrders)
     const QByteArray cut = dm4::file({listOf({dm4::image({1, 1, 2, 3}, 6, dm4::array(10, 4, "abcd"))})});
     EXPECT_EQ(pixels(cut), (std::vector<double>{'a', 'b', 'c', 'd'}));
     EXPECT_EQ(m_strReason, "4 of 6 images are there");
-    EXPECT_EQ(header(cut).listDoubt, QStringList("The file is cut: 4 of 6 images are there"));
+    EXPECT_EQ(header(cut).listDoubt, QStringList("The file is truncated: it has 4 of 6 images"));
 }
 
 TEST_F(Dm4, TheImageIsTheFirstThatIsNoPreviewAndCanBeRead)

@@ -189,7 +189,7 @@ TEST_F(Smv, BrokenFilesGiveAReasonAndNothingElse)
     std::vector<std::pair<QByteArray, const char*>> vecCase = {
         {"x", "not an SMV file: it does not begin with \"{\""},
         {"OD SAPPHIRE  4.0", "an OD SAPPHIRE image, which is not read"},
-        {"{\nSIZE1=4;\n}", "the header tells no HEADER_BYTES"},
+        {"{\nSIZE1=4;\n}", "the header has no HEADER_BYTES"},
         {smv({}, bytesPixels, 20).replace("   20", "   35"), "the header does not end within its 35 bytes"},
         {bytesGood.left(500), "truncated: 500 of 512 header bytes"},
         {smv({"SIZE1=-4"}, bytesPixels), "-4 x 3 pixels"},
@@ -199,7 +199,7 @@ TEST_F(Smv, BrokenFilesGiveAReasonAndNothingElse)
          "truncated: 536 bytes, of which 40000 x 50000 pixels need 4000000000 from byte 512 on"},
         {smv({"SIZE1=100", "SIZE2=100"}, QByteArray(40000, '\1')),
          "20000 bytes are left behind SIZE1 x SIZE2 = 100 x 100 pixels, so these are wrong"},
-        {smv({"SIZE2=3e2"}, bytesPixels), "the header tells no SIZE1 and SIZE2"},
+        {smv({"SIZE2=3e2"}, bytesPixels), "the header has no SIZE1 and SIZE2"},
         {smv({"TYPE=complex"}, bytesPixels), "pixels of the type \"complex\" are not read"},
         {smv({"BYTE_ORDER=middle"}, bytesPixels), "BYTE_ORDER \"middle\" is not known"},
         {smv({"COMPRESSION=RAXIS"}, bytesPixels), "packed pixels (COMPRESSION RAXIS) are not read"},

@@ -109,7 +109,7 @@ TEST(Judgement, WhatWasAskedForIsTakenOrRefused)
     wishes.strLaueClass = "m-3m";
     EXPECT_EQ(judgeIntegration(made.integrated, made.series, made.lattice, wishes, report).chosen.strClass,
               QString("4/mmm"));
-    EXPECT_TRUE(report.said("red The lattice does not have the Laue class m-3m: 4/mmm is taken."));
+    EXPECT_TRUE(report.said("red The lattice does not have the Laue class m-3m: 4/mmm is used."));
     // The tetragonal cell shares the error of its edges: 0.001 each in force, which is not the setting.
     EXPECT_GT(result.cellErrors.a, 0);
     EXPECT_EQ(result.cellErrors.a, result.cellErrors.b);

@@ -220,7 +220,7 @@ TEST(SeriesIntegration, FindsWhereTheDetectorIsFull)
     ASSERT_TRUE(integrateSeries(frames.m_data, frames.m_geometry, options, 2, report, result).finished());
     EXPECT_EQ(result.model.dfSaturation, 1500);
     EXPECT_TRUE(report.said(QStringLiteral(
-        "full at 1500 counts, by a plateau below the 65535 that the frames tell (type of the pixels)")))
+        "full at 1500 counts, by a plateau below the 65535 given by the frames (type of the pixels)")))
         << report.log().toStdString();
 }
 
@@ -236,7 +236,7 @@ TEST(SeriesIntegration, TakesTheRangeThatTheFramesTell)
     ASSERT_TRUE(integrateSeries(frames.m_data, frames.m_geometry, options, 2, report, result).finished());
     EXPECT_EQ(whole.model.dfSaturation, 0);
     EXPECT_EQ(result.model.dfSaturation, 1500);
-    EXPECT_TRUE(report.said(QStringLiteral("full at 1500 counts, as the frames tell (CutOff)")))
+    EXPECT_TRUE(report.said(QStringLiteral("full at 1500 counts, as given by the frames (CutOff)")))
         << report.log().toStdString();
     int nFull = 0;
     for (const Observation& o : result.listObservation) {

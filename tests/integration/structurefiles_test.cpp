@@ -108,7 +108,7 @@ TEST(StructureFiles, InsHoldsCellSymmetryAndContent)
     for (const QByteArray& bytesLine : bytes.split('\n')) {
         EXPECT_LE(bytesLine.size(), 80) << bytesLine.constData();
     }
-    EXPECT_TRUE(insText(smallData(nullptr), "x.hkl").contains("carbon stands for all atoms"));
+    EXPECT_TRUE(insText(smallData(nullptr), "x.hkl").contains("all atoms are taken as carbon"));
     // Acentric: LATT is negative. A centre that is not in the origin of this choice: the other choice.
     IntegrationResult result = smallResult();
     result.spaceGroup->strName = QStringLiteral("P 31 2 1");

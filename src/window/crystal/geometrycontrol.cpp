@@ -461,8 +461,9 @@ void GeometryControl::saveCalibration()
         pModel
             ? tr("The refined axis and distortion are saved to %1.").arg(strFile)
             : tr("Axis and distortion in force, which nothing refined here, are saved to %1.").arg(strFile);
-    strText += calibration.dfPixelSize ? tr(" It holds the size of a pixel, by the known cell.")
-                                       : tr(" It holds no size of a pixel, which a known cell would tell.");
+    strText += calibration.dfPixelSize
+                   ? tr(" It contains the pixel size, determined by the known cell.")
+                   : tr(" It contains no pixel size, which could be determined only with a known cell.");
     WindowReport(m_window).addMessage(strText);
     m_pDialog->setMessage(strText);
 }

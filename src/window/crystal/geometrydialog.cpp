@@ -115,8 +115,8 @@ QWidget* GeometryDialog::makeNumbers()
     auto* pBox = new QGroupBox(tr("Numbers"), this);
     m_pTable = makeTable({tr("Refine"), tr("Before"), tr("After"), tr("e.s.d."), tr("Why Fixed")}, pBox);
     explain(m_pTable,
-            tr("The numbers of the geometry. A tick lets a number be refined where the peaks tell it; "
-               "without one it stays as it is. e.s.d. is the estimated standard deviation."));
+            tr("The numbers of the geometry. A number with a tick is refined if the peaks determine it; "
+               "without one it is fixed. e.s.d. is the estimated standard deviation."));
     makeRows();
     m_pTable->horizontalHeader()->setStretchLastSection(true);
     m_pTable->setMinimumWidth(560);
@@ -124,9 +124,10 @@ QWidget* GeometryDialog::makeNumbers()
 
     m_pTableCell = makeTable({tr("Cell"), tr("Before"), tr("Free"), tr("e.s.d."), tr("Held"), tr("e.s.d.")},
                              pBox);
-    explain(m_pTableCell, tr("The cell before and after, with all six numbers free, and held to the Bravais "
-                             "type that costs no more than 2 % of the residual. The size of a pixel is not "
-                             "refined: its error is common to all lengths."));
+    explain(m_pTableCell,
+            tr("The cell before and after, with all six numbers free, and constrained to the Bravais type "
+               "that raises the residual by no more than 2 %. The size of a pixel is not "
+               "refined: its error is common to all lengths."));
     const std::array<QString, 6> astrName = {QStringLiteral("a (Å)"), QStringLiteral("b (Å)"),
                                              QStringLiteral("c (Å)"), QStringLiteral("α (°)"),
                                              QStringLiteral("β (°)"), QStringLiteral("γ (°)")};
@@ -180,9 +181,8 @@ QWidget* GeometryDialog::makePlots()
     auto* pBox = new QGroupBox(tr("Residuals"), this);
     m_pComboShown = new QComboBox(pBox);
     m_pComboShown->addItems({tr("After"), tr("Before")});
-    explain(m_pComboShown,
-            tr("Whether the plots show what the refined geometry leaves of each peak, or what the "
-               "one before left. Both show the peaks that the refined one keeps."));
+    explain(m_pComboShown, tr("Whether the plots show the residuals of the refined geometry or of the one "
+                              "before. Both show the peaks that were kept in the refinement."));
     m_pPlots = new ResidualPlots(pBox);
     connect(m_pPlots, &ResidualPlots::notSaved, this,
             [this](const QString& strReason) { setMessage(strReason, true); });

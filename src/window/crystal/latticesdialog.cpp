@@ -51,8 +51,8 @@ QString columnTip(int nColumn)
         case ColumnType:
         case ColumnSystem:
             return LatticesDialog::tr(
-                "Bravais type. A star marks the one that is proposed: the highest symmetry "
-                "that is hardly further off than the lower ones it holds.");
+                "Bravais type. A star marks the one that is proposed: the highest symmetry whose misfit is "
+                "hardly larger than that of its subgroups.");
         case ColumnLengths:
         case ColumnAngles:
             return LatticesDialog::tr("The conventional cell of the type, made to obey it: Å and degrees.");
@@ -131,8 +131,8 @@ LatticesDialog::LatticesDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
     m_pButtonRun = makeRunButton(this, tr("Run"), tr("Look at the lattice of the cell in force"),
                                  ButtonText::Bold);
     m_pButtonRun->setAutoDefault(false);
-    explain(m_pButtonRun, tr("Looks at the cell in force anew: its symmetry, what the peaks say of it, and "
-                             "further lattices in the peaks that it leaves over. \"Stop\" keeps what is "
+    explain(m_pButtonRun, tr("Repeats the analysis of the cell in force: its symmetry, its agreement with "
+                             "the peaks, and further lattices in the remaining peaks. \"Stop\" keeps what is "
                              "found so far."));
     auto* pBottom = new QHBoxLayout;
     pBottom->addStretch(1);
@@ -204,9 +204,8 @@ QGroupBox* LatticesDialog::makePoints()
 {
     auto* pGroup = new QGroupBox(tr("What the Peaks Say"), this);
     m_pListPoints = makeList(pGroup);
-    explain(m_pListPoints,
-            tr("Conditions that all reflections keep, and places between those of the lattice that hold more "
-               "peaks than chance would put there: the cell may be too short."));
+    explain(m_pListPoints, tr("Conditions that all reflections fulfil, and places between the lattice points "
+                              "with more peaks than expected by chance: the cell may be too short."));
     m_pButtonLongerCell = makeButton(tr("Take Longer Cell"), pGroup);
     explain(m_pButtonLongerCell, tr("Makes the cell whose reflections lie on the selected places, too, the "
                                     "cell in force, and writes the .uc file. Index again afterwards."));
@@ -222,10 +221,9 @@ QGroupBox* LatticesDialog::makeLattices()
 {
     auto* pGroup = new QGroupBox(tr("Lattices in the Peaks"), this);
     m_pListLattices = makeList(pGroup);
-    explain(
-        m_pListLattices,
-        tr("The cell that was looked at, and lattices in the peaks that it leaves over, such as twins and "
-           "neighbours, with their part of the peaks, cell, and turn from the first."));
+    explain(m_pListLattices,
+            tr("The cell that was analysed, and lattices in the remaining peaks, such as twins and other "
+               "crystals, with their share of the peaks, cell, and rotation relative to the first."));
     m_pButtonChoose = makeButton(tr("Choose"), pGroup);
     explain(m_pButtonChoose, tr("Makes the selected lattice the cell in force and writes the .uc file. Index "
                                 "again afterwards."));

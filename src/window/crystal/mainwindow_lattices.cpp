@@ -37,7 +37,7 @@ LatticeAnalysis analyse(const QList<Vec3D>& listCell, const LatticePoints& listP
 
 void tellTypes(const LatticeAnalysis& analysis, CRunReport& report)
 {
-    report.addMessage(QStringLiteral("Bravais types that the lattice fits; * is proposed:"));
+    report.addMessage(QStringLiteral("Bravais types that fit the lattice; * is proposed:"));
     for (const QString& strLine : tableOfTypes(analysis)) {
         report.addMessage(strLine);
     }

@@ -174,14 +174,14 @@ std::vector<FieldArrow> residualField(const std::vector<SpotResidual>& listResid
 ResidualPlots::ResidualPlots(QWidget* pParent) : QTabWidget(pParent)
 {
     m_pPlotFrame = addPlot(tr("Over the Frame"),
-                           tr("Where on the frame peaks lie off, and to which side: a pattern that turns "
-                              "round the beam is a distortion that the geometry does not have."));
-    m_pPlotRadius = addPlot(tr("By Radius"), tr("How far peaks lie off along the radius and along the "
+                           tr("Deviations of the peaks over the frame, with their directions: a pattern "
+                              "around the beam is a distortion that the geometry does not include."));
+    m_pPlotRadius = addPlot(tr("By Radius"), tr("Deviations of the peaks along the radius and along the "
                                                 "circle, by their distance from the beam."));
-    m_pPlotFrameNumber = addPlot(tr("By Frame"), tr("How far the peaks of each frame lie off along x and y: "
-                                                    "a drift that the shifts have not taken off."));
-    m_pPlotTilt = addPlot(tr("By Tilt"), tr("How far peaks lie off along the beam, by the tilt: the mean "
-                                            "stays near 0 where tilts and orientation are right."));
+    m_pPlotFrameNumber = addPlot(tr("By Frame"), tr("Deviations of the peaks of each frame along x and y: a "
+                                                    "drift that the shifts have not corrected."));
+    m_pPlotTilt = addPlot(tr("By Tilt"), tr("Deviations of the peaks along the beam, by the tilt: the mean "
+                                            "stays near 0 if tilts and orientation are right."));
     setResiduals({}, {});
 }
 

@@ -123,7 +123,7 @@ QualityTable listedTable(const std::vector<ListedFolder>& listFolder)
         {tr("CC1/2"), tr("Correlation of half data sets, of this crystal alone.")},
         {tr("Observations"), tr("Intensities that were measured.")},
         {tr("Reflections"), tr("What these are when equivalents are merged in its class, by the run.")},
-        {tr("Folder"), tr("Where its results lie.")}};
+        {tr("Folder"), tr("Folder of its results.")}};
     for (const ListedFolder& folder : listFolder) {
         for (const ListedCrystal& listed : folder.listCrystal) {
             const Crystal& crystal = listed.crystal;
@@ -184,9 +184,9 @@ QualityTable groupTable(const CrystalsJobResult& result)
         {tr("Rint"), tr("Deviation of equivalents from their mean.")},
         {tr("CC1/2"), tr("Correlation of half data sets.")},
         {tr("I/σ"), tr("Mean of the merged reflections.")},
-        {tr("Remark"), tr("Why it was not merged, another known cell that it may be, how its lattice lies to "
-                          "that of the first "
-                          "group, and crystals in it that may be of another compound.")}};
+        {tr("Remark"),
+         tr("The reason why it was not merged, another known cell that fits, the relation of its lattice to "
+            "that of the first group, and crystals in it that may be of another compound.")}};
     for (size_t n = 0; n < result.listGroup.size(); ++n) {
         table.listRow.push_back(groupRow(result, n));
     }
@@ -203,8 +203,8 @@ QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
         {tr("Used"), tr("Whether it is in the merged intensities.")},
         {tr("Setting"), tr("The indices of the merged files by its own.")},
         {tr("Correlation"), tr("Of its intensities with the mean of the others.")},
-        {tr("Next"), tr("The best correlation of the other settings that the lattice allows and the symmetry "
-                        "tells apart. One that is nearly as high says that the setting is a guess.")},
+        {tr("Next"), tr("The best correlation among the other settings that the lattice allows and that are "
+                        "not equivalent by symmetry. If it is nearly as high, the setting is a guess.")},
         {tr("Common"), tr("Reflections that it shares with the others.")},
         {tr("Scale"), tr("What its intensities are multiplied by.")},
         {tr("B, Å²"), tr("How much faster than the others it falls off with resolution.")},
@@ -212,7 +212,7 @@ QualityTable memberTable(const CrystalsJobResult& result, size_t nGroup)
          tr("How much better equivalents agree with it, by Fisher's z of CC1/2. Below 0: it makes "
             "them worse.")},
         {tr("Why not"), tr("Why it was left out.")},
-        {tr("Folder"), tr("Where its results lie.")}};
+        {tr("Folder"), tr("Folder of its results.")}};
     const CompoundGroup& compound = result.listGroup[nGroup];
     for (const int nMember : compound.group.listMember) {
         const CrystalFate& fate = result.listFate[nMember];

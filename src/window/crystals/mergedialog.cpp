@@ -46,11 +46,10 @@ MergeDialog::MergeDialog(QWidget* pParent) : QDialog(pParent, Qt::Window)
         explain(pButton, strTip);
         return pButton;
     };
-    m_pButtonMerge = makeButton(
-        tr("Merge"),
-        tr("Tells the compounds apart, brings their crystals to one setting and one scale, merges them, and "
-           "writes the files. The open project stays as it is. Another click stops it; no file is there "
-           "then."));
+    m_pButtonMerge = makeButton(tr("Merge"),
+                                tr("Distinguishes the compounds, transforms their crystals to one setting "
+                                   "and one scale, merges them, and writes the files. The open project is "
+                                   "not changed. Another click stops it; then no file is written."));
     m_pButtonReport = makeButton(tr("Report"), tr("Opens the report of the merging in the browser."));
     m_pButtonClose = makeButton(tr("Close"), tr("Closes the window. A merging under way is stopped; the list "
                                                 "of the crystals stays."));

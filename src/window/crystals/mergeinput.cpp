@@ -81,7 +81,8 @@ QWidget* MergeInput::makeFolders()
     m_pButtonAdd = makeButton(
         tr("Add Folders..."),
         tr("Chooses folders of results, several at once: those that \"Solve\" or tessera-batch have written "
-           "to. A folder that only holds such folders stands for all of them. Folders can be dropped on the "
+           "to. A folder that only contains such folders stands for all of them. Folders can be dropped on "
+           "the "
            "window, too."),
         pPart);
     m_pButtonSeries = makeButton(tr("Add This Series"), tr("Adds the results of the open project."), pPart);
@@ -96,8 +97,9 @@ QWidget* MergeInput::makeFolders()
     m_pTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_pTableUnread = new TablePanel(pPart);
     m_pTableUnread->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    explainArea(m_pTable, tr("What the runs have found of each crystal by itself."));
-    explainArea(m_pTableUnread, tr("What gives no crystal, and why. The merging leaves it out."));
+    explainArea(m_pTable, tr("Results of the runs for each crystal by itself."));
+    explainArea(m_pTableUnread,
+                tr("Inputs that give no crystal, with the reason. The merging leaves them out."));
     auto* pRow = new QHBoxLayout;
     for (QPushButton* pButton : {m_pButtonAdd, m_pButtonSeries, m_pButtonRemove, m_pButtonClear}) {
         pRow->addWidget(pButton);
@@ -131,16 +133,16 @@ QWidget* MergeInput::makeOptions()
     const CellTolerance tolerance;
     m_pSpinLengths = makeTolerance(
         tolerance.dfLengths, tr(" %"),
-        tr("Crystals are of one compound where no edge of their reduced cells differs by more. Smaller: "
-           "more groups, of what is alike. Larger where the camera length of the series is not certain."),
+        tr("Crystals belong to one compound if no edge of their reduced cells differs by more. Smaller: more "
+           "groups, of more similar crystals. Larger: if the camera length of the series is not certain."),
         pBox);
     m_pSpinAngles = makeTolerance(tolerance.dfAngles, tr("°"),
                                   tr("The same for the angles of the reduced cells."), pBox);
     m_pComboClass = new QComboBox(pBox);
     m_pComboClass->addItem(tr("by the intensities"));
     m_pComboClass->addItems(laueClassNames());
-    explain(m_pComboClass, tr("The Laue class that all groups are merged in. A group whose lattice does not "
-                              "have it keeps the one that its intensities propose."));
+    explain(m_pComboClass, tr("The Laue class in which all groups are merged. A group whose lattice does not "
+                              "have it keeps the one suggested by its intensities."));
     m_pCheckKeepAll = new QCheckBox(tr("Keep all crystals"), pBox);
     explain(m_pCheckKeepAll, tr("Merges those, too, without which equivalents agree better: for compounds "
                                 "whose completeness needs each crystal."));
@@ -149,8 +151,9 @@ QWidget* MergeInput::makeOptions()
     explain(m_pEditKnown, tr("A table with the cells of compounds, one a line: name, a, b, c, α, β, γ, and, "
                              "if known, centring or space group, and formula. Groups are named by it."));
     m_pEditOut = new QLineEdit(pBox);
-    explain(m_pEditOut, tr("The folder that the merged files go to; their names begin with its name. It is "
-                           "made where it is not there."));
+    explain(
+        m_pEditOut,
+        tr("The folder of the merged files, whose names begin with its name. It is created if necessary."));
     auto* pBrowseKnown = makeButton(tr("Browse..."), tr("Chooses the file of known cells."), pBox);
     auto* pBrowseOut = makeButton(tr("Browse..."), tr("Chooses the folder for the files."), pBox);
     auto* pGrid = new QGridLayout(pBox);

@@ -60,11 +60,11 @@ MergeResultView::MergeResultView(QWidget* pParent) : QWidget(pParent)
     explainArea(m_pTreeLattices, tr("All crystals by their lattices. What is joined left of the broken line "
                                     "is one group; groups have colours. A click chooses a crystal."));
     m_pTreeCorrelations = new TreeView(m_pPages);
-    explainArea(m_pTreeCorrelations, tr("The crystals of the group by their intensities: what is joined far "
-                                        "to the left agrees well. Struck through: left out."));
+    explainArea(m_pTreeCorrelations, tr("The crystals of the group by their intensities: crystals joined far "
+                                        "to the left agree well. Struck through: left out."));
     m_pQuality = new QualityTab(m_pPages);
     m_pTableUnread = makeTable(m_pPages);
-    explainArea(m_pTableUnread, tr("What gave no crystal, or the same one again, and why."));
+    explainArea(m_pTableUnread, tr("Inputs that gave no crystal, or the same one again, with the reason."));
     m_pFiles = new QTextBrowser(m_pPages);
     m_pFiles->setOpenLinks(false);
     explainArea(m_pFiles, tr("What was written. A click opens a file with the program for it."));
@@ -115,7 +115,7 @@ QWidget* MergeResultView::makeTreePage(TreeView* pView)
     };
     pRow->addStretch(1);
     add(tr("Larger"), tr("Higher rows; so does the wheel with Ctrl."), &TreeView::zoomIn);
-    add(tr("Smaller"), tr("Lower rows; labels go where they would lie on one another."), &TreeView::zoomOut);
+    add(tr("Smaller"), tr("Lower rows; labels that would overlap are hidden."), &TreeView::zoomOut);
     add(tr("Fit"), tr("All rows in the view."), &TreeView::fit);
     auto* pLayout = new QVBoxLayout(pPage);
     pLayout->setContentsMargins(0, 0, 0, 0);

@@ -30,9 +30,8 @@ Offer offerOf(ExportKind kind)
 {
     switch (kind) {
         case ExportKind::Xds:
-            return {
-                ExchangeDialog::tr("XDS"),
-                ExchangeDialog::tr("XDS.INP, with the frames as SMV images from which the drift is taken")};
+            return {ExchangeDialog::tr("XDS"),
+                    ExchangeDialog::tr("XDS.INP, with the frames as SMV images corrected for the drift")};
         case ExportKind::Dials:
             return {ExchangeDialog::tr("DIALS"),
                     ExchangeDialog::tr(
@@ -68,8 +67,8 @@ ExchangeDialog::ExchangeDialog(const FnExport& fnExport, const QString& strFolde
     layout()->addWidget(m_pLabelSays);
     m_pButtons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     m_pButtonExport = m_pButtons->addButton(tr("Export"), QDialogButtonBox::ActionRole);
-    explain(m_pButtonExport, tr("Writes the files of what is checked; another click stops it. Files of the "
-                                "same names are replaced, but for texts that were changed by hand."));
+    explain(m_pButtonExport, tr("Writes the checked files; another click stops it. Files with the same names "
+                                "are replaced, except texts that were changed by hand."));
     explain(m_pButtons->button(QDialogButtonBox::Close), tr("Closes the dialog; what is written stays."));
     layout()->addWidget(m_pButtons);
     for (QPushButton* pButton : findChildren<QPushButton*>()) {

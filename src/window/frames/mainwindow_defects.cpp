@@ -68,11 +68,11 @@ void MainWindow::addToMask(const FrameDefects& defects, CRunReport& report)
         return;
     }
     if (!mask.listPolygon.isEmpty() &&
-        QMessageBox::question(this, tr("Find Defects"),
-                              tr("%L1 areas were found that are no measurement. Add them to the %L2 areas of "
-                                 "the mask?")
-                                  .arg(listNew.size())
-                                  .arg(mask.listPolygon.size())) != QMessageBox::Yes) {
+        QMessageBox::question(
+            this, tr("Find Defects"),
+            tr("%L1 areas without valid measurements were found. Add them to the %L2 areas of the mask?")
+                .arg(listNew.size())
+                .arg(mask.listPolygon.size())) != QMessageBox::Yes) {
         report.addMessage(tr("The mask stays as it was: these areas are not left out."));
         return;
     }

@@ -97,7 +97,7 @@ QGroupBox* CellPage::makeDetermination()
     m_pRadioCellManual = new QRadioButton(tr("Manual"), pGroupDetermination);
     m_pRadioCellAuto->setChecked(true);
     explain(m_pRadioCellAuto, tr("Looks for the cell in the reflections or peaks."));
-    explain(m_pRadioCellManual, tr("Takes the cell from directions that you look along."));
+    explain(m_pRadioCellManual, tr("Builds the cell from directions of view."));
     auto* pRadioLayout = new QHBoxLayout;
     pRadioLayout->addWidget(m_pRadioCellAuto);
     pRadioLayout->addWidget(m_pRadioCellManual);
@@ -136,7 +136,7 @@ QWidget* CellPage::makeMethod(QWidget* pParent)
     explain(m_pComboMethod,
             tr("How the cell is searched: by differences of the chosen reflections, by directions in which "
                "all peaks of the frames lie in planes of even spacing, or by both, of which the cell is "
-               "taken that explains more of the peaks. Directions bear long edges and much noise."));
+               "taken that explains more of the peaks. Directions are suited to long edges and much noise."));
     auto* pLayout = new QHBoxLayout(pMethod);
     pLayout->setContentsMargins(0, 0, 0, 0);
     pLayout->addWidget(new QLabel(tr("Method"), pMethod));
@@ -157,9 +157,8 @@ QGroupBox* CellPage::makeRange(QWidget* pParent)
     pRangeLayout->addWidget(new QLabel(tr("Max."), m_pGroupCellRange), 1, 0);
     pRangeLayout->addWidget(m_pSpinCellRangeMax, 1, 1);
     m_pButtonSuggest = new QPushButton(tr("Suggest..."), m_pGroupCellRange);
-    explain(m_pButtonSuggest,
-            tr("Offers a range by the closest distances of spots, with its reason. Nothing is set before you "
-               "say so."));
+    explain(m_pButtonSuggest, tr("Suggests a range from the shortest distances of spots, with the reason. "
+                                 "Nothing is set before you agree."));
     pRangeLayout->addWidget(m_pCheckAutoRange, 0, 2);
     pRangeLayout->addWidget(m_pButtonSuggest, 1, 2);
     pRangeLayout->setColumnStretch(1, 1);
@@ -187,9 +186,9 @@ QGroupBox* CellPage::makeDirections(QWidget* pParent)
         aRow[i].pSpin->setGroupSeparatorShown(true);
         // A length that begins with "0" while it is typed would make the vector 0, without a direction.
         aRow[i].pSpin->setKeyboardTracking(false);
-        explain(aRow[i].pButton, tr("Gives %1 the direction that the 3D view looks along, and the length "
-                                    "beside it.")
-                                     .arg(aRow[i].strText));
+        explain(aRow[i].pButton,
+                tr("Gives %1 the direction of view of the 3D view, and the length beside it.")
+                    .arg(aRow[i].strText));
         explain(aRow[i].pSpin,
                 tr("Length of %1, Å⁻¹. Adjust it until the nodes of the lattice lie on the points.")
                     .arg(aRow[i].strText));
@@ -217,9 +216,8 @@ QGroupBox* CellPage::makeCell()
     }
     m_pLabelCellFit = new QLabel(pGroup);
     m_pLabelCellFit->setWordWrap(true);
-    explain(m_pLabelCellFit,
-            tr("How many peaks of the frames have whole indices, each by itself, and how many would in other "
-               "orientations of the cell. Good: a share far above that of chance."));
+    explain(m_pLabelCellFit, tr("Share of the peaks with whole indices, each peak indexed by itself, and the "
+                                "share for other orientations of the cell. Good: far above that by chance."));
     pGrid->addWidget(m_pLabelCellFit, 2, 0, 1, 4);
     m_pButtonLoadCell = new QPushButton(tr("Load..."), pGroup);
     m_pButtonExportCell = new QPushButton(tr("Export..."), pGroup);
@@ -277,11 +275,9 @@ QGroupBox* CellPage::makeTransformation()
     pButtonLayout->addWidget(m_pButtonTransform);
     pLayout->addLayout(pButtonLayout);
     m_pButtonLattices = new QPushButton(tr("Lattices..."), pGroupTransformation);
-    explain(
-        m_pButtonLattices,
-        tr("Looks at the lattice of the cell in force: the Bravais types that it fits, each with the matrix "
-           "to its conventional cell, whether a longer cell is asked for, and lattices of other crystals "
-           "in the peaks."));
+    explain(m_pButtonLattices, tr("Analyses the lattice of the cell in force: the Bravais types that fit it, "
+                                  "each with the matrix to its conventional cell, whether a longer cell is "
+                                  "needed, and lattices of other crystals in the peaks."));
     pLayout->addWidget(m_pButtonLattices);
 
     explain(m_pButtonTest,

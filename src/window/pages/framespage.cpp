@@ -117,7 +117,7 @@ QGroupBox* FramesPage::makeContrast()
             tr("Pixel value that is shown white, in counts. Lower it to see weak spots."));
     explain(
         m_pContrastHistogram,
-        tr("How many pixels have which value, and what is shown black and white: drag the handles. A double "
+        tr("Histogram of the pixel values, with the limits for black and white: drag the handles. A double "
            "click is \"Automatic\". Keys: Up and Down choose a handle, Left and Right move it."));
     explain(m_pContrastAutoButton,
             tr("The 1st and the 99.7th percentile of the image in view, without the direct beam: spots are "
@@ -143,7 +143,7 @@ QGroupBox* FramesPage::makePlay()
     m_pPlayBackwardButton = new QPushButton(QStringLiteral("◄"), pPlay);
     m_pPlayStopButton = new QPushButton(QStringLiteral("■"), pPlay);
     m_pPlayLoopCheck = new QCheckBox(tr("Loop"), pPlay);
-    explain(m_pPlayLoopCheck, tr("The play goes on at the other end of the series until it is stopped."));
+    explain(m_pPlayLoopCheck, tr("The play continues at the other end of the series until it is stopped."));
     explain(m_pPlayDelaySpin,
             tr("Pause between two frames, ms, also between the aligned regions that the shift "
                "evaluation shows."));

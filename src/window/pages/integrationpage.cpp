@@ -160,9 +160,10 @@ QGroupBox* IntegrationPage::makeDiscs()
 
 void IntegrationPage::explainControls()
 {
-    explain(m_pComboRotation, tr("How the crystal turned while a frame was exposed: steadily, not at all, or "
-                                 "not while the beam went round a cone. As Project: as its line "
-                                 "ROTATIONMODE says, steadily without one."));
+    explain(m_pComboRotation,
+            tr("How the crystal moved during an exposure: it rotated continuously, stood still (stepped), or "
+               "stood still while the beam moved on a cone (precession). As Project: as in its line "
+               "ROTATIONMODE, continuously without one."));
     explain(m_pSpinPrecession, tr("Angle between the precessing beam and the axis of its cone."));
     explain(m_pSpinResolution,
             tr("Least spacing d of the reflections that are integrated. Auto: as far as reflections are "
@@ -175,8 +176,8 @@ void IntegrationPage::explainControls()
     explain(m_pCheckProfile, tr("Weak reflections are measured by a fit of the shape that the strong ones of "
                                 "their region have; off: all are summed."));
     explain(m_pCheckScale, tr("Brings the frames to one scale that changes smoothly along the series."));
-    explain(m_pCheckDecay,
-            tr("Corrects what fades at high resolution with the dose, smoothly along the series."));
+    explain(m_pCheckDecay, tr("Corrects the decay of the intensities at high resolution with the dose, "
+                              "smoothly along the series."));
     explain(m_pSpinRejection, tr("An observation that is further than this from the median of its "
                                  "equivalents is rejected as an outlier."));
     explain(m_pComboLaue,
@@ -195,8 +196,8 @@ void IntegrationPage::explainControls()
                ".mtz."));
     explainArea(m_pLabelResult, tr("What the last integration gave. The tab \"Quality\" has the details."));
     explain(m_pCheckPredicted,
-            tr("Circles where reflections were predicted and summed on the frame in view, in the colour of "
-               "what is wrong with them. The pointer shows indices and intensity, a click the profile."));
+            tr("Circles where reflections were predicted and summed on the current frame, in the colour of "
+               "their most serious flag. The pointer shows indices and intensity, a click the profile."));
 }
 
 std::optional<IntensityOptions> IntegrationPage::options(QString* pstrReason) const

@@ -96,10 +96,10 @@ QGroupBox* MergingPage::makeMerging()
     QWidget* pParameters = makeParameters(pMerging);
 
     m_pButtonSuggest = new QPushButton(tr("Suggest..."), pMerging);
-    explain(m_pButtonSuggest,
-            tr("Offers distances by how close the peaks lie, and limits that leave no peak out: up to the "
-               "corner of the frames and the strongest peak. Each with its reason; nothing is set before you "
-               "say so."));
+    explain(
+        m_pButtonSuggest,
+        tr("Suggests distances from those of the peaks, and limits that exclude no peak: up to the corner of "
+           "the frames and the strongest peak. Each with its reason; nothing is set before you agree."));
     m_pButtonMerge = new QPushButton(tr("Merge"), pMerging);
     explain(m_pButtonMerge,
             tr("Makes one reflection of each chain of peaks over neighbouring frames, and shows "
@@ -126,7 +126,7 @@ QGroupBox* MergingPage::makeTarget(QWidget* pParent)
     pGrid->addWidget(m_pButtonExportPeaks, 1, 1);
     explain(m_pTableTargetPeaks, tr("The group of the view \"3D View Raw\" that is merged."));
     explain(m_pButtonLoadPeaks,
-            tr("Reads peaks and their groups from a .pk file, in the place of those in memory."));
+            tr("Reads peaks and their groups from a .pk file; they replace those in memory."));
     explain(m_pButtonExportPeaks, tr("Writes all peaks with their groups to a .pk file."));
     return pTarget;
 }
@@ -179,7 +179,7 @@ QWidget* MergingPage::makeParameters(QWidget* pParent)
 void MergingPage::explainChoices()
 {
     explain(m_pRadioInFrames2DIntegration,
-            tr("A peak weighs what its disc holds above the background of the ring."));
+            tr("The intensity of a peak is the sum over its disc minus the background from the ring."));
     explain(m_pRadioInFramesPoint,
             tr("A peak weighs its value at the point; also for peaks whose disc crosses the rim "
                "of the frame."));

@@ -75,8 +75,8 @@ void PeakSearchPage::makeHunt(QWidget* pParent, QGridLayout* pGrid)
     pSmoothLabel->hide();
     m_pSmoothRadiusSpin->hide();
     explain(m_pAutoRadiiCheck,
-            tr("Takes both radii from the spots: measures some frames when it is switched on and before each "
-               "run, and shows what it found. Off: the radii are those that you type."));
+            tr("Determines both radii from the spots: measures some frames when it is switched on and before "
+               "each run, and shows the result. Off: the radii that you enter are used."));
 }
 
 QGroupBox* PeakSearchPage::makeMask(QWidget* pParent)
@@ -103,17 +103,16 @@ QGroupBox* PeakSearchPage::makeMask(QWidget* pParent)
     pLayout->addLayout(pButtons);
 
     explain(m_pRemoveAreasAction,
-            tr("Takes the selected polygons out of the mask; peaks are taken in them again."));
+            tr("Removes the selected polygons from the mask; peaks in them are used again."));
     explain(m_pMaskTable,
             tr("Polygons in which no peaks are taken, with the counts of their corners: for the "
                "beam stop, ice rings and the rim of the detector. A right click removes the selected ones."));
-    explain(m_pLoadMaskButton,
-            tr("Takes the polygons of a .msk file in the place of those that are there. Each line is "
-               "\"number x y\" in pixels; corners of equal number make a polygon."));
-    explain(m_pClearMaskButton, tr("Forgets all polygons; peaks are taken everywhere again."));
+    explain(m_pLoadMaskButton, tr("Replaces the polygons by those of a .msk file. Each line is "
+                                  "\"number x y\" in pixels; corners of equal number make a polygon."));
+    explain(m_pClearMaskButton, tr("Removes all polygons; peaks are used everywhere again."));
     explain(m_pShowMaskCheck, tr("Draws the polygons on the frame."));
     explain(m_pFindDefectsButton,
-            tr("Looks at some frames for what is no measurement: dead or interpolated rows and columns, odd "
+            tr("Searches some frames for invalid areas: dead or interpolated rows and columns, irregular "
                "edges, the shadow of an aperture or a beam stop, hot pixels. Offers areas for the mask, and "
                "the hot pixels for repair. The button then reads \"Stop\"."));
     return pMask;
@@ -159,8 +158,8 @@ QLayout* PeakSearchPage::makeButtons(QWidget* pParent)
     explain(m_pRunButton, tr("Searches all frames, maps the peaks into reciprocal space and merges them. The "
                              "button then reads \"Stop\"."));
     explain(m_pSuggestButton,
-            tr("Measures some frames and offers radii by the size and the distance of the spots, and a "
-               "threshold by the noise, each with its reason. Nothing is set before you say so. The button "
+            tr("Measures some frames and suggests radii from the size and the distance of the spots, and a "
+               "threshold from the noise, each with its reason. Nothing is set before you agree. The button "
                "then reads \"Stop\"."));
     auto* pButtons = new QHBoxLayout;
     pButtons->addWidget(m_pSuggestButton);

@@ -83,9 +83,8 @@ ShiftPage::ShiftPage(const QList<QAction*>& listSizeAction, QWidget* pParent) : 
                "regions so far, then fits the direct beam on that sum. Needs a reference region "
                "around the direct beam."));
     explain(m_pShiftTable,
-            tr("Drift of the pattern, pixels, against the first frame. It should change "
-               "smoothly: with jumps take a smaller region, with values that stick at a limit a "
-               "larger one."));
+            tr("Drift of the pattern, pixels, relative to the first frame. It should change smoothly: if it "
+               "jumps, use a smaller region; if values stay at a limit, a larger one."));
     explain(m_pLoadButton, tr("Reads shifts and direct beam from a .sc file."));
     explain(m_pExportButton, tr("Writes shifts and direct beam to a .sc file."));
     pPageLayout->addWidget(pShift, 1);

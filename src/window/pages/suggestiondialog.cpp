@@ -29,8 +29,8 @@ SuggestionDialog::SuggestionDialog(const QString& strTitle, const QList<Row>& li
     m_pTable->verticalHeader()->hide();
     m_pTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_pTable->horizontalHeader()->setSectionResizeMode(3, QHeaderView::Stretch);
-    explain(m_pTable, tr("A check mark before a number sets it to what is suggested. One that is so already "
-                         "has none."));
+    explain(m_pTable, tr("Checked numbers are set to the suggested value. A number that already has this "
+                         "value cannot be checked."));
     for (const Row& row : listRow) {
         addRow(row);
     }

@@ -236,10 +236,11 @@ QGroupBox* View3DPage::makeViewAlong()
         tr("Turns to the zone that the view names in its corner, on the shortest way. Key N in the view."));
     addButton(m_pButtonFit, tr("Fit"), 2, 2,
               tr("Zooms so that the points shown fill the view. Key F in the view."));
-    addButton(m_pButtonReset, tr("Reset"), 2, 4, tr("Takes turns, moves and zoom back. Ctrl+Home."));
-    addButton(m_pButtonMeasure, tr("Measure"), 3, 0,
-              tr("While it is down, a left drag from one point to another tells their distance. Key M in the "
-                 "view; the middle button measures at any time."));
+    addButton(m_pButtonReset, tr("Reset"), 2, 4, tr("Resets rotation, shift and zoom. Ctrl+Home."));
+    addButton(
+        m_pButtonMeasure, tr("Measure"), 3, 0,
+        tr("While it is pressed, a left drag from one point to another shows their distance. Key M in the "
+           "view; the middle button measures at any time."));
     m_pButtonMeasure->setCheckable(true);
     return pGroup;
 }
@@ -287,14 +288,15 @@ QGroupBox* View3DPage::makeSlab()
     m_pComboLayer->addItems({QStringLiteral("h"), QStringLiteral("k"), QStringLiteral("l")});
     m_pComboLayer->setCurrentIndex(2);
     m_pComboLayer->setMinimumContentsLength(4);
-    explain(m_pComboLayer, tr("The index that is alike in a layer. A typed direction [u v w], such as "
+    explain(m_pComboLayer, tr("The index that is constant in a layer. A typed direction [u v w], such as "
                               "\"1 -1 0\", gives the layers u h + v k + w l = n."));
     const CloudSlab slab;
     m_pSpinLayer = new ShortSpin(m_pGroupSlab, -999, 999, 1, slab.dfLevel);
     m_pSpinThickness = new ShortSpin(m_pGroupSlab, 0.01, 9, 0.05, slab.dfHalfThickness);
     explain(m_pSpinLayer, tr("Number n of the layer. Page Up and Page Down in the view change it."));
-    explain(m_pSpinThickness,
-            tr("What the index may differ from n, on either side. Below 0.5 no layer takes from the next."));
+    explain(
+        m_pSpinThickness,
+        tr("Largest deviation of the index from n, on either side. Below 0.5 the layers do not overlap."));
     m_pSliderLayer = new QSlider(Qt::Horizontal, m_pGroupSlab);
     m_pSliderLayer->setPageStep(1);
     explain(m_pSliderLayer, tr("The layers that the points reach, from the first to the last."));

@@ -63,7 +63,7 @@ void MainWindow::findRotationAxis()
         return;
     }
     WindowReport(*this).addMessage(
-        tr("The peaks do not tell the rotation axis: %1. It stays as it is.").arg(search->strReason),
+        tr("The peaks do not determine the rotation axis: %1. It is not changed.").arg(search->strReason),
         Severity::Error);
 }
 

@@ -56,7 +56,7 @@ constexpr const char* g_apszColumnTip[] = {
     QT_TRANSLATE_NOOP("MainWindow", "Half width of the fitted curve, frames."),
     QT_TRANSLATE_NOOP("MainWindow", "Distance from the rotation axis, pixels."),
     QT_TRANSLATE_NOOP("MainWindow",
-                      "Half width times distance from the rotation axis: alike for all sharp reflections."),
+                      "Half width times distance from the rotation axis: similar for all sharp reflections."),
     QT_TRANSLATE_NOOP("MainWindow", "Azimuth on the frame, degrees counter-clockwise from the right."),
     QT_TRANSLATE_NOOP("MainWindow", "Angle to the rotation axis, degrees."),
     QT_TRANSLATE_NOOP("MainWindow", "Column on the frame, pixels."),

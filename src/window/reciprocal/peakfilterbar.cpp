@@ -25,11 +25,12 @@ PeakFilterBar::PeakFilterBar(QWidget* pParent) : QWidget(pParent)
     m_pLine->setAccessibleName(tr("Filter of the peak table"));
     m_pLine->setPlaceholderText(tr("all, or such as: h=0, I>1000, d<1.2, h+k=2n, frame=12..30, unindexed"));
     m_pLine->setClearButtonEnabled(true);
-    explain(m_pLine,
-            tr("Conditions, parted by commas, that the rows must meet, all of them. Columns by their titles, "
-               "with = != < <= > >= and a number with a decimal point: I>1000, d<1.2. Ranges: frame=12..30. "
-               "Odd and even: h+k=2n, l=2n+1. Also indexed, unindexed, hkl=2 0 -4, flags, flags=slow. "
-               "= goes by what the table shows. Ctrl+F comes here, Escape shows all rows."));
+    explain(
+        m_pLine,
+        tr("Conditions, separated by commas, all of which the rows must fulfil. Columns by their titles, "
+           "with = != < <= > >= and a number with a decimal point: I>1000, d<1.2. Ranges: frame=12..30. "
+           "Odd and even: h+k=2n, l=2n+1. Also indexed, unindexed, hkl=2 0 -4, flags, flags=slow. "
+           "= compares the digits that the table shows. Ctrl+F goes to this line, Escape shows all rows."));
     m_pCounts = new QLabel(this);
     m_pCounts->setObjectName(QStringLiteral("peakFilterCounts"));
     m_pCounts->setToolTip(tr("Rows shown, of all rows."));

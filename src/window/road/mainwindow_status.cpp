@@ -208,9 +208,9 @@ void MainWindow::bringUpToDate()
         }
         const WorkStage stage = listStage.front();
         if (std::find(listRun.begin(), listRun.end(), stage) != listRun.end()) {
-            report.addMessage(tr("%1 did not come to its end: what stands on it stays as it was.")
-                                  .arg(workStageName(stage)),
-                              Severity::Error);
+            report.addMessage(
+                tr("%1 did not finish: results that depend on it are not changed.").arg(workStageName(stage)),
+                Severity::Error);
             break;
         }
         listRun.push_back(stage);
@@ -220,7 +220,7 @@ void MainWindow::bringUpToDate()
         }
     }
     if (!flag.isSet()) {
-        report.addMessage(tr("Bringing the results up to date was stopped; what was made stays."));
+        report.addMessage(tr("Bringing the results up to date was stopped; finished results are kept."));
     }
 }
 

@@ -104,8 +104,8 @@ RoadDock::RoadDock(QWidget* pParent) : QWidget(pParent)
     auto* pLayout = new QVBoxLayout(this);
     m_pSolveButton = new QPushButton(QIcon(QStringLiteral(":/images/run.png")), tr("Solve"), this);
     explain(m_pSolveButton,
-            tr("From the frames to the cell and the intensities, with the numbers that the "
-               "series itself tells. Steps that are not good can be looked at and repeated."));
+            tr("From the frames to the cell and the intensities, with numbers determined from the series "
+               "itself. Steps that are not good can be examined and repeated."));
     pLayout->addWidget(m_pSolveButton);
 
     m_pProgressRow = new QWidget(this);
@@ -158,8 +158,8 @@ void RoadDock::addLine(RoadRowKind kind, QGridLayout* pGrid)
     line.pSettings = smallButton(tr("Settings"), tr("Goes to the page with the numbers of this step."),
                                  pInside);
     line.pFrom = smallButton(tr("From here"),
-                             tr("Runs on from this step, with the numbers of the pages as they are now; what "
-                                "lies before it is taken from its files."),
+                             tr("Runs from this step on, with the present numbers on the pages; the results "
+                                "of earlier steps are read from their files."),
                              pInside);
     connect(line.pShow, &QToolButton::clicked, this, [this, kind] { emit showWanted(kind); });
     connect(line.pSettings, &QToolButton::clicked, this, [this, kind] { emit settingsWanted(kind); });

@@ -87,7 +87,7 @@ void CRoadRows::take(const RoadStep& step, const RoadResults& results)
             if (row.judgement && row.state == RoadRowState::Done) {
                 row.strText = row.judgement->strReason;
             } else if (row.kind == RoadRowKind::Axis && row.state == RoadRowState::Done) {
-                row.strText = QCoreApplication::translate("RoadDock", "taken as project or page tell it");
+                row.strText = QCoreApplication::translate("RoadDock", "from the project or the page");
             }
         }
     }

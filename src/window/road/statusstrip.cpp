@@ -149,7 +149,7 @@ void StatusStrip::showButton()
         QIcon(m_bRunning ? QStringLiteral(":/images/stop.png") : QStringLiteral(":/images/run.png")));
     m_pUpdateButton->setToolTip({});
     explain(m_pUpdateButton, m_bRunning
-                                 ? tr("Ends the step under way and leaves out those behind it.")
+                                 ? tr("Ends the current step and skips the following ones.")
                                  : tr("%1: one after the other, with the numbers of the pages. Results "
                                       "that are stale are replaced.")
                                        .arg(m_strSteps));

@@ -90,10 +90,10 @@ QWidget* SectionWindow::makeChoices()
         tr("Thickness of the slab that is looked at, Å⁻¹. Auto: the width of the spots, at "
            "most half the distance of the layers."),
         pRow);
-    m_pResolution = makeBox(100, 2, 0.1, tr("auto"),
-                            tr("How far out the section goes, as a spacing in Å. Auto: a little further than "
-                               "the indexed peaks."),
-                            pRow);
+    m_pResolution = makeBox(
+        100, 2, 0.1, tr("auto"),
+        tr("Resolution limit of the section, as a spacing in Å. Auto: slightly beyond the indexed peaks."),
+        pRow);
     m_pLaueClass = new QComboBox(pRow);
     m_pLaueClass->addItem(tr("none"));
     m_pLaueClass->addItems(laueClassNames());
@@ -104,8 +104,8 @@ QWidget* SectionWindow::makeChoices()
         tr("Takes from each pixel of a frame the median of its ring about the direct "
            "beam."),
         pRow);
-    m_pButtonMake = makeButton(tr("Make"), tr("Reads the frames and makes the section. During it: stops."),
-                               pRow);
+    m_pButtonMake = makeButton(tr("Make"),
+                               tr("Reads the frames and makes the section. During the run: stops."), pRow);
     m_pButtonSave = makeButton(
         tr("Save as..."),
         tr("Writes the section: .mrc the counts, .png the picture as it is drawn here, "
@@ -135,11 +135,9 @@ QWidget* SectionWindow::makeLook()
 {
     const SectionLook standard;
     auto* pRow = new QWidget(this);
-    m_pDarkest = makeBox(50, 2, 0.5, {}, tr("Per cent of the pixels that lie below the scale of greys."),
-                         pRow);
+    m_pDarkest = makeBox(50, 2, 0.5, {}, tr("Per cent of the pixels below the grey scale."), pRow);
     m_pDarkest->setValue(standard.dfDarkest);
-    m_pBrightest = makeBox(50, 2, 0.1, {}, tr("Per cent of the pixels that lie above the scale of greys."),
-                           pRow);
+    m_pBrightest = makeBox(50, 2, 0.1, {}, tr("Per cent of the pixels above the grey scale."), pRow);
     m_pBrightest->setValue(standard.dfBrightest);
     m_pLogarithmic = makeCheck(tr("Logarithmic"), standard.bLogarithmic,
                                tr("Greys go by the logarithm of the counts: weak beside strong."), pRow);

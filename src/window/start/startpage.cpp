@@ -99,13 +99,12 @@ QWidget* StartPage::makeWaysIn()
     auto* pRow = new QWidget(this);
     m_pOpenButton = makeWay(pRow, tr("Open..."), tr("A project or frames; or drop them here"),
                             tr("Asks for a project file, or for frames. They can be dropped here, too."));
-    m_pNewButton = makeWay(
-        pRow, tr("New from Frames..."), tr("A project with tilts and calibration"),
-        tr("Makes a project file from the frames of a series: what the frames do not tell of "
-           "tilts, wavelength and pixel size is asked for."));
+    m_pNewButton = makeWay(pRow, tr("New from Frames..."), tr("A project with tilts and calibration"),
+                           tr("Makes a project file from the frames of a series, and asks for tilts, "
+                              "wavelength and pixel size if the frames do not give them."));
     m_pDemoButton = makeWay(pRow, tr("Demo"), tr("A simulated series, made here"),
-                            tr("Makes a series of 120 simulated frames of natrolite among your own data, of "
-                               "60 MB, and opens it; when it is there from before, it is only opened."));
+                            tr("Makes a series of 120 simulated frames of natrolite (60 MB) in your data "
+                               "folder, and opens it; an existing one is only opened."));
     auto* pLayout = new QHBoxLayout(pRow);
     pLayout->setContentsMargins(0, 0, 0, 0);
     for (QCommandLinkButton* pButton : {m_pOpenButton, m_pNewButton, m_pDemoButton}) {
@@ -122,7 +121,7 @@ QWidget* StartPage::makeDemoRow()
     m_pDemoProgress->setAccessibleName(tr("Making the demo"));
     m_pDemoProgress->setFormat(QStringLiteral("%v/%m"));
     m_pStopDemoButton = new QPushButton(tr("Stop"), m_pDemoRow);
-    explain(m_pStopDemoButton, tr("Ends the making of the demo; what is made of it goes."));
+    explain(m_pStopDemoButton, tr("Stops making the demo; its files are removed."));
     auto* pLayout = new QHBoxLayout(m_pDemoRow);
     pLayout->setContentsMargins(0, 0, 0, 0);
     pLayout->addWidget(pLabel);
@@ -150,7 +149,7 @@ QWidget* StartPage::makeRecent()
     m_pRecentList->setMinimumHeight(m_pRecentList->header()->sizeHint().height() +
                                     (g_nRowsAtLeast + 1) * m_pRecentList->fontMetrics().lineSpacing());
     explain(m_pRecentList,
-            tr("What was opened before, with the cell beside it. Return or a double click opens "
+            tr("Series that were opened before, with their cells. Return or a double click opens "
                "the selected one, Delete takes it off the list; its files stay."));
     m_pOpenRecentButton = new QPushButton(tr("Open Selected"), m_pRecentGroup);
     explain(m_pOpenRecentButton, tr("Opens the selected series."));

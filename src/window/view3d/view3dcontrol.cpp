@@ -37,7 +37,7 @@ View3DControl::View3DControl(const View3DHost& host, QObject* pParent)
     const View3DPage& page = *m_host.pPage;
     onCurrent(page.m_pButtonNearest, [this](ED3DWidget& view) {
         if (!view.zoneInView()) {
-            m_host.fnSay(tr("There is no cell yet, whose zones could be named."));
+            m_host.fnSay(tr("There is no cell yet, so zones cannot be named."));
         }
         view.turnToNearestZone();
     });
@@ -88,7 +88,7 @@ void View3DControl::createActions()
     connect(add(tr("&Nearest Zone"), Qt::Key_N, tr("Turns to the zone that the view names in its corner.")),
             &QAction::triggered, page.m_pButtonNearest, &QPushButton::click);
     m_pMeasure = add(tr("&Measure Distances"), Qt::Key_M,
-                     tr("While it is on, a left drag from one point to another tells their distance."));
+                     tr("While it is on, a left drag from one point to another shows their distance."));
     m_pMeasure->setCheckable(true);
     connect(m_pMeasure, &QAction::toggled, page.m_pButtonMeasure, &QPushButton::setChecked);
     QAction* pSlab = add(tr("&Slab"), Qt::Key_S, tr("Shows only the points near one layer of the lattice."));
@@ -119,7 +119,7 @@ QMenu* View3DControl::makeMenu(QWidget* pParent)
         m_listMenuAction.append(pAction);
     };
     add(tr("Along the &Rotation Axis"), page.m_pButtonAlongAxis, tr("Looks along the rotation axis."));
-    add(tr("R&eset"), page.m_pButtonReset, tr("Takes turns, moves and zoom back."));
+    add(tr("R&eset"), page.m_pButtonReset, tr("Resets rotation, shift and zoom."));
     pMenu->addActions(m_listMenuAction);
     pMenu->addSeparator();
     pMenu->addActions(m_listAction);
