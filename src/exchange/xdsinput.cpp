@@ -66,8 +66,8 @@ void addDetector(CXdsText& text, const ExchangeGeometry& geometry, const XdsOpti
     text.line("NX= " + QByteArray::number(geometry.sizeFrame.width()) +
               "  NY= " + QByteArray::number(geometry.sizeFrame.height()) +
               "  QX= " + number(geometry.dfPixel, 6) + "  QY= " + number(geometry.dfPixel, 6));
-    text.remark("The pixel's side is a convention of these frames; the distance is the one that the pixel");
-    text.remark("in reciprocal space has with it: " +
+    text.remark("The pixel size is a convention of these frames; the distance follows from it and from the");
+    text.remark("pixel size in reciprocal space: " +
                 number(geometry.dfPixel / geometry.dfDistance / geometry.dfWavelength, 8) + " 1/A.");
     text.line("DETECTOR_DISTANCE= " + number(geometry.dfDistance, 4));
     text.line("ORGX= " + number(geometry.beam.dfX + 1, 3) + "  ORGY= " + number(geometry.beam.dfY + 1, 3));
@@ -97,14 +97,15 @@ void addBeamAndAxis(CXdsText& text, const ExchangeGeometry& geometry)
     text.line("STARTING_ANGLE= " + number(geometry.dfStart, 5) +
               "  STARTING_FRAME= " + QByteArray::number(geometry.numbering.first()));
     if (geometry.dfWorstAngle > 0.001) {
-        text.remark("Steps are taken as equal; the angle of a frame is off by up to " +
+        text.remark("Equal steps are assumed; the angle of a frame is off by up to " +
                     number(geometry.dfWorstAngle, 3) + " degrees.");
     }
     if (geometry.rotation.kind == RotationKind::Precession) {
-        text.remark("The frames are of precession, by " + number(geometry.rotation.dfPrecessionAngle, 3) +
+        text.remark("The frames were taken with beam precession, by " +
+                    number(geometry.rotation.dfPrecessionAngle, 3) +
                     " degrees, which this program does not know of.");
     } else if (geometry.rotation.kind == RotationKind::Stepped) {
-        text.remark("The crystal stood still during each frame; the program takes it to have turned.");
+        text.remark("The crystal stood still during each frame; the program assumes that it turned.");
     }
 }
 
@@ -125,9 +126,9 @@ void addFrames(CXdsText& text, const ExchangeGeometry& geometry, const XdsOption
                     " pixels about ORGX, ORGY, which this program cannot follow.");
     }
     if (options.dfDistortion > 0) {
-        text.remark("The frames keep what the lens distorts, up to " + number(options.dfDistortion, 1) +
-                    " pixels. To have it undone, write PILATUS for");
-        text.remark("ADSC below and take in these two:");
+        text.remark("The frames keep the lens distortion, up to " + number(options.dfDistortion, 1) +
+                    " pixels. To correct it, write PILATUS instead of");
+        text.remark("ADSC below and enable these two lines:");
         text.remark("X-GEO_CORR= " + options.strColumnTable.toUtf8());
         text.remark("Y-GEO_CORR= " + options.strRowTable.toUtf8());
     }
@@ -140,8 +141,8 @@ void addCell(CXdsText& text, const ExchangeGeometry& geometry)
         return;
     }
     const auto& [a, b, c] = geometry.aDirect;
-    text.remark("The cell in force, in P 1, with its orientation at angle 0. To find it anew: 0, and");
-    text.remark("the four lines below it away.");
+    text.remark("The cell in force, in P 1, with its orientation at angle 0. To search for it, write 0");
+    text.remark("and delete the four lines below it.");
     text.line("SPACE_GROUP_NUMBER= 1");
     text.line("UNIT_CELL_CONSTANTS= " + number(lengthOf(a), 4) + ' ' + number(lengthOf(b), 4) + ' ' +
               number(lengthOf(c), 4) + ' ' + number(angleBetween(b, c), 3) + ' ' +
@@ -184,7 +185,7 @@ void addSearchAndRefinement(CXdsText& text, const ExchangeGeometry& geometry, co
     const int nSeparation = separationOf(geometry);
     text.line("SPOT_MAXIMUM-CENTROID= 3.0  SEPMIN= " + QByteArray::number(nSeparation) +
               "  CLUSTER_RADIUS= " + QByteArray::number(nSeparation / 2));
-    text.remark("Without POSITION, the distance: at this wavelength the lengths of the cell go with it.");
+    text.remark("Without POSITION (the distance): at this wavelength it correlates with the cell.");
     text.line("REFINE(IDXREF)= BEAM AXIS ORIENTATION CELL");
     text.line("REFINE(INTEGRATE)= ");
     text.line("REFINE(CORRECT)= BEAM AXIS ORIENTATION CELL");

@@ -85,9 +85,8 @@ QGroupBox* KnownCellDialog::makeCell()
     const KnownCellOptions options;
     m_pSpinTolerance = makeDoubleSpin(pGroup, 0.1, g_dfMostTolerance, 1, 0.5, 100 * options.dfLengthTolerance,
                                       QStringLiteral(" %"));
-    explain(m_pSpinTolerance,
-            tr("How far the lengths that the peaks tell may be off, per cent. Raise it where the camera "
-               "length is little known, lower it where a wrong cell is found."));
+    explain(m_pSpinTolerance, tr("Tolerance for an error of the lengths from the peaks, per cent. Raise it "
+                                 "if the camera length is uncertain, lower it if a wrong cell is found."));
     m_pButtonSearch = new QPushButton(tr("Search"), pGroup);
     explain(m_pButtonSearch,
             tr("Looks for the orientation of the cell that explains most peaks; another click stops it."));

@@ -146,9 +146,9 @@ void MainWindow::mergeAsBefore(const WindowMemory& memory, CRunReport& report)
         return;
     }
     if (memory.merged->nPeaks != printOfPeaks(m_dataSet.m_listPeakFrame)) {
-        report.addMessage(tr(
-            "The reflections that were merged before are not shown: the peaks beside the project are others. "
-            "Merge anew."));
+        report.addMessage(
+            tr("The reflections that were merged before are not shown: the peaks beside the project have "
+               "changed. Merge again."));
         return;
     }
     const int nGroup = memory.merged->nGroup;

@@ -82,7 +82,7 @@ void MainWindow::offerBeam(const std::vector<DirectBeamOnFrame>& listBeam)
         }
     }
     if (vecX.empty()) {
-        m_pMessageEdit->addMessage(tr("Direct beam: no frame tells it."), Qt::blue);
+        m_pMessageEdit->addMessage(tr("Direct beam: it is in no header."), Qt::blue);
         return;
     }
     const QPointF ptPage(m_dataSet.m_dfCenterX, m_dataSet.m_dfCenterY);

@@ -103,8 +103,8 @@ void MainWindow::testCurrentPatternForPeaks()
             tr("follow the boxes: %L1").arg(peaks.bTooMany ? 0 : listPos.size()));
         // In the status bar, as the preview comes with each frame and each turn of a number.
         const QString strTooMany = tr(
-            "More than 1 % of the pixels are peak candidates, which is noise: none is "
-            "taken. Raise the threshold.");
+            "More than 1 % of the pixels are peak candidates, which is noise: none is used. Raise the "
+            "threshold.");
         if (peaks.bTooMany) {
             statusBarMessage(strTooMany);
         } else if (statusBar()->currentMessage() == strTooMany) {

@@ -64,11 +64,11 @@ SeriesPictureTitle::SeriesPictureTitle(QWidget* pView) : QLabel(pView)
         " To look at, until a frame is chosen; nothing is measured on it. Where the shifts are known, each "
         "frame "
         "is moved back by its own. \"Save Current Image\" writes it.");
-    explain(m_listAction[0], tr("Shows the frame whose number stands in the tool bar."));
+    explain(m_listAction[0], tr("Shows the frame whose number is in the tool bar."));
     explain(m_listAction[1],
             tr("All frames in one: of each pixel the largest value. All spots at once, the weak ones too.") +
                 strAll);
-    explain(m_listAction[2], tr("All frames added up: rings, streaks and what is diffuse.") + strAll);
+    explain(m_listAction[2], tr("The sum of all frames: rings, streaks and diffuse scattering.") + strAll);
     explain(m_listAction[3], tr("The same by the number of frames, in the counts of one.") + strAll);
     connect(m_listAction[0], &QAction::triggered, this, &SeriesPictureTitle::frameWanted);
     for (const auto kind : {SeriesPictureKind::Maximum, SeriesPictureKind::Sum, SeriesPictureKind::Mean}) {

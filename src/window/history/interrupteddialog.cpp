@@ -29,7 +29,7 @@ InterruptedDialog::InterruptedDialog(std::vector<Leftover> listLeftover, const F
     m_pLaterButton = pButtons->addButton(tr("Later"), QDialogButtonBox::RejectRole);
     m_pDiscardButton = pButtons->addButton(tr("Discard"), QDialogButtonBox::DestructiveRole);
     m_pRestoreButton->setDefault(true);
-    m_pRestoreButton->setToolTip(tr("Shows the series with all that was made of it up to this step"));
+    m_pRestoreButton->setToolTip(tr("Shows the series with all results up to this step"));
     m_pLaterButton->setToolTip(tr("Keeps it and asks again at the next start"));
     m_pDiscardButton->setToolTip(tr("Removes it for good; files of results stay"));
 

@@ -18,7 +18,7 @@ StepsList::StepsList(WorkHistory& history, QWidget* pParent)
     m_pList->setUniformItemSizes(true);
     explainArea(m_pList,
                 tr("What you have changed, step by step; a click goes back or forth to a step. Camera, "
-                   "contrast and what is chosen stay as they are. Files on disk are not undone: results that "
+                   "contrast and selection are not changed. Files on disk are not undone: results that "
                    "a run has written stay as it wrote them until a run writes them again."));
     m_pLabelDropped->setWordWrap(true);
     m_pLabelDropped->hide();

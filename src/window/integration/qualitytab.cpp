@@ -37,8 +37,8 @@ QualityTab::QualityTab(QWidget* pParent) : QWidget(pParent), m_pStack(new QStack
     auto* pLayout = new QVBoxLayout(this);
     pLayout->setContentsMargins(0, 0, 0, 0);
     pLayout->addWidget(m_pStack);
-    explainArea(this, tr("How well equivalent reflections agree, how complete they are, and what they say of "
-                         "the symmetry. Each plot and table can be copied, and saved as SVG and CSV."));
+    explainArea(this, tr("Agreement and completeness of equivalent reflections, and the symmetry of the "
+                         "intensities. Each plot and table can be copied, and saved as SVG and CSV."));
 }
 
 void QualityTab::setResult(const IntegrationResult& result, const QString& strFileStem)

@@ -29,9 +29,9 @@ QualityTable operationTable(const LaueProposal& laue)
     table.strName = QStringLiteral("laue_operations");
     table.strTitle = tr("Operations of the Lattice");
     table.listColumn = {
-        {tr("Operation"), tr("Where it takes x, y, z of the conventional cell.")},
+        {tr("Operation"), tr("The image of x, y, z of the conventional cell.")},
         {tr("Order"), tr("Of the rotation.")},
-        {tr("Pairs"), tr("Reflections that it takes into one another.")},
+        {tr("Pairs"), tr("Pairs of reflections that it relates.")},
         {tr("Correlation"),
          tr("Of their intensities: 1 where the crystal has the operation, about 0 where not.")},
         {tr("R"), tr("Mean deviation of the two intensities over their mean.")},
@@ -75,12 +75,13 @@ QualityTable conditionTable(const SpaceGroupRanking& ranking)
     table.strName = QStringLiteral("absences");
     table.strTitle = tr("Absences");
     table.listColumn = {
-        {tr("Condition"), tr("Reflections of the zone or row that a screw axis or glide plane leaves.")},
+        {tr("Condition"),
+         tr("Reflections of the zone or row that are allowed by a screw axis or glide plane.")},
         {tr("Forbidden"), tr("Merged reflections that it forbids.")},
-        {tr("Ratio"), tr("Mean intensity of the forbidden over that of the allowed ones of the same zone. "
-                         "Multiple scattering keeps it above 0.")},
+        {tr("Ratio"), tr("Mean intensity of the forbidden reflections, divided by that of the allowed ones "
+                         "of the same zone. Because of multiple scattering it is above 0.")},
         {tr("± Ratio"), tr("Standard error of the ratio.")},
-        {tr("Likelihood"), tr("That the condition holds.")}};
+        {tr("Likelihood"), tr("Likelihood that the condition is fulfilled.")}};
     for (const ConditionEvidence& evidence : ranking.listCondition) {
         table.listRow.push_back({Cell::text(evidence.strCondition), Cell::number(evidence.nForbidden, 0),
                                  Cell::bar(evidence.dfRatio, 3), Cell::number(evidence.dfRatioError, 3),
@@ -122,12 +123,12 @@ QualityTable shellTable(const IntegrationResult& result)
                         {tr("to, Å"), tr("Outer limit.")},
                         {tr("Observations"), tr("Observations that were merged.")},
                         {tr("Unique"), tr("Reflections that they are of.")},
-                        {tr("Possible"), tr("Reflections that there are.")},
+                        {tr("Possible"), tr("Number of possible reflections.")},
                         {tr("Complete, %"), tr("Share of these that was observed.")},
                         {tr("Multiplicity"), tr("Observations for each reflection.")},
                         {tr("I/σ"), tr("Mean of the merged reflections.")},
                         {tr("Rint"), tr("Deviation of equivalents from their mean.")},
-                        {tr("Rmeas"), tr("The same for what was observed often or seldom alike.")},
+                        {tr("Rmeas"), tr("The same, independent of the number of observations.")},
                         {tr("Rpim"), tr("The same for the merged intensities.")},
                         {tr("CC1/2"), tr("Correlation of half data sets.")}};
     for (const ShellQuality& shell : result.quality.listShell) {

@@ -37,10 +37,9 @@ DirectionsBox::DirectionsBox(FactFields& facts, QWidget* pParent)
     m_pFindAxisRadio = new QRadioButton(tr("Find it from the peaks"), this);
     m_pFindAxisRadio->setChecked(true);
     explain(m_pAxisRadio, tr("The direction of the axis is given here; the preview shows it."));
-    explain(
-        m_pFindAxisRadio,
-        tr("The project names no axis: it is found from the peaks after the hunt, with its sense, by "
-           "\"Test Rotation Axis\" or by the driver. No format tells the axis so that its sense is sure."));
+    explain(m_pFindAxisRadio,
+            tr("The project has no axis: it is found from the peaks after the peak search, with its sense, "
+               "by \"Find Rotation Axis\" or by the driver. In no format is the sense of the axis certain."));
     m_facts.addRow(
         pGrid, m_pAxisRadio, m_pRotationAxisSpin, [](const SeriesFacts& told) { return told.rotationAxis; },
         FactFields::Trust::SenseUnsure);
@@ -56,7 +55,7 @@ void DirectionsBox::explainNumbers()
         m_pRotationAxisSpin,
         tr("Direction of the rotation axis on the frame as it is shown, degrees counter-clockwise from the "
            "right (3 o'clock): 0 to the right, 90 up, -90 down. It belongs to the microscope, camera and "
-           "camera length and can be found later by \"Test Rotation Axis\". If the axis is right but the "
+           "camera length and can be found later by \"Find Rotation Axis\". If the axis is right but the "
            "sense of the tilt is not, add 180. A good share of indexed reflections does not prove the sense: "
            "at moderate d* the other one gives the same cell but the mirror image, the wrong hand. Know it "
            "from the instrument or from a known crystal, or compare both senses as far out in d* as the data "
@@ -81,10 +80,9 @@ QWidget* DirectionsBox::makeRotation()
     m_pRotationCombo->setAccessibleName(tr("Rotation"));
     m_pPrecessionSpin = makeDoubleSpin(pBoth, 0, g_dfMostPrecession, 2, 0.1, 0, g_strDegree);
     m_pPrecessionSpin->setAccessibleName(tr("Precession Angle"));
-    explain(
-        m_pRotationCombo,
-        tr("How the crystal turned while a frame was exposed: steadily, not at all, or not while the beam "
-           "went round a cone. The integration goes by it."));
+    explain(m_pRotationCombo,
+            tr("How the crystal moved during an exposure: it rotated continuously, stood still (stepped), or "
+               "stood still while the beam moved on a cone (precession). The integration depends on it."));
     explain(m_pPrecessionSpin, tr("Half opening of the cone that the beam went round, degrees: the angle "
                                   "between the precessing beam and the axis of its cone."));
     auto* pRow = new QHBoxLayout(pBoth);

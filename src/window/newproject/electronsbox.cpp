@@ -23,9 +23,8 @@ ElectronsBox::ElectronsBox(FactFields& facts, QWidget* pParent)
     m_pWavelengthSpin = makeDoubleSpin(this, 0, 10000, 6, 0.0005, 0, QStringLiteral(" Å"));
     explain(m_pVoltageSpin, tr("Of the microscope, kV. The wavelength follows from it by the relativistic "
                                "formula: 0.0251 Å at 200 kV, 0.0197 Å at 300 kV."));
-    explain(m_pWavelengthSpin,
-            tr("Of the electrons, Å. It gives the Ewald sphere its curvature: with a wrong one "
-               "the rows of the reciprocal lattice bend at high d*."));
+    explain(m_pWavelengthSpin, tr("Of the electrons, Å. It determines the curvature of the Ewald sphere: if "
+                                  "it is wrong, the rows of the reciprocal lattice bend at high d*."));
     explain(m_pVoltageRadio, tr("The wavelength follows from the accelerating voltage."));
     explain(m_pWavelengthRadio, tr("The wavelength is typed in."));
     auto* pGrid = new QGridLayout(this);

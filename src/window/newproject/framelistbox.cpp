@@ -93,13 +93,11 @@ QGridLayout* FrameListBox::makeButtons()
             "their names.")},
         {m_pAddFolderButton, tr("Add Folder..."),
          tr("Adds the frames of a folder, sorted by the numbers in their "
-            "names. Of several formats it takes the one with the most "
-            "files.")},
+            "names. If there are several formats, the one with the most files is used.")},
         {m_pRemoveButton, tr("Remove"), tr("Takes the selected frames off the list. The files stay.")},
         {m_pUpButton, tr("Up"), tr("Moves the selected frames towards the start of the series.")},
         {m_pDownButton, tr("Down"), tr("Moves the selected frames towards the end of the series.")},
-        {m_pSortButton, tr("Sort"),
-         tr("Sorts all frames by the numbers in their names: 9 stands before 10.")}};
+        {m_pSortButton, tr("Sort"), tr("Sorts all frames by the numbers in their names: 9 is before 10.")}};
     auto* pButtons = new QGridLayout;
     for (int i = 0; i < 6; ++i) {
         aButton[i].pButton = makeFormButton(aButton[i].strText, this);

@@ -44,8 +44,7 @@ HeaderReading::HeaderReading(QWidget* pParent) : QWidget(pParent)
     m_pFactsLabel = makePlainLabel(this, LabelLines::Wrapped);
     m_pStopFactsButton = makeFormButton(tr("Stop Reading"), this);
     m_pStopFactsButton->hide();
-    explain(m_pStopFactsButton,
-            tr("Has the reading of the headers stopped. What they tell is then typed in."));
+    explain(m_pStopFactsButton, tr("Stops reading the headers. Enter their values by hand."));
     connect(m_pStopFactsButton, &QPushButton::clicked, this, &HeaderReading::stop);
     auto* pLayout = new QHBoxLayout(this);
     pLayout->setContentsMargins(0, 0, 0, 0);
@@ -61,7 +60,7 @@ bool HeaderReading::read(const QStringList& listFrame)
     m_facts = {};
     m_job.stop();
     m_pStopFactsButton->setVisible(!listFrame.isEmpty());
-    m_pFactsLabel->setText(listFrame.isEmpty() ? QString() : tr("Reading what the headers tell..."));
+    m_pFactsLabel->setText(listFrame.isEmpty() ? QString() : tr("Reading the headers..."));
     if (listFrame.isEmpty()) {
         return true;
     }
@@ -70,8 +69,7 @@ bool HeaderReading::read(const QStringList& listFrame)
         const SeriesFacts facts = factsOfSeries(listFrame, [&](int nDone) {
             if (nDone > 0 && nDone % g_nFramesPerReport == 0) {
                 fnShow([this, nDone, nAll = listFrame.size()] {
-                    m_pFactsLabel->setText(
-                        tr("Reading what the headers tell: %L1 of %L2 frames").arg(nDone).arg(nAll));
+                    m_pFactsLabel->setText(tr("Reading the headers: %L1 of %L2 frames").arg(nDone).arg(nAll));
                 });
             }
             return !bStop;

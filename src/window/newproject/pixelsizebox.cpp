@@ -23,9 +23,10 @@ PixelSizeBox::PixelSizeBox(FactFields& facts, QWidget* pParent)
     m_pPixelSizeSpin = makeDoubleSpin(this, 0, 10000, 8, 0.00005, 0, QStringLiteral(" Å⁻¹"));
     m_pCameraLengthSpin = makeDoubleSpin(this, 0, 1e6, 2, 10, 0, QStringLiteral(" mm"));
     m_pDetectorPixelSpin = makeDoubleSpin(this, 0, 1e5, 3, 1, 0, QStringLiteral(" µm"));
-    explain(m_pPixelSizeSpin, tr("Size of one pixel of the frames, Å⁻¹, as from a calibration with a known "
-                                 "crystal. All lengths of the cell go as its inverse. The page \"Frames\" "
-                                 "keeps 6 decimals."));
+    explain(m_pPixelSizeSpin,
+            tr("Size of one pixel of the frames, Å⁻¹, as from a calibration with a known "
+               "crystal. All lengths of the cell are inversely proportional to it. The page \"Frames\" "
+               "keeps 6 decimals."));
     explain(m_pCameraLengthSpin,
             tr("Effective camera length L, mm. The pixel size is p / (L λ) with the detector "
                "pixel p. The length that a microscope displays may be off by some per cent."));

@@ -76,14 +76,14 @@ void PreviewBox::explainControls()
 {
     explainArea(
         m_pPreview,
-        tr("A frame as it is read, row 0 on top. Green cross: the direct beam as found; orange ring: as "
-           "the header tells it. Dashed line: the rotation axis, with the head at the end that its "
-           "angle points to. The spots should lie symmetrically to the axis' normal through the beam "
+        tr("A frame as it is read, row 0 on top. Green cross: the direct beam as found; orange ring: the "
+           "position in the header. Dashed line: the rotation axis, with the arrowhead at the end to which "
+           "its angle points. The spots should lie symmetrically to the axis' normal through the beam "
            "over the series, and move across it from frame to frame."));
     explain(m_pPreviewSpin, tr("The frame that is shown."));
-    explain(m_pOtherFrameButton, tr("Shows a frame that lies a fifth of the series further on."));
-    explain(m_pDoubtText, tr("What of the headers and texts beside the frames was guessed, and what in them "
-                             "contradicts itself."));
+    explain(m_pOtherFrameButton, tr("Shows a frame a fifth of the series further on."));
+    explain(m_pDoubtText,
+            tr("Guesses and contradictions in the headers and in the texts beside the frames."));
 }
 
 void PreviewBox::setFrames(const QStringList& listFrame)

@@ -77,9 +77,10 @@ TiltsBox::TiltsBox(FactFields& facts, QWidget* pParent) : QGroupBox(tr("Tilts"),
     m_pEndRadio = new QRadioButton(tr("Start and end"), this);
     m_pListRadio = new QRadioButton(tr("List"), this);
     m_pStepRadio->setChecked(true);
-    explain(m_pStepRadio, tr("The tilt goes on by the same step from frame to frame."));
+    explain(m_pStepRadio, tr("The tilt changes by the same step from frame to frame."));
     explain(m_pEndRadio, tr("The tilts are spread evenly from the first frame to the last."));
-    explain(m_pListRadio, tr("The tilt of each frame stands in a list, as from the log of the microscope."));
+    explain(m_pListRadio,
+            tr("The tilt of each frame is given in a list, for example from the log of the microscope."));
     auto* pChoice = new QHBoxLayout;
     for (QRadioButton* pRadio : {m_pStepRadio, m_pEndRadio, m_pListRadio}) {
         pChoice->addWidget(pRadio);
