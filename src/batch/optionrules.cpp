@@ -72,7 +72,7 @@ QString contradictionOfCell(const RoadOptions& o)
     return {};
 }
 
-/// Limits of the peaks whose order is wrong.
+/// Checks that lower limits of the peaks are below the upper ones. @return empty, or what is wrong
 QString contradictionOfLimits(const RoadOptions& o)
 {
     // A limit that was not given is that of the page, or does not exist.

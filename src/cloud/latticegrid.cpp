@@ -48,10 +48,10 @@ public:
             m_nSpare -= nShell;
         }
     }
-    // The last shell of which anything may be admitted.
+    // The last shell from which points or lines may be admitted.
     int lastShell() const { return m_nWhole; }
-    // Whether the next point or line of this shell is admitted. Of the shell that is admitted in part each
-    // call takes one of those left.
+    // Whether the next point or line of this shell is admitted. In the last shell, which is admitted in part,
+    // each call uses up one of the remaining places.
     bool admits(int nShell) { return nShell < m_nWhole || (nShell == m_nWhole && m_nSpare-- > 0); }
 
 private:

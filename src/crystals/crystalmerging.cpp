@@ -17,7 +17,8 @@ namespace tessera {
 
 namespace {
 
-/// The observations of the used crystals on one scale; each crystal stands for a frame.
+/// The observations of the used crystals on one scale; the number of the crystal takes the place of the
+/// frame.
 std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal, const MergedCrystals& merged,
                                         const LatticeBasis& basis)
 {

@@ -23,7 +23,7 @@ struct Point {
     double dfSquare = 0;  ///< s², Å⁻²
 };
 
-/// The logarithm of what a crystal is multiplied by.
+/// The logarithm of the factor by which the intensities of a crystal are multiplied, as a line over s².
 struct Line {
     double dfOffset = 0;
     double dfSlope = 0;  ///< per Å⁻² of s²
@@ -151,7 +151,8 @@ void centre(std::vector<Line>& listLine)
     }
 }
 
-/// One over the mean intensity, of what it shares with others where that is enough, as a logarithm.
+/// The logarithm of one over the mean intensity, over the reflections in common with other crystals if there
+/// are enough, otherwise over all.
 Line lineOfMean(const std::vector<FriedelIntensity>& listMean, const std::vector<Point>& listPoint)
 {
     double dfSum = 0, dfCount = 0;

@@ -33,7 +33,7 @@ std::array<int, 3> friedelIndex(std::array<int, 3> anIndex)
     return anIndex;
 }
 
-/// Means with weights 1 / sigma² of what has equal indices, sorted by them.
+/// Means, weighted by 1 / sigma², of the intensities with equal indices, sorted by the indices.
 std::vector<FriedelIntensity> merged(std::vector<FriedelIntensity> list)
 {
     std::stable_sort(list.begin(), list.end(),
@@ -83,8 +83,8 @@ std::vector<NormalizedReflection> normalized(const std::vector<FriedelIntensity>
     return listNormalized;
 }
 
-/// All within the tolerance. A member that lies further off, as the others link it to the group, has those
-/// that are not much worse than its best.
+/// All settings within the tolerance. A member of the group that is farther off, because other members link
+/// it to the group, gets those settings that are not much worse than its best one.
 std::vector<CellSetting> usableSettings(const LatticeBasis& from, const LatticeBasis& to,
                                         const CellTolerance& tolerance)
 {

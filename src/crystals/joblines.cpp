@@ -54,7 +54,8 @@ QString groupText(const IntegrationResult& merged)
     if (!merged.spaceGroup) {
         return {};
     }
-    // Likelihoods are told with two decimals, and do not mean more: a difference of a twentieth is none.
+    // Likelihoods are printed with two decimals and are not more accurate: a difference of a twentieth is not
+    // significant.
     const double dfEqual = 0.95;
     QStringList listEqual;
     for (const SpaceGroupCandidate& other : merged.spaceGroups.listCandidate) {

@@ -90,8 +90,8 @@ bool isAsked(const CrystalMergeOptions& options)
     return !options.judgement.strLaueClass.isEmpty() || options.judgement.nSpaceGroup > 0;
 }
 
-/// A class that the intensities do not have makes equivalents of what is none: the outliers go, and what is
-/// left agrees by that.
+/// If the intensities do not have the symmetry of the class, reflections that are not equivalent are merged:
+/// many are rejected as outliers, and the remaining ones agree because of that rejection.
 void tellWrongClass(const IntegrationResult& result, const CrystalMergeOptions& options, CRunReport& report)
 {
     const double dfMostOutliers = 0.05;  // many times what the rejection takes of Gaussian errors
@@ -134,7 +134,7 @@ void addCrystal(const LaueProposal& proposal, const QString& strChosen, ClassEvi
     const double dfLeast = 1e-3;  // more no single crystal is believed
     std::map<QString, double> mapLikelihood;
     for (const LaueCandidate& candidate : proposal.listCandidate) {
-        // Those of a class that lie otherwise in the lattice are those of another setting.
+        // Candidates of the same class with other axes in the lattice belong to another setting.
         double& dfBest = mapLikelihood[candidate.strClass];
         dfBest = std::max({dfBest, candidate.dfLikelihood, dfLeast});
         mapEvidence[candidate.strClass].nOperations = candidate.nOperations;

@@ -221,7 +221,7 @@ QSet<QString> pathsIn(const QJsonObject& record)
     return set;
 }
 
-/// The earlier records whose files still stand beside those of this one, the latest first.
+/// The earlier records whose files still exist beside those of this merging, the latest first.
 QJsonArray stillStanding(const QJsonObject& former, QSet<QString> setWritten)
 {
     QJsonArray arrayKept;

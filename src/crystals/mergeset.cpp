@@ -38,7 +38,8 @@ CMergeSet::CMergeSet(const CMergePlace& place, const CrystalsJobOptions& options
       m_strFolder(place.folder()),
       m_strWaiting(place.folder() + QStringLiteral("/.tessera-merge.files"))
 {
-    // What a killed merging has left there is of no use: its record, or that before it, tells what stands.
+    // The waiting files of a killed merging are useless: the record, or the one before it, lists the files
+    // that are in place.
     const QFileInfo left(m_strWaiting);
     if (left.isSymLink() || left.isFile()) {
         QFile::remove(m_strWaiting);

@@ -38,7 +38,7 @@ StructureData dataOf(const CrystalsJobOptions& options, const CrystalsJobResult&
     return structureData(compound.merged.result, structure);
 }
 
-/// Keeps what is said until the files stand.
+/// Keeps the messages of the writing until all files are in place.
 class CLaterReport : public CRunReport {
 public:
     void addMessage(const QString& strText, Severity severity = Severity::Info) override

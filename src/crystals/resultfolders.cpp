@@ -34,7 +34,7 @@ public:
         const QString strFolder = QFileInfo(strPlace).canonicalFilePath();
         const QString strFault = strGiven.isEmpty() ? QStringLiteral("It has no name.")
                                                     : faultOf(QFileInfo(strPlace));
-        // However it was given, a folder is told by one name.
+        // A folder is reported under one name, however it was given.
         const QString strTold = strGiven.isEmpty() ? QStringLiteral("\"\"")
                                                    : QDir::cleanPath(given.absoluteFilePath());
         if (!strFault.isEmpty()) {

@@ -39,7 +39,7 @@ SeriesChoice choiceOf(const QJsonObject& run)
     return choice;
 }
 
-/// The frames of the data set, after the sums; 0: not told.
+/// The number of frames of the data set, after summing; 0 if the record does not have it.
 int frameCountOf(const QJsonObject& run)
 {
     const QJsonArray listStage = run.value(QStringLiteral("stages")).toArray();

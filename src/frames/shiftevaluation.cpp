@@ -310,7 +310,7 @@ RunOutcome runShiftEvaluation(DataSet& dataSet, const QRectF& rcRegion, CRunRepo
     if (nFrames == 0) {
         return {RunEnd::Refused, {}};
     }
-    // NaN becomes -1, which lies outside every frame.
+    // NaN becomes -1, which is outside every frame.
     const auto edge = [](double df) { return std::isnan(df) ? -1 : wholePixels(df); };
     Square square{edge(rcRegion.x()), edge(rcRegion.y()), edge(rcRegion.width())};
     if (square.nSide < g_nLeastSide) {

@@ -113,7 +113,7 @@ QString pixelName(int nMode)
     }
 }
 
-/// The length of the extended header, 0 when the file cannot have NSYMBT bytes of it.
+/// The length of the extended header; 0 if the file is shorter than NSYMBT claims.
 uint64_t extendedSize(const CFields& fields, const MrcLayout& layout, uint64_t nFileSize)
 {
     const int32_t nTold = fields.integer(92);

@@ -95,7 +95,8 @@ public:
         return std::size_t(g_nBlock) * (std::size_t(nHeight) + std::size_t(g_nBlock));
     }
     T* block(int n) const { return m_p + std::size_t(n) * blockLength(m_nHeight); }
-    // A block as an image whose rows are the columns of the spectrum, and as one whose rows are its rows.
+    // A block as an image, either with one row for each column of the spectrum, or with one row for each of
+    // its rows.
     ImageView<T> byColumn(int n) const { return {block(n), m_nHeight, g_nBlock}; }
     ImageView<T> byRow(int n) const { return {block(n), g_nBlock, m_nHeight}; }
     // Where the tile of the rows y … y + 7 and the columns 8 n … 8 n + 7 begins, for the image that stays in

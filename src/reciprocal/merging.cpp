@@ -142,7 +142,7 @@ struct MergedChains {
     int nNotPositive = 0;        ///< chains that gave nothing because no peak has a positive intensity
 };
 
-/// Merges the chains whose length lies within the limits, and takes those that are too long for streaks.
+/// Merges the chains whose length is within the limits; longer ones become streaks.
 MergedChains mergeChains(const QList<QList<Peak3D>>& listChain, const DataSet& dataSet,
                          const PeakMergingParameters& parameters, CRunReport& report)
 {
@@ -221,7 +221,7 @@ bool mergeReflectionsLineIntegration(Peak3D& peakOut, const QList<Peak3D>& listC
     if (listChain.size() < 2) {
         return false;
     }
-    // The mean goes by the point intensity in either mode.
+    // The mean is weighted by the point intensity in both modes.
     const ChainMean mean = meanOfChain(listChain, centres, 0);
     if (!(mean.dfWeightSum > 0)) {
         return false;

@@ -86,7 +86,7 @@ public:
         });
     }
 
-    /// @return nothing where reason() tells why
+    /// @return nothing if the term is not valid; reason() then says why
     std::optional<CPeakFilter::Term> read(const QString& strTerm)
     {
         const QString strPlain = strTerm.toLower();

@@ -97,7 +97,7 @@ struct Run {
     int length() const { return nLast - nFirst; }
 };
 
-/// What is left of a run of the places k where dfOffset + k·dfSlope can lie in the range.
+/// The part of a run of positions k in which dfOffset + k·dfSlope can be in the range.
 Run narrowed(Run run, const Range& range, double dfSlope, double dfOffset, double dfPixelSize)
 {
     if (!(std::fabs(dfSlope) > 1e-6 * std::fabs(dfPixelSize))) {

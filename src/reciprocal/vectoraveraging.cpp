@@ -27,8 +27,8 @@ struct VectorPile {
 /// Finds the neighbours of one pile after the other.
 class CPileNeighbours {
 public:
-    /// vecPile: ascending by d*. Neighbours are not farther away than the tolerance (Å⁻¹), and less than half
-    /// of it longer.
+    /// @param vecPile  ascending by d*. Neighbours are piles whose distance is at most the tolerance (Å⁻¹),
+    /// and whose d* is larger by less than half of it.
     CPileNeighbours(const std::vector<VectorPile>& vecPile, float fTolerance)
         : m_vecPile(vecPile),
           m_fSquareLimit(fTolerance * fTolerance),

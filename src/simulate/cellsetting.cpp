@@ -12,7 +12,7 @@ namespace {
 // Uncorrected distortions and axes are off by some per cent and degrees; a wrong lattice is off by more.
 constexpr double g_dfLargestShare = 0.06;
 constexpr double g_dfLargestAngle = 5 * g_dfPi / 180;
-// The uncertainty of refined cells; axes that differ by more are told apart.
+// The uncertainty of refined cells; axes whose lengths differ by more are considered different.
 constexpr double g_dfEquallyNear = 0.003;
 
 struct LatticeVector {

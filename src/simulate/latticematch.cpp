@@ -38,7 +38,8 @@ LatticeMatch matchLattice(const Matrix3& matFound, const Matrix3& matTrue, const
     if (!(std::abs(determinantOf(matFound)) > 1e-9)) {
         return match;
     }
-    // Found basis on the primitive one: whole numbers when it holds lattice points only.
+    // The found basis in terms of the true primitive one: the elements are whole numbers if it contains only
+    // lattice points.
     const Matrix3 matRatio = matFound * inverseOf(matTruePrimitive);
     double dfMisfit = 0;
     const Matrix3 matWhole = roundedMatrix(matRatio, dfMisfit);

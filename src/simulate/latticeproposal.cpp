@@ -77,7 +77,7 @@ LatticeProposal judgeProposal(const QJsonObject& lattice, const Matrix3* pmatFou
     Matrix3 matAxes{};
     proposal.bMatrixRead = pmatFound && readMatrix(lattice[QStringLiteral("matrix")], matAxes);
     if (proposal.bMatrixRead) {
-        // Reciprocal axes go by the inverse transpose of what direct ones go by.
+        // Reciprocal axes transform by the inverse transpose of the matrix of the direct axes.
         const Matrix3 matConventional = transposed(inverseOf(matAxes)) * *pmatFound;
         proposal.bSpans = spansTrueLattice(matConventional, proposal.typeProposed.strCentring, matTrue,
                                            matPrimitive);

@@ -273,7 +273,8 @@ QString CSimulationOptions::readSecondAndSupercell(const QCommandLineParser& par
     return m_parameters.nSupercellAxis < 0 ? QStringLiteral("--supercell-axis must be a, b or c") : QString();
 }
 
-// What the project tells, and options of the geometry that mean nothing alone: empty, or what is wrong.
+// Reads the values for the project, and checks options of the geometry that need one another. @return empty,
+// or what is wrong
 QString CSimulationOptions::readTold(const QCommandLineParser& parser)
 {
     const QString strTold = parser.value(QStringLiteral("told-stretch"));

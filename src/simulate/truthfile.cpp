@@ -78,7 +78,7 @@ void writeAtoms(const CrystalStructure& structure, QJsonObject& root)
     root[QStringLiteral("generators")] = QJsonArray::fromStringList(structure.listGenerator);
 }
 
-// The crystal, its cell, and what stands beside it.
+// Writes the crystal, its cell and its symmetry.
 void writeCrystal(const SimulatedSeries& series, QJsonObject& root)
 {
     const SimulationParameters& p = series.parameters;

@@ -60,7 +60,7 @@ void ED3DWidget::measure(int nFrom, int nTo)
     update();
 }
 
-/// Whether there is a point to begin with; what was measured before goes.
+/// Starts a measurement and discards the previous one. @return whether there is a point at this place
 bool ED3DWidget::startMeasuring(const QPoint& pt)
 {
     m_anMeasured = {pointAt(pt), -1};

@@ -111,8 +111,7 @@ void CAliveRun::answer(bool bGoOn)
     m_changed.notify_all();
 }
 
-/// A part of the work of the window's thread. What it throws ends the run, which must come to its end before
-/// anybody may leave.
+/// Runs a part of the window's work. An exception ends the run, and is reported only after the run has ended.
 void CAliveRun::guard(const std::function<void()>& fn)
 {
     try {

@@ -216,7 +216,8 @@ GuideWindow::GuideWindow(const QString& strFile) : m_urlGuide(QUrl::fromLocalFil
 
 QString GuideWindow::guideFile()
 {
-    // Beside the program: bin and share stand in one folder, in the build too.
+    // The guide is in ../share, seen from the program: bin and share have the same parent folder, also in the
+    // build.
     const QFileInfo info(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/") +
                          QLatin1String(g_szGuide));
     return info.isFile()

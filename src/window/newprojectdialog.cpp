@@ -164,7 +164,7 @@ void NewProjectDialog::touched(const QWidget* pControl)
 void NewProjectDialog::readSettings(QSettings& settings)
 {
     {
-        // What was given for another series gives way to what this one tells.
+        // Numbers that were entered for another series are replaced by those in the headers of this one.
         const QScopedValueRollback<bool> filling(m_bFilling, true);
         settings.beginGroup(g_strGroup);
         m_pElectrons->readSettings(settings);
@@ -213,7 +213,7 @@ void NewProjectDialog::addFrames(const QStringList& listPath)
     m_pFrames->addFrames(listPath);
 }
 
-/// The first frame tells of the size of all; what the headers of all tell is read in the background.
+/// Takes the size of all frames from the first one; the headers of all frames are read in the background.
 void NewProjectDialog::framesChanged()
 {
     const QStringList listFrame = m_pFrames->frames();
@@ -323,7 +323,7 @@ void NewProjectDialog::reject()
     }
 }
 
-/// Return ends what is typed into a box; only a button that has the focus does what it says.
+/// Return completes the input in a box; it presses a button only if that has the keyboard focus.
 void NewProjectDialog::keyPressEvent(QKeyEvent* pEvent)
 {
     if (pEvent->key() != Qt::Key_Return && pEvent->key() != Qt::Key_Enter) {

@@ -288,7 +288,7 @@ private:
         add(WorkStage::Indexing, strChange, QStringLiteral("%L1 reflections have indices").arg(nIndexed));
     }
 
-    /// Adds a stage whose result depends on the mapping and the cell in force alone.
+    /// Adds a stage whose result depends only on the mapping and the cell in force.
     /// @param strDone  what was done: "refined"
     void result(WorkStage stage, const std::optional<GeometryMade>& made, const QString& strDone)
     {

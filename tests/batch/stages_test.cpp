@@ -322,7 +322,7 @@ TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
         expectFailure({"--from", "peaks", "--to", "peaks"}, "q.pk: File too large");
     }
     EXPECT_EQ(result("f", "pk"), bytesPeaks);
-    // Other pixels give other files, of which one finds a folder in its place.
+    // With another pixel size the files change; one of them cannot be written because a folder has its name.
     ASSERT_TRUE(QFile::remove(m_dir.filePath("f/q.hkl")));
     ASSERT_TRUE(QDir().mkdir(m_dir.filePath("f/q.hkl")));
     expectFailure({"--from", "merge", "--pixel-size", "0.0081"}, "q.hkl: is a folder");

@@ -55,7 +55,7 @@ TEST(PointSizes, GrowWithTheSquaredLogarithmOfIntensity)
     }
 }
 
-// From 0.5 to 40, 39.5 / 63 apart; what is hidden counts nowhere.
+// The classes go from 0.5 to 40 in steps of 39.5 / 63; hidden points are in no class.
 TEST(PointSizes, ComeIn64Classes)
 {
     const PointSizeClasses classes = pointSizeClasses({3, 0.5, 99, 40, 13.4f, 14}, {1, 1, 0, 1, 1, 1});
@@ -168,7 +168,7 @@ TEST_F(PointGroups, AreMergedAndRemoved)
     expectAsCounted();
 }
 
-// Its points and those of the other stand in what was group 0, under the merged one.
+// The points of both groups return to group 0, below the merged group.
 TEST_F(PointGroups, AreMergedWithTheFirst)
 {
     ASSERT_TRUE(groups.removeGroups({3, 4, 5}));

@@ -144,7 +144,8 @@ TEST(Slabs, HoldNoPointsThatAreNoNumbersAndNoneWithoutACell)
     }
 }
 
-// Of two lines the one along b*, which lies in the layer; not that along c*, whose ends do not.
+// Of two lines the one along b* is shown, as it is in the layer; the one along c* is not, as its ends are
+// outside.
 TEST(Slabs, HoldLinesThatLieInTheirLayer)
 {
     const auto box = CCellFrame::of(g_box);

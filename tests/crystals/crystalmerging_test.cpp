@@ -192,7 +192,7 @@ TEST(CrystalMerging, leavesOutWhatIsAnotherCompoundWithTheReason)
     }
 }
 
-/// A crystal half of which is noise is still of the compound, but lowers what it is merged with.
+/// A crystal with much noise is still of the compound, but lowers the agreement of the merged intensities.
 TEST(CrystalMerging, leavesOutWhatLowersTheAgreement)
 {
     const CCompound kyanite(g_kyanite, "-P 1", 0.9, 4), other(g_kyanite, "-P 1", 0.9, 99);

@@ -127,7 +127,7 @@ TEST(Linkage, cutsAndLeavesOfTreesWithEqualDistances)
     EXPECT_TRUE(averageLinkage(CDistances(0)).empty());
 }
 
-/// For treesofscipy.py, which writes distances and compares what comes of them.
+/// Used by treesofscipy.py, which writes the distances and compares the trees with those of scipy.
 TEST(Linkage, ofDistancesFromAFile)
 {
     const QString strFolder = qEnvironmentVariable("TESSERA_TREES");

@@ -140,7 +140,7 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
     EXPECT_EQ(merge(record["command"].toString().section(' ', 1)).nStatus, 0);
 }
 
-/// Names may hold what stands for a place in a line of the log.
+/// Names may contain place markers of messages, such as %1.
 TEST_F(MergeProgram, takesNamesAsTheyAre)
 {
     ASSERT_TRUE(QDir().rename(path("r"), path("%1 %2")));

@@ -45,7 +45,7 @@ TEST(RunFrames, areThoseThatTheRunTook)
     EXPECT_EQ(framesOfRun(recordOf(1, 20, 8, "3-10")).listNumber, numbers(2, 8));
     EXPECT_EQ(framesOfRun(recordOf(1, 20, 8, "11-", "12,20")).listNumber,
               (std::vector<int>{10, 12, 13, 14, 15, 16, 17, 18}));
-    // Sums: what is left over before a hole and at the end is in none.
+    // Sums: frames that are left over before a gap or at the end are not used.
     EXPECT_EQ(framesOfRun(recordOf(1, 9, 3, nullptr, "4", "2")).listNumber,
               (std::vector<int>{0, 1, 4, 5, 6, 7}));
     // One file of many frames.

@@ -205,7 +205,7 @@ TEST_F(Opening, TakesStretchingFromAHundredthOnAndTurnsItsAzimuth)
     }
 }
 
-// All of the lens, or nothing of what the series before had.
+// A project defines its lens distortions completely: those of the series before are never kept.
 TEST_F(Opening, TakesTheLensOfItsProjectAlone)
 {
     const QByteArray bytesLens =

@@ -143,7 +143,7 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
     ASSERT_TRUE(keepSeriesChoice(strBase, plain));
     EXPECT_FALSE(QFileInfo::exists(seriesChoiceFile(strBase)));
 
-    // What is none of these files is neither believed nor replaced.
+    // A file that is not a valid choice is neither used nor replaced.
     for (const char* bytes :
          {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
           "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}",

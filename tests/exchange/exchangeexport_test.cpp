@@ -1,4 +1,4 @@
-// The exports as a whole: which files there are, of which kind, and what is refused.
+// Complete exports: the files that are written, their formats, and the cases that are refused.
 #include "exchange/exchangeexport.h"
 #include "exchange/correctiontable.h"
 #include "exchange/dialsfiles.h"

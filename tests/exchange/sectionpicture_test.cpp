@@ -119,7 +119,8 @@ TEST(SectionPicture, MarksAreOnWhatTheyMark)
 
 TEST(SectionPicture, LettersHaveTheirWidthAndStandOnTheLine)
 {
-    // All that labels use has strokes: a box, which stands for what is missing, has four straight corners.
+    // All characters of labels have strokes; a missing character would be a box, which has four straight
+    // corners.
     for (const QString& strText : {QStringLiteral("hk0"), QStringLiteral("0123456789"), QStringLiteral("Å⁻¹"),
                                    QStringLiteral("a* b* c*")}) {
         QImage image(400, 60, QImage::Format_RGB32);

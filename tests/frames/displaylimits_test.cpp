@@ -111,7 +111,7 @@ TEST(SeriesPicture, TakesTheDriftOutByWholePixels)
     EXPECT_TRUE(sum.bDriftTakenOut);
     const auto value = &SmallSeries::value;
     EXPECT_EQ(series.at(sum, 3, 2), float(value(0, 3, 2) + value(1, 4, 2) + value(2, 1, 3)));
-    // (0, 0) lies off the third frame, (5, 0) off the second.
+    // (0, 0) is outside the third frame, (5, 0) outside the second.
     EXPECT_EQ(series.at(sum, 0, 0), float((value(0, 0, 0) + value(1, 1, 0)) * 3 / 2));
     EXPECT_EQ(series.at(sum, 5, 0), float((value(0, 5, 0) + value(2, 3, 1)) * 3 / 2));
 }

@@ -175,7 +175,7 @@ TEST(Gaps, HaveNoPeaksAndLeaveThoseFurtherAwayAlone)
         EXPECT_GE(nSame, nFar);
         EXPECT_EQ(nSame, found.listX.size());  // the gap makes no peak that the whole frame does not have
     }
-    // A spot whose half lies in a gap tells no width, nor where it lies.
+    // If half of a spot is in a gap, neither its width nor its position can be measured.
     CImgObj<float> img = makeImage(60, 60, [](int x, int y) { return 900 * gaussian(x - 30, y - 30, 1.5); });
     EXPECT_TRUE(measureSpot(img, 30, 30));
     cut(img, [](int x, int) { return x == 31 || x == 32; });

@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-/// Leaves this process so much address space while it stands.
+/// Limits the address space of this process, during the life of the object, to this much more than it has.
 class CMemoryLimit {
 public:
     explicit CMemoryLimit(rlim_t nLeft)

@@ -95,7 +95,7 @@ TEST_F(Scene, SwitchesAmongTheImagesOfAFrame)
     EXPECT_EQ(m_scene.images().size(), 1u);
 }
 
-/// A scene whose owner has put an overlay on its second image.
+/// A scene with an overlay on its second image.
 class OverlayScene : public BaseImgScene {
 public:
     void setOverlay(const QList<uchar>& listByte, bool bShow)

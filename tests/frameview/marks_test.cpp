@@ -132,7 +132,7 @@ TEST_F(Marks, EnlargedTheyStayThinAndLetGoOfTheSpot)
     replaceMarks(&m_scene, list);
 }
 
-// Beside its spot, and it stands out on white.
+// The label is beside its spot, and is legible on white.
 TEST_F(Marks, ALabelIsAsLargeOnTheScreenWhenEnlarged)
 {
     auto* pLabel = new TextItem;

@@ -299,7 +299,7 @@ TEST(Hdf5Series, HasAnEndWhereHardlyAnythingIsThere)
     std::vector<Hdf5Block> vecBlock = blocks(vecMany);
     EXPECT_TRUE(countMissing(vecBlock, 0).contains("more than 300000 images"));
     EXPECT_EQ(vecBlock.size(), 3u);
-    // pieces of one data set, as of a virtual one: what it holds counts once
+    // pieces of one data set, as of a virtual one: its images count once
     vecBlock = blocks({{90000, 0}, {90000, 0}, {120001, 0}});
     EXPECT_TRUE(countMissing(vecBlock, 0).isEmpty());
     vecBlock = blocks({{90000, 0}, {90000, 0}, {90000, 0}, {90000, 0}});
@@ -355,7 +355,7 @@ TEST_F(Hdf5, FollowsNoLinkOutOfItsFolder)
     ASSERT_TRUE(QFile::link(path("outside.h5"), path("in/ext.h5")));
     EXPECT_FALSE(image(path("in/x_master.h5"), 0));
     EXPECT_TRUE(m_strReason.contains("leads out of its folder")) << m_strReason.toStdString();
-    // a series that lies elsewhere as a whole
+    // a series all of whose files are in another folder, reached by links
     QDir(m_dir.path()).mkdir("links");
     ASSERT_TRUE(QFile::remove(path("in/ext.h5")));
     ASSERT_TRUE(QFile::rename(path("outside.h5"), path("in/ext.h5")));

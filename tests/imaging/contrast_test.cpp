@@ -38,7 +38,8 @@ TEST(AutoContrast, CutsItsFractionsOffASparseTailAndLowersTheLowLimit)
 
 TEST(FloatToByte, MapsTruncatesAndCutsOff)
 {
-    // pixel, low, high, least and largest output, byte. 255/7 and 2.55 as floats lie a little below.
+    // pixel, low, high, minimum and maximum of the output, byte. 255/7 and 2.55 as floats are a little too
+    // small.
     const float aRow[][6] = {
         {50, 0, 100, 0, 255, 127},      {99.9f, 0, 100, 0, 255, 254},     {7, 0, 7, 0, 255, 254},
         {100, 0, 100, 0, 255, 254},     {100, 0, 100, 0, 250, 250},       {101, 0, 100, 0, 255, 255},

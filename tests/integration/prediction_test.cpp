@@ -58,7 +58,7 @@ TEST(Passages, OfAPointAcrossTheAxisAreKnown)
     // Round and round it comes twice a turn; from 10 degrees on in the other sense at another side first.
     EXPECT_EQ(CPassageGeometry(seriesOf(steps(-359, 2, 360))).crossings({0, g, 0}, 0).size(), 4u);
     EXPECT_EQ(CPassageGeometry(seriesOf(steps(10, -2, 181))).crossings({0, g, 0}, 0).size(), 2u);
-    // On the axis nothing moves; what lies beyond 2/λ never comes.
+    // A point on the axis does not move; a point beyond 2/λ never crosses the sphere.
     EXPECT_TRUE(passages.crossings({0.5, 0, 0}, 0).empty());
     EXPECT_TRUE(passages.crossings({0, 90, 0}, 0).empty());
     // Half a frame beyond the ends, and as far as one asks.

@@ -261,7 +261,7 @@ TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
         for (const std::array<int, 3>& an : latticeOfSection(section, 10000)) {
             const SpotOnSection spot = spotAt(section, an);
             const double dfSquare = std::norm(crystal.value(an[0], an[1], an[2]));
-            // The beam's own glow is no ground that a spot stands on.
+            // Spots within the halo of the beam have no even background and are left out.
             if (!spot.bSeen || std::hypot(an[0] / 3.78, an[1] / 3.78, an[2] / 9.51) < 0.2) {
                 continue;
             }

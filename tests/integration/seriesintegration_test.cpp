@@ -213,7 +213,7 @@ TEST(SeriesIntegration, FindsWhereTheDetectorIsFull)
     const Agreement agreement = agreementWithTruth(result, frames.m_series);
     EXPECT_GE(agreement.dfCorrelation, 0.995);
     EXPECT_LE(agreement.dfChi, 1.6);
-    // Told is more than the detector keeps.
+    // The given limit is above the value at which the detector saturates.
     IntegrationOptions options;
     options.trusted = {65535, QStringLiteral("type of the pixels")};
     CRecordingReport report;

@@ -131,7 +131,7 @@ TEST(StructureFiles, CifHoldsCellExperimentAndReflections)
         EXPECT_TRUE(bytes.contains(pszLine)) << pszLine << bytes.constData();
     }
     EXPECT_FALSE(cifText(structureData(smallResult(), {}), 1).contains("_chemical_formula"));
-    // Nothing measured twice: what is no number stays away.
+    // If no reflection was measured twice, quantities that are NaN are omitted.
     StructureData once = smallData();
     EXPECT_TRUE(cifText(once, 1).contains("Rmeas 0.0000"));
     once.quality.dfRInt = once.quality.dfRMeas = once.quality.dfCcHalf = std::nan("");

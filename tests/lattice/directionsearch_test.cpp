@@ -165,7 +165,7 @@ TEST(DirectionSearch, PointsThatAreNotFiniteAreLeftOut)
     EXPECT_EQ(strongestLengths(listPoint, 0.6, options, goOn), vecClean);
 }
 
-/// A lattice and numbers that are none of any.
+/// Points of a lattice, and random numbers that belong to no lattice.
 struct PointsOfALattice : testing::Test {
     PointsOfALattice()
     {

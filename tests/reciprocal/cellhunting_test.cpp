@@ -110,7 +110,7 @@ TEST(BasisVectors, AreShortestAcuteAndRightHandedWithinTheLimits)
     QList<Vec3D> list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(-0.1f, 0, 0),
                                           vectorRecord(-0.02f, 0, 0.15f), vectorRecord(0.02f, 0.2f, 0.02f)});
     EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {-0.02f, -0.2f, -0.02f}, {0.02f, 0, -0.15f}}));
-    // One line: the last one tried, as it stands.
+    // All vectors are on one line: the last one is returned unchanged.
     list = findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0.2f, 0, 0), vectorRecord(-0.3f, 0, 0)});
     EXPECT_EQ(list, QList<Vec3D>({{0.1f, 0, 0}, {-0.3f, 0, 0}}));
     EXPECT_TRUE(findBasisVectors({vectorRecord(0.1f, 0, 0), vectorRecord(0, 0.2f, 0)}).isEmpty());

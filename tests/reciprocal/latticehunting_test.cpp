@@ -98,7 +98,8 @@ TEST(LatticePoints, AreThoseOfDenseShellsWithoutBeamAndNumbersThatAreNone)
     data.m_peakMapping.reset();
     EXPECT_TRUE(latticePoints(data).empty());
 
-    // Density even up to 0.7, a hundredth of it up to 1.5: as many points by area as the lengths squared.
+    // The density is even up to 0.7, and a hundredth of that up to 1.5: within an area the number of points
+    // is proportional to the square of the radius.
     std::vector<double> vecDStar;
     for (int n = 1; n <= 1000; ++n) {
         vecDStar.push_back(0.7 * std::sqrt(n / 1000.0));

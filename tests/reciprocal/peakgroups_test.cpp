@@ -174,7 +174,7 @@ namespace {
 struct PlainGroups {
     std::vector<unsigned> groups;
 
-    /// Group 0 holds what no other one holds.
+    /// Group 0 has the points that are in no other group.
     void settle()
     {
         groups[0] = 511;

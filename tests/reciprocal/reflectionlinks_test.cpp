@@ -96,7 +96,8 @@ TEST(ReflectionLinks, WhatHasBeenReplacedIsLinkedNoLonger)
     data.m_listPeakFrame.detach();
     EXPECT_TRUE(links.isOf(data));
 
-    // Mapped anew, the peaks are the same; of another hunt, their numbers stand for others.
+    // After a new mapping the peaks are the same; after another peak search their numbers belong to other
+    // peaks.
     data.m_dfRotationAxis = 50;
     CRecordingReport report;
     ASSERT_TRUE(transformPeaksTo3D(data, MappingParameters(), report));

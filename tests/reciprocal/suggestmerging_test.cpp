@@ -54,8 +54,8 @@ TEST(SuggestMerging, StaysBelowTheWayToTheNextPeak)
     ASSERT_EQ(dense.size(), 2);
     EXPECT_EQ(dense[0].member, ParameterMember(&PeakMergingParameters::m_dfMin3DDistance));
     EXPECT_LT(dense[1].dfValue, dfClosest / 2);
-    // Of all ways in which the next spot may lie to the frame's plane, those near enough on the frame to join
-    // the chain are beyond the distance that closes it, and the nearest of them is so by a hair alone.
+    // For all directions of the next spot relative to the plane of the frame: if it is near enough on the
+    // frame to join the chain, it is beyond the distance that closes the chain, the nearest one only just.
     double dfNearest = dfClosest;
     for (double dfDegrees = 0; dfDegrees <= 90; dfDegrees += 0.05) {
         const double dfAngle = dfDegrees * g_dfPi / 180;

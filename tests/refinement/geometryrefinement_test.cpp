@@ -240,7 +240,7 @@ TEST(GeometryRefinement, parabolicDistortion)
     EXPECT_TRUE(isNamedFixed(fixed, Axis));
 }
 
-/// Peaks whose indices are not known find them; those that lie anywhere stay out.
+/// Peaks without indices get those of the lattice; peaks at random positions are left out.
 TEST(GeometryRefinement, peaksWithoutIndices)
 {
     std::mt19937 random(15);
@@ -428,7 +428,8 @@ TEST(GeometryRefinement, halfOfThePeaksFalse)
     }
 }
 
-/// Frames that stand still, and a narrow range: what they do not tell is fixed and named.
+/// Frames of a stationary crystal, and a narrow range of tilts: numbers that they do not determine are fixed
+/// and named.
 TEST(GeometryRefinement, narrowTilts)
 {
     std::mt19937 random(11);

@@ -34,8 +34,8 @@ SimulatedSeries truthOf(const char* pCrystal)
     return series;
 }
 
-// Lines of what crossed, their indices brought to direct axes that are rows of whole combinations of the true
-// ones: indices go as axes do. Sigma is told as it is times a factor.
+// Lines of the reflections that crossed the sphere, with indices on axes that are integer combinations of the
+// true ones (the rows of the matrix): indices transform like axes. Sigmas are multiplied by a factor.
 std::vector<ReflectionLine> lines(const SimulatedSeries& truth, const Matrix3& matAxes, double dfSigmaFactor)
 {
     std::map<std::array<int, 3>, double> mapValue;

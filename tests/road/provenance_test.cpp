@@ -180,7 +180,7 @@ TEST_F(Provenance, TheCommandOfTheRecordMakesTheSameFilesAndItself)
     EXPECT_TRUE(listFirst.contains("--ignore-hot-pixels"));
     EXPECT_EQ(record()["arguments"].toArray(), listFirst);
 
-    // A later start leaves the record of what it did not make anew, once.
+    // A run that starts at a later stage keeps the record of the run whose files it did not replace, once.
     for (int n = 0; n < 3; ++n) {
         const BatchOutcome late = runBatch({path(g_strName + ".ed3d"), "--from", "integrate", "--jobs", "2"});
         ASSERT_EQ(late.nStatus, 0) << late.strText.toStdString();

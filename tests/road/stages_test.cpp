@@ -151,7 +151,7 @@ TEST_F(RoadStages, OutOfTheirOrderSayWhatIsMissing)
     EXPECT_FALSE(state.results.listWarning.contains(state.results.end.strReason));
 }
 
-// A folder stands where the file is to go.
+// A folder has the name of the file to be written.
 TEST_F(RoadStages, ThatCannotWriteTheirFileSayWhyAndHandTheDataOn)
 {
     CRecordingReport report;

@@ -198,7 +198,7 @@ TEST(TrueGeometry, StandsInTheTruthFileAndNotInTheProject)
     EXPECT_TRUE(strProject.contains(QStringLiteral("ROTATIONAXIS -36.5000\n")));
     EXPECT_TRUE(strProject.contains(QStringLiteral("STRETCHINGAMP 0.0000\n")));
 
-    // A series without any of it has none of the keys.
+    // The truth file of a series without distortions and offsets has none of their keys.
     ASSERT_EQ(writeTruthFile(strFile, simulated(smallSeries())), QString());
     QFile file(strFile);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));

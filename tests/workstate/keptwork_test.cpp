@@ -45,7 +45,7 @@ protected:
         writeBytes(lockFile(path(), strStem), {});
         return bytes;
     }
-    /// Names of what is offered.
+    /// The names of the works that are offered.
     QStringList offered(QStringList* plistReason = nullptr)
     {
         QStringList listReason, listName;

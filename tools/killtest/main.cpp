@@ -131,7 +131,7 @@ bool writeProject(const QString& strFolder, const QString& strFile, int nVersion
     return bytes && writeWholeFile(strFile, *bytes);
 }
 
-/// The writers of all kinds of result file, except of those that only the driver writes.
+/// The writers of all kinds of result file, except those of files that only the driver writes.
 std::vector<Writer> fileWriters()
 {
     const auto inFolder = [](const QString& strFolder, const char* pName) {
@@ -410,7 +410,7 @@ std::optional<Writer> driverWriter(const QString& strSeries)
                   {QStringLiteral("s.hkl"), QStringLiteral("s.p4p"), QStringLiteral("s.ipf")}};
 }
 
-/// Prints what was found of a writer.
+/// Prints the results for a writer.
 void printFigures(const char* pName, const Figures& figures)
 {
     std::printf("%-14s files old %5d, new %5d, torn %3d; temporary files left %3d; faults %d\n", pName,

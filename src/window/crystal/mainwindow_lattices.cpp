@@ -121,7 +121,7 @@ bool MainWindow::isLookOfCell()
     return false;
 }
 
-/// Says in the window of the lattices what of it does not hold for cell and peaks as they are.
+/// Shows in the window of the lattices which of its results no longer belong to the present cell and peaks.
 void MainWindow::showAgeOfLattices()
 {
     LookAge age = LookAge::Current;
@@ -222,7 +222,7 @@ void MainWindow::showLatticeColors(bool bShow)
     });
 }
 
-/// Shows the groups of lattices in the views whose points are the peaks that were told apart.
+/// Shows the groups of lattices in those views whose points are the peaks that were assigned to lattices.
 void MainWindow::applyLatticeColors()
 {
     const CPeaksOfLattices& peaks = m_pLatticeLook->peaks;

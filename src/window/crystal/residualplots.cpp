@@ -59,7 +59,7 @@ void addMeans(PlotPanel& panel, const QString& strName, const QVector<QPointF>& 
     panel.addSeries(line);
 }
 
-/// Two kinds of points by one abscissa; all dots lie below all means.
+/// Plots two quantities against one abscissa; all dots are drawn below all means.
 void showBoth(PlotPanel& panel, const QString& strOne, const QVector<QPointF>& vecOne,
               const QString& strOther, const QVector<QPointF>& vecOther)
 {

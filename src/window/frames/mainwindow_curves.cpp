@@ -50,7 +50,7 @@ void MainWindow::updateCurveWindow(QModelIndex index)
     }
 }
 
-/// Without a curve the clipboard keeps what it holds.
+/// Without a curve the clipboard is not changed.
 void MainWindow::copyIntensityCurveData()
 {
     const QString strText = m_pCurvePlot->text();

@@ -69,7 +69,7 @@ void MainWindow::switchToImgIndex(int nIndex)
     }
     if (isPumping()) {  // the run uses the images in memory
         m_gate.wishes().nFrame = nIndex;
-        // "Solve" has a data set and images of its own. What lies on the frame comes after the run.
+        // "Solve" has a data set and images of its own. The marks on the frame are updated after the run.
         if (m_bSolving) {
             loadFrameInView(nIndex, report);
             clearFrameMarks();

@@ -41,7 +41,7 @@ PlotSeries ofShells(const MergingQuality& quality, double ShellQuality::*pMember
     return series;
 }
 
-/// A number of each frame that holds observations.
+/// One number for each frame with observations.
 template <class TNumber>
 PlotSeries ofFrames(const MergingQuality& quality, PlotSeries::Kind kind, const QColor& color,
                     const TNumber& fnNumber)
@@ -157,7 +157,7 @@ std::vector<QualityPlot> shellPlots(const IntegrationResult& result)
          tr("Complete, %"),
          {ofShells(quality, &ShellQuality::dfCompleteness, dfPerCent, QString(), g_colorFirst)},
          {dfPerCent}});
-    // The limit of what is seen is about there.
+    // Reflections are visible down to about this value.
     const double dfWeak = 2;
     listPlot.push_back({QStringLiteral("isigma_by_resolution"),
                         tr("Strength"),

@@ -18,7 +18,7 @@ QString numberText(double df)
     return QString::number(df, 'g', 6);
 }
 
-// What the headers tell that has no field of its own.
+// Information from the headers for which the dialog has no field.
 QString furtherText(const SeriesFacts& facts)
 {
     QStringList listPart;

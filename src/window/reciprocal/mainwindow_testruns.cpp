@@ -14,7 +14,7 @@ namespace tessera {
 
 namespace {
 
-// Whether peaks stand in the raw view for each frame; a red line where not.
+// Whether the raw view has a list of peaks for each frame; if not, the log gets a red line.
 bool holdsShownPeaks(const DataSet& dataSet, CRunReport& report)
 {
     const int nFrames = dataSet.m_listFrameFile.size();

@@ -15,7 +15,7 @@ QString listKey()
     return QStringLiteral("recentSeriesList");
 }
 
-// The dates stand by themselves, as "date|entry": the list is as it was before there were any.
+// The dates have a key of their own, as "date|entry", so that the list keeps its older format.
 QString datesKey()
 {
     return QStringLiteral("recentSeriesUsed");
