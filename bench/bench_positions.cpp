@@ -32,7 +32,7 @@ struct SpotFrame {
     std::vector<double> vecX, vecY;  // truth
 };
 
-// Counts that stand out of the noise of a disc of three sigma by so many times.
+// The counts of a spot with this signal-to-noise ratio in a disc of three sigma.
 double countsFor(double dfSignalToNoise)
 {
     const double dfNoise = g_dfPi * 9 * g_dfSigma * g_dfSigma *

@@ -25,7 +25,7 @@ const QStringList& tableHead()
     return list;
 }
 
-/// A field, in quotes where it holds what parts fields or lines.
+/// A field, in quotes if it contains a separator of fields or lines.
 QString field(const QString& strText)
 {
     static const QString strSpecial = QStringLiteral(",\"\n\r");

@@ -75,7 +75,7 @@ QChar separatorOf(const QString& strLine)
     return QLatin1Char(bTabulator ? '\t' : ',');
 }
 
-/// The columns of a line, without the quotes round them. Two quotes within quotes stand for one quote.
+/// The columns of a line, without the enclosing quotes. Two quotes within quotes mean one quote.
 QStringList partsOf(const QString& strLine, QChar separator)
 {
     const QChar quote = QLatin1Char('"');

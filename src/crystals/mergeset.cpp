@@ -17,7 +17,7 @@ namespace tessera {
 
 namespace {
 
-/// The sums that earlier records tell of each file.
+/// The check sums of each file in earlier records.
 QMap<QString, QSet<QString>> sumsIn(const QJsonObject& former)
 {
     QMap<QString, QSet<QString>> mapSums;

@@ -1,4 +1,4 @@
-// Writing of what a merging of many crystals gives.
+// Writing of the results of a merging of many crystals.
 #include "crystals/crystalsjob.h"
 
 #include "crystals/crystaltable.h"
@@ -98,7 +98,7 @@ QString namesOf(const QStringList& listFile)
     return listName.join(QStringLiteral(", "));
 }
 
-/// Table, tree, report and log, the log with all that is said when the files stand.
+/// Adds table, tree, report and log. The log includes the messages that appear after the files are in place.
 void addCommon(const CrystalsJobOptions& options, const QString& strBase, const QJsonObject& former,
                CLaterReport& later, CrystalsJobResult& result, CMergeSet& set)
 {

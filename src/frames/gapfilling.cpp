@@ -42,7 +42,7 @@ public:
 
     size_t count() const { return m_nPixels; }
 
-    /// Fills the pixels. A pixel whose row and column have no usable pixel stays as it is.
+    /// Fills the pixels. A pixel without a usable pixel in its row and column is not changed.
     void fill()
     {
         const std::vector<Side> vecAbove = sides(-1), vecBelow = sides(1);

@@ -257,7 +257,7 @@ ToldNumber told(double df, const char* pszSource)
     return {df, QLatin1String(pszSource)};
 }
 
-/// Adds to a header what is the same for all frames of a file.
+/// Adds to a header the values that are common to all frames of a file.
 void tellCamera(const MibHeader& header, FrameHeader& result)
 {
     if (!header.strChip.isEmpty()) {

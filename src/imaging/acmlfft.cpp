@@ -375,8 +375,8 @@ void CAcmlFft::FilterColumns(const COMPLEX* pHalf, const COMPLEX* pFilter, COMPL
         fftwf_execute(m_pComm->column.planBackward.get());
         putRows(out, work.byRow(n));
     };
-    // The spectrum may be the upper half of the work space, its block n being block N + n there: blocks 2 n
-    // and 2 n + 1 lie below that or, the last of all, in its place, and it has been read by then.
+    // The spectrum may be the upper half of the work space, with its block n being block N + n there. Blocks
+    // 2 n and 2 n + 1 are below it or, for the last n, at its place, which has been read by then.
     for (int n = 0; n < blockCount(m_nWidth); ++n) {
         filterColumns(half.byColumn(n), filter.byColumn(n), in);
         if (n == 0) {

@@ -73,7 +73,7 @@ double meanOfEdge(const FitBox& box)
     return nCount > 0 ? dfSum / nCount : 0.0;
 }
 
-// Truncation that holds for any number; not a number gives 0.
+// Truncation that is defined for any number, limited to ±1e9; NaN gives 0.
 int truncated(double df)
 {
     return std::isnan(df) ? 0 : int(std::min(std::max(df, -1e9), 1e9));

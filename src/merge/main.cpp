@@ -1,4 +1,4 @@
-// tessera-merge: the crystals of many series told apart and merged.
+// tessera-merge: sorts the crystals of many series by compound, and merges them.
 #include "batch/batchreport.h"
 #include "batch/standardoutput.h"
 #include "crystals/mergeplace.h"

@@ -52,7 +52,7 @@ int residuals(void* pContext, int m, int, const double* p, double* pResidual, in
     return 0;
 }
 
-// The least-squares map of all records; 0 if their indices lie in a plane.
+// The matrix that maps the records by least squares; 0 if their indices lie in a plane.
 CMatrix3 leastSquaresMap(const QList<Peak3D>& listRecord)
 {
     CMatrix3 matSquares(0, 0, 0, 0, 0, 0, 0, 0, 0), matMixed = matSquares;

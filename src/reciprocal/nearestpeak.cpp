@@ -23,7 +23,7 @@ int CNearestPeak::find(double dfX, double dfY) const
     if (!std::isfinite(dfX) || !std::isfinite(dfY) || !(m_dfMaxDistance > 0)) {
         return -1;
     }
-    // A little wider than the limit: the root of a square may fall below what was squared.
+    // A little wider than the limit, because the square root of a rounded square may be too small.
     const double dfStrip = m_dfMaxDistance * (1 + 1e-9);
     auto it = std::lower_bound(m_vecPlace.begin(), m_vecPlace.end(), dfX,
                                [dfStrip](const Place& place, double df) { return df - place.dfX > dfStrip; });

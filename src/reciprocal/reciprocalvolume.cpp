@@ -166,7 +166,7 @@ struct Block {
     float afX[g_nBlock], afY[g_nBlock], afZ[g_nBlock];
 };
 
-/// The slices of a volume, to put pixels into.
+/// Access to the slices of a volume, for writing pixels into it.
 class CVoxels {
 public:
     CVoxels(const QList<CImgObj<float>*>& listSlice, const Grid& grid) : m_grid(grid)
@@ -176,7 +176,7 @@ public:
         }
     }
 
-    /// Puts a pixel where it is greater than what is there. The coordinates are in voxels.
+    /// Raises the voxel to the value of the pixel if that is greater. The coordinates are in voxels.
     void put(float fPixel, float x, float y, float z) const
     {
         // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.

@@ -15,7 +15,7 @@ const double g_dfStray = 0.02;        // peaks per frame that a free pixel may s
 const double g_dfBeforeNext =
     0.75;  // of the closest distance between spots: the beam's peaks end before the first reflections
 
-// How many peaks of all frames lie in each pixel of distance from their direct beam.
+// The number of peaks, over all frames, by their distance from the direct beam in whole pixels.
 std::vector<int> countsByDistance(const DataSet& dataSet, int nMost)
 {
     const BeamCentres centres = {dataSet.m_listShift, dataSet.m_dfCenterX, dataSet.m_dfCenterY};

@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-// A process may have 1024 files open as a rule; the rest of it needs some.
+// The usual limit of open files is 1024 per process, some of which are needed elsewhere.
 constexpr std::size_t g_nMostOpen = 200;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// tessera-compare: holds the results of a simulated series against its truth.
+// tessera-compare: compares the results of a simulated series with its truth.
 #include "simulate/seriescomparison.h"
 
 #include <QCommandLineParser>

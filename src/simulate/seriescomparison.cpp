@@ -63,7 +63,7 @@ bool hasIndices(const ReadPeak& peak, const LatticeMatch& match, const TruthSpot
            lengthOf(vec - Vector3{double(spot.nH), double(spot.nK), double(spot.nL)}) < 1e-6;
 }
 
-// Where spots of two crystals lie on each other, the indices of either are right.
+// If spots of two crystals coincide, the indices of either are right.
 void judgeIndexed(const std::vector<std::vector<TruthSpot>>& listSpot,
                   const std::vector<ReadPeak>& listIndexed, SeriesComparison& comparison)
 {

@@ -122,7 +122,7 @@ QString whatIsWrong(const SimulationParameters& p)
     if (!(p.dfOddShare > 0 && p.dfOddShare <= 1)) {
         return QStringLiteral("the share of the supercell's own reflections lies above 0, up to 1");
     }
-    // The whole numbers of a diffraction pattern: what lies beyond can't be listed in memory.
+    // The indices of the reflections within the frame must fit into memory.
     if (p.dfPixelSize * p.nSize > 8) {
         return QStringLiteral("the frame reaches beyond 4 Å⁻¹; choose a smaller pixel size");
     }

@@ -26,7 +26,7 @@ Matrix3 reciprocalBasisOfCell(const std::array<double, 6>& adfCell)
 {
     const double dfCosAlpha = std::cos(radians(adfCell[3])), dfCosBeta = std::cos(radians(adfCell[4]));
     const double dfCosGamma = std::cos(radians(adfCell[5])), dfSinGamma = std::sin(radians(adfCell[5]));
-    // Direct basis with a along x and b in the x-y plane; its inverse holds the reciprocal one.
+    // Direct basis with a along x and b in the x-y plane; its inverse is the reciprocal basis.
     const double dfX = dfCosBeta, dfY = (dfCosAlpha - dfCosBeta * dfCosGamma) / dfSinGamma;
     const Matrix3 matDirect{Vector3{adfCell[0], 0, 0},
                             Vector3{adfCell[1] * dfCosGamma, adfCell[1] * dfSinGamma, 0},

@@ -6,7 +6,7 @@ namespace tessera {
 
 QString writeWhole(const QString& strFileName, const QByteArray& bytes)
 {
-    // Without a buffer, as commit() does not look whether the last of it could be written.
+    // Written without a buffer, because commit() does not check whether the last buffer could be written.
     QSaveFile file(strFileName);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         return file.errorString();

@@ -48,7 +48,7 @@ DisplayLimits contrastOf(const CImgObj<float>& image)
     return limits;
 }
 
-/// Reduces an image; each pixel takes the greatest of those that become one, so that small spots stay.
+/// Reduces an image; each pixel of the result is the maximum of a block, so that small spots remain visible.
 QImage shownImage(const CImgObj<float>& image)
 {
     const int nWidth = image.Width(), nHeight = image.Height();

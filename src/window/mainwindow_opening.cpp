@@ -114,7 +114,7 @@ void MainWindow::openRecentFile()
 
 namespace {
 
-// A copy, whatever key is held: a source that is told of a move deletes its files.
+// Accepts a drop as a copy, whatever key is held, because a source deletes its files after a move.
 void acceptAsCopy(QDropEvent& event)
 {
     event.setDropAction(Qt::CopyAction);

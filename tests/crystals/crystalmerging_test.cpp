@@ -1,4 +1,4 @@
-// Merging of crystals: scales, mean cell, and what is left out.
+// Merging of crystals: scales, mean cell, and rejection of crystals.
 #include "crystals/crystalmerging.h"
 
 #include "crystals/crystalchoice.h"

@@ -113,7 +113,7 @@ TEST_F(ExchangeExport, GapsAreFilledForProgramsThatReadAFileForEachNumber)
     EXPECT_TRUE(bytes.contains("SIZE2=36;"));
     EXPECT_EQ(bytes.mid(512), QByteArray(2 * 40 * 36, '\xff'));
     EXPECT_TRUE(report.said("saturated: 1, the first of them 00004.img"));
-    // Names that count the turns would do for a program that can be told of the gap.
+    // Names whose numbers follow the tilts suffice for a program to which the gap can be declared.
     m_data.m_listFrameFile[3] = m_dir.filePath("f_5.mrc");
     EXPECT_EQ(chooseExchangeFrames(source()).files().last(), m_dir.filePath("f_5.img"));
     EXPECT_EQ(chooseExchangeFrames(source(), FrameGaps::Filled).files().last(),

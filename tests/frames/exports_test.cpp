@@ -69,7 +69,8 @@ TEST(Exports, SmvImagesHaveTheirOwnSizesTiltsAndShifts)
 
 namespace {
 
-/// Frames whose names meet, two of which are "a" up to the first dot, and a folder in a file's place.
+/// Frames with the same base name (two have "a" up to the first dot), and a folder with the name of a file to
+/// be written.
 class ExportsOfNames : public testing::Test {
 protected:
     void SetUp() override

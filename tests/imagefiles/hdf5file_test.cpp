@@ -291,7 +291,7 @@ TEST(Hdf5Series, CountsWhatIsMissing)
     }
 }
 
-// Of 300 files of 100000 images one is there: as many are missing as it holds, and 100000.
+// Of 300 files one is present, with 100000 images: images are reported as missing up to a limit only.
 TEST(Hdf5Series, HasAnEndWhereHardlyAnythingIsThere)
 {
     std::vector<std::pair<int, int>> vecMany(300, {0, 0});

@@ -34,7 +34,7 @@ std::vector<T> ramp(int nCount)
     return vec;
 }
 
-/// The strips of `nRows` rows of an image, or its tiles, which reach out of it.
+/// The strips of `nRows` rows of an image, or its tiles, which may extend beyond its edges.
 template <class T>
 std::vector<std::vector<T>> segments(const T* pImage, bool bTiled, int nRows)
 {

@@ -32,7 +32,7 @@ std::vector<ReciprocalSection> sections(const CSimulatedFrames& frames,
     return listSection;
 }
 
-/// The strongest pixel above the ground about a lattice point, and where the weight of the spot lies.
+/// The height of a spot above the background at a lattice point, and its centre of gravity.
 struct SpotOnSection {
     bool bSeen = false;
     double dfHeight = 0;  ///< counts, mean of the 3 × 3 pixels about the point, above the ground
@@ -180,7 +180,8 @@ TEST(ReciprocalSection, PlanesHaveTheirNames)
 
 namespace {
 
-/// How many lattice points to 0.8 Å⁻¹ lie in a plane by definition, one by one.
+/// The number of lattice points up to 0.8 Å⁻¹ in a plane, by testing the definition of the plane for each
+/// point.
 size_t pointsInPlane(const SectionPlane& section, const SectionBasis& basis)
 {
     size_t nPoints = 0;

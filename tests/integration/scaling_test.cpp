@@ -51,7 +51,7 @@ SyntheticOptions fadingCrystal()
 
 namespace {
 
-/// The mean square of what is off the truth, but for a common factor, in sigmas.
+/// The mean square deviation from the truth, in sigmas, after a common factor.
 double chiSquareOf(const SyntheticSeries& made)
 {
     double dfChi = 0;

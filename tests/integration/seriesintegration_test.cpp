@@ -175,7 +175,7 @@ TEST(SeriesIntegration, FlagsWhatIsNoMeasurement)
               agreementWithTruth(whole, frames.m_series).nMeasured - 6);
     frames.m_data.m_maskPeakHunting.listPolygon.clear();
 
-    // A blank frame in the middle of it, one of noise alone, and one that is gone.
+    // A blank frame in the middle of the passage, a frame with noise only, and a missing frame.
     const SimulationParameters& p = frames.m_series.parameters;
     const std::vector<float> listNothing(size_t(p.nSize) * size_t(p.nSize), 0.f);
     overwrite(frames, nFrame, listNothing);

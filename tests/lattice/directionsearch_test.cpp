@@ -147,7 +147,7 @@ TEST(DirectionSearch, FindsCentredAndLargeCellsOnAnyNumberOfThreads)
     expectCell(centred->matBasis, primitive, "centred");
 }
 
-// What holds no lattice, or too little of one, has no cell rather than a made-up one.
+// Points without a lattice, or too few of them, give no cell rather than a false one.
 TEST(DirectionSearch, PointsThatAreNotFiniteAreLeftOut)
 {
     LatticePoints listPoint;

@@ -33,7 +33,7 @@ LatticeBasis measured(CellParameters cell, double dfError, std::mt19937& random)
 
 }  // namespace
 
-// Straight from the indexing of real series, primitive axes: what is off shows the error of the geometry.
+// Primitive cells from the indexing of real series; their misfits are due to errors of the geometry.
 TEST(SymmetryProposal, MeasuredCellsGetTheSymmetryOfTheirCrystals)
 {
     struct Case {

@@ -89,7 +89,7 @@ CellConstraint constraintOf(LatticeSystem system)
 
 }  // namespace
 
-/// Errors of the estimates against the standard errors that are told, over many small series.
+/// Compares the errors of the estimates with their standard errors, over many small series.
 TEST(GeometryRefinement, standardErrorsAreThoseOfTheEstimates)
 {
     const int nSeries = 30;

@@ -1,4 +1,4 @@
-// The page of the report: which columns stand by their digits.
+// The HTML page of the report: columns of numbers are aligned by their digits.
 #include "road/htmlpage.h"
 
 #include <gtest/gtest.h>

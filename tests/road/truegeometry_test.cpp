@@ -130,7 +130,8 @@ TEST(TrueGeometry, SpotsAreThoseOfThePlainSeriesMovedAndTheBeamStays)
                 const auto pt = distorted({other.dfX - dfBeamX, other.dfY - dfBeamY}, series.parameters.lens);
                 EXPECT_NEAR(spot.dfX, dfBeamX + series.listPatternOffset[n][0] + pt[0], 1e-9);
                 EXPECT_NEAR(spot.dfY, dfBeamY + series.listPatternOffset[n][1] + pt[1], 1e-9);
-                // The mean |F|² is told of 1 Å⁻¹, which both reach; counts are no matter of the lens.
+                // The mean |F|² is that up to 1 Å⁻¹, which both series reach; counts do not depend on the
+                // lens.
                 EXPECT_NEAR(spot.dfCounts, other.dfCounts, 1e-9 * other.dfCounts);
                 ++nSame;
             }

@@ -48,7 +48,7 @@ QString withSuffix(const QString& strFile, const QString& strSuffix)
     return strFile.isEmpty() || !QFileInfo(strFile).suffix().isEmpty() ? strFile : strFile + strSuffix;
 }
 
-/// A refinement with what is left of the indexed peaks of a data set before and after it.
+/// A refinement together with the residuals of the indexed peaks before and after it.
 GeometryLook lookOf(const DataSet& dataSet, const GeometryRefinement& refinement)
 {
     GeometryLook look;

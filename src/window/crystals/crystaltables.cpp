@@ -30,7 +30,7 @@ QString count(int n)
     return QLocale::system().toString(n);
 }
 
-/// Centring, edges and angles in a row; the units stand in the title.
+/// Centring, edges and angles in a row; the title of the column has the units.
 QString latticeText(char chCentring, const CellParameters& cell, const CellParameters& errors)
 {
     QStringList listPart = {QString(QLatin1Char(chCentring))};

@@ -1,5 +1,4 @@
-// MainWindow: what is measured again on the frames - the direct beam, positions and intensities of known
-// peaks.
+// MainWindow: remeasurement on the frames - the direct beam, positions and intensities of known peaks.
 #include "window/mainwindow.h"
 
 #include "frames/directbeamfit.h"

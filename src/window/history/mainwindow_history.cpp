@@ -294,7 +294,7 @@ void MainWindow::showCellOfState()
     updateUnitCellInfo();
 }
 
-/// What lies on the frame in view, which is read again where other pixels are to be repaired.
+/// Shows the marks on the current frame, and reads the frame again if other pixels have to be repaired.
 void MainWindow::showFrameOfState(const SeriesData& former)
 {
     const MaskData& mask = m_dataSet.m_maskPeakHunting;

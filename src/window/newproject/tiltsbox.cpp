@@ -29,7 +29,7 @@ namespace {
 const qint64 g_nMaxTiltFile = 1 << 20;  // bytes; a text edit takes seconds for more
 const QString g_strDegree = QStringLiteral("°");
 
-// What was understood of a list of tilts, degrees.
+// Describes a list of tilts, in degrees, as it was understood.
 QString tiltText(const QList<double>& listTilt)
 {
     if (listTilt.isEmpty()) {

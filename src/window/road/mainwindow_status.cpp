@@ -1,4 +1,4 @@
-// MainWindow: the strip of what is done, stale or missing, and the run that makes it good.
+// MainWindow: the strip of stages that are done, stale or missing, and the run that brings them up to date.
 #include "view3d/ed3dwidget.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/integration/integrationcontroller.h"

@@ -211,7 +211,7 @@ void SelectionController::chooseRows()
     m_model.choose(vecId, {}, current, SelectionModel::Way::Replace, m_host.pTable);
 }
 
-/// The curve is that of the current reflection, or of a row that stands for no reflection.
+/// The curve belongs to the current reflection, or to a row that is not a reflection.
 void SelectionController::chooseOnCurve(int nFrame)
 {
     if (m_host.fnBusy()) {

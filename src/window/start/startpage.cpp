@@ -201,7 +201,8 @@ void StartPage::setRecent(const QList<RecentSeries>& listRecent)
     }
 }
 
-/// The files may lie on a disk that sleeps or a net that is slow.
+/// Reads the cards in the background, because the files may be on a slow network or on a disk that has to
+/// start.
 void StartPage::readCards()
 {
     m_job.start([this, listRecent = m_listRecent](const BackgroundJob::Stop& bStop,
