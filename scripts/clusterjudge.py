@@ -10,7 +10,7 @@ import re
 import sys
 
 RUNS = ("one", "slurm1", "slurm2", "killed")
-# What tells of the run itself: times and names of places.
+# Values that depend on the run itself: times and paths.
 OF_THE_RUN = (".log", ".run.json", ".merge.json", ".html", ".workflow.json")
 SUMMARIES = ("peaks.json", "cell.json", "summary.json")
 
@@ -26,7 +26,7 @@ def calls(folder):
 
 
 def content(name, folder):
-    """The bytes of a result, seen from the folder of its run; of a summary without the times that it tells."""
+    """The bytes of a result, with paths relative to the folder of its run; a summary without its times."""
     with open(name, "rb") as file:
         data = file.read().replace(os.fsencode(folder), b"")
     if os.path.basename(name) in SUMMARIES:

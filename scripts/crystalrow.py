@@ -1,4 +1,4 @@
-"""One row of the table of crystals: what was found, against the truth. What a file does not tell is a dash.
+"""One row of the table of crystals: results compared with the truth. Missing values are a dash.
 
 crystalrow.py [--intensities] [--head] NAME SUMMARY COMPARISON
 """
@@ -52,7 +52,7 @@ def geometry_errors(geometry):
 
 
 def constrained_errors(compare, summary):
-    """The cell under the Bravais type, axis, what is left of the ellipse, rms of frames not fitted to (pixels)."""
+    """The constrained cell, the axis, the remaining ellipse, and the rms of frames outside the fit (pixels)."""
     geometry = compare.get("geometry") or {}
     axis = (geometry.get("errors") or {}).get("axis")
     left = [(geometry.get(key) or {}).get("errorPercent") for key in ("stretching", "ellipse")]
@@ -70,7 +70,7 @@ def lattice_word(compare):
 
 
 def type_word(bravais):
-    """The true type where it was proposed; what was proposed in its place, with + if it was a candidate."""
+    """The true type if it was proposed; otherwise the proposed one, with + if the true one was a candidate."""
     if "right" not in bravais:
         return "-"
     true, proposed = (bravais.get(key, {}).get("symbol") or "?" for key in ("true", "proposed"))
@@ -95,7 +95,7 @@ def number(table, key, width, digits):
 
 
 def symmetry_words(symmetry):
-    """Laue class and place of the true space group among those proposed; what stands in their place if wrong."""
+    """Laue class and rank of the true space group among the proposed ones; the proposed ones if wrong."""
     if not symmetry:
         return "-"
     laue = symmetry["trueLaueClass"] + " right" if symmetry["laueClassRight"] else \

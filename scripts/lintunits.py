@@ -28,7 +28,7 @@ def flags_of(entry):
             skip = False
         elif word in ("-o", "-c"):
             skip = True
-        # What shadows a name of its own source the compiler tells; of another's source does no harm.
+        # The compiler reports a name that shadows one of the same source; one of another source does no harm.
         elif word not in ("-Wshadow", "-Wno-subobject-linkage"):
             flags.append(word)
     return tuple(flags)

@@ -8,7 +8,7 @@ import os
 import re
 import struct
 
-# What makes a folder a series; other files may lie beside the frames. Those of cameras stand before the pictures.
+# What makes a folder a series; other files may lie beside the frames. Formats of cameras come before the pictures.
 FRAME_SUFFIXES = (".mrc", ".mrcs", ".dm3", ".dm4", ".tif", ".tiff", ".tvips", ".img", ".cbf", ".h5", ".hdf5", ".nxs",
                   ".emd", ".mib", ".bmp", ".jpg", ".jpeg", ".gif", ".png")
 PROJECT = ".ed3d"
@@ -145,7 +145,7 @@ def identity(folder):
 
 
 def size_in_tiff(head, file):
-    """Columns and rows of the first image of a TIFF or BigTIFF file; None where it does not tell them."""
+    """Columns and rows of the first image of a TIFF or BigTIFF file; None if they are not in the file."""
     order = "<" if head[:2] == b"II" else ">"
     big = struct.unpack_from(order + "H", head, 2)[0] == 43
     file.seek(struct.unpack_from(order + "Q", head, 8)[0] if big else struct.unpack_from(order + "I", head, 4)[0])
@@ -210,6 +210,6 @@ def frame_pixels(folder):
 
 
 def job_memory(config, pixels, threads):
-    """MB that a stage that walks over frames takes with so many threads."""
+    """MB that a stage that reads frames needs with so many threads."""
     frames = config["frames_in_memory"] + config["frames_per_thread"] * (threads - 1)
     return int(config["memory"] + OF_THREAD * threads + frames * pixels * 4 / 2**20)

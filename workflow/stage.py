@@ -1,4 +1,4 @@
-"""One stage of a series, as a job of the workflow: tessera-batch, and a summary that tells that it is done.
+"""One stage of a series, as a job of the workflow: tessera-batch, and a summary that marks it as done.
 
 stage.py STAGE FRAMES SUMMARY THREADS ATTEMPT --batch=PROGRAM --options=... --images=... --retries=N
 
@@ -38,7 +38,7 @@ OF_THE_MACHINE = ("memory", "cannot be had", "bad_alloc", "no space left", "disk
 ERRORS_OF_THE_MACHINE = (errno.ENOMEM, errno.ENOSPC, errno.EDQUOT, errno.EIO, errno.ESTALE, errno.EMFILE, errno.ENFILE,
                          errno.EAGAIN, errno.EREMOTEIO, errno.ENOTCONN, errno.ETIMEDOUT, errno.EROFS)
 TRY_AGAIN = 75
-# A shell tells of a program that was ended by signal N by the status 128 + N.
+# The status 128 + N of a shell means that the program was ended by signal N.
 SIGNAL_TOLD_BY_SHELL = 128
 
 
@@ -47,7 +47,7 @@ class Unfit(Exception):
 
 
 def together(former, new):
-    """What all stages so far have found; what is told twice counts as the later one has it."""
+    """The results of all stages so far; of values that occur twice, the later one is used."""
     whole = {**former, **new}
     for key in ("judgement", "seconds"):
         whole[key] = {**former.get(key, {}), **new.get(key, {})}
@@ -151,7 +151,7 @@ def do(stage, arguments, record):
 
 
 def judged(stage, status, found):
-    """What a run has found, with its end told where it could not tell it by itself."""
+    """The summary of a run, with the reason of its end if the run could not write it."""
     told = isinstance(found.get("stage"), str) and isinstance(found.get("reached"), bool)
     unfinished = not told or found.get("failed") == "unfinished"
     if status < 0:

@@ -17,7 +17,7 @@ LOGS = {stage: stage + ".log" for stage in STAGES}
 # What the names of the files that tessera-batch writes end in, behind the name of the project.
 ENDS = ("_refined.ed3d", "_refined.uc", "_refined.sc", "_integrated.hkl", "_merged.hkl", "_rejected.csv", ".run.json",
         ".series.json", ".log", ".sc", ".pk", ".uc", ".hkl", ".p4p", ".ipf", ".ins", ".cif", ".mtz")
-# The same with the project that a run makes; "~" stands behind what it keeps, six letters behind what is not yet whole.
+# The same with the project that a run makes; kept files end in "~", unfinished ones in six letters.
 OF_A_PROJECT = re.compile(r"(.+?)(%s|\.ed3d)(~|\.\w{6})?" % "|".join(map(re.escape, ENDS)))
 # What has the same name for each project: hot pixels, and the summary of a run.
 OF_ANY = re.compile(r"hotpixels(_bin\d+)?\.txt|\.stage-.*\.json")
@@ -109,11 +109,11 @@ class Record:
                         if os.path.lexists(self.path(MARKS[stage])) and not self.has_mark(stage)]
 
     def has_mark(self, stage):
-        """Whether the mark of a stage stands there and is of the workflow."""
+        """Whether the mark of a stage exists and was written by the workflow."""
         return "workflow" in read_summary(self.path(MARKS[stage]))
 
     def told_by_runs(self):
-        """Names of the files that the records of the runs in this folder tell to be written there."""
+        """Names of the files that were written according to the records of the runs in this folder."""
         told = set()
         for name in os.listdir(self.folder):
             if name.endswith(".run.json"):
@@ -130,7 +130,7 @@ class Record:
                 if before.get(name) != looks and (name in told or self.is_of_a_run(name))}
 
     def take(self, stage, before):
-        """Records as made by a stage what was written since."""
+        """Records the files written since the start as made by a stage."""
         for name, looks in self.written(before).items():
             first = min(self.made.get(name, [stage])[0], stage, key=STAGES.index)
             self.made[name] = [first, *looks]
@@ -144,7 +144,7 @@ class Record:
             self.running = {}
 
     def take_away(self, stage):
-        """Takes away what former runs of this stage and of those after it have made.
+        """Removes the files that former runs of this stage and of later ones have made.
 
         Nothing of that shall be taken for a result of this one if it fails. What somebody has changed since stays.
         """
@@ -172,7 +172,7 @@ class Record:
         self.write()
 
     def write(self):
-        """Writes the record. It waits for the disk the first time alone: a busy one takes a second for it.
+        """Writes the record. It waits for the disk only the first time, because a busy disk takes a second.
 
         Where the machine goes down and the file system then has no record, the next stage names what is in its way.
         """

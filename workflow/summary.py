@@ -25,7 +25,7 @@ def parts(names):
 table = snakemake.output[0]
 with open(table + ".part", "w", encoding="utf-8") as file:
     for part in parts(list(snakemake.input)):
-        # Its exit status of 1 tells of bad series, which are what the table is for.
+        # Its exit status of 1 means that there are bad series, which the table reports.
         command = [*shlex.split(str(snakemake.config["batch"])), "--summary", *part]
         status = subprocess.run(command, stdout=file, check=False).returncode
         if status not in (0, 1):

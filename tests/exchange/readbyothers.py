@@ -1,4 +1,4 @@
-"""Other programs read what is exported for them: DIALS, cctbx (XDS.INP), gemmi (CIF), tifffile.
+"""Other programs read the exports made for them: DIALS, cctbx (XDS.INP), gemmi (CIF), tifffile.
 
 Usage: readbyothers.py FOLDER_OF_PROGRAMS. A simulated series of a chiral crystal, turned to falling tilts, with drift.
 Ends with 77 (skipped) where DIALS or another library is not installed.
@@ -67,7 +67,7 @@ def sharpness(experiment, table, sense):
 
 
 def check_reflections(experiment, table):
-    """dxtbx and the columns agree on what they tell of one another, and DIALS predicts what we do."""
+    """dxtbx and the columns of the table agree, and DIALS predicts the same positions as we do."""
     s1, angle, index = as_arrays(experiment, table)
     assert np.abs(s1 - np.array(table["s1"])).max() < 1e-9
     assert np.allclose(angle, [experiment.scan.get_angle_from_array_index(z, deg=False)
@@ -88,7 +88,7 @@ def check_reflections(experiment, table):
 
 
 def check_xds(folder, experiment):
-    """XDS.INP tells the same detector, beam, axis and cell, in another frame."""
+    """XDS.INP has the same detector, beam, axis and cell, in another frame of coordinates."""
     inp = xds_inp.reader()
     inp.read_file(folder + "/XDS.INP")
     assert inp.name_template_of_data_frames == ["q_????.img", "SMV"], inp.name_template_of_data_frames

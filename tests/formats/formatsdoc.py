@@ -1,4 +1,4 @@
-"""The tables of docs/formats.md, held against what the programs write, in both directions.
+"""Compares the tables of docs/formats.md with the files that the programs write, in both directions.
 
 Usage: formatsdoc.py FOLDER_OF_PROGRAMS FOLDER_OF_THE_PROJECT. A comment before each table or example names what it is
 of: <!-- keys: NAME --> of a JSON file, <!-- fields: NAME --> of a text file, <!-- keywords: NAME -->, <!-- names --> of
@@ -18,7 +18,7 @@ import tempfile
 
 BIN, PROJECT = (os.path.abspath(path) for path in sys.argv[1:3])
 FAULTS = []
-# Keys that no quick run leads to. They have to stand in the sources; one of them that is met is a fault.
+# Keys that no quick run produces. They must occur in the sources; if one of them is written, that is a fault.
 RARE = {"run": {"withoutOption"}, "summary": {"quality.wilsonB"}, "calibration": set(), "truth": set(),
         "comparison": set(), "series": set(),
         "merge": {"crystals[].reason", "former", "groups[].known.next", "groups[].otherKinds", "groups[].reason",
@@ -81,7 +81,7 @@ SIMPLE = {"string": lambda v: isinstance(v, str), "boolean": lambda v: isinstanc
 
 
 def fits(value, told):
-    """Whether a value of JSON is of the type that a table tells: "6 numbers", "3 × 3 numbers", "number or null"."""
+    """Whether a value of JSON has the type given in a table: "6 numbers", "3 × 3 numbers", "number or null"."""
     words = re.fullmatch(r"(?:(\d+) )?(?:× (\d+) )?(pairs of )?(\w+?)(s?)( or (\w+?)s?)?", told)
     assert words, told
     rows, columns, pairs, one, many, _, other = words.groups()
@@ -107,7 +107,8 @@ def told_path(name, prefix, key):
 
 
 def check_keys(name, value, prefix="", stage=None, whole=True):
-    """An object of a JSON file: its keys are told, of the type that is told, and none that is always there is missing.
+    """Checks an object of a JSON file: its keys are in the table, with the right type, and none that is always
+    present is missing.
 
     stage: of the summary, the stage whose keys alone may be there. whole: False for an example or an unfinished part.
     """
@@ -309,7 +310,7 @@ def write(path, text):
 
 
 def check_files(folder, name):
-    """All files of a folder of results, and all suffixes of results in the sources, stand in the table."""
+    """All files of a folder of results, and all suffixes of results in the sources, are in the table."""
     words = [word for row in DOC.files["all"] for word in row["words"]]
     with open(PROJECT + "/src/records/resultfile.h", encoding="utf-8") as file:
         files = [name + suffix for suffix in re.findall(r'"([._][\w.]+)"', file.read())]
@@ -322,7 +323,7 @@ def check_files(folder, name):
 
 
 def run_plain_series(folder):
-    """One crystal, all stages and files, the axis found; then integrated anew."""
+    """One crystal, all stages and files, the axis found; then a new integration."""
     run("tessera-simulate", "--crystal", "quartz", "--frames", 41, "--size", 256, "--pixel-size", 0.008,
         "--tilt-start", -20, "--tilt-step", 1, "--hot-pixels", 8, "--out", folder, "--name", "q")
     text, base, keywords = read(folder + "/q.ed3d"), folder + "/out/q", set()

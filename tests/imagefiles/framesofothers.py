@@ -68,7 +68,7 @@ def info(frames, pixels=None):
 
 
 def check(format, file, images, told):
-    """Raises Failed when the file holds anything but these images."""
+    """Raises Failed unless the file has exactly these images."""
     frames = [file] if len(images) == 1 else [f"{file}#{n + 1}" for n in range(len(images))]
     pixels = file + ".pixels"
     lines = info(frames, pixels)

@@ -147,13 +147,13 @@ def row(path, info, failed):
     for word, turned in (("all equal, rows in the other order", [image[::-1] for image in images]), ("all equal", images)):
         if images and np.array_equal(ours, np.array(turned, np.float32).ravel(), equal_nan=True):
             verdict = word
-    # which row of an MRC file is on top its header tells, and mrcfile does not look
+    # the header of an MRC file defines which row is on top; mrcfile ignores it
     good = verdict == "all equal" or (verdict != "DIFFERENT" and by == "mrcfile")
     return f"{lines[0]['format']} | {name} | {kind} | {three(statistics)} | {theirs} | {by} | {verdict}", good
 
 
 def print_table(folder, info, failed):
-    """Also what stands in archives there. Returns 1 when any image differs from the other reader's."""
+    """Also files in archives there. Returns 1 when any image differs from the other reader's."""
     wrong = 0
     print("| format | file | size | type | minimum, maximum, mean by us | by the other | the other | pixels |\n" + "|---" * 8 + "|")
     with tempfile.TemporaryDirectory() as unpacked:

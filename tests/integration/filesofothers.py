@@ -1,4 +1,4 @@
-"""cctbx reads the files of an integrated series, merges them to the agreement that was told, and solves the structure.
+"""cctbx reads the files of an integrated series, merges them with the agreement of the summary, and solves the structure.
 
 Usage: filesofothers.py FOLDER_OF_PROGRAMS [CRYSTAL...]. Ends with 77 (skipped) where cctbx is not installed.
 """
@@ -59,7 +59,7 @@ def check_scattering(base):
 
 
 def check_reading(base, quality):
-    """All files tell the same cell, group and intensities, and the agreement that the summary has."""
+    """All files have the same cell, group and intensities, and the agreement of the summary."""
     unmerged = solving.read_shelx(base + "_integrated")
     result = merged(unmerged)
     ours = result.array()
@@ -76,7 +76,7 @@ def check_reading(base, quality):
         assert other.unit_cell().is_similar_to(unmerged.unit_cell(), 1e-3, 0.1)
         other = merged(other).array()
         one, two = ours.common_sets(other)
-        # The merged lists hold what the group forbids, too, which cctbx drops from neither.
+        # The merged lists include reflections that the group forbids; cctbx keeps them in both.
         assert one.size() >= 0.98 * ours.size(), (one.size(), ours.size(), other.size())
         difference = np.abs(np.array(one.data()) - np.array(two.data())) / np.array(two.sigmas())
         correlation = np.corrcoef(one.data(), two.data())[0, 1]

@@ -18,7 +18,7 @@ def read_shelx(base):
 
 
 def normalisations(amplitudes):
-    """The root mean square of the amplitudes, smooth in the resolution, so that all of it weighs alike."""
+    """The root mean square of the amplitudes, smooth in the resolution, so that all resolutions weigh the same."""
     square = np.array(amplitudes.d_star_sq().data())
     order = square.argsort()
     bins = np.array_split(order, max(2, len(order) // 100))

@@ -94,7 +94,7 @@ for cell, block in zip(cells, blocks):
         reduction.niggli_reduce()
         theirs = [delta for _, delta in gemmi.find_lattice_2fold_ops(reduction.get_cell(), LIMIT)]
         turns = sorted(delta for symbol, delta, _ in ours if symbol[0] == "m")
-        # gemmi's table holds what an exact reduced cell can have; with errors there can be more.
+        # gemmi's table is for exact reduced cells; with errors more cases are possible.
         assert all(any(abs(x - y) < 1e-4 for y in turns) for x in theirs), (cell, theirs, turns)
     if lattice_symmetry:  # from the reduced cell, as it cannot take every other one
         symmetry = crystal.symmetry(unit_cell=ours[-1][2], space_group_symbol="P1")

@@ -1,4 +1,4 @@
-"""The stages of the workflow without snakemake, with a program that stands for tessera-batch and does as it is told.
+"""The stages of the workflow without snakemake, with a scripted program in place of tessera-batch.
 
 stages.py    some seconds; needs nothing but Python
 """
@@ -96,7 +96,7 @@ class Stages(unittest.TestCase):
                              [False, "ended", "peaks"])
         self.assertEqual(self.stage("cell")[0], 0)
         self.assertFalse(self.summary("cell")["reached"])
-        # Nor does what a former stage has found stand for this one.
+        # The results of a former stage are not taken for those of this one.
         self.stage("peaks")
         self.stage("cell", silent=1)
         self.assertFalse(self.summary("cell")["reached"])
@@ -171,7 +171,7 @@ class Stages(unittest.TestCase):
         self.stage("peaks")
         record = self.results / ".workflow.json"
         before = json.loads(record.read_text())["made"]
-        # What stands there when stage and program die in the middle.
+        # The files that remain when stage and program are killed in the middle.
         files = {name: looks[1:] for name, looks in before.items()}
         record.write_text(json.dumps({"made": before, "running": {"stage": "cell", "run": "dead-1", "before": files}}))
         for name in ("quartz.uc", "quartz.log", "quartz.hkl.Ab3x9Z", ".stage-dead-1.json", "notes.txt"):
