@@ -7,7 +7,7 @@ namespace tessera {
 
 namespace {
 
-const double g_dfMargin = 1.05;  // a point at the edge is seen whole, and that there is none beyond it
+const double g_dfMargin = 1.05;  // points at the edge are completely visible, with a margin
 
 }  // namespace
 

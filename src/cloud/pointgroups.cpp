@@ -42,7 +42,7 @@ void CPointGroups::insertGroup(int nIndex, const QString& strLabel, const QList<
 
 void CPointGroups::putGroup(int nIndex, const PointGroup& group)
 {
-    // The bits also tell which points were taken already, so that repetitions are dropped.
+    // The bits also mark points that were already taken, so that repetitions are dropped.
     Bits bits((m_vecSelected.size() + 63) / 64, 0);
     QList<int> listPoint;
     listPoint.reserve(group.listPoint.size());

@@ -119,7 +119,8 @@ QString hklFileText(const QList<HKLRef>& listObserved, const QList<HKLRef>& list
         if (isOrigin(hkl)) {
             continue;
         }
-        // Cut at the seventh character, and no blanks between the indices, so that the columns hold.
+        // The intensity is cut to seven characters and there are no blanks between the indices, so that
+        // columns keep their width.
         const QString strIntensity = QStringLiteral("%1").arg(dfScale * hkl.dfI, 7, 'f', 1).left(7);
         strText += QStringLiteral("%1%2%3 %4 %5\n")
                        .arg(hkl.nH, g_nIndexWidth)

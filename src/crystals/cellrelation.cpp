@@ -14,7 +14,7 @@ namespace {
 
 constexpr int g_nMostTimes = 4;
 
-/// Rows of the cells that hold so many of a primitive one: each of its sublattices once.
+/// Bases (as rows) of all sublattices of this index of a primitive lattice, each once.
 std::vector<Eigen::Matrix3i> sublattices(int nTimes)
 {
     std::vector<Eigen::Matrix3i> list;
@@ -34,7 +34,7 @@ std::vector<Eigen::Matrix3i> sublattices(int nTimes)
     return list;
 }
 
-/// The least distance of a lattice to those that hold so many cells of another.
+/// The smallest distance of a lattice from the sublattices of this index of another lattice.
 double distanceToSublattices(const LatticeBasis& larger, const LatticeBasis& smaller, int nTimes,
                              const CellTolerance& tolerance)
 {

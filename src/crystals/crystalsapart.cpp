@@ -19,7 +19,7 @@ QString tooFew(const SettledCrystal& crystal)
         .arg(crystal.nCommon);
 }
 
-/// What a correlation must reach not to be chance; the best of several settings is more by itself.
+/// The correlation that may occur by chance; it is higher for the best of several settings.
 double chanceOf(const SettledCrystal& crystal)
 {
     const double dfDeviations = 3 + std::sqrt(2 * std::log(double(crystal.nAlternatives)));

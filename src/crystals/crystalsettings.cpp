@@ -56,7 +56,7 @@ std::vector<FriedelIntensity> merged(std::vector<FriedelIntensity> list)
     return list;
 }
 
-/// Against the mean of the resolution, which the crystal's own cell tells.
+/// Normalizes intensities by the mean at their resolution, which is computed with the crystal's own cell.
 std::vector<NormalizedReflection> normalized(const std::vector<FriedelIntensity>& list,
                                              const LatticeBasis& basis)
 {

@@ -27,7 +27,7 @@ void preferKnownGroup(const QString& strKnown, IntegrationResult& result, CRunRe
                                   return one.dfLikelihood < other.dfLikelihood;
                               })
                               ->dfLikelihood;
-    const double dfAsLikely = 0.95;  // of the best: no condition tells them apart
+    const double dfAsLikely = 0.95;  // of the best likelihood: no condition distinguishes the two groups
     if (it == list.end()) {
         report.addMessage(QStringLiteral("The known space group %1 is none of the Laue class %2.")
                               .arg(strKnown, result.chosen.strClass),

@@ -12,7 +12,7 @@ namespace tessera {
 
 namespace {
 
-/// What the judgement says of one crystal's turn and further tilts does not hold for many.
+/// Passes only warnings: remarks of the judgement about the rotation of one crystal are not valid for many.
 class CWarningsAlone : public CRunReport {
 public:
     explicit CWarningsAlone(CRunReport& report) : m_report(report) {}
@@ -62,7 +62,7 @@ IntegrationResult judge(std::vector<Observation>&& listObservation, const MeanCe
     }
     CWarningsAlone warnings(report);
     IntegrationResult result = judgeIntegration(integrated, series, lattice, judgement, warnings);
-    result.forecast = {};  // it tells of more tilts of one crystal
+    result.forecast = {};  // the forecast assumes more tilts of a single crystal
     return result;
 }
 

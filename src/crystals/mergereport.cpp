@@ -17,7 +17,7 @@ namespace tessera {
 namespace {
 
 const int g_nMostSections = 50;
-const int g_nFewestInPlot = 8;  ///< crystals; of fewer the table tells all
+const int g_nFewestInPlot = 8;  ///< crystals; for fewer the table is enough
 
 QString number(double dfValue, int nDecimals)
 {

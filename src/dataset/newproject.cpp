@@ -245,7 +245,7 @@ bool hasSameNumbers(const ProjectFile& read, const NewProject& project)
     return bSame;
 }
 
-// Reads the text back and tells what has been lost; empty if nothing has.
+// Reads the text back. @return what has been lost; empty if nothing was
 QString lossOnReading(const QByteArray& bytes, const QString& strProjectFile, const NewProject& project,
                       const QStringList& listName)
 {

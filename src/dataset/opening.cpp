@@ -68,7 +68,7 @@ QString reasonNotToOpen(const QStringList& listFile)
 QStringList missingFrames(const QStringList& listFrame)
 {
     QStringList listMissing;
-    QHash<QString, int> mapImages;  // number of images of each file; 0 where only reading it can tell
+    QHash<QString, int> mapImages;  // number of images of each file; 0 if it is known only after reading
     for (const QString& strFrame : listFrame) {
         const FrameName name = frameName(strFrame);
         if (!QFileInfo(name.strFile).isReadable()) {

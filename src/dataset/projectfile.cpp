@@ -190,7 +190,7 @@ bool ProjectFile::takeGeometry(const QStringList& listLine, AxisLine axisLine)
 
 bool ProjectFile::takeFrames(const QStringList& listLine)
 {
-    // The closing line holds the opening word too, so that a list closed before it is opened is none.
+    // ENDFILELIST contains the word FILELIST, so a list that is closed before it is opened is not found.
     int nBegin = 0;
     while (nBegin < listLine.size() && !listLine[nBegin].contains(QLatin1String("FILELIST"))) {
         ++nBegin;

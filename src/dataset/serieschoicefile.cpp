@@ -77,7 +77,7 @@ std::optional<SeriesChoice> choiceOf(const QJsonObject& object)
     return bGood ? std::optional<SeriesChoice>(choice) : std::nullopt;
 }
 
-/// @return false where it is there and tells of something else than results
+/// @return false if the list exists and contains anything but results
 bool readFormer(const QJsonValue& array, std::vector<FormerResult>& listFormer)
 {
     const QJsonArray arrayFormer = array.toArray();

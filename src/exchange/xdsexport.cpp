@@ -75,7 +75,7 @@ std::vector<NamedFile> correctionFiles(const ExchangeSource& source, const Excha
         {strFolder + options.strRowTable, byteOffsetCbf("YCORR", corrections.listRow, geometry.sizeFrame)}};
 }
 
-/// What the file tells besides the geometry; nothing where the frames cannot be read.
+/// The contents of the file apart from the geometry; nothing if the frames cannot be read.
 std::optional<XdsOptions> xdsOptions(const ExchangeSource& source, const ExchangeFrames& frames,
                                      CRunReport& report)
 {

@@ -23,7 +23,7 @@ QString pathKey(const QString& strFile)
     if (stat(QFile::encodeName(strFile).constData(), &status) == 0) {
         return QStringLiteral("%1:%2").arg(quint64(status.st_dev)).arg(quint64(status.st_ino));
     }
-    // A dangling link stands for the file that writing through it would create.
+    // Writing through a dangling link would create its target, so the target is checked.
     QFileInfo info(strFile);
     for (int n = 0; n < g_nMostLinks && info.isSymLink(); ++n) {
         info.setFile(info.symLinkTarget());

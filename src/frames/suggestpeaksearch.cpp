@@ -13,7 +13,7 @@ namespace {
 const double g_dfWideToNarrow = 2.7;
 const double g_dfLeastWideToNarrow = 2;
 const double g_dfDisc = 3;  // sigmas; the disc has 99 % of a Gaussian spot
-const double g_dfFoot = 2;  // sigmas; radius of the next spot, which has all but 14 % of it
+const double g_dfFoot = 2;  // sigmas; radius that contains 86 % of the next spot
 const double g_dfRing = 3;  // pixels, the initial value of the page
 
 QString figure(double df)

@@ -16,7 +16,7 @@ namespace tessera {
 namespace {
 
 const double g_dfMostScale = 2.0;  // below 50 % letters of the same size would cover the frame
-const double g_dfOutline = 2.0;    // pixels of the screen, the inner half of it under the letters
+const double g_dfOutline = 2.0;    // pixels of the screen; half of the outline is below the letters
 
 }  // namespace
 

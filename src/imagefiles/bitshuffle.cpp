@@ -43,7 +43,7 @@ void unshuffleGroups(const uint8_t* pSource, size_t nCount, size_t nElementSize,
 
 #if defined(__SSE2__)
 
-constexpr size_t g_nGroups = 16;  ///< groups of eight elements of which a register holds one byte each
+constexpr size_t g_nGroups = 16;  ///< groups of eight elements; a register takes one byte of each
 
 /// Does the same with two words.
 __m128i transposed(__m128i n)

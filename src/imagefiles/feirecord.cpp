@@ -10,7 +10,7 @@ namespace tessera {
 
 namespace {
 
-/// The place of a field, and of the bit that tells whether it is filled in.
+/// The offset of a field, and of the bit that says whether it is valid.
 struct Field {
     int nMask;  ///< from 0
     int nBit;

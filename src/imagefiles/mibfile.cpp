@@ -25,7 +25,7 @@ constexpr quint64 g_nMemoryAsked = quint64(1) << 26;
 constexpr quint64 g_nImageOverhead = 96;  ///< memory of an image besides its pixels, bytes
 constexpr bool g_bSwap = Q_BYTE_ORDER == Q_LITTLE_ENDIAN;
 
-/// A file, and what its first header tells of all its frames.
+/// A file, and the information in its first header, which is common to all frames.
 struct MibStream {
     QFile file;
     MibHeader header;

@@ -135,7 +135,7 @@ int ReadPicture(const QString& strFileName, ImageList& vecImage, QString& strRea
     }
     const QFileInfo info(strFileName);
     QImageReader reader(strFileName);
-    const QSize size = reader.size();  // -1, -1 when the format does not tell the size before reading
+    const QSize size = reader.size();  // -1, -1 if the size is known only after reading
     const int64_t nWidth = std::abs(static_cast<int64_t>(size.width()));
     const int64_t nHeight = std::abs(
         static_cast<int64_t>(size.height()));  // negative for a BMP stored from the top

@@ -56,7 +56,7 @@ Images imagesOf(CTiffBytes& tiff, uint64_t nMost)
     if (images.series.nInOne > 1) {
         images.firstLayout = tiffLayout(tiff, pageOf(tiff, images.series, 0), strReason);
         if (!images.firstLayout) {
-            images.nImages = 1;  // reading will tell why
+            images.nImages = 1;  // reading the image will give the reason
         } else if (!isInOnePiece(*images.firstLayout)) {
             images.series.strEnd = QStringLiteral(
                                        "the text tells of %1 images, but they don't follow one another")

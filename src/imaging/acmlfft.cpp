@@ -277,7 +277,7 @@ int CAcmlFft::Transform(COMPLEX* pData, int nWidth, int nHeight, int nDirection)
     const bool bForward = nDirection == -1;
     const ImageView<COMPLEX> image{pData, nWidth, nHeight};
 
-    // A block at the end may be short; what the unused lines hold is transformed along and dropped.
+    // The last block may be incomplete; its unused lines are transformed as well and then discarded.
     const LinePlan& row = m_pComm->row;
     const Lines rowsIn = m_pComm->in(row), rowsOut = m_pComm->out(row);
     for (int y = 0; y < nHeight; y += g_nBlock) {

@@ -242,7 +242,7 @@ int CCorrelation::FindCorrelationPeak(float* pMap, int nWidth, int nHeight, doub
     }
 
     if (nWidth < g_nBox || nHeight < g_nBox) {
-        // The box may hold the peak more than once, and the edge pixels raise its copies at the edges.
+        // The box may contain periodic copies of the peak, and the edge pixels raise those at the edges.
         const int nCornerX = nX - g_nHalfBox, nCornerY = nY - g_nHalfBox;
         const FinePlace fine = maximumNearMiddle(periodicBox({pMap, nWidth, nHeight}, nCornerX, nCornerY));
         fDX = intoSide(float(fine.nX) / float(g_nEnlarge) + float(nCornerX), nWidth);

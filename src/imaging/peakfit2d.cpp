@@ -54,7 +54,7 @@ int lorentzResiduals(void* pContext, int, int n, const double* p, double* pResid
     return 0;
 }
 
-// Mean of the outermost pixels of the box that enter the fit, 0 where there are none.
+// The mean of the outermost pixels of the box that enter the fit; 0 if there are none.
 double meanOfEdge(const FitBox& box)
 {
     const auto imgMask = viewOf(box.imgMask);

@@ -323,7 +323,7 @@ private:
     const std::function<bool()>& m_fnGoOn;
     std::vector<LatticeRow> m_vecRow;
     std::vector<State> m_vecState;
-    std::vector<int> m_vecLike;  ///< for a joined row the row that stands for it, else the row itself
+    std::vector<int> m_vecLike;  ///< for a joined row the row that represents it, else the row itself
 };
 
 }  // namespace

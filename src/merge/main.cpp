@@ -115,7 +115,7 @@ int main(int argc, char* argv[])
     // A reader that goes away, as `head` does, is no reason to leave the files half done.
     std::signal(SIGPIPE, SIG_IGN);
 #ifdef SIGXFSZ
-    std::signal(SIGXFSZ, SIG_IGN);  // a limit on files is told as a full disk is
+    std::signal(SIGXFSZ, SIG_IGN);  // exceeding a file size limit is reported like a full disk
 #endif
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tessera-merge"));

@@ -206,7 +206,8 @@ private:
     /// The places of some steps and of what is kept of a reflection that failed, in the order of the walk
     /// from it: inwards, then outwards.
     std::vector<int> placesInWalkOrder(int nReflection, const std::vector<WholeStep>& vecStep) const;
-    /// The mean of the indices that the steps give, by plain division where there are none.
+    /// The mean of the indices given by the steps to neighbours; without any steps, the plain quotient is
+    /// used.
     Vec3D weightedIndices(const Reflection& reflection, const std::vector<WholeStep>& vecStep) const;
     /// Forms the indices, unless nothing has changed since they failed. False if it is not indexed.
     bool index(int nReflection);

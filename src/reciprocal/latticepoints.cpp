@@ -11,7 +11,7 @@ namespace tessera {
 namespace {
 
 constexpr double g_dfBeamRadius =
-    8;  // pixels: inside it no spot can be told from the halo of the direct beam
+    8;  // pixels: at smaller distances spots cannot be separated from the halo of the direct beam
 constexpr std::size_t g_nShells = 20;
 constexpr std::size_t g_nLeastDistances = 10;
 constexpr double g_dfMargin = 1.5;

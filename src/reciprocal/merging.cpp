@@ -72,7 +72,7 @@ void fillMerged(Peak3D& peakOut, const ChainMean& mean, double dfIntensity)
     peakOut.nRGroup = 0;
 }
 
-/// Whether a chain of the right length gives no reflection because no peak of it has a weight.
+/// Whether a chain of permitted length gives no reflection because none of its peaks has a weight.
 bool hasNoWeight(const QList<Peak3D>& listChain, const PeakMergingParameters& parameters)
 {
     if (parameters.m_bIntegrateThroughFrames && listChain.size() < 2) {

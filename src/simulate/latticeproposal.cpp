@@ -29,7 +29,7 @@ bool readMatrix(const QJsonValue& value, Matrix3& mat)
     return std::abs(determinantOf(mat)) > 1e-9;
 }
 
-// Pearson's first letter, with R told from the other hexagonal family.
+// Pearson's first letter, with rhombohedral lattices distinguished from the hexagonal ones.
 QString systemLetter(const QString& strSymbol)
 {
     return strSymbol == QLatin1String("hR") ? strSymbol : strSymbol.left(1);

@@ -260,7 +260,7 @@ QString frameFileName(const SimulatedSeries& series, int nFrame)
 
 namespace {
 
-// What a project tells of the lens: the azimuth of the longer side, and a third order that undoes.
+// The lines of a project for the lens: the azimuth of the longer side, and the third order as a correction.
 QString lensLines(const SimulationParameters& p)
 {
     QString str;

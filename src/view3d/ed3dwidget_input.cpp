@@ -67,7 +67,7 @@ void ED3DWidget::mouseReleaseEvent(QMouseEvent* pEvent)
     if (mode == MouseMode::Zoom && pEvent->button() == Qt::RightButton && !m_bMouseDragged) {
         showMenu(pEvent->globalPos());
     }
-    // A band without an area is none: with Control, too, this was a click.
+    // A band without an area counts as a click, also with Control.
     const bool bClick = mode == MouseMode::Band ? m_nBandStartX == m_nBandEndX || m_nBandStartY == m_nBandEndY
                                                 : mode == MouseMode::Rotate || mode == MouseMode::Pan ||
                                                       mode == MouseMode::Measure;

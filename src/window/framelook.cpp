@@ -37,7 +37,7 @@ private:
     const std::atomic<bool>& m_bStop;
 };
 
-/// The contrast limits with which the window first shows a frame; the whole range where there are none.
+/// The contrast limits with which the window first shows a frame; the whole range if none can be determined.
 DisplayLimits contrastOf(const CImgObj<float>& image)
 {
     if (const auto limits = displayLimits(image, brightestDisc(image))) {

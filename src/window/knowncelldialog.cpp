@@ -192,7 +192,7 @@ void KnownCellDialog::search()
     const CellParameters known = cell();
     KnownCellOptions options;
     options.dfLengthTolerance = m_pSpinTolerance->value() / 100;
-    numbersChanged();  // what was found before goes
+    numbersChanged();  // discards the former result
     {
         enableNumbers(false);
         m_pButtonSearch->setText(tr("Stop"));

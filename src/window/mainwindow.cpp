@@ -324,7 +324,7 @@ void MainWindow::copyWindow()
     QWidget* pPage = m_pTabWidget->currentWidget();
     if (auto* pView3D = qobject_cast<ED3DWidget*>(pPage)) {
         const QImage image = pView3D->grabFrameBuffer();
-        if (!image.isNull()) {  // there is none without OpenGL
+        if (!image.isNull()) {  // without OpenGL there is no picture
             QApplication::clipboard()->setImage(image);
         }
         return;

@@ -58,7 +58,7 @@ void MainWindow::createControlDock()
         int nName;
     } aPage[] = {{m_pFramesPage, 0}, {m_pShiftPage, 1},      {m_pPeakSearchPage, 2}, {m_pMergingPage, 3},
                  {m_pCellPage, 4},   {m_pRefinementPage, 6}, {m_pView3DPage, 7},     {pIntegrationPage, 8}};
-    // The tool box lays each page into a scroll area of its own: pages taller than the window scroll.
+    // The tool box puts each page into a scroll area, so that pages taller than the window can be scrolled.
     int nWidth = m_pFramesPage->sizeHint().width();
     for (const auto& page : aPage) {
         m_pToolBox->addItem(page.pPage, imageIcon("arrowright4"), m_mapPageName[page.nName]);

@@ -177,7 +177,7 @@ void MainWindow::openFiles(const QStringList& listFile)
     } catch (...) {  // out of memory
         WindowReport(*this).addMessage(whatWasThrown(), Severity::Error);
         if (kind == OpenKind::project || kind == OpenKind::images) {
-            guarded([this] { showDataSetAnew(); });  // no view may stand for a series that is gone
+            guarded([this] { showDataSetAnew(); });  // no view may show a series that was closed
         }
     }
 }
@@ -318,7 +318,7 @@ void MainWindow::clearDataSet()
     // Chains go by the numbers of reflections; a row of the new data set must not show one of the old.
     m_dataSet.m_listPeakChain.clear();
     m_pCurvePlot->clearCurve();
-    Peak3D peakNone;  // stands for nothing and keeps the layout of the table
+    Peak3D peakNone;  // an empty row, which keeps the layout of the table
     peakNone.nFrame = 0;
     updatePeakTable({peakNone});
 }

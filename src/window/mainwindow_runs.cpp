@@ -130,7 +130,7 @@ void MainWindow::catchUpAfterRun(FrameAfterRun frame)
     keepWindowMemory();
 }
 
-/// Notes what was changed before a run as a step of its own.
+/// Records changes made before a run as a separate step.
 MainWindow& MainWindow::CRunScope::looked(MainWindow& window)
 {
     window.m_pHistory->look();

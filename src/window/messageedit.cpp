@@ -26,7 +26,7 @@ MessageEdit::MessageEdit(QWidget* pParent) : QTextBrowser(pParent)
     connect(this, &QTextBrowser::anchorClicked, this, &MessageEdit::openLink);
     QFont fontLog = font();
     fontLog.setFamily(QStringLiteral("Courier"));
-    fontLog.setStyleHint(QFont::TypeWriter);  // columns of numbers line up whatever stands in for it
+    fontLog.setStyleHint(QFont::TypeWriter);  // substitutes are monospaced, too: columns align
     setFont(fontLog);
     m_strFontFamily = fontLog.family();
 

@@ -15,7 +15,7 @@ namespace tessera {
 
 namespace {
 
-constexpr int g_nRecent = 20;  // as many data sets as the recent list can hold
+constexpr int g_nRecent = 20;  // data sets, the most that the list of recent ones can have
 
 QAction* makeAction(QObject* pParent, const ActionRow& row)
 {

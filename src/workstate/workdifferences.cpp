@@ -272,7 +272,7 @@ bool haveSameTilts(const SeriesData& before, const SeriesData& after)
            before.m_listBeamTiltBreak == after.m_listBeamTiltBreak;
 }
 
-/// The change that a run has made, the earliest stage first; empty if there is none.
+/// The name of the change made by a run: that of the earliest stage; empty if nothing has changed.
 QString runName(const WorkState& stateBefore, const WorkState& stateAfter)
 {
     const SeriesData &before = stateBefore.series, &after = stateAfter.series;

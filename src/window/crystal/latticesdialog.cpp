@@ -150,7 +150,7 @@ LatticesDialog::LatticesDialog(QWidget* pParent) : QDialog(pParent, Qt::Tool)
     setLook(LatticeLook());
 }
 
-/// A page with the result, and behind it one that says that the result does not hold any more.
+/// A stack of two pages: the result, and a note that the result is out of date.
 QStackedWidget* LatticesDialog::besideNote(QWidget* pContent)
 {
     auto* pStack = new QStackedWidget(pContent->parentWidget());

@@ -47,7 +47,7 @@ Cell yesNo(bool bYes)
     return Cell::text(bYes ? tr("yes") : tr("no"));
 }
 
-/// What the numbers of a group do not tell, in sentences.
+/// Remarks on a group that its numbers do not show, as sentences.
 QString remarkOf(const CrystalsJobResult& result, const CompoundGroup& compound)
 {
     QStringList listRemark;

@@ -177,7 +177,7 @@ void TreeCanvas::paintLabels(QPainter& painter) const
     const bool bAll = m_nRowHeight >= fontMetrics().ascent();
     for (size_t n = 0; n < m_plot.listLeaf.size(); ++n) {
         const TreeLeaf& leaf = m_plot.listLeaf[n];
-        if (!bAll && int(n) != m_nRinged) {  // a patch of its colour stands for it
+        if (!bAll && int(n) != m_nRinged) {  // its name is replaced by a patch of its colour
             painter.fillRect(rowOf(int(n)).adjusted(nWidth - g_nMargin, 0, nWidth - width() + 2, 0),
                              colorOf(leaf.nColour));
             continue;

@@ -84,7 +84,7 @@ bool ContrastControl::setByPercentiles(const CImgObj<float>& image)
     const std::optional<DisplayLimits> limits = displayLimits(image, brightestDisc(image));
     const double dfStep = std::pow(10, -m_page.m_pContrastMinSpin->decimals());
     if (!limits || limits->dfHigh - limits->dfLow < dfStep) {
-        return false;  // nothing that the boxes could tell apart
+        return false;  // the two limits would be equal in the boxes
     }
     setBoxes(limits->dfLow, limits->dfHigh);
     return true;

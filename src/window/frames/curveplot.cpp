@@ -139,7 +139,7 @@ void CurvePlot::clearCurve()
     m_nReflection = -1;
     m_pMark->setSamples(QVector<QPointF>());
     m_pCurve->setSamples(QVector<QPointF>());
-    qDeleteAll(m_listCurveMarker);  // a marker takes leave of its plot by itself
+    qDeleteAll(m_listCurveMarker);  // a marker that is deleted detaches itself from its plot
     m_listCurveMarker.clear();
     replot();
 }

@@ -70,7 +70,7 @@ void MainWindow::beginSeriesLook()
 void MainWindow::setAutoContrast()
 {
     if (!m_dataSet.m_vecFrameImage.empty() && m_pContrast->takeFirst(*m_dataSet.m_vecFrameImage.front())) {
-        m_bAutoContrastOnLoad = false;  // these limits hold for the series
+        m_bAutoContrastOnLoad = false;  // the limits just set are kept for the series
     }
 }
 

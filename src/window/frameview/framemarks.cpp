@@ -127,7 +127,7 @@ void CFrameMarks::clear()
 
 void CFrameMarks::setMask(const MaskData& mask)
 {
-    qDeleteAll(m_listMaskItem);  // an item takes leave of its scene by itself
+    qDeleteAll(m_listMaskItem);  // an item that is deleted removes itself from its scene
     m_listMaskItem.clear();
     for (const QPolygonF& polygon : mask.listPolygon) {
         auto* pItem = new QGraphicsPolygonItem(polygon);

@@ -198,7 +198,7 @@ void MainWindow::showSeriesOfState(const SeriesData& series)
     const bool bProject = QFileInfo::exists(projectFile());
     setWindowFilePath(displayName(bProject ? QStringList(projectFile()) : series.m_listFrameFile));
     showFirstFrame();
-    m_dataSet.takeSeries({});  // all that it holds is new to the views
+    m_dataSet.takeSeries({});  // so that the views take all of the series as changed
 }
 
 void MainWindow::showPagesOfState(const SeriesData& former)

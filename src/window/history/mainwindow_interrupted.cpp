@@ -39,7 +39,7 @@ void MainWindow::keepWork(const QString& strFolder)
     pDialog->show();
 }
 
-/// Keeps what "Solve" has come to. It is no step of its own for undo.
+/// Saves the present results of "Solve" for recovery; this is not a step for undo.
 void MainWindow::keepStage(const QString& strStage)
 {
     if (!m_pKeeper) {

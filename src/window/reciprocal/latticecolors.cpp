@@ -19,7 +19,7 @@ QList<PointGroup> groupsOf(const ED3DWidget& view)
     return listGroup;
 }
 
-/// Whether the lists hold the same peaks, whatever their indices of the lattice.
+/// Whether the lists have the same peaks; their indices in the lattice may differ.
 bool holdSamePeaks(const QList<Peak3D>& listA, const QList<Peak3D>& listB)
 {
     return listA.size() == listB.size() &&

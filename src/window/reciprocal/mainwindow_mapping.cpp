@@ -129,7 +129,7 @@ void MainWindow::peakReduction3D()
     // Before events are let through: the pages and the views stay open to the user meanwhile.
     const PeakMergingParameters merging = m_merging;
     const std::vector<char> vecFlag =
-        m_colorsRaw.isShown()  // then the masks of the peaks tell nothing of the groups
+        m_colorsRaw.isShown()  // the groups are then not those of the masks of the peaks
             ? flagsOfPoints(m_pView3DRaw->points(), m_pView3DRaw->groupPoints().value(nGroup))
             : m_rawGroups.flags(m_dataSet, *m_pView3DRaw, nGroup, m_mapping);
     if (vecFlag.empty() && !m_pView3DRaw->groupPoints().value(nGroup).isEmpty()) {

@@ -11,7 +11,7 @@ void CRawGroups::keep(DataSet& data, const ED3DWidget& view)
         return;
     }
     m_kept = {view.groupLabels(), view.groupColors(), view.groupsVisible()};
-    if (m_kept.listLabel.size() > 1) {  // one group alone holds all, whatever their masks say
+    if (m_kept.listLabel.size() > 1) {  // a single group contains all points, whatever their masks
         updatePeakGroupsFromView(data, view.points(), view.groupPoints());
     }
 }

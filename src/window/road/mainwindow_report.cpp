@@ -27,7 +27,7 @@ bool isOfSeries(const CRoadWork* pWork, const SeriesData& series)
            pWork->state().dataSet.m_listFrameFile == series.m_listFrameFile;
 }
 
-/// What a series that was worked on by hand holds of the results of a road.
+/// Fills in the results of "Solve" that a series processed by hand has, too.
 /// @param pGeometry, pIntegrated  null: there is none
 void fillResults(RoadState& state, const GeometryRefinement* pGeometry, const IntegrationResult* pIntegrated)
 {

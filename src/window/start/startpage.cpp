@@ -91,7 +91,7 @@ StartPage::StartPage(QWidget* pView) : QScrollArea(pView), m_pView(pView)
 
 StartPage::~StartPage()
 {
-    m_pRecentList->disconnect(this);  // which goes down after what it would tell
+    m_pRecentList->disconnect(this);  // as it is destroyed after the members that its signals use
 }
 
 QWidget* StartPage::makeWaysIn()
@@ -313,7 +313,7 @@ void StartPage::keyPressEvent(QKeyEvent* pEvent)
 void StartPage::wheelEvent(QWheelEvent* pEvent)
 {
     QScrollArea::wheelEvent(pEvent);
-    pEvent->accept();  // the view below zooms by what is left over
+    pEvent->accept();  // an ignored event would zoom the view below
 }
 
 }  // namespace tessera
