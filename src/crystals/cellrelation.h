@@ -7,10 +7,10 @@
 
 namespace tessera {
 
-/// How many cells of one lattice a cell of the other holds.
+/// How many cells of one lattice fit into a cell of the other.
 struct CellRelation {
-    int nTimes = 1;         ///< 1: neither holds the other
-    bool bLarger = false;   ///< the first is a superlattice: its cell holds so many of the second
+    int nTimes = 1;         ///< 1: neither lattice contains the other
+    bool bLarger = false;   ///< the cell of the first lattice contains nTimes cells of the second
     double dfDistance = 0;  ///< of the first to that superlattice, in units of the tolerance
 };
 

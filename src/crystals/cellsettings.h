@@ -17,11 +17,10 @@ struct CellTolerance {
     double dfAngles = 3;   ///< greatest difference of an angle of the reduced cells, °
 };
 
-/// Rows a, b, c of Niggli's reduced cell of a lattice, and how indices of the cell that it was told by become
-/// indices of it.
+/// Rows a, b, c of Niggli's reduced cell of a lattice, and the transformation of indices from the given cell.
 struct ReducedCell {
     LatticeBasis basis;          ///< Å, in the frame of directBasisOf() the given cell; right-handed
-    CellParameters cell;         ///< of it
+    CellParameters cell;         ///< of this basis
     Eigen::Matrix3d matIndices;  ///< (h, k, l) of the reduced cell = matIndices * (h, k, l) of the given one
 };
 

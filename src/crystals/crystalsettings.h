@@ -30,8 +30,8 @@ struct FriedelIntensity {
 /// @return false where they come out fractional, as for a reflection that the other cell does not have
 bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, std::array<int, 3>& anNew);
 
-/// Sorted by index, each once. `matIndices` transforms the indices first; what comes out fractional is left
-/// out.
+/// Sorted by index, each once. `matIndices` transforms the indices first; reflections whose indices become
+/// fractional are left out.
 std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& list,
                                             const Eigen::Matrix3d& matIndices);
 
@@ -71,7 +71,7 @@ struct SettlingOptions {
 struct SettledCrystals {
     std::vector<SettledCrystal> listSettled;  ///< in the order of the members
     std::vector<int> listOutside;             ///< members whose lattice no setting brings near the group's
-    QString strLaueClass;                     ///< that equivalents were told by
+    QString strLaueClass;                     ///< in which equivalents were merged
     ObservationSymmetry symmetry;             ///< from the indices of the group's reduced cell
     /// The distance of each two settled crystals, from 0 to 1: sqrt(1 - r²) of the correlation r of their
     /// normalized amplitudes, or 1 for an r below 0. Two crystals may share few reflections or none. So r is

@@ -1,4 +1,4 @@
-// Linkage: a tree of what lies close together, by the mean distance of the members.
+// Linkage: hierarchical clustering by the mean distance of the members.
 #pragma once
 
 #include <cstddef>

@@ -12,7 +12,7 @@ namespace tessera {
 
 struct ResultFolders {
     QStringList listFolder;  ///< with records of runs; each once, sorted, without links in their paths
-    std::vector<UnreadCrystal> listUnread;  ///< what is no such folder and holds none
+    std::vector<UnreadCrystal> listUnread;  ///< other inputs, which contain no such folder
     QStringList listNote;                   ///< what was named twice, and what is passed over
 };
 

@@ -68,7 +68,7 @@ private:
         float fAmplitude = 0;
     };
     struct Alternative {
-        int nSetting = 0;              ///< the closest of those that are equal
+        int nSetting = 0;              ///< the one with the closest cell among equivalent settings
         double dfMisfit = 0;           ///< of the lattice
         std::vector<Value> listValue;  ///< by number of the reflection, equivalents as their mean
     };

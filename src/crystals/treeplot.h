@@ -1,4 +1,4 @@
-// TreePlot: a tree of what lies close together, as a drawing of SVG.
+// TreePlot: a tree of clusters, as an SVG drawing.
 #pragma once
 
 #include "crystals/linkage.h"

@@ -30,7 +30,7 @@ struct ExchangeFrames {
 
 /// What a program needs for a number between the first and the last that has no frame.
 enum class FrameGaps {
-    Told,   ///< it can be told about them
+    Told,   ///< gaps can be declared to the program
     Filled  ///< it reads a file for each number
 };
 

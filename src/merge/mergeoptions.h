@@ -25,8 +25,8 @@ struct ParsedMerge {
 /// @param listArgument  the program first
 ParsedMerge parseMergeOptions(const QStringList& listArgument);
 
-/// Folders of a list, one a line; empty lines and those that begin with # are none. A list that was made with
-/// zeros between the names (find -print0) goes by these, so that a name may hold a line break.
+/// The folders in a list, one per line; empty lines and lines that begin with # are ignored. A list with zero
+/// bytes between the names (find -print0) is split at these, so that a name may contain a line break.
 QStringList foldersOfList(const QByteArray& bytes);
 
 }  // namespace tessera

@@ -1,4 +1,4 @@
-// Cell setting: the true edges and angles in the setting that a found cell happens to stand in.
+// Cell setting: the true edges and angles in the setting of a found cell.
 #pragma once
 
 #include "simulate/matrix3.h"

@@ -22,7 +22,7 @@ struct JudgedCell {
     /// (error / standard error)² of each parameter; none where it has no standard error or one of 0, as of an
     /// angle that symmetry holds.
     std::array<std::optional<double>, 6> aRatio;
-    /// Mean of these: near 1 where the standard errors tell the errors.
+    /// Mean of these ratios: near 1 if the standard errors are right.
     std::optional<double> meanRatio() const;
 };
 

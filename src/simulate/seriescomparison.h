@@ -28,7 +28,7 @@ struct LatticeShare {
     LatticeMatch match;  ///< of the found cell with its lattice
     int nSpots = 0;      ///< truth spots of a signal-to-noise ratio of 5 and more
     int nFound = 0;      ///< of these, with a peak within the radius
-    int nHunted = 0;     ///< hunted peaks whose strongest spot is of it
+    int nHunted = 0;     ///< found peaks whose strongest spot belongs to this crystal
     int nIndexed = 0;    ///< indexed peaks with its indices, or else whose strongest spot is of it
     int nRight = 0;      ///< of these, with its indices
     double foundShare() const { return nSpots > 0 ? double(nFound) / nSpots : 0; }

@@ -48,7 +48,7 @@ struct SimulationParameters {
     int nJumpEvery = 0;             ///< one frame in so many has its pattern off by dfJump; 0 none
     double dfJump = 0;              ///< pixels
     double dfToldAxisOffset = 0;    ///< what the project's axis is off by, degrees
-    bool bStretchTold = true;       ///< the project tells the stretching
+    bool bStretchTold = true;       ///< the project contains the stretching
     bool bLensTold = false;         ///< and the lens
     bool bStepped = false;          ///< the crystal stands still during an exposure
     int nBeamTilt = 0;              ///< beam tilt steps per goniometer step; below 2 none
@@ -62,7 +62,7 @@ struct SimulationParameters {
     bool bSecondTurned = false;     ///< the second stands turned against the first; else at random
     double dfSecondTurn = 0;        ///< degrees
     QString strSecondAxis;          ///< of the turn, one of turnAxisNames(); empty: a random direction
-    int nSupercell = 1;             ///< how often the longer axis holds the average one; 1 none
+    int nSupercell = 1;             ///< number of average cells along the longer axis; 1: no supercell
     int nSupercellAxis = 2;         ///< 0 to 2 for a, b, c
     double dfOddShare = 0.02;       ///< intensity of the supercell's own reflections
     SimulatedFormat format = SimulatedFormat::Mrc16;

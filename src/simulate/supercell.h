@@ -5,11 +5,11 @@
 
 namespace tessera {
 
-/// How the supercell stands on the cell of the average structure.
+/// The relation of the supercell to the cell of the average structure.
 struct Supercell {
     int nMultiple = 1;      ///< average cells along the axis; 1 is the crystal as it is published
     int nAxis = 2;          ///< 0 to 2 for a, b, c
-    double dfOddShare = 0;  ///< intensity of what lies between those of the average structure
+    double dfOddShare = 0;  ///< intensity of the superstructure reflections
 
     /// Whether a reflection of the supercell is one of the average structure.
     bool isOfAverage(const Reflection& reflection) const

@@ -30,7 +30,7 @@ public:
     /// Begins a job; the one before is stopped.
     /// @param fnWork  must not throw; what it hands to fnShow is done later, and not once the job is stopped
     void start(const FnWork& fnWork);
-    /// Tells the job under way to stop; nothing of it is shown any more.
+    /// Tells the current job to stop; its results are not shown any more.
     void stop();
 
 private:

@@ -1,4 +1,4 @@
-// FactLabel: what was read beside a field, in small text that gives way where there is no room.
+// FactLabel: the source of a value beside its field, in small text that is shortened if there is no room.
 #pragma once
 
 #include <QLabel>

@@ -25,7 +25,7 @@ public:
     SeriesChoice choice() const;
 
     SeriesChoiceBox* m_pChoice;
-    QLabel* m_pOutcomeLabel;  ///< what comes of it, or what is wrong
+    QLabel* m_pOutcomeLabel;  ///< the resulting frames, or the error
     QDialogButtonBox* m_pButtons;
 
 private:

@@ -66,7 +66,7 @@ private:
     MergeHost m_host;
     MergeDialog* m_pDialog = nullptr;              ///< the parent owns it
     QStringList m_listToRead;                      ///< named and not yet read
-    std::shared_ptr<BackgroundJob::Stop> m_pStop;  ///< of the merging under way; null: there is none
+    std::shared_ptr<BackgroundJob::Stop> m_pStop;  ///< of the current merging; null: there is none
     BackgroundJob m_reading;                       ///< these two last, so that they end first
     BackgroundJob m_merging;
 };

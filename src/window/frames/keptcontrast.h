@@ -18,7 +18,7 @@ struct KeptContrast {
 /// Series of which the contrast is kept; the one that was changed longest ago goes first.
 constexpr int g_nKeptContrasts = 50;
 
-/// What was kept of a series; none where nothing was, or what the settings hold of it is damaged.
+/// The saved limits of a series; nothing if none were saved, or if the entry in the settings is damaged.
 /// @param strSeries  its project, full path
 std::optional<KeptContrast> keptContrast(const QSettings& settings, const QString& strSeries);
 /// Keeps it, and gives up the oldest ones beyond g_nKeptContrasts.

@@ -43,7 +43,7 @@ private:
     TextDataWidget& m_textData;
     QStatusBar& m_statusBar;
     QPointF m_ptRead;     ///< the place that was read last
-    QString m_strStatus;  ///< what the status bar said of it
+    QString m_strStatus;  ///< the text of the status bar for this place
 };
 
 }  // namespace tessera

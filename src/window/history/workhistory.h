@@ -14,7 +14,7 @@ namespace tessera {
 
 /// What the history asks of the window.
 struct WorkHistoryHost {
-    std::function<WorkState()> fnState;              ///< all that pages, views and members hold now
+    std::function<WorkState()> fnState;              ///< the present state of pages, views and members
     std::function<bool(const WorkState&)> fnShow;    ///< puts a state into all of them; false: it cannot now
     std::function<bool()> fnBusy;                    ///< a run is under way
     std::function<void(const QString&)> fnSay = {};  ///< to the status bar; may be none

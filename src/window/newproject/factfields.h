@@ -19,13 +19,13 @@ class FactLabel;
 /// Whether a box shows a number, as far as its decimals go.
 bool isShown(const QDoubleSpinBox* pSpin, double df);
 
-/// Writes beside each field what the frames tell of it, and knows which groups the user has touched: what he
-/// has set himself is not filled in.
+/// Writes the values from the frames beside each field, and knows which groups the user has changed: these
+/// are not filled in.
 class FactFields {
 public:
     /// The number of a field as the frames tell it.
     using FnTold = std::function<ToldNumber(const SeriesFacts&)>;
-    /// How sure a told number is.
+    /// The reliability of a number from the frames.
     enum class Trust {
         AsTold,       ///< it is a guess where a doubt says so
         SenseUnsure,  ///< a direction that may be the opposite one

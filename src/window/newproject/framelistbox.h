@@ -50,7 +50,7 @@ public:
     QPushButton* m_pSortButton = nullptr;       ///< sorts by name
     QLabel* m_pFrameLabel = nullptr;            ///< count, size and format
     SeriesChoiceBox* m_pChoice = nullptr;       ///< which of them are taken, summed and binned
-    QLabel* m_pChoiceLabel = nullptr;           ///< what comes of it; hidden while all are taken as they come
+    QLabel* m_pChoiceLabel = nullptr;           ///< the resulting frames; hidden while all are used unchanged
     HeaderReading* m_pHeaders = nullptr;        ///< reads what the headers of all frames tell
 
 signals:

@@ -19,7 +19,7 @@ public:
     /// Folded up, without a distortion.
     explicit LensDistortionBox(QWidget* pParent = nullptr);
 
-    /// What the boxes hold.
+    /// The values in the boxes.
     SeriesDistortion distortion() const;
     /// The boxes, in the order of g_aDistortionKeyword; without keyboard tracking.
     const QList<QDoubleSpinBox*>& boxes() const { return m_listBox; }

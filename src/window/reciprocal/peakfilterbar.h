@@ -28,7 +28,7 @@ public:
     void setError(const QString& strReason);
     /// How many rows are shown, of how many.
     void setCounts(int nShown, int nAll);
-    /// Gives the keyboard to the line and selects what it holds.
+    /// Moves the keyboard focus to the line and selects its text.
     void takeKeyboard();
     /// Pixels that are needed at a width.
     int heightFor(int nWidth) const;

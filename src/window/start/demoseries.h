@@ -49,7 +49,7 @@ signals:
     void made(const QString& strProject);
     /// The user had it stopped.
     void stopped();
-    /// No series came out of it, for the reason.
+    /// The series could not be made.
     void failed(const QString& strReason);
 
 private:
