@@ -177,8 +177,8 @@ TEST(BadData, LeavesAnAxisThatThePeaksDoNotTellAsItWas)
     const Series series;
     const BatchOutcome outcome = runBatch({series.path("s.ed3d"), "--axis", "auto", "--to", "merge"});
     EXPECT_EQ(outcome.nStatus, 0);
-    EXPECT_TRUE(
-        outcome.strText.contains("Warning: the rotation axis stays at 10.0°, as the peaks do not determine it"))
+    EXPECT_TRUE(outcome.strText.contains(
+        "Warning: the rotation axis stays at 10.0°, as the peaks do not determine it"))
         << outcome.strText.toStdString();
 }
 

@@ -159,7 +159,8 @@ TEST(CrystalGroups, tellWrongCellsWithTheirRelation)
     EXPECT_EQ(groups.listNoCell, std::vector<int>{30});
     EXPECT_EQ(groups.listInTree.size(), 49u);
     EXPECT_TRUE(groups.listGroup[0].strRelation.isEmpty());
-    EXPECT_TRUE(groups.listGroup[1].strRelation.contains(QLatin1String("is 2 times as large as that of the group")));
+    EXPECT_TRUE(
+        groups.listGroup[1].strRelation.contains(QLatin1String("is 2 times as large as that of the group")));
     EXPECT_FALSE(groups.listGroup[2].strRelation.contains(QLatin1String("times")));
     EXPECT_TRUE(groups.listGroup[3].strRelation.contains(QLatin1String("2 times")));
 }
