@@ -180,7 +180,8 @@ QString misplacedFile(const QString& strOption, const QString& strFile, const QS
                         info.fileName().endsWith(resultSuffix(ResultFile::Run)) ||
                         info.fileName().endsWith(seriesChoiceFile(QString()));
     if (info.isFile() && bOther) {
-        return QStringLiteral("%1 would overwrite a file that is, by its name, no %2").arg(strText, strWhat);
+        return QStringLiteral("%1 would overwrite a file that is, by its name, not a %2")
+            .arg(strText, strWhat);
     }
     return {};
 }

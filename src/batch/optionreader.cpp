@@ -79,7 +79,7 @@ std::optional<double> COptionReader::number(const QString& strName, double dfMin
                                      ? QStringLiteral(" from %1 to %2").arg(dfMinimum).arg(dfMaximum)
                                      : QString();
         const QString strWords = bAsGiven ? QStringLiteral(", auto or as-given") : QStringLiteral(" or auto");
-        refuse(QStringLiteral("--%1 %2: a number%3%4 is wanted")
+        refuse(QStringLiteral("--%1 %2: must be a number%3%4")
                    .arg(strName, strValue, strRange, bAuto ? strWords : QString()));
         return {};
     }

@@ -140,14 +140,14 @@ std::optional<Calibration> calibrationOfText(const QByteArray& bytes, QString* p
     if (!document.isObject()) {
         giveReason(pstrReason, error.error == QJsonParseError::NoError
                                    ? QStringLiteral("no calibration")
-                                   : QStringLiteral("not a calibration: %1 (at byte %2)")
+                                   : QStringLiteral("no calibration: %1 (at byte %2)")
                                          .arg(error.errorString())
                                          .arg(error.offset));
         return std::nullopt;
     }
     const QJsonObject object = document.object();
     if (!isCalibration(object)) {
-        giveReason(pstrReason, QStringLiteral("not a calibration: \"format\" is wrong"));
+        giveReason(pstrReason, QStringLiteral("no calibration: \"format\" is wrong"));
         return std::nullopt;
     }
     const QJsonValue version = object[QStringLiteral("version")];

@@ -256,9 +256,9 @@ bool takeProject(SeriesData& data, const ProjectFile& project, const SeriesChoic
     }
     if (!takeSeriesChoice(taken, choice, report, &strReason)) {
         report.noteReason(strReason);
-        report.addMessage(
-            QStringLiteral("%1 cannot be read as it was chosen: %2").arg(taken.m_strProjectName, strReason),
-            Severity::Error);
+        report.addMessage(QStringLiteral("%1 cannot be read with the chosen frames, sums and bins: %2")
+                              .arg(taken.m_strProjectName, strReason),
+                          Severity::Error);
         if (pChoice) {
             return false;
         }

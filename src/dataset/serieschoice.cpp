@@ -50,7 +50,7 @@ QString setRanges(const QList<FrameRange>& listRange, bool bValue, std::vector<c
     const int nFrames = int(vecFlag.size());
     for (const FrameRange& range : listRange) {
         if (range.nFirst > nFrames || (range.nLast > nFrames && range.nLast != g_nToEnd)) {
-            return QStringLiteral("the series has frames 1 to %1, and no %2")
+            return QStringLiteral("the series has frames 1 to %1, but no frame %2")
                 .arg(nFrames)
                 .arg(rangeText(range));
         }

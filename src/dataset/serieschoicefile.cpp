@@ -109,12 +109,14 @@ std::optional<ChoiceFile> readFile(const QString& strFile, QString* pstrReason)
     const std::optional<SeriesChoice> choice = choiceOf(object);
     if (object[QStringLiteral("format")].toString() != g_strFormat ||
         object[QStringLiteral("version")].toInt() != g_nVersion || !choice) {
-        giveReason(pstrReason, strFile, QStringLiteral("it does not tell how a series is read"));
+        giveReason(pstrReason, strFile,
+                   QStringLiteral("it does not define frames, sums and bins of a series"));
         return std::nullopt;
     }
     file.choice = *choice;
     if (!readFormer(object[QStringLiteral("former")], file.listFormer)) {
-        giveReason(pstrReason, strFile, QStringLiteral("it does not tell how its results were made"));
+        giveReason(pstrReason, strFile,
+                   QStringLiteral("it does not say with which choice its results were made"));
         return std::nullopt;
     }
     return file;

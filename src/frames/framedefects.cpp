@@ -359,11 +359,10 @@ QStringList tellDefects(const FrameDefects& defects)
               QStringLiteral("Left out of the peak search: the edge between (%1, %2) and (%3, %4), as the "
                              "opposite one lies in a shadow."));
     if (!defects.listGap.isEmpty()) {
-        list.append(
-            QStringLiteral("Left out of the peak search: %1 areas that the frames mark as no measurement, as "
-                           "of gaps between chips; %2 pixels are marked so.")
-                .arg(defects.listGap.size())
-                .arg(defects.nUnusable));
+        list.append(QStringLiteral("Left out of the peak search: %1 areas that the frames mark as invalid, "
+                                   "such as gaps between chips; %2 pixels are marked.")
+                        .arg(defects.listGap.size())
+                        .arg(defects.nUnusable));
     }
     if (!defects.listHotPixel.isEmpty()) {
         QStringList listPlace;

@@ -128,7 +128,7 @@ QString textOf(const CompletenessForecast& forecast)
     if (std::isfinite(dfStart)) {
         return QStringLiteral("%1 more degrees before the first frame give %2.").arg(dfStart).arg(strGoal);
     }
-    return QStringLiteral("No further turn about this axis gives %1: at most %2.")
+    return QStringLiteral("No further rotation about this axis gives %1: at most %2.")
         .arg(strGoal, percent(forecast.dfBest));
 }
 

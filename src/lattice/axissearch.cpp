@@ -46,7 +46,7 @@ bool isGeometry(const FlatGeometry& geometry)
 QString faultOfPeaks(const std::vector<FlatPeak>& vecPeak, const FlatGeometry& geometry)
 {
     if (!isGeometry(geometry)) {
-        return QStringLiteral("wavelength or pixel size are no lengths");
+        return QStringLiteral("wavelength or pixel size are not positive");
     }
     if (vecPeak.size() < g_nLeastPeaks) {
         return QStringLiteral("%1 peaks away from the direct beam are too few").arg(vecPeak.size());
@@ -120,7 +120,7 @@ QString faultOfFit(const std::optional<AxisFit>& fit, double dfBegun, const Latt
             .arg(dfBegun, 0, 'f', 0);
     }
     if (!(fit->dfAzimuthError < g_dfMostError)) {
-        return QStringLiteral("the peaks leave the best azimuth, %1°, uncertain by %2°")
+        return QStringLiteral("the uncertainty of the best azimuth, %1°, is %2°")
             .arg(fit->dfAzimuth, 0, 'f', 1)
             .arg(fit->dfAzimuthError, 0, 'f', 1);
     }

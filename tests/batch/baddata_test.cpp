@@ -323,7 +323,7 @@ TEST_F(BadUsage, OfKnownCellsIsRefused)
         {{strProject, "--known-cell", "4,5,6,90,90,200"}, "the six numbers make no cell"},
         {{strProject, "--known-cell", series.path("none.cif")}, "none.cif"},
         {{strProject, "--known-cell", "4,5,6,90,90,90", "--cell", "s.uc"}, "both give a cell"},
-        {{strProject, "--known-cell", "4,5,6,90,90,90", "--from", "index"}, "--from index lies behind"},
+        {{strProject, "--known-cell", "4,5,6,90,90,90", "--from", "index"}, "--from index starts after"},
     });
 }
 
@@ -348,7 +348,7 @@ TEST_F(BadUsage, OfTheNamesOfResultsIsRefused)
         {{strProject, "--out", series.path("hard")}, "s.hkl, which the run would write, is one of"},
         // What a shell makes of "--json *.mrc".
         {QStringList{"--json", strFirst, series.path("f1.mrc"), series.path("f2.mrc")} + listGeometry,
-         "by its name, no summary"},
+         "by its name, not a summary"},
         {QStringList{"--export", "scaled", strFirst, series.path("f0_s.mrc")} + listGeometry,
          "f0_s.mrc, which the run would write, is one of its input files"},
     });

@@ -194,7 +194,7 @@ TEST_F(ReadSeries, WhatIsNoChoiceOfTheSeriesIsBadUsage)
         {{"--sum", "61"}, "--sum 61: there are not as many successive frames"},
         {{"--sum", "3", "--skip", "3,6,9,12,15,18,21,24,27,30,33,36,39,42,45,48,51,54,57,60"}, "--sum 3"},
         {{"--frames", "5-3"}, "--frames 5-3: 5-3 ends before it begins"},
-        {{"--frames", "50-61"}, "the series has frames 1 to 60, and no 50-61"},
+        {{"--frames", "50-61"}, "the series has frames 1 to 60, but no frame 50-61"},
         {{"--frames", "all"}, "\"all\" is neither"},
         {{"--frames", ""}, "--frames"},
         {{"--skip", "1-60"}, "--skip 1-60: no frame of 60 is left"},

@@ -63,8 +63,8 @@ TEST(Calibration, IsRefusedWithItsReasonWhereItIsNone)
         QByteArray bytes;
         const char* pszReason;
     } aBad[] = {
-        {"", "not a calibration"},
-        {"[1, 2]", "not a calibration"},
+        {"", "no calibration"},
+        {"[1, 2]", "no calibration"},
         {bytes.left(bytes.size() / 2), "at byte"},
         {without(bytes, "microscope calibration", "something else"), "format"},
         {without(bytes, "\"version\": 1", "\"version\": 2"), "version"},

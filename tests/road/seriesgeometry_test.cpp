@@ -220,7 +220,7 @@ TEST(SeriesGeometry, TheDriverPassesACalibrationOn)
     writeBytes(strFile, "{}");
     outcome = runBatch({dir.filePath("wrong.ed3d"), "--calibration", strFile, "--to", "shifts"});
     EXPECT_NE(outcome.nStatus, 0);
-    EXPECT_TRUE(outcome.strText.contains("m.calib.json: not a calibration")) << outcome.strText.toStdString();
+    EXPECT_TRUE(outcome.strText.contains("m.calib.json: no calibration")) << outcome.strText.toStdString();
     for (const QStringList& listBad : {QStringList{"--save-calibration", dir.filePath("wrong.ed3d")},
                                        QStringList{"--save-calibration", "x", "--to", "index"},
                                        QStringList{"--calibration", strFile, "--axis", "auto"}}) {
