@@ -1,4 +1,4 @@
-// The OpenGL context of ED3DWidget, and what is done without one.
+// The OpenGL context of ED3DWidget, and its behaviour without one.
 #include "view3d/ed3dwidget.h"
 
 #include <QOpenGLContext>

@@ -1,4 +1,5 @@
-// What ED3DWidget tells over its points: the nearest zone, the slab, and the distance of two points.
+// The texts that ED3DWidget shows over its points: the nearest zone, the slab, and the distance of two
+// points.
 #include "cloud/cloudfit.h"
 #include "view3d/ed3dwidget.h"
 

@@ -1,4 +1,4 @@
-// MainWindow: what it keeps of a project from one opening to the next, and what comes back with it.
+// MainWindow: parameters of a project that are saved when it is closed, and restored when it is opened.
 #include "reciprocal/merging.h"
 #include "reciprocal/peakgroups.h"
 #include "records/wholefile.h"

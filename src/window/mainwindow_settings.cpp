@@ -1,4 +1,4 @@
-// MainWindow: what is kept from one start to the next.
+// MainWindow: the settings that are saved from one start to the next.
 #include "window/mainwindow.h"
 
 #include "crystal/cellmessage.h"

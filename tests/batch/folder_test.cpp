@@ -1,4 +1,4 @@
-// A folder of frames without a project: their headers tell all, or the driver says what is missing.
+// A folder of frames without a project: the headers have all values, or the driver names the missing ones.
 #include "tests/batch/batchprogram.h"
 #include "tests/smvbytes.h"
 

@@ -120,7 +120,7 @@ TEST_F(Misfit, IsFollowedByAHintAtItsCause)
         }
         EXPECT_TRUE(outcome.strText.contains("Hint: " + firstHint())) << outcome.strText.toStdString();
     }
-    // Tilts that stand still leave no geometry to be found.
+    // Without a rotation no geometry can be found.
     QByteArray bytesProject;
     for (QByteArray bytesLine : readBytes(m_dir.filePath("q.ed3d")).split('\n')) {
         if (bytesLine.startsWith("FILE ")) {

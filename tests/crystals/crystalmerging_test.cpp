@@ -345,7 +345,7 @@ TEST(CrystalMerging, warnsOfAClassThatMixesAlternativesOfTheIndices)
 
 TEST(CrystalMerging, warnsWhereManyObservationsAreOutliers)
 {
-    const CCompound quartz(g_quartz, "-P 3 2\"", 0.8, 4);  // its equivalents tell which of them is off
+    const CCompound quartz(g_quartz, "-P 3 2\"", 0.8, 4);  // its equivalents show which of them is wrong
     for (const int nEach : {8, 1000000}) {                 // every eighth, or none
         std::mt19937 random(3);
         CrystalTruth truth;

@@ -47,8 +47,8 @@ const Ambiguity g_aAmbiguity[] = {
 void expectOneSetting(const SettledCrystals& settled, const std::vector<CrystalTruth>& listTruth,
                       const std::vector<Crystal>& listCrystal, const CCompound& compound, const char* szName)
 {
-    // Back from the group's setting to the truth by way of the first crystal: what is left must be a
-    // symmetry.
+    // From the setting of the group back to the truth by way of the first crystal: the result must be a
+    // symmetry operation.
     const std::array<int, 3> anGeneral = {3, 5, 11};
     const auto toGroup = [&](const SettledCrystal& crystal) -> Eigen::Matrix3d {
         return crystal.matIndices * listTruth[crystal.nCrystal].matIndices.cast<double>();

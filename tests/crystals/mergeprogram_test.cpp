@@ -225,7 +225,7 @@ TEST_F(MergeProgram, answersByItsStatus)
                     QFileInfo::exists(path("m/m.merge.json")))
             << one.szArguments;
     }
-    // What is no record of a merging is not written over.
+    // A file that is not a record of a merging is not overwritten.
     writeBytes(path("m/m.merge.json"), "{\"mine\": 1}");
     EXPECT_EQ(merge("r --out m").nStatus, 2);
     EXPECT_EQ(readBytes(path("m/m.merge.json")), "{\"mine\": 1}");

@@ -1,4 +1,4 @@
-// Where results lie: folders given twice, by links, nested, and those of merging itself.
+// Finding folders of results: folders given twice, reached by links, nested, and those of merging itself.
 #include "crystals/resultfolders.h"
 
 #include "tests/filebytes.h"

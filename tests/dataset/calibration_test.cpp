@@ -1,4 +1,4 @@
-// Calibration files: what comes back, and what is refused.
+// Calibration files: writing and reading, and files that are refused.
 #include "dataset/calibration.h"
 
 #include <gtest/gtest.h>

@@ -224,7 +224,7 @@ TEST_F(Opening, TakesTheLensOfItsProjectAlone)
         open("ELLIPSEAMP 0\nSTRETCHINGAMP 1.5\nSTRETCHINGAZIMUTH 20\n" + g_strGeometry + g_strFrames));
     EXPECT_EQ(m_data.m_distortion, SeriesDistortion());
     EXPECT_TRUE(m_parameters.m_bApplyStretching) << "both may be told";
-    // Names of frames and words that only hold a keyword are none.
+    // Names of frames, and words that only contain a keyword, are not keywords.
     m_data.m_distortion = expected;
     ASSERT_TRUE(open("FILELIST\nFILE 3ELLIPSEAMP 5 5 5\nENDFILELIST\nXAXISOUTOFPLANE 4\n" + g_strGeometry));
     EXPECT_EQ(m_data.m_distortion, SeriesDistortion());

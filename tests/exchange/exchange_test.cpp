@@ -1,4 +1,4 @@
-// What other programs are told, held against the geometry that it is made of.
+// The geometry written for other programs, compared with that of the series.
 #include "exchange/exchangeframes.h"
 #include "exchange/exchangereflections.h"
 #include "exchange/greytiff.h"

@@ -12,8 +12,8 @@ namespace {
 
 const int g_nWidth = 300, g_nHeight = 280;
 
-/// A sound frame: counts on a background that falls off from the beam, an ice ring, reflections that move on,
-/// and one that stands for most of the series.
+/// A frame without defects: counts on a background that decreases from the beam, an ice ring, reflections
+/// that move, and one that stays for most of the series.
 CImgObj<float> soundFrame(int nFrame)
 {
     std::mt19937 random(unsigned(nFrame) + 1);

@@ -1,4 +1,4 @@
-// What frame files tell before a project stands, and whether they are alike.
+// Sizes and numbers of frame files before there is a project, and whether they agree.
 #include "frames/framesummary.h"
 
 #include "imagefiles/mrcfile.h"

@@ -158,7 +158,7 @@ TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
                 EXPECT_TRUE(outcome.strReason.contains(row.pReason)) << outcome.strReason.toStdString();
                 EXPECT_EQ(outcome.strReason.isEmpty(), *row.pReason == '\0');
             }
-            EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that stands
+            EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that still exists
             EXPECT_TRUE(report.said(row.pLog)) << report.log().toStdString();
             EXPECT_FALSE(report.said(" finished"));
             EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty());

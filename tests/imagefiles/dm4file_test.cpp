@@ -274,7 +274,7 @@ TEST_F(Dm4, WhatIsNotAskedForIsNotRead)
 
 namespace {
 
-/// What a file of version 3 has in its tags and what a reader makes of it, NaN where that is nothing.
+/// The tag values of a file of version 3 and their expected interpretation; NaN if there is none.
 struct TaggedDm3 {
     QString strUnit;
     float fScale;

@@ -48,7 +48,7 @@ QByteArray bigEndian(quint32 n, int nBytes)
     return bytes.right(nBytes);
 }
 
-/// Pixels as chips send them: first to last within a group of 64 bits, whose bytes then stand in reverse.
+/// Pixels in the order of the chips: groups of 64 bits, whose bytes are stored in reverse.
 QByteArray rawBytes(const std::vector<quint32>& vecCount, int nDepth)
 {
     const int nBits = nDepth == 1 ? 1 : nDepth == 6 ? 8 : 16;

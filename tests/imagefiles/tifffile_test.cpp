@@ -88,7 +88,7 @@ TEST_F(Tiff, RowsAndColumnsAreWhereTheOrientationTells)
         CTiffBuilder builder;
         const QByteArray pixels = bPicture ? QByteArray("\xa0\x40", 2) : QByteArray("\1\2\3\4\5\6");
         builder.tag(274, {quint64(nOrientation)}, 3);
-        if (nCase % 3 == 1) {  // each row as it is, behind a byte that tells its length less 1
+        if (nCase % 3 == 1) {  // each row unchanged, after a byte with its length minus 1
             builder.tag(259, {COMPRESSION_PACKBITS}, 3);
             builder.page(3, 2, 8, 2, {builder.add("\2\1\2\3\2\4\5\6")}, 8, 2);
         } else {

@@ -186,7 +186,7 @@ TEST(MergingQuality, FrameThatIsWrongStandsOut)
     }
 }
 
-// The average atom that stands for the crystal's own puts the same error on both.
+// Replacing the crystal's own atoms by an average one causes the same error in both.
 TEST(MergingQuality, WilsonPlotSeesAFallOff)
 {
     std::vector<double> listB;

@@ -100,8 +100,8 @@ public:
             }
         }
     }
-    /// A round spot on a frame, pixels from its beam; narrow, as what of it flashes up beyond the frame's
-    /// turn is not in a section.
+    /// A round spot on a frame, pixels from its beam; narrow, because intensity outside the rotation range of
+    /// the frame is not in a section.
     void addSpot(int nFrame, double dfX, double dfY)
     {
         const FramePlace& beam = m_geometry.listBeam[nFrame];
@@ -297,8 +297,8 @@ TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
         makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report, listSection)
             .finished());
     const ReciprocalSection& section = listSection.front();
-    // Across the axis, a point at the distance d is on the sphere when its direction, turned by the tilt,
-    // stands asin(d λ/2) above the flat pattern, to either side.
+    // Perpendicular to the axis, a point at the distance d is on the sphere if its direction, rotated by the
+    // tilt, is inclined by asin(d λ/2) to the plane of the frame, to either side.
     const double dfReach = radians(dfHalf + dfStep / 2);
     int nSeen = 0, nUnseen = 0, nWrong = 0;
     for (int nRow = 0; nRow < section.nSide; ++nRow) {
@@ -333,8 +333,8 @@ TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
 
 TEST(ReciprocalSection, SpotsComeToTheirPlacesFromBetweenTheFrames)
 {
-    // Steps as large as the way of a spot over five pixels; the plane is oblique to the axis, so that a spot
-    // moves along it, too. Each spot stands on the frames before and after its flash, where it lies then.
+    // Steps in which a spot moves by five pixels; the plane is oblique to the axis, so that a spot moves
+    // along it, too. Each spot is also on the frames before and after its flash, at its position there.
     const double dfStep = 6, dfK = 1 / 0.05;
     CEvenFrames frames(21, -60, dfStep);
     std::vector<std::array<int, 3>> listIndex;

@@ -1,5 +1,5 @@
-// The files of structure solution: read back by gemmi, held against lines by hand, and kept off the user's
-// own.
+// The files for structure solution: read by gemmi, compared with lines written by hand, and never replacing
+// the user's files.
 
 #include "integration/chemicalformula.h"
 #include "integration/ciffile.h"

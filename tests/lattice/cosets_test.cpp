@@ -69,8 +69,8 @@ TEST(Cosets, PointsLeftOverDemandTheSupercell)
     EXPECT_EQ(result.listTaken.size(), 2U);
 }
 
-// True primitive lattices among noise, and with an error that grows along one axis until indices lie a third
-// and a half off.
+// True primitive lattices with noise, and with an error that increases along one axis until indices deviate
+// by a third and a half.
 TEST(Cosets, NoiseAndErrorsOfTheGeometryDemandNothing)
 {
     const LatticeBasis basis = monoclinicBasis();

@@ -76,7 +76,7 @@ TEST(LatticePoints, RangeHoldsTheLongestEdgeAndLittleMore)
         EXPECT_LT(range.dfLongest, 2.5 * row.dfLongest);
     }
     DataSet data = seriesOf(reciprocalBasis({5.3, 6.1, 7.4, 81, 77, 68}), 1.2);
-    data.m_listPeakMerged = data.m_listPeakMerged.mid(0, 4);  // many frames, but what is there to tell
+    data.m_listPeakMerged = data.m_listPeakMerged.mid(0, 4);  // many frames, but hardly any peaks
     EXPECT_EQ(automaticCellRange(data).dfLongest, 30);
     EXPECT_EQ(automaticCellRange(DataSet()).dfShortest, 3);
 }

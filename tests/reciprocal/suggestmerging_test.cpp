@@ -76,7 +76,7 @@ TEST(SuggestLimits, LeavesOutTheRimOfABroadBeamAndNothingElse)
 {
     const DataSet broad = seriesOf(24, 9, 8);
     const double dfClosest = closestDistanceOfPeaks(broad.m_listPeakFrame);
-    EXPECT_NEAR(dfClosest, 24, 1);  // the rim stands still, and does not count
+    EXPECT_NEAR(dfClosest, 24, 1);  // the rim does not move, and does not count
     const double dfRadius = radiusOfBeamPeaks(broad, dfClosest);
     EXPECT_GE(dfRadius, 8);
     EXPECT_LE(dfRadius, 10);

@@ -142,7 +142,7 @@ TEST(TiltRefinement, TakesTheWavelengthOfTheDataSet)
                                           .arg(dfWavelength)
                                     : QString());
         distort(series.data.m_listCell);
-        if (dfWavelength != 0.02508) {  // which is told from 0.0251 at the fourth digit
+        if (dfWavelength != 0.02508) {  // which differs from 0.0251 in the fourth digit
             expectTrueCell(
                 refineUnitCellUsingFrameNo(series.merged(), series.data, report, options).value().basis);
         }

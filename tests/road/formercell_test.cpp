@@ -1,4 +1,4 @@
-// A cell that replaces another one: what is told of it, on the points of a cubic lattice.
+// Messages about a cell that replaces another one, for points of a cubic lattice.
 #include "road/formercell.h"
 
 #include <gtest/gtest.h>

@@ -104,7 +104,7 @@ TEST_F(IntegrateStage, LeavesAllAsItWasWhereItCannot)
     BatchOutcome outcome = run({"--from", "integrate", "--cell", dir.filePath("wrong.uc")});
     EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
     EXPECT_EQ(namesIn(dir.filePath("out")).filter("integrated").size(), 0);
-    // A file that cannot be written keeps all of them back.
+    // If one file cannot be written, none is.
     ASSERT_TRUE(QDir(dir.filePath("out")).mkdir("q_merged.hkl"));
     outcome = run({"--from", "integrate"});
     EXPECT_EQ(outcome.nStatus, 1);

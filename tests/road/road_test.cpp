@@ -1,4 +1,4 @@
-// The whole road on simulated series: frames in, cell and indices out, held against the truth.
+// All stages on simulated series, from frames to cell and indices, compared with the truth.
 #include "simulate/seriescomparison.h"
 #include "tests/batch/batchprogram.h"
 

@@ -1,4 +1,4 @@
-// Plots as SVG: points lie where the labels of the axes have them.
+// Plots as SVG: the positions of points agree with the labels of the axes.
 #include "road/svgplot.h"
 #include "tests/printtexts.h"
 

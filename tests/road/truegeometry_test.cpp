@@ -1,4 +1,5 @@
-// Distortions, offsets and told geometry of simulated series, and how a refined geometry is judged.
+// Distortions, offsets and deliberately wrong projects of simulated series, and the judgement of a refined
+// geometry.
 #include "geometry/rotationgeometry.h"
 #include "records/pi.h"
 #include "simulate/cellsetting.h"

@@ -1,4 +1,4 @@
-// MainWindow: what lies on the frame view - peak marks, index labels and the pixel readout.
+// MainWindow: marks on the frame view - peaks, index labels and the pixel readout.
 #include "window/mainwindow.h"
 
 #include "frameview/baseimgview.h"

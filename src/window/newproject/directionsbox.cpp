@@ -105,7 +105,7 @@ void DirectionsBox::enableBoxes()
 
 void DirectionsBox::fill(const SeriesFacts& facts)
 {
-    // An axis that was given before is that of the user's own microscope; one that is told may have the
+    // An axis that the user entered before is that of the user's microscope; one from a header may have the
     // opposite sense.
     if (facts.rotationAxis.isTold() && !m_facts.isTouched(this) && m_pFindAxisRadio->isChecked()) {
         m_pRotationAxisSpin->setValue(std::remainder(facts.rotationAxis.df, 360));

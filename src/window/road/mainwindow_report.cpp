@@ -1,4 +1,4 @@
-// MainWindow: the report of the last "Solve", or of what the window holds.
+// MainWindow: the report of the last "Solve", or of the present results of the window.
 #include "window/mainwindow.h"
 
 #include "dataset/serieschoice.h"

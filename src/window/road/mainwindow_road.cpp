@@ -155,8 +155,8 @@ RoadOptions MainWindow::roadOptions(RoadStage stageFrom)
     return options;
 }
 
-/// How the series is read, which the road may not take from elsewhere; and what is said of pixels on the
-/// pages in those of the files, as the options have it.
+/// The choice of frames, sums and bins, which the run must not take from elsewhere; quantities in pixels are
+/// converted from the pages to those of the files, like options of the driver.
 void MainWindow::giveReading(RoadOptions& options)
 {
     const SeriesChoice& choice = m_dataSet.m_reading.choice;
