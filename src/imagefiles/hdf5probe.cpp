@@ -27,7 +27,7 @@ namespace tessera {
 namespace {
 
 constexpr rlim_t g_nMostProcessorTime = 60;  // s
-constexpr unsigned g_nLongest = 600;         // s of real time, most of which a slow disk may take
+constexpr unsigned g_nLongest = 600;         // s of real time, which is enough for a slow disk
 
 /// Reads the first and the last image of a series, as the parent will do.
 void readImages(const Hdf5Series& series)

@@ -127,7 +127,7 @@ void takeRows(const ImageView<COMPLEX>& block, const Lines& lines)
     }
 }
 
-// The way back.
+// Copies the lines back into the rows of the block.
 void putRows(const Lines& lines, const ImageView<COMPLEX>& block)
 {
     for (int y = 0; y < block.nHeight; ++y) {

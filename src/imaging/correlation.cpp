@@ -200,7 +200,7 @@ void CCorrelation::Transform(COMPLEX* pData, int nWidth, int nHeight, bool bForw
     } catch (const wchar_t*) {
         // fft2d() throws this when memory runs out; callers get std::bad_alloc, which they catch.
     }
-    if (!bDone) {  // only memory can be missing; what is not transformed would give some other shift
+    if (!bDone) {  // fails only for lack of memory; without the transform the shift would be wrong
         throw std::bad_alloc();
     }
 }

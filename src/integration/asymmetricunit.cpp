@@ -53,7 +53,8 @@ CAsymmetricUnit::Image CAsymmetricUnit::representative(const std::array<int, 3>&
             }
         }
     }
-    // The greatest equivalent. An image of the reflection itself stays where one of the mate is equal to it.
+    // The greatest equivalent. An image of the reflection itself is preferred to an equal one of its Friedel
+    // mate.
     Image best = {anIndex, false};
     for (const bool bMate : {false, true}) {
         for (const gemmi::Op::Rot& rot : m_listRotation) {

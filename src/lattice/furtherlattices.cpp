@@ -90,7 +90,7 @@ std::optional<OneOfLattices> sameCellAgain(const LatticeBasis& first, const Latt
                : std::nullopt;
 }
 
-/// The better one of the first cell in another orientation and of a lattice of any cell.
+/// The better of two: the first cell in another orientation, or a lattice with any cell.
 std::optional<OneOfLattices> nextLattice(const std::vector<OneOfLattices>& listLattice,
                                          const LatticePoints& listRest, const FurtherLatticesOptions& options,
                                          const std::function<bool()>& fnGoOn)

@@ -47,7 +47,7 @@ void say(const QString& strText, QObject* pReceiver)
 
 bool Application::notify(QObject* pReceiver, QEvent* pEvent)
 {
-    const QPointer<QObject> pAlive(pReceiver);  // it may go in what it handles
+    const QPointer<QObject> pAlive(pReceiver);  // it may be deleted while it handles the event
     try {
         return QApplication::notify(pReceiver, pEvent);
     } catch (...) {

@@ -92,7 +92,7 @@ WindowActions::WindowActions(QObject* pParent) : QObject(pParent)
     }
     m_pAbout->setText(m_pAbout->text().arg(QStringLiteral("Tessera")));
     m_pShowPeakLabels->setCheckable(true);
-    // The key deletes, so it must not be heard from other parts of the window.
+    // The key deletes, so it must work only in its own part of the window.
     m_pGroupReset->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     m_listPalette = makeExclusive(paletteActions());
     m_listSelection = makeExclusive(selectionActions());

@@ -138,7 +138,7 @@ void WorkHistory::redo()
 void WorkHistory::goTo(int nStep)
 {
     const int nDropped = m_steps.dropped();
-    look();  // what is not noted yet would be lost
+    look();  // changes that are not recorded yet would be lost
     const int nTo = nStep - (m_steps.dropped() - nDropped);
     if (!isReady() || nTo < 0 || nTo >= m_steps.count() || nTo == m_steps.current()) {
         return;

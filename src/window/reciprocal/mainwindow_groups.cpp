@@ -335,7 +335,7 @@ void MainWindow::ed3dViewPointDisplayDataChanged(ED3DWidget* view)
 void MainWindow::buildGroupTable(QTableWidget* pTable, ED3DWidget* pView, bool bPanelTable)
 {
     if (bPanelTable && m_pTableView != pView) {
-        pTable->setCurrentItem(nullptr);  // what is being typed goes to the view that it was typed for
+        pTable->setCurrentItem(nullptr);  // unfinished input goes to the view for which it was typed
         pTable->clearSelection();
         m_pTableView = pView;
     }

@@ -26,7 +26,7 @@ const char g_szOrder[] = "PeakTable/columnOrder", g_szHidden[] = "PeakTable/colu
 struct Column {
     int nWidth;  ///< pixels
     bool bHidden;
-    bool bFixed;  ///< stays shown or hidden as it is
+    bool bFixed;  ///< its visibility is not changed
 };
 
 constexpr Column g_aColumn[] = {

@@ -186,7 +186,7 @@ void MainWindow::giveMask(const QList<QPoint>& listHotPixelOfFile, RoadOptions& 
         return;  // the road finds these itself, or read them from where it reads them again
     }
     if (mask.listPolygon.isEmpty()) {
-        options.bFindDefects = false;  // the user has taken away what it found
+        options.bFindDefects = false;  // the user has removed the areas that it found
         return;
     }
     const int nBin = m_dataSet.m_reading.choice.nBin;

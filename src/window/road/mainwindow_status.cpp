@@ -143,7 +143,7 @@ void MainWindow::showWorkStatus()
             const std::vector<StageStatus> listStatus = workStatusByPages();
             m_pStatus->setStatus(listStatus, stagesText(stagesToRun(listStatus), listStatus));
             for (const StageStatus& status : listStatus) {
-                if (status.stage != WorkStage::Mapping) {  // of which the road has no row
+                if (status.stage != WorkStage::Mapping) {  // for which the dock has no row
                     m_roadRows.setFound(rowOf(status.stage), foundText(status));
                 }
             }

@@ -49,7 +49,7 @@ void MainWindow::create3DView(ED3DWidget*& pView, const QString& strTab)
            "selects points."));
     connect(pView, &ED3DWidget::textMessage, this, &MainWindow::statusBarMessage);
     connect(pView, &ED3DWidget::contextFailed, this, [this](const QString& strMessage) {
-        for (ED3DWidget* pEach : views3D()) {  // what one of them lacks, the other lacks too: said once
+        for (ED3DWidget* pEach : views3D()) {  // both views lack the same OpenGL, so one message is enough
             disconnect(pEach, &ED3DWidget::contextFailed, this, nullptr);
         }
         WindowReport(*this).addMessage(strMessage, Severity::Error);

@@ -71,7 +71,8 @@ void View3DControl::onCurrent(QPushButton* pButton, const std::function<void(ED3
     });
 }
 
-/// Each does what a button or box of the page does. The keys are those of a view that has the keyboard.
+/// Each action does the same as a button or box of the page. The keys work in a view that has the keyboard
+/// focus.
 void View3DControl::createActions()
 {
     const View3DPage& page = *m_host.pPage;
@@ -194,7 +195,7 @@ void View3DControl::connectSlab()
     connect(page.m_pSliderLayer, &QSlider::valueChanged, page.m_pSpinLayer, &QDoubleSpinBox::setValue);
 }
 
-/// Takes the direction of the combo box; one that is not understood goes back to that in force.
+/// Takes the direction of the combo box; if it cannot be understood, the box shows the one in force again.
 void View3DControl::typeLayer()
 {
     QComboBox* pCombo = m_host.pPage->m_pComboLayer;
@@ -232,7 +233,7 @@ void View3DControl::applySlab()
     }
 }
 
-/// The page shows what the view has; without a slab the numbers stay for the next one.
+/// Shows the state of the view on the page; without a slab the numbers are kept for the next one.
 void View3DControl::showSlab(const ED3DWidget& view)
 {
     const View3DPage& page = *m_host.pPage;
