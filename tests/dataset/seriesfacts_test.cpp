@@ -129,7 +129,7 @@ TEST(ToldTilts, ThatLeapOrTurnBackAreDoubted)
             h.tilt = {i + (i > 5 ? 3.0 : 0.0), "ALPHA"};
         },
         &listDoubt);
-    EXPECT_TRUE(listDoubt.value(0).contains("leaps at f6, from 5° to 9°"))
+    EXPECT_TRUE(listDoubt.value(0).contains("jumps at f6, from 5° to 9°"))
         << listDoubt.join('\n').toStdString();
     tiltsOf(
         9,
