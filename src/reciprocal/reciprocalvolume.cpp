@@ -1,5 +1,6 @@
 #include "reciprocal/reciprocalvolume.h"
 
+#include "frames/badpixels.h"
 #include "geometry/placecorrection.h"
 #include "geometry/rotationgeometry.h"
 #include "imagefiles/mrcwriter.h"
@@ -176,12 +177,13 @@ public:
         }
     }
 
-    /// Raises the voxel to the value of the pixel if that is greater. The coordinates are in voxels.
+    /// Raises the voxel to the value of the pixel if that is greater and usable. The coordinates are in
+    /// voxels.
     void put(float fPixel, float x, float y, float z) const
     {
         // Truncation towards zero takes what lies above −1 to index 0. No voxel is below 0.
-        if (!(fPixel > 0.f && x > -1.f && x < m_grid.fX && y > -1.f && y < m_grid.fY && z > -1.f &&
-              z < m_grid.fZ)) {
+        if (!(fPixel > 0.f && isUsablePixel(fPixel) && x > -1.f && x < m_grid.fX && y > -1.f &&
+              y < m_grid.fY && z > -1.f && z < m_grid.fZ)) {
             return;
         }
         float& fVoxel = m_vecSlice[int(z)].at(int(x), int(y));

@@ -112,6 +112,13 @@ TEST(ReciprocalVolume, KnowsItsLimits)
     CReciprocalVolume volume;
     ASSERT_TRUE(volume.create(10, 10, 10));
     EXPECT_FALSE(volume.addFrame(nullptr, QPointF(), 0));
+    volume.setPixelSize(0.02);
+    const CImgObj<float> marked = makeImage(9, 9, [](int x, int y) {
+        return x > 6 ? INFINITY : y > 6 ? 1e31 : 2;
+    });
+    EXPECT_TRUE(volume.addFrame(&marked, QPointF(4, 4), 0));
+    const std::vector<float> vecVoxel = voxels(volume);
+    EXPECT_EQ(*std::max_element(vecVoxel.begin(), vecVoxel.end()), 2) << "pixels without a usable number";
     EXPECT_FALSE(hasMemoryFor(availableMemory()));  // a reserve is left to the machine
     // Asked for 25 TB, it refuses without an attempt, and has freed its former slices.
     EXPECT_FALSE(volume.create(40000, 40000, 4000));
