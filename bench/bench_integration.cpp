@@ -150,14 +150,14 @@ void roadWithIntegration(benchmark::State& state)
             return;
         }
         timer.restart();
-        IntegratedSeries integrated;
-        if (!integrateSeries(dataSet, *series, IntegrationOptions(), nJobs, report, integrated).finished()) {
+        const auto integrated = integrateSeries(dataSet, *series, IntegrationOptions(), nJobs, report);
+        if (!integrated.finished()) {
             state.SkipWithError(qPrintable(report.reason()));
             return;
         }
         dfIntegration += cpuSeconds() - dfMiddle;
         dfClockIntegration += double(timer.nsecsElapsed()) / 1e9;
-        nPredicted += integrated.listObservation.size();
+        nPredicted += integrated.made->listObservation.size();
     }
     const double dfTimes = double(state.iterations());
     state.counters["road_cpu_s"] = dfRoad / dfTimes;

@@ -30,10 +30,12 @@ std::vector<Observation> observationsOf(const std::vector<Crystal>& listCrystal,
         }
         const SettledCrystal& settled = merged.listSettled[n];
         for (const ScaledIntensity& one : listCrystal[settled.nCrystal].listIntensity) {
-            Observation observation;
-            if (!wholeIndex(settled.matIndices, one.anIndex, observation.anIndex)) {
+            const auto anIndex = wholeIndex(settled.matIndices, one.anIndex);
+            if (!anIndex) {
                 continue;
             }
+            Observation observation;
+            observation.anIndex = *anIndex;
             const double dfSquare = squareOf(observation.anIndex, matReciprocal);
             const double dfFactor = merged.listScale[n].factor(dfSquare);
             observation.dfFrame = double(n);
@@ -216,16 +218,18 @@ void replaceSettled(SettledCrystals&& kept, SettledCrystals& all)
 }
 
 /// Settles, and again without those that are apart, until none is.
-/// @return false when the report asked to stop
-bool settleGroup(const std::vector<Crystal>& listCrystal, const std::vector<int>& listMember,
-                 const CrystalGroup& group, const CrystalMergeOptions& options, CRunReport& report,
-                 SettledCrystals& settled, MergedCrystals& merged)
+/// @param merged  gets those that are used and left out
+/// @return nothing when the report asked to stop
+std::optional<SettledCrystals> settleGroup(const std::vector<Crystal>& listCrystal,
+                                           const std::vector<int>& listMember, const CrystalGroup& group,
+                                           const CrystalMergeOptions& options, CRunReport& report,
+                                           MergedCrystals& merged)
 {
     SettlingOptions settling;
     settling.tolerance = group.tolerance;
     settling.strLaueClass = wishedClass(options.judgement);
     settling.nJobs = options.nJobs;
-    settled = settleCrystals(listCrystal, listMember, group.reference, settling, report);
+    SettledCrystals settled = settleCrystals(listCrystal, listMember, group.reference, settling, report);
     for (const int n : settled.listOutside) {
         LeftOutCrystal left;
         left.nCrystal = n;
@@ -268,39 +272,42 @@ bool settleGroup(const std::vector<Crystal>& listCrystal, const std::vector<int>
             replaceSettled(SettledCrystals(part), settled);
         }
     }
-    return report.goOn();
+    if (!report.goOn()) {
+        return {};
+    }
+    return settled;
 }
 
 }  // namespace
 
-RunOutcome mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
-                         const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged)
+RunResult<MergedCrystals> mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
+                                        const CrystalMergeOptions& options, CRunReport& report)
 {
     MergedCrystals work;
-    SettledCrystals settled;
     const std::vector<int> listMember = leaveOutRepeated(listCrystal, group.listMember, work);
-    if (!settleGroup(listCrystal, listMember, group, options, report, settled, work)) {
-        return {RunEnd::Stopped, {}};
+    std::optional<SettledCrystals> settled = settleGroup(listCrystal, listMember, group, options, report,
+                                                         work);
+    if (!settled) {
+        return RunOutcome{RunEnd::Stopped, {}};
     }
-    if (settled.listSettled.empty()) {
+    if (settled->listSettled.empty()) {
         return failRun(report, QStringLiteral("No crystal could be brought to the setting of its group."));
     }
     if (std::count(work.listUsed.begin(), work.listUsed.end(), 1) == 0) {
         return failRun(report, QStringLiteral("No two crystals of the group agree."));
     }
-    work.listJoint = averageLinkage(settled.distances);
-    work.listSettled = std::move(settled.listSettled);
-    work.strSettledClass = settled.strLaueClass;
+    work.listJoint = averageLinkage(settled->distances);
+    work.listSettled = std::move(settled->listSettled);
+    work.strSettledClass = settled->strLaueClass;
     work.listScale.assign(work.listSettled.size(), {});
     work.listGain.assign(work.listSettled.size(), 0.0);
-    if (!CChooser(listCrystal, settled.symmetry, options, report, work).run()) {
-        return {RunEnd::Stopped, {}};
+    if (!CChooser(listCrystal, settled->symmetry, options, report, work).run()) {
+        return RunOutcome{RunEnd::Stopped, {}};
     }
     if (work.result.quality.listMerged.empty()) {
         return failRun(report, QStringLiteral("No reflection was measured: there is nothing to merge."));
     }
-    merged = std::move(work);
-    return {};
+    return work;
 }
 
 }  // namespace tessera

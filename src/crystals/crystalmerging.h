@@ -6,8 +6,8 @@
 #include "crystals/crystalsettings.h"
 #include "integration/integrationjudgement.h"
 #include "integration/integrationresult.h"
-#include "records/runoutcome.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 
 #include <QString>
 
@@ -56,9 +56,7 @@ struct MergedCrystals {
 /// - one whose intensities are not those of the others, or that shares too little with them
 /// (crystalsapart.h);
 /// - one that lowers CC1/2, the worst one first, as long as more than three are left (harmfulCrystal()).
-///
-/// @param merged  replaced when the run finished, else as it was
-RunOutcome mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
-                         const CrystalMergeOptions& options, CRunReport& report, MergedCrystals& merged);
+RunResult<MergedCrystals> mergeCrystals(const std::vector<Crystal>& listCrystal, const CrystalGroup& group,
+                                        const CrystalMergeOptions& options, CRunReport& report);
 
 }  // namespace tessera

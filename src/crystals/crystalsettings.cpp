@@ -128,11 +128,10 @@ std::vector<FriedelIntensity> underSymmetry(const std::vector<FriedelIntensity>&
     std::vector<FriedelIntensity> listNew = list;
     for (FriedelIntensity& one : listNew) {
         const Eigen::Vector3i vec = matAxes * Eigen::Vector3i(one.anIndex[0], one.anIndex[1], one.anIndex[2]);
+        const std::array<int, 3> anConventional =
+            unit.representative(conventionalIndex(symmetry, {vec[0], vec[1], vec[2]})).anIndex;
         // The way back gives whole numbers, as the conventional cell has the same lattice.
-        wholeIndex(matBack,
-                   unit.representative(conventionalIndex(symmetry, {vec[0], vec[1], vec[2]})).anIndex,
-                   one.anIndex);
-        one.anIndex = friedelIndex(one.anIndex);
+        one.anIndex = friedelIndex(wholeIndex(matBack, anConventional).value_or(one.anIndex));
     }
     return merged(std::move(listNew));
 }
@@ -238,18 +237,19 @@ SettledCrystal settledOf(const CSettingChoices& choices, size_t nPlace, const Ca
 
 }  // namespace
 
-bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, std::array<int, 3>& anNew)
+std::optional<std::array<int, 3>> wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex)
 {
     const Eigen::Vector3d vec = mat * Eigen::Vector3d(anIndex[0], anIndex[1], anIndex[2]);
     // Centrings make indices that are off by a half or a third; what is less comes from rounding.
     const double dfWhole = 0.01;
+    std::array<int, 3> anNew = {};
     for (int n = 0; n < 3; ++n) {
         anNew[n] = int(std::lround(vec[n]));
         if (std::abs(vec[n] - anNew[n]) > dfWhole) {
-            return false;
+            return {};
         }
     }
-    return true;
+    return anNew;
 }
 
 std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& list,
@@ -257,10 +257,9 @@ std::vector<FriedelIntensity> friedelMerged(const std::vector<ScaledIntensity>& 
 {
     std::vector<FriedelIntensity> listNew;
     listNew.reserve(list.size());
-    std::array<int, 3> anIndex = {};
     for (const ScaledIntensity& intensity : list) {
-        if (wholeIndex(matIndices, intensity.anIndex, anIndex)) {
-            listNew.push_back({friedelIndex(anIndex), intensity.dfIntensity, intensity.dfSigma});
+        if (const auto anIndex = wholeIndex(matIndices, intensity.anIndex)) {
+            listNew.push_back({friedelIndex(*anIndex), intensity.dfIntensity, intensity.dfSigma});
         }
     }
     return merged(std::move(listNew));

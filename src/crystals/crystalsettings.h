@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -24,11 +25,10 @@ struct FriedelIntensity {
     double dfSigma = 0;
 };
 
-/// Indices in another setting.
-/// @param mat    from the given indices to the new ones
-/// @param anNew  the new indices, rounded
-/// @return false where they come out fractional, as for a reflection that the other cell does not have
-bool wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex, std::array<int, 3>& anNew);
+/// Indices in another setting, rounded.
+/// @param mat  from the given indices to the new ones
+/// @return nothing where they come out fractional, as for a reflection that the other cell does not have
+std::optional<std::array<int, 3>> wholeIndex(const Eigen::Matrix3d& mat, const std::array<int, 3>& anIndex);
 
 /// Sorted by index, each once. `matIndices` transforms the indices first; reflections whose indices become
 /// fractional are left out.

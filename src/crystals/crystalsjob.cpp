@@ -250,8 +250,10 @@ bool mergeGroups(const CrystalsJobOptions& options, CRunReport& report, Crystals
                                 QStringLiteral("Groups of fewer than %1 crystals are not merged.")
                                     .arg(options.nLeastCrystals)};
         } else {
-            compound.outcome = mergeCrystals(result.listCrystal, compound.group, merge, listReport[n],
-                                             compound.merged);
+            RunResult<MergedCrystals> merged = mergeCrystals(result.listCrystal, compound.group, merge,
+                                                             listReport[n]);
+            compound.outcome = merged.outcome;
+            compound.merged = std::move(merged.made).value_or(MergedCrystals());
         }
         if (compound.isMerged()) {
             takeConventionalCell(result, compound);

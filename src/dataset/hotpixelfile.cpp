@@ -20,10 +20,10 @@ bool fitsInt(double df)
 
 }  // namespace
 
-bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, QString* pstrReason)
+std::optional<QList<QPoint>> readHotPixelLines(QList<QByteArray> listLine, QString* pstrReason)
 {
     dropComments(listLine);
-    QList<QPoint> listRead;
+    QList<QPoint> listHotPixel;
     for (const QByteArray& strLine : qAsConst(listLine)) {
         CTextScanner scanner(strLine);
         int nSerial;
@@ -32,22 +32,20 @@ bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel, 
             !fitsInt(dfX) || !fitsInt(dfY)) {
             continue;
         }
-        if (nSerial != listRead.size() + 1) {
-            return giveReason(
+        if (nSerial != listHotPixel.size() + 1) {
+            giveReason(
                 pstrReason,
-                QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(listRead.size() + 1));
+                QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(listHotPixel.size() + 1));
+            return {};
         }
-        listRead.append(QPoint(int(dfX), int(dfY)));
+        listHotPixel.append(QPoint(int(dfX), int(dfY)));
     }
-    listHotPixel = listRead;
-    return true;
+    return listHotPixel;
 }
 
-bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel, QString* pstrReason)
+std::optional<QList<QPoint>> readHotPixelFile(const QString& strFileName, QString* pstrReason)
 {
-    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
-        return readHotPixelLines(listLine, listHotPixel, p);
-    });
+    return readLinesOfFile(strFileName, pstrReason, readHotPixelLines);
 }
 
 QString fileOfHotPixels(const DataSet& data)
@@ -81,9 +79,16 @@ bool addToHotPixelFile(const QString& strFileName, const QList<QPoint>& listHotP
 {
     QByteArray bytes;
     QList<QPoint> listThere;
-    if (QFileInfo::exists(strFileName) && (!readHotPixelFile(strFileName, listThere, pstrReason) ||
-                                           !readFileBytes(strFileName, bytes, g_nMaxTextFile, pstrReason))) {
-        return false;
+    if (QFileInfo::exists(strFileName)) {
+        const std::optional<QList<QPoint>> listRead = readHotPixelFile(strFileName, pstrReason);
+        const std::optional<QByteArray> bytesRead = listRead ? readFileBytes(strFileName, g_nMaxTextFile,
+                                                                             pstrReason)
+                                                             : std::nullopt;
+        if (!bytesRead) {
+            return false;
+        }
+        listThere = *listRead;
+        bytes = *bytesRead;
     }
     const QList<QPoint> listNew = without(listHotPixel, listThere);
     if (listNew.isEmpty()) {
@@ -118,13 +123,26 @@ void addHotPixels(DataSet& data, const QList<QPoint>& listHotPixel, CRunReport& 
     }
 }
 
+namespace {
+
+/// Replaces a list by that of a file. @return false, with the list as it was, when that cannot be read
+bool loadList(const QString& strFileName, QList<QPoint>& listHotPixel, QString* pstrReason)
+{
+    std::optional<QList<QPoint>> listRead = readHotPixelFile(strFileName, pstrReason);
+    if (listRead) {
+        listHotPixel = std::move(*listRead);
+    }
+    return listRead.has_value();
+}
+
+}  // namespace
+
 bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
 {
     if (data.m_reading.choice.nBin > 1) {
         // The hot pixels of binned frames are found by runs. Usually there is no such file.
-        static_cast<void>(readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel));
-        const bool bCamera = readHotPixelFile(fileOfCameraHotPixels(data), data.m_reading.listHotPixel,
-                                              pstrReason);
+        loadList(fileOfHotPixels(data), data.m_listHotPixel, nullptr);
+        const bool bCamera = loadList(fileOfCameraHotPixels(data), data.m_reading.listHotPixel, pstrReason);
         report.addMessage(bCamera
                               ? QStringLiteral("%L1 hot pixel positions loaded; they are repaired before the "
                                                "frames are binned.")
@@ -133,7 +151,7 @@ bool loadHotPixels(DataSet& data, CRunReport& report, QString* pstrReason)
         report.goOn();
         return bCamera;
     }
-    const bool bRead = readHotPixelFile(fileOfHotPixels(data), data.m_listHotPixel, pstrReason);
+    const bool bRead = loadList(fileOfHotPixels(data), data.m_listHotPixel, pstrReason);
     if (bRead) {
         report.addMessage(QStringLiteral("%L1 hot pixel positions loaded.").arg(data.m_listHotPixel.size()));
     } else {

@@ -9,21 +9,22 @@
 #include <QPoint>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// Reads lines of "serial x y". Coordinates are truncated to integers. A line without three items, or with
 /// coordinates beyond int, is skipped. A serial number that is not the running number of good lines is a
 /// failure.
 ///
-/// @param listHotPixel  takes the pixels
-/// @param pstrReason    may be null; takes on failure the file's name and what is wrong
-/// @return false on failure, with the list as it was. A file without pixels is no failure
-[[nodiscard]] bool readHotPixelFile(const QString& strFileName, QList<QPoint>& listHotPixel,
-                                    QString* pstrReason = nullptr);
+/// @param pstrReason  may be null; takes on failure the file's name and what is wrong
+/// @return the pixels; nothing on failure. A file without pixels is no failure
+[[nodiscard]] std::optional<QList<QPoint>> readHotPixelFile(const QString& strFileName,
+                                                            QString* pstrReason = nullptr);
 
 /// Does the same for lines, without the file's name in the reason.
-[[nodiscard]] bool readHotPixelLines(QList<QByteArray> listLine, QList<QPoint>& listHotPixel,
-                                     QString* pstrReason = nullptr);
+[[nodiscard]] std::optional<QList<QPoint>> readHotPixelLines(QList<QByteArray> listLine,
+                                                             QString* pstrReason = nullptr);
 
 /// The list of a data set: "hotpixels.txt" in the folder of the project, or "hotpixels_bin2.txt" for frames
 /// that are binned, as these have other pixels.

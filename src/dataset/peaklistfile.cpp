@@ -238,11 +238,11 @@ int readPeakList(DataSet& data, const QString& strFileName, CRunReport& report, 
     if (pstrReason) {
         pstrReason->clear();
     }
-    QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxPeakList, pstrReason)) {
+    const std::optional<QByteArray> bytesFile = readFileBytes(strFileName, g_nMaxPeakList, pstrReason);
+    if (!bytesFile) {
         return 0;
     }
-    return readPeakListBytes(data, bytesFile, strFileName, report, pstrReason);
+    return readPeakListBytes(data, *bytesFile, strFileName, report, pstrReason);
 }
 
 int writePeakList(const DataSet& data, const QString& strFileName, QString* pstrReason)

@@ -144,11 +144,12 @@ bool ProjectFile::read(const QString& strFileName, AxisLine axisLine)
     if (info.isFile() && info.size() > g_nMaxProjectFile) {
         return fail(QStringLiteral("The file is larger than %1 MB.").arg(g_nMaxProjectFile >> 20));
     }
-    QByteArray bytesFile;
-    if (!info.isFile() || !readFileBytes(strFileName, bytesFile, g_nMaxProjectFile)) {
+    const std::optional<QByteArray> bytesFile = info.isFile() ? readFileBytes(strFileName, g_nMaxProjectFile)
+                                                              : std::nullopt;
+    if (!bytesFile) {
         return fail(QStringLiteral("Could not load file: %1").arg(strFileName));
     }
-    return readBytes(bytesFile, strFileName, axisLine);
+    return readBytes(*bytesFile, strFileName, axisLine);
 }
 
 bool ProjectFile::takeGeometry(const QStringList& listLine, AxisLine axisLine)

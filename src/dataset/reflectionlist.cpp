@@ -39,37 +39,33 @@ bool scanReflection(CTextScanner scanner, Vec3D& vecPoint, HKLRef& reflection)
 
 }  // namespace
 
-int readReflectionText(const QByteArray& bytesText, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection)
+ReflectionList readReflectionText(const QByteArray& bytesText)
 {
-    listPoint.clear();
-    listReflection.clear();
+    ReflectionList list;
     Vec3D vecPoint;
     HKLRef reflection;
     forEachTextLine(bytesText, [&](const char* pBegin, const char* pEnd) {
         if (!scanReflection(CTextScanner(pBegin, pEnd), vecPoint, reflection)) {
             return;
         }
-        listPoint.append(vecPoint);
-        listReflection.append(reflection);
+        list.listPoint.append(vecPoint);
+        list.listReflection.append(reflection);
     });
-    return listPoint.size();
+    return list;
 }
 
-bool readReflectionList(const QString& strFileName, QList<Vec3D>& listPoint, QList<HKLRef>& listReflection,
-                        QString* pstrReason)
+std::optional<ReflectionList> readReflectionList(const QString& strFileName, QString* pstrReason)
 {
-    QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxReflectionList, pstrReason)) {
-        return false;
+    const std::optional<QByteArray> bytesFile = readFileBytes(strFileName, g_nMaxReflectionList, pstrReason);
+    if (!bytesFile) {
+        return {};
     }
-    QList<Vec3D> listNewPoint;
-    QList<HKLRef> listNewReflection;
-    if (readReflectionText(bytesFile, listNewPoint, listNewReflection) == 0) {
-        return giveReason(pstrReason, strFileName, QStringLiteral("no line holds a reflection"));
+    const ReflectionList list = readReflectionText(*bytesFile);
+    if (list.listPoint.isEmpty()) {
+        giveReason(pstrReason, strFileName, QStringLiteral("no line holds a reflection"));
+        return {};
     }
-    listPoint = listNewPoint;
-    listReflection = listNewReflection;
-    return true;
+    return list;
 }
 
 QList<Peak3D> peaksOfReflectionList(const QList<Vec3D>& listPoint, const QList<HKLRef>& listReflection)

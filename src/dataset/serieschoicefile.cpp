@@ -101,11 +101,11 @@ std::optional<ChoiceFile> readFile(const QString& strFile, QString* pstrReason)
     if (!QFileInfo::exists(strFile)) {
         return file;
     }
-    QByteArray bytes;
-    if (!readFileBytes(strFile, bytes, g_nMaxTextFile, pstrReason)) {
+    const std::optional<QByteArray> bytes = readFileBytes(strFile, g_nMaxTextFile, pstrReason);
+    if (!bytes) {
         return std::nullopt;
     }
-    const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+    const QJsonObject object = QJsonDocument::fromJson(*bytes).object();
     const std::optional<SeriesChoice> choice = choiceOf(object);
     if (object[QStringLiteral("format")].toString() != g_strFormat ||
         object[QStringLiteral("version")].toInt() != g_nVersion || !choice) {

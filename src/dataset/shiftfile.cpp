@@ -13,17 +13,19 @@
 
 namespace tessera {
 
-bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrReason)
+std::optional<ShiftData> readShiftLines(QList<QByteArray> listLine, QString* pstrReason)
 {
     dropComments(listLine);
     if (listLine.size() < 2) {
-        return giveReason(pstrReason, QStringLiteral("at least a direct beam and one frame are needed"));
+        giveReason(pstrReason, QStringLiteral("at least a direct beam and one frame are needed"));
+        return {};
     }
-    ShiftData shiftRead;
+    ShiftData shift;
     CTextScanner scannerCenter(listLine[0]);
-    if (!scannerCenter.readDouble(shiftRead.dfCenterX) || !scannerCenter.readDouble(shiftRead.dfCenterY) ||
-        !std::isfinite(shiftRead.dfCenterX) || !std::isfinite(shiftRead.dfCenterY)) {
-        return giveReason(pstrReason, QStringLiteral("the first line holds no direct beam"));
+    if (!scannerCenter.readDouble(shift.dfCenterX) || !scannerCenter.readDouble(shift.dfCenterY) ||
+        !std::isfinite(shift.dfCenterX) || !std::isfinite(shift.dfCenterY)) {
+        giveReason(pstrReason, QStringLiteral("the first line holds no direct beam"));
+        return {};
     }
     for (int i = 1; i < listLine.size(); ++i) {
         CTextScanner scanner(listLine[i]);
@@ -33,56 +35,54 @@ bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift, QString* pstrR
             !std::isfinite(dfX) || !std::isfinite(dfY)) {
             continue;  // no line of a frame
         }
-        if (nSerial != shiftRead.listShift.size() + 1) {
-            return giveReason(pstrReason, QStringLiteral("serial %1 where %2 should be")
-                                              .arg(nSerial)
-                                              .arg(shiftRead.listShift.size() + 1));
+        if (nSerial != shift.listShift.size() + 1) {
+            giveReason(
+                pstrReason,
+                QStringLiteral("serial %1 where %2 should be").arg(nSerial).arg(shift.listShift.size() + 1));
+            return {};
         }
-        shiftRead.listShift.append(QPointF(dfX, dfY));
+        shift.listShift.append(QPointF(dfX, dfY));
     }
-    shift = shiftRead;
-    return true;
+    return shift;
 }
 
-bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason)
+std::optional<ShiftData> readShiftFile(const QString& strFileName, QString* pstrReason)
 {
-    return readLinesOfFile(strFileName, pstrReason, [&](const QList<QByteArray>& listLine, QString* p) {
-        return readShiftLines(listLine, shift, p);
-    });
+    return readLinesOfFile(strFileName, pstrReason, readShiftLines);
 }
 
 int loadShiftFile(DataSet& data, const QString& strFileName, CRunReport& report, QString* pstrReason)
 {
-    ShiftData shift;
-    if (!readShiftFile(strFileName, shift, pstrReason)) {
+    const std::optional<ShiftData> shift = readShiftFile(strFileName, pstrReason);
+    if (!shift) {
         return 0;
     }
-    if (shift.listShift.size() != data.m_listFrameFile.size()) {
+    if (shift->listShift.size() != data.m_listFrameFile.size()) {
         report.addMessage(QStringLiteral("ED shift data is not used because the ED shift data is from %1 "
                                          "frames, while there are %2 frames in the current dataset.")
-                              .arg(shift.listShift.size())
+                              .arg(shift->listShift.size())
                               .arg(data.m_listFrameFile.size()),
                           Severity::Error);
         giveReason(pstrReason, strFileName,
                    QStringLiteral("%1 frames instead of %2")
-                       .arg(shift.listShift.size())
+                       .arg(shift->listShift.size())
                        .arg(data.m_listFrameFile.size()));
         return 0;
     }
     // Column and row have boxes of the same range.
     const NumberBox& box = parameterOf(&DataSet::m_dfCenterX).box;
     const auto isInBox = [&](double df) { return df >= box.dfMinimum && df <= box.dfMaximum; };
-    if (!isInBox(shift.dfCenterX) || !isInBox(shift.dfCenterY)) {
+    if (!isInBox(shift->dfCenterX) || !isInBox(shift->dfCenterY)) {
         report.addMessage(
             QStringLiteral("%1: the direct beam (%2, %3) lies outside 0 to %4 pixels, which is what "
                            "a page can hold; there it becomes the nearest place within.")
-                .arg(strFileName, QString::number(shift.dfCenterX), QString::number(shift.dfCenterY),
+                .arg(strFileName, QString::number(shift->dfCenterX), QString::number(shift->dfCenterY),
                      QString::number(box.dfMaximum)),
             Severity::Error);
     }
-    data.m_dfCenterX = shift.dfCenterX;
-    data.m_dfCenterY = shift.dfCenterY;
-    data.m_listShift = shift.listShift;
+    data.m_dfCenterX = shift->dfCenterX;
+    data.m_dfCenterY = shift->dfCenterY;
+    data.m_listShift = shift->listShift;
     return 1;
 }
 
@@ -91,8 +91,9 @@ namespace {
 /// The number of frames in a shift file; 0 where there is none or it cannot be read.
 int countFramesOfFile(const QString& strFileName)
 {
-    ShiftData shift;
-    return QFile::exists(strFileName) && readShiftFile(strFileName, shift) ? shift.listShift.size() : 0;
+    const std::optional<ShiftData> shift = QFile::exists(strFileName) ? readShiftFile(strFileName)
+                                                                      : std::nullopt;
+    return shift ? shift->listShift.size() : 0;
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <QPointF>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// The content of a shift file, in pixels of the raw frames: x to the right, y down.
@@ -26,12 +28,13 @@ struct ShiftData {
 /// more than that of the last line that was not skipped.
 ///
 /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
-/// @return false, with `shift` as it was, on failure
-[[nodiscard]] bool readShiftFile(const QString& strFileName, ShiftData& shift, QString* pstrReason = nullptr);
+/// @return nothing on failure
+[[nodiscard]] std::optional<ShiftData> readShiftFile(const QString& strFileName,
+                                                     QString* pstrReason = nullptr);
 
 /// Does the same for the lines of a shift file, without the file's name in the reason.
-[[nodiscard]] bool readShiftLines(QList<QByteArray> listLine, ShiftData& shift,
-                                  QString* pstrReason = nullptr);
+[[nodiscard]] std::optional<ShiftData> readShiftLines(QList<QByteArray> listLine,
+                                                      QString* pstrReason = nullptr);
 
 /// Reads centre and shifts into the data set if the file has one shift per frame. Otherwise a red line
 /// tells that it does not fit, and the former shifts stay. The centre is taken as it is; a red line tells

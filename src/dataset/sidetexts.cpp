@@ -202,29 +202,29 @@ SideTexts readSideTexts(const QStringList& listFrame)
         setFrameFile.insert(QFileInfo(strFile).fileName());
         setBase.insert(QFileInfo(strFile).completeBaseName());
     }
-    const auto read = [&dir](const QString& strName, QByteArray& bytesText) {
-        return readFileBytes(dir.filePath(strName), bytesText, g_nMaxSideText) && !bytesText.contains('\0');
+    const auto read = [&dir](const QString& strName) {
+        const std::optional<QByteArray> bytesText = readFileBytes(dir.filePath(strName), g_nMaxSideText);
+        return bytesText && !bytesText->contains('\0') ? bytesText : std::nullopt;
     };
     const QStringList listSuffix = {"txt", "log", "yaml", "yml", "ini", "json"};
     int nTexts = 0;
     for (const QString& strName : listName) {
         const QString strSuffix = QFileInfo(strName).suffix().toLower();
         const QString strStem = QFileInfo(strName).completeBaseName();
-        QByteArray bytesText;
         if (strSuffix == QLatin1String("mdoc")) {
             // For "stack.mrc.mdoc" or "stack.mdoc" the sections are images of the stack; other texts must
             // name the files of their sections.
             const bool bOfFirst = strStem == QFileInfo(strFirst).completeBaseName();
             const QString strFile = bOfFirst ? QFileInfo(strFirst).fileName() : strStem;
-            if (read(strName, bytesText) &&
-                (setFrameFile.contains(strFile) || bytesText.contains("SubFramePath"))) {
-                takeMdoc(bytesText, strName, strFile, texts);
+            const std::optional<QByteArray> bytesText = read(strName);
+            if (bytesText && (setFrameFile.contains(strFile) || bytesText->contains("SubFramePath"))) {
+                takeMdoc(*bytesText, strName, strFile, texts);
             }
-        } else if (listSuffix.contains(strSuffix) && !isOwnText(strName, setBase) && nTexts < g_nMaxTexts &&
-                   read(strName, bytesText)) {
-            ++nTexts;
-            if (!takeSideJson(bytesText, strName, texts)) {
-                takeSideText(bytesText, strName, texts);
+        } else if (listSuffix.contains(strSuffix) && !isOwnText(strName, setBase) && nTexts < g_nMaxTexts) {
+            const std::optional<QByteArray> bytesText = read(strName);
+            nTexts += bytesText ? 1 : 0;
+            if (bytesText && !takeSideJson(*bytesText, strName, texts)) {
+                takeSideText(*bytesText, strName, texts);
             }
         }
     }

@@ -6,16 +6,18 @@
 
 namespace tessera {
 
-bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit, QString* pstrReason)
+std::optional<QByteArray> readFileBytes(const QString& strFileName, qint64 nLimit, QString* pstrReason)
 {
     QFile file(strFileName);
     QString strReason;
     if (!openRegularFile(file, QIODevice::ReadOnly, strReason)) {
-        return giveReason(pstrReason, strFileName, strReason);
+        giveReason(pstrReason, strFileName, strReason);
+        return {};
     }
     if (file.size() > nLimit) {
-        return giveReason(pstrReason, strFileName,
-                          QStringLiteral("%1 bytes; up to %2 can be read").arg(file.size()).arg(nLimit));
+        giveReason(pstrReason, strFileName,
+                   QStringLiteral("%1 bytes; up to %2 can be read").arg(file.size()).arg(nLimit));
+        return {};
     }
     // Files of the system, as in /proc, have no size. Reading one byte more than the limit shows that one
     // is too long.
@@ -31,15 +33,15 @@ bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLi
             bytesRead.append(bytesChunk);
         }
         if (bytesRead.size() > nLimit) {
-            return giveReason(pstrReason, strFileName,
-                              QStringLiteral("up to %1 bytes can be read").arg(nLimit));
+            giveReason(pstrReason, strFileName, QStringLiteral("up to %1 bytes can be read").arg(nLimit));
+            return {};
         }
     }
     if (file.error() != QFileDevice::NoError) {
-        return giveReason(pstrReason, strFileName, file.errorString());
+        giveReason(pstrReason, strFileName, file.errorString());
+        return {};
     }
-    bytesFile = bytesRead;
-    return true;
+    return bytesRead;
 }
 
 QByteArray withoutByteOrderMark(const QByteArray& bytesText)
@@ -62,11 +64,11 @@ QList<QByteArray> splitTextLines(const QByteArray& bytesText)
 
 bool readTextLines(const QString& strFileName, QList<QByteArray>& listLine, QString* pstrReason)
 {
-    QByteArray bytesFile;
-    if (!readFileBytes(strFileName, bytesFile, g_nMaxTextFile, pstrReason)) {
+    const std::optional<QByteArray> bytesFile = readFileBytes(strFileName, g_nMaxTextFile, pstrReason);
+    if (!bytesFile) {
         return false;
     }
-    listLine = splitTextLines(bytesFile);
+    listLine = splitTextLines(*bytesFile);
     return true;
 }
 

@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// The greatest length of a text file that is read line by line, bytes: some hundred thousand lines. Other
@@ -15,12 +17,11 @@ constexpr qint64 g_nMaxTextFile = 32000000;
 
 /// Reads a whole file.
 ///
-/// @param bytesFile   takes the content
 /// @param nLimit      a longer file is refused
 /// @param pstrReason  may be null; takes on failure the file's name and what is wrong
-/// @return false, with `bytesFile` as it was, when the file cannot be read or is too long
-[[nodiscard]] bool readFileBytes(const QString& strFileName, QByteArray& bytesFile, qint64 nLimit,
-                                 QString* pstrReason = nullptr);
+/// @return nothing when the file cannot be read or is too long
+[[nodiscard]] std::optional<QByteArray> readFileBytes(const QString& strFileName, qint64 nLimit,
+                                                      QString* pstrReason = nullptr);
 
 /// Removes a byte order mark. UTF-16 and UTF-32 text with such a mark becomes Latin-1; all other bytes stay
 /// as they are.

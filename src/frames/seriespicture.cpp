@@ -156,16 +156,16 @@ private:
 
 }  // namespace
 
-RunOutcome makeSeriesPicture(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report,
-                             SeriesPicture& picture, int nJobs)
+RunResult<SeriesPicture> makeSeriesPicture(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report,
+                                           int nJobs)
 {
     try {
         CPictureOfSeries series(dataSet, kind, report);
         const RunOutcome outcome = series.run(nJobs);
-        if (outcome.finished()) {
-            picture = series.picture();
+        if (!outcome.finished()) {
+            return outcome;
         }
-        return outcome;
+        return series.picture();
     } catch (...) {
         return failRun(report, whatWasThrown());
     }

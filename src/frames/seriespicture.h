@@ -3,8 +3,8 @@
 
 #include "dataset/dataset.h"
 #include "imaging/imgobj.h"
-#include "records/runoutcome.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 
 namespace tessera {
 
@@ -31,9 +31,9 @@ struct SeriesPicture {
 /// number of all frames. Sums are in double precision and in the order of the frames. A frame that cannot
 /// be read, or has another size than the first readable one, gets a red line and is left out.
 /// @param nJobs  frames that are read side by side; the result does not depend on it
-/// @return Finished; otherwise, with picture as it was: Stopped by the report, Refused without frames,
-///         Failed where no frame can be read or memory is short
-RunOutcome makeSeriesPicture(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report,
-                             SeriesPicture& picture, int nJobs = 1);
+/// @return the picture; otherwise: Stopped by the report, Refused without frames, Failed where no frame can
+///         be read or memory is short
+RunResult<SeriesPicture> makeSeriesPicture(const DataSet& dataSet, SeriesPictureKind kind, CRunReport& report,
+                                           int nJobs = 1);
 
 }  // namespace tessera

@@ -5,6 +5,7 @@
 #include "frames/serieslook.h"
 #include "frames/spotdistance.h"
 #include "frames/spotmoments.h"
+#include "records/runends.h"
 
 #include <algorithm>
 #include <cmath>
@@ -228,14 +229,13 @@ std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame)
     return size;
 }
 
-bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size, int nJobs)
+MeasuredSpotSize measureSpotSize(const DataSet& dataSet, CRunReport& report, int nJobs)
 {
     const std::optional<SeriesLook> look = lookAtSeries(dataSet, {false, true}, report, nJobs);
     if (!look) {
-        return false;
+        return {report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report), {}};
     }
-    size = look->size;
-    return true;
+    return {{}, look->size};
 }
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 
 #include "dataset/dataset.h"
 #include "imaging/imgobj.h"
+#include "records/runoutcome.h"
 #include "records/runreport.h"
 
 #include <QPointF>
@@ -41,11 +42,14 @@ FrameSpots spotsOfFrame(const CImgObj<float>& imgFrame);
 /// @return nothing with fewer than 10 spots, and where their widths differ too much
 std::optional<SpotSize> spotSizeOf(const std::vector<FrameSpots>& vecFrame);
 
+/// What measureSpotSize() found.
+struct MeasuredSpotSize {
+    RunOutcome outcome;            ///< Stopped when the report asked to stop, Failed when memory is short
+    std::optional<SpotSize> size;  ///< nothing if there are no usable spots, too
+};
+
 /// Measures the spots of some frames of the series.
 /// @param nJobs  frames that are read side by side; the result does not depend on it
-/// @return false when the report asked to stop or memory is short; else true, with size empty where there
-///         are no usable spots
-bool measureSpotSize(const DataSet& dataSet, CRunReport& report, std::optional<SpotSize>& size,
-                     int nJobs = 1);
+MeasuredSpotSize measureSpotSize(const DataSet& dataSet, CRunReport& report, int nJobs = 1);
 
 }  // namespace tessera

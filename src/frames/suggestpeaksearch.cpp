@@ -63,16 +63,18 @@ Suggestion suggestPeakSearch(const std::optional<SpotSize>& size, const std::opt
 std::optional<Suggestion> suggestRadii(const DataSet& dataSet, CRunReport& report,
                                        const std::optional<double>& dfPeakRadius, int nJobs)
 {
-    std::optional<SpotSize> size;
-    if (!measureSpotSize(dataSet, report, size, nJobs)) {
+    const MeasuredSpotSize measured = measureSpotSize(dataSet, report, nJobs);
+    if (!measured.outcome.finished()) {
         return std::nullopt;
     }
-    if (!size) {
-        report.addMessage(QStringLiteral("The size of the spots cannot be determined from the frames looked "
-                                         "at: the radii of the peak search are those of the page."),
-                          Severity::Info);
+    if (!measured.size) {
+        report.addMessage(
+            QStringLiteral(
+                "The size of the spots cannot be determined from the frames looked at: the radii of "
+                "the peak search are those of the page."),
+            Severity::Info);
     }
-    return suggestPeakSearch(size, dfPeakRadius);
+    return suggestPeakSearch(measured.size, dfPeakRadius);
 }
 
 std::optional<Suggestion> suggestPeakSearch(const DataSet& dataSet, const PeakHuntingParameters& page,

@@ -90,18 +90,18 @@ IntegrationFiles makeIntegrationFiles(const IntegrationResult& result, const Str
     return collector.files();
 }
 
-bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data, const QString& strBase,
-                           const QStringList& listTaken, IntegrationFiles& files, QString* pstrReason)
+std::optional<IntegrationFiles> writeIntegrationFiles(const IntegrationResult& result,
+                                                      const StructureData& data, const QString& strBase,
+                                                      const QStringList& listTaken, QString* pstrReason)
 {
     CFileSet set;
-    files = makeIntegrationFiles(
+    const IntegrationFiles files = makeIntegrationFiles(
         result, data, strBase, listTaken, ObservedOn::Frames,
         [&set](const QString& strFile, const QByteArray& bytes) { set.add(strFile, bytes); });
-    if (set.commit(pstrReason)) {
-        return true;
+    if (!set.commit(pstrReason)) {
+        return {};
     }
-    files = {};
-    return false;
+    return files;
 }
 
 }  // namespace tessera

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace tessera {
 
@@ -29,11 +30,13 @@ struct IntegrationFiles {
 ///
 /// @param strBase    path of the files without suffix
 /// @param listTaken  files that must not be replaced, such as a CIF that the run has read
-/// @param files      gets what was written
-/// @return false with the reason, and nothing written or replaced, if a file cannot be written
-[[nodiscard]] bool writeIntegrationFiles(const IntegrationResult& result, const StructureData& data,
-                                         const QString& strBase, const QStringList& listTaken,
-                                         IntegrationFiles& files, QString* pstrReason = nullptr);
+/// @return what was written; nothing with the reason, and nothing written or replaced, if a file cannot be
+///         written
+[[nodiscard]] std::optional<IntegrationFiles> writeIntegrationFiles(const IntegrationResult& result,
+                                                                    const StructureData& data,
+                                                                    const QString& strBase,
+                                                                    const QStringList& listTaken,
+                                                                    QString* pstrReason = nullptr);
 
 /// Takes a file of the set: its path and what it is to hold.
 using FnTakeFile = std::function<void(const QString&, const QByteArray&)>;

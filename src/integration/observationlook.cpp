@@ -38,8 +38,9 @@ std::vector<char> pixelsInDisc(const FramePlace& place, double dfRadius, int nX,
 
 }  // namespace
 
-bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, const SpotModel& model,
-                       const Observation& observation, CRunReport& report, ObservationProfile& profile)
+std::optional<ObservationProfile> lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series,
+                                                    const SpotModel& model, const Observation& observation,
+                                                    CRunReport& report)
 {
     const int nFrames = std::min(series.frameCount(), int(dataSet.m_listFrameFile.size()));
     // Frames shown beyond those that are summed, so that the ends of the curve are visible.
@@ -52,7 +53,7 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
     const auto predicted = nFrames > 0 ? passages.placeOn(observation.anIndex, nMiddle) : std::nullopt;
     if (listOne.front().nFirstFrame > listOne.front().nLastFrame || !predicted) {
         report.fail(QStringLiteral("The reflection is on no frame of the series."));
-        return false;
+        return {};
     }
     const CSeriesFrames frames(dataSet, series.sizeFrame);
     const RockingCurve curve{series.rotation, model.dfRockingWidth, model.dfMosaicity};
@@ -76,7 +77,7 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
         if (!frame.pImage || listSpot.empty()) {
             report.fail(frame.pImage ? QStringLiteral("The reflection is not on frame #%L1.").arg(nFrame + 1)
                                      : frame.strFault);
-            return false;
+            return {};
         }
         // The place on its frame was corrected when it was measured; apply the same correction on the other
         // frames.
@@ -89,8 +90,7 @@ bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, con
         result.listModel.push_back(spot.dfPart * observation.dfIntensity);
         result.listExcitation.push_back(spot.dfExcitation[1]);
     }
-    profile = std::move(result);
-    return true;
+    return result;
 }
 
 }  // namespace tessera

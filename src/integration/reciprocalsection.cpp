@@ -288,9 +288,10 @@ bool hasMemory(const std::vector<ReciprocalSection>& listSection, int nJobs)
 
 }  // namespace
 
-RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
-                        const std::vector<SectionPlane>& listPlane, const SectionOptions& options, int nJobs,
-                        CRunReport& report, std::vector<ReciprocalSection>& listSection)
+RunResult<std::vector<ReciprocalSection>> makeSections(const DataSet& dataSet, const SeriesGeometry& series,
+                                                       const std::vector<SectionPlane>& listPlane,
+                                                       const SectionOptions& options, int nJobs,
+                                                       CRunReport& report)
 {
     QString strReason = whatIsMissing(dataSet, series);
     const std::vector<IndexOperation> listOperation = laueOperations(options.strLaueClass);
@@ -304,12 +305,15 @@ RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
     if (!strReason.isEmpty()) {
         return refuseRun(report, strReason);
     }
-    std::optional<SpotSize> size;
-    if (!(options.dfThickness > 0) && !measureSpotSize(dataSet, report, size, nJobs)) {
-        return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);
+    MeasuredSpotSize measured;
+    if (!(options.dfThickness > 0)) {
+        measured = measureSpotSize(dataSet, report, nJobs);
     }
-    auto listMade = emptySections(dataSet, series, listPlane, options, size ? size->dfSigma : g_dfUsualSigma,
-                                  strReason);
+    if (!measured.outcome.finished()) {
+        return measured.outcome;
+    }
+    auto listMade = emptySections(dataSet, series, listPlane, options,
+                                  measured.size ? measured.size->dfSigma : g_dfUsualSigma, strReason);
     if (!listMade) {
         return refuseRun(report, strReason);
     }
@@ -318,10 +322,10 @@ RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
     }
     CSectionRun run(dataSet, series, listOperation, *listMade);
     const RunOutcome outcome = run.run(nJobs, report);
-    if (outcome.finished()) {
-        listSection = std::move(*listMade);
+    if (!outcome.finished()) {
+        return outcome;
     }
-    return outcome;
+    return std::move(*listMade);
 }
 
 }  // namespace tessera

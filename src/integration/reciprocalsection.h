@@ -4,8 +4,8 @@
 #include "dataset/dataset.h"
 #include "integration/sectionplane.h"
 #include "integration/seriesgeometry.h"
-#include "records/runoutcome.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 
 #include <QPointF>
 #include <QString>
@@ -50,11 +50,11 @@ struct ReciprocalSection {
 /// at its place even if it was recorded half a step off the middle of its frame. Gaps of the series remain
 /// gaps. Masked pixels, hot pixels and pixels without a number are left out. The result is the same for every
 /// number of jobs.
-/// @param series       geometry of the series; its basis is the cell of the indices
-/// @param listSection  replaced if the run finished, else left as it was
-RunOutcome makeSections(const DataSet& dataSet, const SeriesGeometry& series,
-                        const std::vector<SectionPlane>& listPlane, const SectionOptions& options, int nJobs,
-                        CRunReport& report, std::vector<ReciprocalSection>& listSection);
+/// @param series  geometry of the series; its basis is the cell of the indices
+RunResult<std::vector<ReciprocalSection>> makeSections(const DataSet& dataSet, const SeriesGeometry& series,
+                                                       const std::vector<SectionPlane>& listPlane,
+                                                       const SectionOptions& options, int nJobs,
+                                                       CRunReport& report);
 
 /// Indices and value at a place of a section.
 struct SectionReading {

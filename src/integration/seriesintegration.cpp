@@ -276,9 +276,9 @@ void limitResolution(double dfMaxDStar, IntegratedSeries& integrated)
 
 }  // namespace
 
-RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
-                           const IntegrationOptions& options, int nMostJobs, CRunReport& report,
-                           IntegratedSeries& result)
+RunResult<IntegratedSeries> integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
+                                            const IntegrationOptions& options, int nMostJobs,
+                                            CRunReport& report)
 {
     const QString strMissing = whatIsMissing(dataSet, series);
     if (!strMissing.isEmpty()) {
@@ -294,22 +294,23 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     // Per thread the frame and its discs; once the mask and the lists of the series.
     const FrameMemory memory{6, 2};
     const int nJobs = jobsForMemory(SeriesSnapshot(dataSet), nMostJobs, memory, &report);
-    std::optional<SpotSize> size;
-    if (!measureSpotSize(dataSet, report, size, nJobs)) {
-        return report.reason().isEmpty() ? RunOutcome{RunEnd::Stopped, {}} : failedAsSaid(report);
+    const MeasuredSpotSize measured = measureSpotSize(dataSet, report, nJobs);
+    if (!measured.outcome.finished()) {
+        return measured.outcome;
     }
     const double dfUsualSigma = 1.5;  // pixels, used if there are no clear spots
     const std::vector<char> listMask = pixelMask(series.sizeFrame, dataSet.m_maskPeakHunting,
                                                  dataSet.m_listHotPixel);
-    LearnedSeries learned;
-    RunOutcome outcome = learnSpots(dataSet, passages, options, size ? size->dfSigma : dfUsualSigma, listMask,
-                                    nJobs, report, learned);
-    if (!outcome.finished()) {
-        return outcome;
+    const double dfSigma = measured.size ? measured.size->dfSigma : dfUsualSigma;
+    const RunResult<LearnedSeries> learning = learnSpots(dataSet, passages, options, dfSigma, listMask, nJobs,
+                                                         report);
+    if (!learning.finished()) {
+        return learning.outcome;
     }
+    const LearnedSeries& learned = *learning.made;
     tellModel(learned, report);
     CSeriesSum sum(dataSet, passages, learned, predictionOf(learned, options), listMask, nJobs);
-    outcome = sum.run(nJobs, report);
+    const RunOutcome outcome = sum.run(nJobs, report);
     if (!outcome.finished()) {
         return outcome;
     }
@@ -324,8 +325,7 @@ RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
     report.addMessage(QStringLiteral("%L1 passages integrated to d* = %2 Å⁻¹.")
                           .arg(integrated.listObservation.size())
                           .arg(integrated.dfMaxDStar, 0, 'f', 3));
-    result = std::move(integrated);
-    return outcome;
+    return integrated;
 }
 
 }  // namespace tessera

@@ -5,11 +5,12 @@
 #include "frames/trustedrange.h"
 #include "integration/observation.h"
 #include "integration/prediction.h"
-#include "records/runoutcome.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -52,10 +53,8 @@ struct IntegratedSeries {
 /// learn the model, once to integrate), in memory that does not depend on their number. The result is the
 /// same for every number of jobs.
 /// @param dataSet  supplies frames, hot pixels and mask
-/// @param result   replaced if the run finished, else left as it was
-RunOutcome integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
-                           const IntegrationOptions& options, int nJobs, CRunReport& report,
-                           IntegratedSeries& result);
+RunResult<IntegratedSeries> integrateSeries(const DataSet& dataSet, const SeriesGeometry& series,
+                                            const IntegrationOptions& options, int nJobs, CRunReport& report);
 
 /// The pixels of one observation, to be displayed.
 struct ObservationProfile {
@@ -68,9 +67,9 @@ struct ObservationProfile {
     std::vector<char> listInDisc;                ///< row by row, 1 for the pixels of the disc
 };
 /// Reads the pixels of an observation from the frames.
-/// @param profile  replaced unless false is returned
-/// @return false, with the reason in the report, if a frame cannot be read
-bool lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series, const SpotModel& model,
-                       const Observation& observation, CRunReport& report, ObservationProfile& profile);
+/// @return nothing, with the reason in the report, if a frame cannot be read
+std::optional<ObservationProfile> lookAtObservation(const DataSet& dataSet, const SeriesGeometry& series,
+                                                    const SpotModel& model, const Observation& observation,
+                                                    CRunReport& report);
 
 }  // namespace tessera

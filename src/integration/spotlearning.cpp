@@ -257,10 +257,9 @@ double closestDistance(const CPassageGeometry& passages, PredictionOptions predi
 
 }  // namespace
 
-RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
-                      const IntegrationOptions& options, double dfStartSigma,
-                      const std::vector<char>& listMask, int nJobs, CRunReport& report,
-                      LearnedSeries& learned)
+RunResult<LearnedSeries> learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
+                                    const IntegrationOptions& options, double dfStartSigma,
+                                    const std::vector<char>& listMask, int nJobs, CRunReport& report)
 {
     PredictionOptions prediction;
     prediction.dfMaxDStar = options.dfMaxDStar;
@@ -309,14 +308,14 @@ RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
     if (nUnread == passages.frameCount()) {
         return failRun(report, QStringLiteral("None of the frames can be read."));
     }
-    learned = learner.learn(options, dfStartSigma);
+    LearnedSeries learned = learner.learn(options, dfStartSigma);
     const double dfClosest = closestDistance(passages, prediction, learned.curve, nJobs);
     double& dfRadius = learned.model.dfDiscRadius;
     if (options.dfDiscRadius <= 0 && dfClosest > 0) {
         // Discs must not overlap; the profile corrects for what a narrow disc leaves out.
         dfRadius = std::min(dfRadius, std::max(dfClosest / 2, 1.7 * learned.model.dfSigma));
     }
-    return outcome;
+    return learned;
 }
 
 }  // namespace tessera

@@ -30,10 +30,8 @@ struct LearnedSeries {
 /// A spot is strong if it is eight standard deviations above its background on one frame, does not overlap
 /// with others, and is complete and unmasked.
 /// @param dfStartSigma  approximate sigma of the spots, pixels
-/// @param learned       replaced if the run finished
-RunOutcome learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
-                      const IntegrationOptions& options, double dfStartSigma,
-                      const std::vector<char>& listMask, int nJobs, CRunReport& report,
-                      LearnedSeries& learned);
+RunResult<LearnedSeries> learnSpots(const DataSet& dataSet, const CPassageGeometry& passages,
+                                    const IntegrationOptions& options, double dfStartSigma,
+                                    const std::vector<char>& listMask, int nJobs, CRunReport& report);
 
 }  // namespace tessera

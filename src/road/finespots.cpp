@@ -13,9 +13,8 @@ namespace {
 
 bool moveToCentres(const DataSet& dataSet, QVector<QList<Peak3D>>& vecPeak, int nJobs, CRunReport& report)
 {
-    std::optional<SpotSize> size;
-    return measureSpotSize(dataSet, report, size, nJobs) && size &&
-           moveToSpotCentres(dataSet, vecPeak, size->dfSigma, report, nJobs).finished();
+    const std::optional<SpotSize> size = measureSpotSize(dataSet, report, nJobs).size;
+    return size && moveToSpotCentres(dataSet, vecPeak, size->dfSigma, report, nJobs).finished();
 }
 
 }  // namespace

@@ -32,35 +32,36 @@ StageResult runIntegrateStage(RoadState& state)
         report.addMessage(QStringLiteral("Not integrated. %1").arg(integrate.strReason), Severity::Milestone);
         return {};
     }
-    IntegrationResult result;
     const IntensityOptions& options = state.options.intensities;
-    const RunOutcome outcome = findIntensities(
+    RunResult<IntegrationResult> result = findIntensities(
         state.dataSet, state.mapping, results.geometry ? &*results.geometry : nullptr,
-        results.lattice ? &*results.lattice : nullptr, options, state.options.jobs(), report, result);
-    if (outcome.end == RunEnd::Stopped) {
-        return report.ended(outcome);
+        results.lattice ? &*results.lattice : nullptr, options, state.options.jobs(), report);
+    if (result.outcome.end == RunEnd::Stopped) {
+        return report.ended(result.outcome);
     }
-    if (!outcome.finished()) {
+    if (!result.finished()) {
         // Earlier stages have succeeded, and missing intensities are not an error of the run.
-        integrate.strReason = outcome.strReason;
+        integrate.strReason = result.outcome.strReason;
         report.addMessage(
             QStringLiteral("There are no intensities; files of a former run stay as they were."),
             Severity::Milestone);
         return {};
     }
-    for (const QString& strLine : integrationTable(result)) {
+    for (const QString& strLine : integrationTable(*result.made)) {
         report.addMessage(strLine);
     }
     QString strReason;
-    if (!writeIntensities(state.dataSet, result, options,
-                          {state.options.strKnownCellFile, state.options.strMaskFile}, report,
-                          integrate.files, &strReason)) {
+    std::optional<IntegrationFiles> files = writeIntensities(
+        state.dataSet, *result.made, options, {state.options.strKnownCellFile, state.options.strMaskFile},
+        report, &strReason);
+    if (!files) {
         integrate.strReason = strReason;
         return report.failed(
             QStringLiteral("%1; the files of the stage are as they were before.").arg(strReason));
     }
+    integrate.files = std::move(*files);
     results.listFile += integrate.files.listFile;
-    integrate.result = std::move(result);
+    integrate.result = std::move(result.made);
     state.dataSet.m_made.integration = madeWithGeometry(state.dataSet);
     return {};
 }

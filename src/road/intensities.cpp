@@ -43,10 +43,10 @@ const QStringList& laueClassNames()
     return list;
 }
 
-RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
-                           const GeometryRefinement* refined, const LatticeAnalysis* lattice,
-                           const IntensityOptions& options, int nJobs, CRunReport& report,
-                           IntegrationResult& result)
+RunResult<IntegrationResult> findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
+                                             const GeometryRefinement* refined,
+                                             const LatticeAnalysis* lattice, const IntensityOptions& options,
+                                             int nJobs, CRunReport& report)
 {
     std::optional<SeriesGeometry> series = seriesGeometry(dataSet, mapping, refined);
     if (!series) {
@@ -64,10 +64,10 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
     if (lattice && lattice->whole.strCentring.size() == 1) {
         integration.chCentring = lattice->whole.strCentring[0].toLatin1();
     }
-    IntegratedSeries integrated;
-    const RunOutcome outcome = integrateSeries(dataSet, *series, integration, nJobs, report, integrated);
-    if (!outcome.finished()) {
-        return outcome;
+    const RunResult<IntegratedSeries> integrated = integrateSeries(dataSet, *series, integration, nJobs,
+                                                                   report);
+    if (!integrated.finished()) {
+        return integrated.outcome;
     }
     JudgementOptions judgement;
     judgement.scaling.bScale = options.bScale;
@@ -76,29 +76,28 @@ RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapp
     judgement.dfDMin = options.dfDMin;
     judgement.strLaueClass = options.strLaueClass;
     judgement.nSpaceGroup = options.nSpaceGroup;
-    IntegrationResult judged = judgeIntegration(integrated, *series, judgedLattice(*series, refined, lattice),
-                                                judgement, report);
+    IntegrationResult judged = judgeIntegration(*integrated.made, *series,
+                                                judgedLattice(*series, refined, lattice), judgement, report);
     if (!report.goOn()) {
-        return {RunEnd::Stopped, {}};
+        return RunOutcome{RunEnd::Stopped, {}};
     }
     if (judged.quality.listMerged.empty()) {
         return failRun(report, QStringLiteral("No reflection was measured: there is nothing to merge."));
     }
-    result = std::move(judged);
-    return outcome;
+    return judged;
 }
 
-bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
-                      const IntensityOptions& options, const QStringList& listTaken, CRunReport& report,
-                      IntegrationFiles& files, QString* pstrReason)
+std::optional<IntegrationFiles> writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
+                                                 const IntensityOptions& options,
+                                                 const QStringList& listTaken, CRunReport& report,
+                                                 QString* pstrReason)
 {
     const QString strFile = fileOfProject(dataSet, ResultFile::Integrated);
     const int nMost = 255;  // bytes, the limit of names in common file systems
     if (QFile::encodeName(QFileInfo(strFile).fileName()).size() > nMost) {
-        files = {};
         report.addMessage(QStringLiteral("No files of the intensities: the name of the series is too long."),
                           Severity::Milestone);
-        return true;
+        return IntegrationFiles();
     }
     StructureOptions structure;
     structure.strName = dataSet.m_strProjectName;
@@ -109,15 +108,17 @@ bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
     const StructureData data = structureData(result, structure);
     QString strBase = strFile;
     strBase.chop(resultSuffix(ResultFile::Integrated).size());
-    if (!writeIntegrationFiles(result, data, strBase, listTaken, files, pstrReason)) {
-        return false;
+    const std::optional<IntegrationFiles> files = writeIntegrationFiles(result, data, strBase, listTaken,
+                                                                        pstrReason);
+    if (!files) {
+        return {};
     }
-    for (const QString& strNote : files.listNote) {
+    for (const QString& strNote : files->listNote) {
         report.addMessage(strNote, Severity::Milestone);
     }
     report.addMessage(
-        QStringLiteral("Intensities written: %1").arg(files.listFile.join(QStringLiteral(", "))));
-    return true;
+        QStringLiteral("Intensities written: %1").arg(files->listFile.join(QStringLiteral(", "))));
+    return files;
 }
 
 }  // namespace tessera

@@ -7,9 +7,9 @@
 #include "integration/integrationjudgement.h"
 #include "integration/integrationresult.h"
 #include "lattice/latticeanalysis.h"
-#include "records/runoutcome.h"
 #include "records/runparameters.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 #include "refinement/geometryrefinement.h"
 
 #include <optional>
@@ -38,18 +38,18 @@ const QStringList& laueClassNames();
 /// Predicts, integrates, scales and merges the reflections of a series, and judges the result.
 /// @param refined   refined geometry; null: that of the data set
 /// @param lattice   analysis of the lattice of the cell in force; may be null
-/// @param result    replaced if the run finished, else left as it was
-RunOutcome findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
-                           const GeometryRefinement* refined, const LatticeAnalysis* lattice,
-                           const IntensityOptions& options, int nJobs, CRunReport& report,
-                           IntegrationResult& result);
+RunResult<IntegrationResult> findIntensities(const DataSet& dataSet, const MappingParameters& mapping,
+                                             const GeometryRefinement* refined,
+                                             const LatticeAnalysis* lattice, const IntensityOptions& options,
+                                             int nJobs, CRunReport& report);
 
 /// Writes the result files, see writeIntegrationFiles(). The report mentions files that got another name.
 /// @param listTaken  files that must not be replaced
-/// @param files      gets what was written
-/// @return false with the reason, and all files as they were, if a file cannot be written
-[[nodiscard]] bool writeIntensities(const DataSet& dataSet, const IntegrationResult& result,
-                                    const IntensityOptions& options, const QStringList& listTaken,
-                                    CRunReport& report, IntegrationFiles& files, QString* pstrReason);
+/// @return what was written; nothing, with the reason and all files as they were, if a file cannot be written
+[[nodiscard]] std::optional<IntegrationFiles> writeIntensities(const DataSet& dataSet,
+                                                               const IntegrationResult& result,
+                                                               const IntensityOptions& options,
+                                                               const QStringList& listTaken,
+                                                               CRunReport& report, QString* pstrReason);
 
 }  // namespace tessera

@@ -6,10 +6,9 @@
 
 namespace tessera {
 
-RunOutcome findSections(const DataSet& dataSet, const MappingParameters& mapping,
-                        const GeometryRefinement* refined, const std::vector<SectionPlane>& listPlane,
-                        const SectionOptions& options, int nJobs, CRunReport& report,
-                        std::vector<ReciprocalSection>& listSection)
+RunResult<std::vector<ReciprocalSection>> findSections(
+    const DataSet& dataSet, const MappingParameters& mapping, const GeometryRefinement* refined,
+    const std::vector<SectionPlane>& listPlane, const SectionOptions& options, int nJobs, CRunReport& report)
 {
     if (!cellInForce(dataSet)) {
         return refuseRun(report, QStringLiteral("A section needs a unit cell: find or load one first."));
@@ -18,7 +17,7 @@ RunOutcome findSections(const DataSet& dataSet, const MappingParameters& mapping
     if (!series) {
         return refuseRun(report, QStringLiteral("A section needs the tilts and the shifts of all frames."));
     }
-    return makeSections(dataSet, *series, listPlane, options, nJobs, report, listSection);
+    return makeSections(dataSet, *series, listPlane, options, nJobs, report);
 }
 
 QStringList sectionFiles(const DataSet& dataSet, const std::vector<SectionPlane>& listPlane)
@@ -35,17 +34,17 @@ bool writeSectionsOfRoad(RoadState& state)
 {
     const ExportOptions& exports = state.options.exports;
     const GeometryRefinement* pRefined = state.results.geometry ? &*state.results.geometry : nullptr;
-    std::vector<ReciprocalSection> listSection;
-    if (!findSections(state.dataSet, state.mapping, pRefined, exports.listSection, exports.section,
-                      state.options.jobs(), state.report, listSection)
-             .finished()) {
+    const RunResult<std::vector<ReciprocalSection>> sections = findSections(
+        state.dataSet, state.mapping, pRefined, exports.listSection, exports.section, state.options.jobs(),
+        state.report);
+    if (!sections.finished()) {
         return false;
     }
     const int nBefore = state.results.listFile.size();
     const bool bWritten =
-        writeSections(state.dataSet, listSection, {}, state.report, &state.results.listFile).finished();
+        writeSections(state.dataSet, *sections.made, {}, state.report, &state.results.listFile).finished();
     QStringList listFile = state.results.listFile.mid(nBefore);
-    for (const ReciprocalSection& section : listSection) {
+    for (const ReciprocalSection& section : *sections.made) {
         if (listFile.size() < 2) {
             break;  // this section and the following ones are not written
         }

@@ -13,12 +13,10 @@ namespace tessera {
 
 /// Makes sections with the refined geometry if there is one, else with the cell in force and the geometry of
 /// the mapping. Refuses, with the reason in the report, without cell, tilts or shifts.
-/// @param refined      may be null
-/// @param listSection  replaced if the run finished, else left as it was
-RunOutcome findSections(const DataSet& dataSet, const MappingParameters& mapping,
-                        const GeometryRefinement* refined, const std::vector<SectionPlane>& listPlane,
-                        const SectionOptions& options, int nJobs, CRunReport& report,
-                        std::vector<ReciprocalSection>& listSection);
+/// @param refined  may be null
+RunResult<std::vector<ReciprocalSection>> findSections(
+    const DataSet& dataSet, const MappingParameters& mapping, const GeometryRefinement* refined,
+    const std::vector<SectionPlane>& listPlane, const SectionOptions& options, int nJobs, CRunReport& report);
 
 /// The paths of the files of sections: MRC and PNG for each section in turn.
 QStringList sectionFiles(const DataSet& dataSet, const std::vector<SectionPlane>& listPlane);

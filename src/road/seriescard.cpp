@@ -66,11 +66,11 @@ std::optional<ToldLattice> toldBy(const QJsonObject& summary)
 /// The same for a file: a summary of the driver, or the record of a run, which has a part for each stage.
 std::optional<ToldLattice> toldByFile(const QString& strFileName)
 {
-    QByteArray bytes;
-    if (!readFileBytes(strFileName, bytes, g_nMaxTextFile)) {
+    const std::optional<QByteArray> bytes = readFileBytes(strFileName, g_nMaxTextFile);
+    if (!bytes) {
         return std::nullopt;
     }
-    const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+    const QJsonObject object = QJsonDocument::fromJson(*bytes).object();
     if (std::optional<ToldLattice> told = toldBy(object)) {
         return told;
     }

@@ -38,9 +38,9 @@ GeometryRefinement refinedGeometry(DataSet& dataSet, const MappingParameters& ma
 
 }  // namespace
 
-RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
-                               const IntensityOptions& options, int nJobs, CRunReport& report,
-                               IntegrationResult& result)
+RunResult<IntegrationResult> intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
+                                                 const IntensityOptions& options, int nJobs,
+                                                 CRunReport& report)
 {
     const std::optional<ReciprocalBasis> basis = cellInForce(dataSet);
     if (!basis) {
@@ -51,20 +51,20 @@ RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mappin
     const LatticeAnalysis lattice = analyseLattice(latticeBasisOf(*basis), latticePoints(dataSet), further,
                                                    [&report] { return report.goOn(); });
     const GeometryRefinement refined = refinedGeometry(dataSet, mapping, lattice, nJobs, report);
-    RunOutcome outcome = {RunEnd::Stopped, {}};
+    RunResult<IntegrationResult> result = RunOutcome{RunEnd::Stopped, {}};
     if (report.goOn()) {
-        outcome = findIntensities(dataSet, mapping, refined.done() ? &refined : nullptr, &lattice, options,
-                                  nJobs, report, result);
+        result = findIntensities(dataSet, mapping, refined.done() ? &refined : nullptr, &lattice, options,
+                                 nJobs, report);
     }
-    if (outcome.finished()) {
-        for (const QString& strLine : integrationTable(result)) {
+    if (result.finished()) {
+        for (const QString& strLine : integrationTable(*result.made)) {
             report.addMessage(strLine);
         }
-        report.addMessage(judgementLine(judgeIntensities(result)), Severity::Milestone);
-    } else if (outcome.end == RunEnd::Stopped) {
+        report.addMessage(judgementLine(judgeIntensities(*result.made)), Severity::Milestone);
+    } else if (result.outcome.end == RunEnd::Stopped) {
         report.addMessage(QStringLiteral("The integration did not finish."), Severity::Error);
     }
-    return outcome;
+    return result;
 }
 
 }  // namespace tessera

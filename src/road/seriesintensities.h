@@ -8,9 +8,8 @@ namespace tessera {
 /// Does what the stages of the road do from an indexed data set on: analyses the lattice of the cell in
 /// force, refines the geometry if the peaks are indexed with that cell, determines the intensities, and
 /// writes their tables to the report. The data set is unchanged.
-/// @param result  replaced if the run finished, else left as it was
-RunOutcome intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
-                               const IntensityOptions& options, int nJobs, CRunReport& report,
-                               IntegrationResult& result);
+RunResult<IntegrationResult> intensitiesOfSeries(DataSet& dataSet, const MappingParameters& mapping,
+                                                 const IntensityOptions& options, int nJobs,
+                                                 CRunReport& report);
 
 }  // namespace tessera

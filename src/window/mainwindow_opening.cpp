@@ -186,20 +186,19 @@ void MainWindow::openFiles(const QStringList& listFile)
 bool MainWindow::openReflectionList(const QString& strFileName)
 {
     WindowReport report(*this);
-    QList<Vec3D> listPoint;  // Å⁻¹
-    QList<HKLRef> listReflection;
     QString strReason;
-    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason)) {
+    const std::optional<ReflectionList> list = readReflectionList(strFileName, &strReason);
+    if (!list) {
         report.addMessage(QStringLiteral("Error reading reflection list: %1").arg(strReason),
                           Severity::Error);
         return false;
     }
     report.addMessage(
-        QStringLiteral("%L1 reflections loaded from %2.").arg(listPoint.size()).arg(strFileName));
+        QStringLiteral("%L1 reflections loaded from %2.").arg(list->listPoint.size()).arg(strFileName));
     withoutLatticeColors([&] {
         m_rawGroups.keep(m_dataSet, *m_pView3DRaw);
         m_rawGroups.setHoldsPeaks(false);
-        showInRawView(peaksOfReflectionList(listPoint, listReflection));
+        showInRawView(peaksOfReflectionList(list->listPoint, list->listReflection));
     });
     m_pTabWidget->setCurrentIndex(1);
     return true;

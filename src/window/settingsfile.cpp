@@ -16,12 +16,12 @@ constexpr qint64 g_nMaxSettings = 16000000;  // bytes; the program writes some k
 
 QString reasonNotToRead(const QString& strFile)
 {
-    QByteArray bytes;
     QString strReason;
-    if (!readFileBytes(strFile, bytes, g_nMaxSettings, &strReason)) {
+    const std::optional<QByteArray> bytes = readFileBytes(strFile, g_nMaxSettings, &strReason);
+    if (!bytes) {
         return strReason;
     }
-    if (bytes.contains("@Variant")) {
+    if (bytes->contains("@Variant")) {
         return QStringLiteral("%1: holds a serialized object").arg(strFile);
     }
     if (QSettings(strFile, QSettings::IniFormat).status() != QSettings::NoError) {

@@ -147,24 +147,24 @@ KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrR
     return readHead(file, work, pstrReason);
 }
 
-bool readKeptState(const KeptWork& work, WorkState& state, QString* pstrReason)
+std::optional<WorkState> readKeptState(const KeptWork& work, QString* pstrReason)
 {
     QFile file(work.strFile);
     if (!file.open(QIODevice::ReadOnly)) {
         withReason(KeptWorkHead::Unreadable, pstrReason,
                    work.strFile + QStringLiteral(": ") + file.errorString());
-        return false;
+        return {};
     }
     KeptWork headAgain;  // read only to get to the state behind it
-    QString strReason;
     if (readHead(file, headAgain, pstrReason) != KeptWorkHead::Good) {
-        return false;
+        return {};
     }
-    if (!workStateFromBytes(file.readAll(), state, &strReason)) {
+    QString strReason;
+    std::optional<WorkState> state = workStateFromBytes(file.readAll(), &strReason);
+    if (!state) {
         withReason(KeptWorkHead::Damaged, pstrReason, work.strFile + QStringLiteral(": ") + strReason);
-        return false;
     }
-    return true;
+    return state;
 }
 
 QString interruptedText(const KeptWork& work, const QDate& today, const QLocale& locale)

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace tessera {
 
 /// The head of the file.
@@ -39,8 +41,8 @@ enum class KeptWorkHead {
 /// @param work  replaced if the head is good, else left as it was
 KeptWorkHead readKeptWork(const QString& strFile, KeptWork& work, QString* pstrReason = nullptr);
 /// Reads the state of a kept work.
-/// @return false with the reason, and `state` as it was, if the file cannot be read
-bool readKeptState(const KeptWork& work, WorkState& state, QString* pstrReason = nullptr);
+/// @return nothing, with the reason, if the file cannot be read
+std::optional<WorkState> readKeptState(const KeptWork& work, QString* pstrReason = nullptr);
 
 /// A sentence for the user: 'The work on garnet.ed3d of 12:31 was interrupted after "Solve".'
 /// @param today  the user's date; a time on another day is given with its date

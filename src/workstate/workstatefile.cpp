@@ -22,12 +22,12 @@ QByteArray sumOf(const QByteArray& bytes)
     return QCryptographicHash::hash(bytes, QCryptographicHash::Md5);
 }
 
-bool refused(QString* pstrReason, const QString& strWhy)
+std::nullopt_t refused(QString* pstrReason, const QString& strWhy)
 {
     if (pstrReason) {
         *pstrReason = strWhy;
     }
-    return false;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ QByteArray workStateBytes(const WorkState& state)
     return bytes.isEmpty() ? bytes : workStateHead(bytes) + bytes;
 }
 
-bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstrReason)
+std::optional<WorkState> workStateFromBytes(const QByteArray& bytes, QString* pstrReason)
 {
     const int nHead = mark().size() + g_nVersionBytes + g_nSumBytes;
     if (!bytes.startsWith(mark()) || bytes.size() < nHead) {
@@ -65,13 +65,12 @@ bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstr
         return refused(pstrReason, QStringLiteral("It is damaged: the check sum is wrong."));
     }
     CStateReader reader(bytesValues);
-    WorkState stateRead;
-    reader.take(stateRead);
+    WorkState state;
+    reader.take(state);
     if (!reader.isWhole()) {
         return refused(pstrReason, QStringLiteral("It is damaged: a value is missing, or not of its kind."));
     }
-    state = stateRead;
-    return true;
+    return state;
 }
 
 }  // namespace tessera

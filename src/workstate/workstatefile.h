@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// Version of the layout of the bytes. It must be raised with every change of a record that a state contains.
@@ -15,8 +17,8 @@ constexpr quint32 g_nWorkStateVersion = 2;
 /// @return empty if they would exceed 2 GB
 QByteArray workStateBytes(const WorkState& state);
 /// Reads a state. Memory stays within a few times the size of the bytes, whatever they contain.
-/// @return false with the reason, and `state` as it was, if the bytes are damaged or of an unknown version
-bool workStateFromBytes(const QByteArray& bytes, WorkState& state, QString* pstrReason = nullptr);
+/// @return nothing, with the reason, if the bytes are damaged or of an unknown version
+std::optional<WorkState> workStateFromBytes(const QByteArray& bytes, QString* pstrReason = nullptr);
 
 /// The head that workStateBytes() writes before the values: magic bytes, version, MD5 of the values.
 QByteArray workStateHead(const QByteArray& bytesValues);

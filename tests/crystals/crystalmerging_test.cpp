@@ -39,12 +39,11 @@ Crystal alien(const CellParameters& cell, const char* szHall, double dfDMin, uns
 MergedCrystals mergedOf(const std::vector<Crystal>& listCrystal, const CrystalMergeOptions& options = {})
 {
     CRunReport report;
-    MergedCrystals merged;
     const CrystalGroups groups = groupByCell(listCrystal);
     EXPECT_EQ(groups.listGroup.size(), 1u);
-    const RunOutcome outcome = mergeCrystals(listCrystal, groups.listGroup.front(), options, report, merged);
-    EXPECT_TRUE(outcome.finished()) << qPrintable(outcome.strReason);
-    return merged;
+    auto merged = mergeCrystals(listCrystal, groups.listGroup.front(), options, report);
+    EXPECT_TRUE(merged.finished()) << qPrintable(merged.outcome.strReason);
+    return std::move(merged.made).value_or(MergedCrystals());
 }
 
 std::set<int> leftOut(const MergedCrystals& merged)
@@ -303,9 +302,9 @@ TEST(CrystalMerging, warnsOfAClassThatTheIntensitiesDoNotHave)
         options.bKeepAll = true;
         options.judgement.strLaueClass = QLatin1String(strClass);
         CRecordingReport report;
-        MergedCrystals merged;
-        ASSERT_TRUE(mergeCrystals(list, group, options, report, merged).finished());
-        EXPECT_EQ(merged.result.chosen.strClass, QLatin1String(strClass));
+        const auto merged = mergeCrystals(list, group, options, report);
+        ASSERT_TRUE(merged.finished());
+        EXPECT_EQ(merged.made->result.chosen.strClass, QLatin1String(strClass));
         EXPECT_EQ(report.m_listLine.filter(QStringLiteral("is not that of the intensities")).size(),
                   bWarns ? 1 : 0)
             << strClass;
@@ -334,9 +333,7 @@ TEST(CrystalMerging, warnsOfAClassThatMixesAlternativesOfTheIndices)
         CrystalMergeOptions options;
         options.judgement.strLaueClass = QLatin1String(one.szClass);
         CRecordingReport report;
-        MergedCrystals merged;
-        ASSERT_TRUE(
-            mergeCrystals(list, groupByCell(list).listGroup.front(), options, report, merged).finished());
+        ASSERT_TRUE(mergeCrystals(list, groupByCell(list).listGroup.front(), options, report).finished());
         EXPECT_EQ(report.said("do not agree within the single crystals, whose intensities have -3m1"),
                   one.bWarns)
             << one.szHall << one.szClass << report.log().toStdString();
@@ -357,12 +354,10 @@ TEST(CrystalMerging, warnsWhereManyObservationsAreOutliers)
             }
         }
         CRecordingReport report;
-        MergedCrystals merged;
         CrystalMergeOptions options;
         options.bKeepAll = true;
         options.judgement.strLaueClass = QStringLiteral("-3m1");
-        ASSERT_TRUE(
-            mergeCrystals(list, groupByCell(list).listGroup.front(), options, report, merged).finished());
+        ASSERT_TRUE(mergeCrystals(list, groupByCell(list).listGroup.front(), options, report).finished());
         EXPECT_EQ(report.said("are rejected as outliers"), nEach == 8) << report.log().toStdString();
     }
 }
@@ -380,14 +375,12 @@ TEST(CrystalMerging, stopsAndTellsWhatCannotBe)
     for (const int nCalls : {1, 3, 7, 12}) {
         Stopping report;
         report.nLeft = nCalls;
-        MergedCrystals merged;
-        merged.cellMean.a = 7;
-        EXPECT_EQ(mergeCrystals(list, group, {}, report, merged).end, RunEnd::Stopped) << nCalls;
-        EXPECT_EQ(merged.cellMean.a, 7);
+        const auto merged = mergeCrystals(list, group, {}, report);
+        EXPECT_EQ(merged.outcome.end, RunEnd::Stopped) << nCalls;
+        EXPECT_FALSE(merged.made) << nCalls;
     }
     CRunReport report;
-    MergedCrystals merged;
-    EXPECT_EQ(mergeCrystals(list, CrystalGroup(), {}, report, merged).end, RunEnd::Failed);
+    EXPECT_EQ(mergeCrystals(list, CrystalGroup(), {}, report).outcome.end, RunEnd::Failed);
     const MergedCrystals one = mergedOf({list.front()});
     EXPECT_EQ(one.listUsed, std::vector<char>{1});
     EXPECT_EQ(one.result.quality.overall.nObserved, int(list.front().listIntensity.size()));

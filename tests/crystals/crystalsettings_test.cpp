@@ -57,9 +57,9 @@ void expectOneSetting(const SettledCrystals& settled, const std::vector<CrystalT
     const Eigen::Matrix3d matFirst = toGroup(settled.listSettled.front());
     for (const SettledCrystal& crystal : settled.listSettled) {
         const Eigen::Matrix3d mat = matFirst.inverse() * toGroup(crystal);
-        std::array<int, 3> anImage = {};
-        ASSERT_TRUE(wholeIndex(mat, anGeneral, anImage));
-        EXPECT_EQ(compound.representative(anImage), compound.representative(anGeneral))
+        const auto anImage = wholeIndex(mat, anGeneral);
+        ASSERT_TRUE(anImage);
+        EXPECT_EQ(compound.representative(*anImage), compound.representative(anGeneral))
             << szName << ", crystal " << crystal.nCrystal;
         EXPECT_GT(crystal.dfCorrelation, 0.8);
         EXPECT_LT(crystal.dfSecond, crystal.dfCorrelation);

@@ -48,8 +48,9 @@ TEST(SeriesTogether, quartzComesIntoOneSetting)
     const CrystalGroups groups = groupByCell(read.listCrystal);
     ASSERT_EQ(groups.listGroup.size(), 1u);
     CRunReport report;
-    MergedCrystals merged;
-    ASSERT_TRUE(mergeCrystals(read.listCrystal, groups.listGroup.front(), {}, report, merged).finished());
+    const auto result = mergeCrystals(read.listCrystal, groups.listGroup.front(), {}, report);
+    ASSERT_TRUE(result.finished());
+    const MergedCrystals& merged = *result.made;
     EXPECT_TRUE(merged.listLeftOut.empty());
     EXPECT_EQ(merged.result.chosen.strClass, QStringLiteral("-3m1"));
     std::set<int> setAlternative;

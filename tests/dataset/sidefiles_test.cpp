@@ -23,12 +23,13 @@ TEST(ShiftFile, ReadsGoodLinesInTheOrderOfTheirSerials)
           {"inf 20\n1 0 0\n", -1},
           {"10 20\n1 0 0\n3 0 0\n", -1},
           {" \n10 20\n1 0 0\n", -1}}) {
-        ShiftData shift{-7, 0, {}};
         QString strReason;
-        EXPECT_EQ(readShiftLines(splitTextLines(strText), shift, &strReason), nShifts >= 0) << strText;
+        const auto shift = readShiftLines(splitTextLines(strText), &strReason);
         EXPECT_EQ(strReason.isEmpty(), nShifts >= 0) << strText;
-        EXPECT_EQ(shift.dfCenterX, nShifts >= 0 ? 10 : -7) << strText;
-        EXPECT_EQ(shift.listShift.size(), qMax(nShifts, 0)) << strText;
+        EXPECT_EQ(shift ? shift->listShift.size() : -1, nShifts) << strText;
+        if (shift) {
+            EXPECT_EQ(shift->dfCenterX, 10) << strText;
+        }
     }
 }
 
@@ -51,12 +52,12 @@ TEST(ShiftFile, IsWrittenInColumnsAndKeepsALongerOneBeside)
     EXPECT_EQ(readBytes(strFile + "~"), bytesThree);
     EXPECT_TRUE(strReason.contains(strFile + "~"));
     ASSERT_TRUE(writeShiftFile(strFile, shiftTwo));
-    ShiftData shift;
-    ASSERT_TRUE(readShiftFile(strFile, shift));
-    EXPECT_EQ(shift.dfCenterX, 3);
-    EXPECT_EQ(shift.listShift, shiftTwo.listShift);
+    const auto shift = readShiftFile(strFile);
+    ASSERT_TRUE(shift);
+    EXPECT_EQ(shift->dfCenterX, 3);
+    EXPECT_EQ(shift->listShift, shiftTwo.listShift);
     for (const QString& strBad : {QString(), folder.filePath("none/a.sc")}) {
-        EXPECT_FALSE(writeShiftFile(strBad, shift));
+        EXPECT_FALSE(writeShiftFile(strBad, shiftTwo));
     }
 }
 
@@ -113,11 +114,9 @@ TEST(MaskFile, GathersTheCornersOfEachNumber)
 
 TEST(HotPixelFile, CutsCoordinatesAndChecksSerials)
 {
-    QList<QPoint> listPixel;
-    ASSERT_TRUE(readHotPixelLines(splitTextLines("1 12.9 7.9\n#\nx\n2 1e10 3\n2 -0.9 3\n"), listPixel));
-    EXPECT_EQ(listPixel, QList<QPoint>({{12, 7}, {0, 3}}));
-    EXPECT_FALSE(readHotPixelLines(splitTextLines("1 1 1\n3 1 1\n"), listPixel));
-    EXPECT_EQ(listPixel.size(), 2);
+    EXPECT_EQ(readHotPixelLines(splitTextLines("1 12.9 7.9\n#\nx\n2 1e10 3\n2 -0.9 3\n")),
+              QList<QPoint>({{12, 7}, {0, 3}}));
+    EXPECT_FALSE(readHotPixelLines(splitTextLines("1 1 1\n3 1 1\n")));
 }
 
 TEST(ReflectionList, TakesTenItemsWithoutAnS)
@@ -127,23 +126,21 @@ TEST(ReflectionList, TakesTenItemsWithoutAnS)
                                        "# title\n1 1.9 -2.9 0 0.3 0.4 0 5 100.5 ok\n2 1 1 1 1 1 1 1 1 sus\n"
                                        "3 1 1 1 1 1 1 1 1\n4 1 1 1 nan 1 1 1 1 a\n5 3e9 1 1 1 1 1 1 1 a\n"
                                        "7 1 0 0 0 0 2 0 7 S\r\n");
-    QList<Vec3D> listPoint;
-    QList<HKLRef> listReflection;
-    ASSERT_TRUE(readReflectionList(strFile, listPoint, listReflection));
+    const auto list = readReflectionList(strFile);
+    ASSERT_TRUE(list);
     QString strText;
-    for (const Peak3D& peak : peaksOfReflectionList(listPoint, listReflection)) {
-        strText += QString::asprintf("#%d: %d %d %g %g; ", peak.nID, listReflection[peak.nID].nH,
-                                     listReflection[peak.nID].nK, peak.dfDStar, peak.dfIPoint);
+    for (const Peak3D& peak : peaksOfReflectionList(list->listPoint, list->listReflection)) {
+        const HKLRef& reflection = list->listReflection[peak.nID];
+        strText += QString::asprintf("#%d: %d %d %g %g; ", peak.nID, reflection.nH, reflection.nK,
+                                     peak.dfDStar, peak.dfIPoint);
     }
     EXPECT_EQ(strText, QString("#0: 1 -2 0.5 100.5; #1: 1 0 2 7; "));
-    EXPECT_FALSE(
-        readReflectionList(writeBytes(folder.filePath("e.txt"), "words\n"), listPoint, listReflection));
-    EXPECT_EQ(listPoint.size(), 2);
+    EXPECT_FALSE(readReflectionList(writeBytes(folder.filePath("e.txt"), "words\n")));
     // Longer than a file beside the frames may be: two million reflections have some 100 MB.
     const QByteArray bytesLong = QByteArray(g_nMaxTextFile, '#') + "\n7 1 0 0 0 0 2 0 7 k";
-    ASSERT_TRUE(
-        readReflectionList(writeBytes(folder.filePath("l.txt"), bytesLong), listPoint, listReflection));
-    EXPECT_EQ(listPoint.size(), 1);
+    const auto listLong = readReflectionList(writeBytes(folder.filePath("l.txt"), bytesLong));
+    ASSERT_TRUE(listLong);
+    EXPECT_EQ(listLong->listPoint.size(), 1);
 }
 
 }  // namespace tessera

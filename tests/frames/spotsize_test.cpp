@@ -110,8 +110,7 @@ TEST(SeriesLook, IsTheSameForEveryNumberOfJobsAndAsEachAlone)
     series.removeFrame(0);  // it is looked at, and not missed
     const auto one = lookAtSeries(series.dataSet, {}, series.report, 1);
     const auto four = lookAtSeries(series.dataSet, {}, series.report, 4);
-    std::optional<SpotSize> size;
-    ASSERT_TRUE(measureSpotSize(series.dataSet, series.report, size));
+    const std::optional<SpotSize> size = measureSpotSize(series.dataSet, series.report).size;
     const auto defects = findFrameDefects(series.dataSet, series.report);
     ASSERT_TRUE(one);
     ASSERT_TRUE(four);

@@ -24,12 +24,10 @@ std::vector<ReciprocalSection> sections(const CSimulatedFrames& frames,
                                         const std::vector<SectionPlane>& listPlane,
                                         const SectionOptions& options, int nJobs = 2)
 {
-    std::vector<ReciprocalSection> listSection;
     CRunReport report;
-    EXPECT_TRUE(makeSections(frames.m_data, frames.m_geometry, listPlane, options, nJobs, report, listSection)
-                    .finished())
-        << report.reason().toStdString();
-    return listSection;
+    const auto made = makeSections(frames.m_data, frames.m_geometry, listPlane, options, nJobs, report);
+    EXPECT_TRUE(made.finished()) << report.reason().toStdString();
+    return made.made.value_or(std::vector<ReciprocalSection>(listPlane.size()));
 }
 
 /// The height of a spot above the background at a lattice point, and its centre of gravity.
@@ -291,12 +289,10 @@ TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
     SectionOptions options;
     options.dfMaxDStar = 0.7;
     options.dfThickness = 0.02;
-    std::vector<ReciprocalSection> listSection;
     CRunReport report;
-    ASSERT_TRUE(
-        makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report, listSection)
-            .finished());
-    const ReciprocalSection& section = listSection.front();
+    const auto made = makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report);
+    ASSERT_TRUE(made.finished());
+    const ReciprocalSection& section = made.made->front();
     // Perpendicular to the axis, a point at the distance d is on the sphere if its direction, rotated by the
     // tilt, is inclined by asin(d λ/2) to the plane of the frame, to either side.
     const double dfReach = radians(dfHalf + dfStep / 2);
@@ -366,16 +362,14 @@ TEST(ReciprocalSection, SpotsComeToTheirPlacesFromBetweenTheFrames)
     SectionOptions options;
     options.dfMaxDStar = 0.7;
     options.dfThickness = 0.008;  // passed within a part of a frame's turn
-    std::vector<ReciprocalSection> listSection;
     CRunReport report;
-    ASSERT_TRUE(
-        makeSections(frames.m_data, frames.m_geometry, {plane("[1 1 0]")}, options, 2, report, listSection)
-            .finished());
+    const auto made = makeSections(frames.m_data, frames.m_geometry, {plane("[1 1 0]")}, options, 2, report);
+    ASSERT_TRUE(made.finished());
     EXPECT_GT(listIndex.size(), 8U);
     EXPECT_GT(dfMostMove, 1.2) << "pixels, between the frame and the flash";
     int nSeen = 0;
     for (const std::array<int, 3>& an : listIndex) {
-        const SpotOnSection spot = spotAt(listSection.front(), an);
+        const SpotOnSection spot = spotAt(made.made->front(), an);
         nSeen += spot.bSeen;
         if (spot.bSeen) {
             EXPECT_LT(spot.dfOff, 0.2) << an[0] << " " << an[1] << " " << an[2];
@@ -415,11 +409,9 @@ TEST(ReciprocalSection, AveragesHaveTheSymmetryAndFewerGaps)
     // What touches the border of a gap by the last bits of a weight may be on one side alone.
     EXPECT_LT(nBroken, 1e-3 * double(averaged.listValue.size()));
     options.strLaueClass = "m-3m";
-    std::vector<ReciprocalSection> listSection;
     CRecordingReport report;
-    EXPECT_EQ(
-        makeSections(frames.m_data, frames.m_geometry, {plane("h0l")}, options, 1, report, listSection).end,
-        RunEnd::Refused);
+    EXPECT_EQ(makeSections(frames.m_data, frames.m_geometry, {plane("h0l")}, options, 1, report).outcome.end,
+              RunEnd::Refused);
     EXPECT_TRUE(report.reason().contains("m-3m"));
 }
 
@@ -441,19 +433,16 @@ TEST(ReciprocalSection, TheSameForEveryNumberOfThreadsAndNoneOfAStoppedRun)
                               one[n].listValue.size() * sizeof(float)),
                   0);
     }
-    std::vector<ReciprocalSection> listKept = one;
     CRecordingReport report;
     report.m_nStopAfter = 3;
-    EXPECT_EQ(
-        makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report, listKept).end,
-        RunEnd::Stopped);
-    EXPECT_EQ(listKept.front().plane.strName, "hk0");
+    EXPECT_EQ(makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report).outcome.end,
+              RunEnd::Stopped);
     // A frame that cannot be read is left out and told; none at all is a failure.
     QFile(frames.m_data.m_listFrameFile[3]).remove();
     CRecordingReport told;
-    EXPECT_TRUE(makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, told, listKept)
-                    .finished());
-    EXPECT_EQ(listKept.front().nFrames, 11);
+    const auto made = makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, told);
+    ASSERT_TRUE(made.finished());
+    EXPECT_EQ(made.made->front().nFrames, 11);
 }
 
 }  // namespace tessera

@@ -119,10 +119,22 @@ inline Agreement agreementWithTruth(const IntegratedSeries& integrated, const Si
     return agreement;
 }
 
+/// Integrates the frames into a result, with a report of the test and options.
+inline RunOutcome integrated(const CSimulatedFrames& frames, IntegratedSeries& result, CRunReport& report,
+                             const IntegrationOptions& options = {}, int nJobs = 2)
+{
+    RunResult<IntegratedSeries> made = integrateSeries(frames.m_data, frames.m_geometry, options, nJobs,
+                                                       report);
+    if (made.finished()) {
+        result = std::move(*made.made);
+    }
+    return made.outcome;
+}
+
 inline RunOutcome integrated(const CSimulatedFrames& frames, IntegratedSeries& result, int nJobs = 2)
 {
     CRunReport report;
-    return integrateSeries(frames.m_data, frames.m_geometry, {}, nJobs, report, result);
+    return integrated(frames, result, report, {}, nJobs);
 }
 
 }  // namespace tessera

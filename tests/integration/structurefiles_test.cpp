@@ -161,8 +161,7 @@ TEST(StructureFiles, RejectedOnesAreListedWithTheirReason)
 {
     IntegrationResult result = smallResult();
     QTemporaryDir dir;
-    IntegrationFiles files;
-    ASSERT_TRUE(writeIntegrationFiles(result, smallData(), dir.filePath("d"), {}, files));
+    ASSERT_TRUE(writeIntegrationFiles(result, smallData(), dir.filePath("d"), {}));
     EXPECT_EQ(readBytes(dir.filePath("d_rejected.csv")),
               "h,k,l,frame,x,y,intensity,sigma,deviation,why\n"
               "1,-1,0,2.3,0.0,0.0,1800,20,26.7,\"outlier; too strong, 'by far'\"\n"
@@ -172,23 +171,24 @@ TEST(StructureFiles, RejectedOnesAreListedWithTheirReason)
 TEST(StructureFiles, FilesOfTheUserAreNotReplaced)
 {
     QTemporaryDir dir;
-    IntegrationFiles files;
     const IntegrationResult result = smallResult();
     const StructureData data = smallData();
-    ASSERT_TRUE(writeIntegrationFiles(result, data, dir.filePath("d"), {}, files));
+    auto files = writeIntegrationFiles(result, data, dir.filePath("d"), {});
+    ASSERT_TRUE(files);
     const QStringList listOwn = {
         "d.cif", "d.ins", "d.mtz", "d_integrated.hkl", "d_integrated.ins", "d_merged.hkl", "d_rejected.csv"};
     EXPECT_EQ(namesIn(dir), listOwn);
-    EXPECT_TRUE(files.listNote.isEmpty());
-    ASSERT_TRUE(writeIntegrationFiles(result, data, dir.filePath("d"), {}, files));
+    EXPECT_TRUE(files->listNote.isEmpty());
+    ASSERT_TRUE(writeIntegrationFiles(result, data, dir.filePath("d"), {}));
     EXPECT_EQ(namesIn(dir), listOwn) << "unchanged ones are";
     const QByteArray bytesChanged = readBytes(dir.filePath("d_integrated.ins")) + "REM mine\n";
     writeBytes(dir.filePath("d_integrated.ins"), bytesChanged);
     writeBytes(dir.filePath("d.cif"), "data_mine\n");
-    ASSERT_TRUE(writeIntegrationFiles(result, data, dir.filePath("d"), {dir.filePath("d.mtz")}, files));
+    files = writeIntegrationFiles(result, data, dir.filePath("d"), {dir.filePath("d.mtz")});
+    ASSERT_TRUE(files);
     EXPECT_EQ(readBytes(dir.filePath("d_integrated.ins")), bytesChanged);
     EXPECT_EQ(readBytes(dir.filePath("d.cif")), "data_mine\n");
-    EXPECT_EQ(files.listNote.size(), 3);
+    EXPECT_EQ(files->listNote.size(), 3);
     EXPECT_EQ(namesIn(dir).size(), 10);
     EXPECT_TRUE(namesIn(dir).contains("d_integrated.mtz"));
 }
@@ -202,12 +202,12 @@ TEST(StructureFiles, AllOrNone)
         if (!bFull) {
             ASSERT_TRUE(QDir(dir.path()).mkdir("d_merged.hkl"));
         }
-        IntegrationFiles files;
         QString strReason;
         bool bWritten = false;
         {
             const CFileSizeLimit limit(bFull ? 60 : RLIM_INFINITY);
-            bWritten = writeIntegrationFiles(result, smallData(), dir.filePath("d"), {}, files, &strReason);
+            bWritten =
+                writeIntegrationFiles(result, smallData(), dir.filePath("d"), {}, &strReason).has_value();
         }
         EXPECT_FALSE(bWritten);
         EXPECT_TRUE(strReason.contains(dir.path())) << strReason.toStdString();

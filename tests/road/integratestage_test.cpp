@@ -120,17 +120,16 @@ TEST_F(IntegrateStage, TwoFramesAreRefused)
     MappingParameters mapping;
     CRecordingReport report;
     ASSERT_TRUE(openProject(data, mapping, dir.filePath("q.ed3d"), report));
-    IntegrationResult result;
-    EXPECT_EQ(findIntensities(data, mapping, nullptr, nullptr, {}, 1, report, result).end, RunEnd::Refused)
+    EXPECT_EQ(findIntensities(data, mapping, nullptr, nullptr, {}, 1, report).outcome.end, RunEnd::Refused)
         << "no cell";
     data.m_listCell = {{0.2, 0, 0}, {0, 0.2, 0}, {0, 0, 0.2}};
     data.m_listFrameFile = data.m_listFrameFile.mid(0, 2);
     data.m_listOverallTilt = data.m_listOverallTilt.mid(0, 2);
     data.m_listShift = {{0, 0}, {0, 0}};
-    const RunOutcome outcome = findIntensities(data, mapping, nullptr, nullptr, {}, 1, report, result);
-    EXPECT_EQ(outcome.end, RunEnd::Refused);
-    EXPECT_TRUE(outcome.strReason.contains("too few")) << outcome.strReason.toStdString();
-    EXPECT_TRUE(result.quality.listMerged.empty());
+    const auto result = findIntensities(data, mapping, nullptr, nullptr, {}, 1, report);
+    EXPECT_EQ(result.outcome.end, RunEnd::Refused);
+    EXPECT_TRUE(result.outcome.strReason.contains("too few")) << result.outcome.strReason.toStdString();
+    EXPECT_FALSE(result.made);
 }
 
 TEST(IntegrateOptions, BadOnesAreBadUsage)

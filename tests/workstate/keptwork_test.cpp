@@ -74,8 +74,9 @@ TEST_F(KeptWorks, TellWhatTheyAreOf)
               QStringLiteral("The work on garnet.ed3d of 12:31 was interrupted after \"Solve\"."));
     EXPECT_TRUE(interruptedText(work, QDate(2026, 11, 27), locale)
                     .contains(QStringLiteral("26 November 2026, 12:31")));
-    WorkState again;
-    ASSERT_TRUE(readKeptState(work, again));
+    const auto read = readKeptState(work);
+    ASSERT_TRUE(read);
+    const WorkState& again = *read;
     EXPECT_EQ(workStateBytes(again), workStateBytes(state));
 
     // The frame is missing from the beginning.
@@ -99,10 +100,9 @@ TEST_F(KeptWorks, SurviveDamageOfAnyByte)
         for (const QByteArray& bytesBad : {bytesFlipped, bytes.left(nPlace)}) {
             writeBytes(strFile, bytesBad);
             KeptWork work;
-            WorkState again;
             QString strReason;
             EXPECT_FALSE(readKeptWork(strFile, work, &strReason) == KeptWorkHead::Good &&
-                         readKeptState(work, again, &strReason))
+                         readKeptState(work, &strReason))
                 << nPlace;
             EXPECT_TRUE(strReason.contains(g_strStem)) << strReason.toStdString();
         }
@@ -190,11 +190,11 @@ TEST_F(KeptWorks, AreTheNewestThatCameAndGoWithACleanEnd)
         writer.wait();
         EXPECT_EQ(listStep, (QStringList{QStringLiteral("0"), QStringLiteral("4")}));
         KeptWork work;
-        WorkState state;
         const QString strFile = QDir(path()).entryInfoList({QStringLiteral("*.work")})[0].filePath();
         ASSERT_EQ(readKeptWork(strFile, work), KeptWorkHead::Good);
-        ASSERT_TRUE(readKeptState(work, state));
-        EXPECT_EQ(state.series.m_strProjectName, QStringLiteral("4"));
+        const auto state = readKeptState(work);
+        ASSERT_TRUE(state);
+        EXPECT_EQ(state->series.m_strProjectName, QStringLiteral("4"));
         EXPECT_EQ(QFile::permissions(strFile) & (QFile::ReadOther | QFile::ReadGroup), 0);
 
         writer.remove();  // another project

@@ -148,17 +148,14 @@ QString readPeaks(const QString& strFileName, const QByteArray& bytes)
 
 QString readShifts(const QString& strFileName, const QByteArray&)
 {
-    ShiftData shift;
-    shift.dfCenterX = 3;
-    shift.listShift = {QPointF(1, 2)};
     QString strReason;
-    if (!readShiftFile(strFileName, shift, &strReason)) {
-        return strReason.isEmpty() || shift.dfCenterX != 3 || shift.listShift.size() != 1
-                   ? QStringLiteral("a failure without a reason, or one that has changed the shifts")
-                   : g_strGood;
+    const std::optional<ShiftData> read = readShiftFile(strFileName, &strReason);
+    if (!read) {
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
     }
+    const ShiftData& shift = *read;
     bool bFits = shift.dfCenterX < 9999 && shift.dfCenterY < 9999 && shift.listShift.size() < 10000;
-    for (const QPointF& ptShift : qAsConst(shift.listShift)) {
+    for (const QPointF& ptShift : shift.listShift) {
         if (!std::isfinite(ptShift.x()) || !std::isfinite(ptShift.y())) {
             return QStringLiteral("a shift is no number");
         }
@@ -175,9 +172,8 @@ QString readShifts(const QString& strFileName, const QByteArray&)
         return QStringLiteral("not written");
     }
     const QByteArray bytesWritten = contentOf(written(strFileName));
-    ShiftData shiftAgain;
-    if (!shift.listShift.isEmpty() && (!readShiftFile(written(strFileName), shiftAgain, &strReason) ||
-                                       !writeShiftFile(written(strFileName), shiftAgain) ||
+    const std::optional<ShiftData> again = readShiftFile(written(strFileName), &strReason);
+    if (!shift.listShift.isEmpty() && (!again || !writeShiftFile(written(strFileName), *again) ||
                                        contentOf(written(strFileName)) != bytesWritten)) {
         return QStringLiteral("shifts change when written and read: %1").arg(strReason);
     }
@@ -294,17 +290,15 @@ QString readChoice(const QString& strFileName, const QByteArray&)
 
 QString readHotPixels(const QString& strFileName, const QByteArray&)
 {
-    QList<QPoint> listHotPixel{QPoint(7, 7)};
     QString strReason;
-    if (!readHotPixelFile(strFileName, listHotPixel, &strReason)) {
-        return strReason.isEmpty() || listHotPixel.size() != 1
-                   ? QStringLiteral("a failure without a reason, or one that has changed the list")
-                   : g_strGood;
+    const std::optional<QList<QPoint>> listHotPixel = readHotPixelFile(strFileName, &strReason);
+    if (!listHotPixel) {
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
     }
     CImgObj<float> image;
     image.Create(5, 4);
     image.Clear();
-    repairHotPixels(image, listHotPixel);
+    repairHotPixels(image, *listHotPixel);
     return std::all_of(image.Data(), image.Data() + 20, [](float f) { return f == 0; })
                ? g_strGood
                : QStringLiteral("the mean of zeros is not zero");
@@ -312,23 +306,21 @@ QString readHotPixels(const QString& strFileName, const QByteArray&)
 
 QString readReflections(const QString& strFileName, const QByteArray&)
 {
-    QList<Vec3D> listPoint{Vec3D{1, 2, 3}};
-    QList<HKLRef> listReflection{HKLRef()};
     QString strReason;
-    if (!readReflectionList(strFileName, listPoint, listReflection, &strReason)) {
-        return strReason.isEmpty() || listPoint.size() != 1 || listReflection.size() != 1
-                   ? QStringLiteral("a failure without a reason, or one that has changed the lists")
-                   : g_strGood;
+    const std::optional<ReflectionList> list = readReflectionList(strFileName, &strReason);
+    if (!list) {
+        return strReason.isEmpty() ? QStringLiteral("a failure without a reason") : g_strGood;
     }
-    if (listPoint.size() != listReflection.size() || listPoint.isEmpty()) {
+    const QList<Vec3D>& listPoint = list->listPoint;
+    if (listPoint.size() != list->listReflection.size() || listPoint.isEmpty()) {
         return QStringLiteral("lists of different length");
     }
-    for (const Vec3D& v : qAsConst(listPoint)) {
+    for (const Vec3D& v : listPoint) {
         if (!finite(v)) {
             return QStringLiteral("a point is no number");
         }
     }
-    return peaksOfReflectionList(listPoint, listReflection).size() == listPoint.size()
+    return peaksOfReflectionList(listPoint, list->listReflection).size() == listPoint.size()
                ? g_strGood
                : QStringLiteral("points are lost");
 }
@@ -441,15 +433,13 @@ QString readWorkState(const QString&, const QByteArray& bytes)
 {
     const QByteArray bytesValues = bytes.mid(workStateHead({}).size());
     for (const QByteArray& bytesRead : {bytes, workStateHead(bytesValues) + bytesValues}) {
-        WorkState state;
-        state.series.m_strProjectName = QStringLiteral("former");
         QString strReason;
-        if (workStateFromBytes(bytesRead, state, &strReason)) {
-            if (workStateBytes(state) != bytesRead) {
-                return QStringLiteral("a state changes when written and read");
-            }
-        } else if (strReason.isEmpty() || state.series.m_strProjectName != QLatin1String("former")) {
-            return QStringLiteral("a failure without a reason, or one that has changed the state");
+        const std::optional<WorkState> state = workStateFromBytes(bytesRead, &strReason);
+        if (state && workStateBytes(*state) != bytesRead) {
+            return QStringLiteral("a state changes when written and read");
+        }
+        if (!state && strReason.isEmpty()) {
+            return QStringLiteral("a failure without a reason");
         }
     }
     return g_strGood;

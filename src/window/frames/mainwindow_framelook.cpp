@@ -81,33 +81,31 @@ void MainWindow::showSeriesPicture(SeriesPictureKind kind)
         m_pSeriesTitle->recheck();
         return;
     }
-    SeriesPicture picture;
-    bool bFinished = false;
+    std::optional<SeriesPicture> picture;
     const bool bBegun = runOnFrames(nullptr, [&](CRunReport& report) {
         computeAlive(report, [&](CAliveData& alive) {
-            bFinished = makeSeriesPicture(alive.dataSet(), kind, alive.report(), picture,
-                                          QThread::idealThreadCount())
-                            .finished();
+            picture =
+                makeSeriesPicture(alive.dataSet(), kind, alive.report(), QThread::idealThreadCount()).made;
         });
-        if (bFinished) {
-            report.addMessage(tr("%1>%2.").arg(currentTimeStamp(), seriesPictureText(picture)));
+        if (picture) {
+            report.addMessage(tr("%1>%2.").arg(currentTimeStamp(), seriesPictureText(*picture)));
         } else {
             report.addMessage(tr("%1>The picture of the series did not finish.").arg(currentTimeStamp()),
                               Severity::Error);
         }
     });
-    if (!bBegun || !bFinished) {
+    if (!bBegun || !picture) {
         m_pSeriesTitle->recheck();
         return;
     }
     m_pTabWidget->setCurrentIndex(0);
     guarded([&] {
-        auto pImage = std::make_unique<CImgObj<float>>(std::move(picture.image));
+        auto pImage = std::make_unique<CImgObj<float>>(std::move(picture->image));
         clearFrameMarks();
         releaseFrameImages(m_dataSet.m_vecFrameImage);
         m_dataSet.m_vecFrameImage.push_back(std::move(pImage));
         m_pContrast->beginOther(*m_dataSet.m_vecFrameImage.front());
-        m_pSeriesTitle->begin(picture);
+        m_pSeriesTitle->begin(*picture);
         refreshImageView();
     });
 }

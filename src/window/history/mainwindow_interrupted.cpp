@@ -80,20 +80,21 @@ bool MainWindow::restoreWork(Leftover& leftover)
         return false;
     }
     WindowReport report(*this);
-    WorkState state;
+    std::optional<WorkState> state;
     QString strReason;
     bool bShown = false;
     guarded([&] {
-        if (!readKeptState(leftover.work, state, &strReason)) {
+        state = readKeptState(leftover.work, &strReason);
+        if (!state) {
             report.addMessage(tr("The work cannot be restored: %1").arg(strReason), Severity::Error);
             return;
         }
-        bShown = showWorkState(state);
+        bShown = showWorkState(*state);
     });
     if (!bShown) {
         return false;
     }
-    for (const QString& strLine : changesSince(leftover.work, state)) {
+    for (const QString& strLine : changesSince(leftover.work, *state)) {
         report.addMessage(strLine, Severity::Warning);
     }
     report.addMessage(

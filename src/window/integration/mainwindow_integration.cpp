@@ -54,12 +54,15 @@ void MainWindow::giveIntegrationRuns(IntegrationHost& host)
 {
     host.fnProfile = [this](const IntegrationResult& result, const Observation& observation,
                             CRunReport& report, ObservationProfile& profile) {
-        bool bDone = false;
+        std::optional<ObservationProfile> looked;
         computeAlive(report, [&](CAliveData& alive) {
-            bDone = lookAtObservation(alive.dataSet(), result.series, result.integrated.model, observation,
-                                      alive.report(), profile);
+            looked = lookAtObservation(alive.dataSet(), result.series, result.integrated.model, observation,
+                                       alive.report());
         });
-        return bDone;
+        if (looked) {
+            profile = std::move(*looked);
+        }
+        return looked.has_value();
     };
     host.fnIntegrate = [this](const IntensityOptions& options, CRunReport& report,
                               IntegrationResult& result) {
@@ -67,8 +70,12 @@ void MainWindow::giveIntegrationRuns(IntegrationHost& host)
         const MappingParameters mapping = m_mapping;
         const GeometryMade made = madeWithGeometry(m_dataSet);
         computeAlive(report, [&](CAliveData& alive) {
-            outcome = intensitiesOfSeries(alive.dataSet(), mapping, options, QThread::idealThreadCount(),
-                                          alive.report(), result);
+            RunResult<IntegrationResult> found = intensitiesOfSeries(
+                alive.dataSet(), mapping, options, QThread::idealThreadCount(), alive.report());
+            outcome = found.outcome;
+            if (found.finished()) {
+                result = std::move(*found.made);
+            }
         });
         if (outcome.finished()) {
             m_dataSet.m_made.integration = made;
@@ -77,11 +84,10 @@ void MainWindow::giveIntegrationRuns(IntegrationHost& host)
     };
     host.fnWrite = [this](const IntegrationResult& result, const IntensityOptions& options,
                           CRunReport& report, QString* pstrReason) {
-        IntegrationFiles files;
         bool bWritten = false;
         computeAlive(report, [&](CAliveData& alive) {
-            bWritten = writeIntensities(alive.dataSet(), result, options, {}, alive.report(), files,
-                                        pstrReason);
+            bWritten = writeIntensities(alive.dataSet(), result, options, {}, alive.report(), pstrReason)
+                           .has_value();
         });
         return bWritten;
     };

@@ -215,13 +215,13 @@ void TiltsBox::askFile(const QString& strFolder)
     if (strFile.isEmpty()) {
         return;
     }
-    QByteArray bytesText;
     QString strReason;
-    if (!readFileBytes(strFile, bytesText, g_nMaxTiltFile, &strReason)) {
+    const std::optional<QByteArray> bytesText = readFileBytes(strFile, g_nMaxTiltFile, &strReason);
+    if (!bytesText) {
         QMessageBox::warning(window(), window()->windowTitle(), strReason);
         return;
     }
-    m_pTiltEdit->setPlainText(QString::fromUtf8(withoutByteOrderMark(bytesText)));
+    m_pTiltEdit->setPlainText(QString::fromUtf8(withoutByteOrderMark(*bytesText)));
 }
 
 bool TiltsBox::hasList() const

@@ -21,10 +21,9 @@ void MainWindow::createSections()
     host.fnRun = [this](QPushButton* pButton, const std::function<void(CRunReport&)>& fn) {
         runWithButton(m_bRunning, pButton, fn);
     };
-    host.fnMake = [this](const SectionPlane& plane, const SectionOptions& options, CRunReport& report,
-                         std::vector<ReciprocalSection>& listSection) {
+    host.fnMake = [this](const SectionPlane& plane, const SectionOptions& options, CRunReport& report) {
         return findSections(m_dataSet, m_mapping, m_pGeometry->refinement(), {plane}, options,
-                            QThread::idealThreadCount(), report, listSection);
+                            QThread::idealThreadCount(), report);
     };
     host.fnChoose = [this](int nReflection) { m_pSelection->chooseReflection(nReflection); };
     host.fnComplain = [this](const QString& strReason) { m_pMessageEdit->addMessage(strReason, Qt::red); };

@@ -65,10 +65,9 @@ void SectionsController::showWindow()
 void SectionsController::make()
 {
     m_host.fnRun(m_pWindow->m_pButtonMake, [this](CRunReport& report) {
-        std::vector<ReciprocalSection> listSection;
-        const SectionPlane plane = m_pWindow->plane();
-        if (m_host.fnMake(plane, m_pWindow->options(), report, listSection).finished()) {
-            m_section = listSection.front();
+        const auto sections = m_host.fnMake(m_pWindow->plane(), m_pWindow->options(), report);
+        if (sections.finished()) {
+            m_section = sections.made->front();
             report.addMessage(describeSection(*m_section));
             m_pWindow->m_pView->ring({});
         }

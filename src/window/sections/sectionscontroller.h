@@ -3,8 +3,8 @@
 
 #include "dataset/dataset.h"
 #include "integration/reciprocalsection.h"
-#include "records/runoutcome.h"
 #include "records/runreport.h"
+#include "records/runresult.h"
 
 #include <QObject>
 #include <QString>
@@ -28,9 +28,9 @@ struct SectionsHost {
     QWidget* pParent = nullptr;  ///< of the window of the sections
     /// A run that its button stops.
     std::function<void(QPushButton*, const std::function<void(CRunReport&)>&)> fnRun;
-    /// Makes a section from the frames; it is replaced when the run finished.
-    std::function<RunOutcome(const SectionPlane&, const SectionOptions&, CRunReport&,
-                             std::vector<ReciprocalSection>&)>
+    /// Makes a section from the frames.
+    std::function<RunResult<std::vector<ReciprocalSection>>(const SectionPlane&, const SectionOptions&,
+                                                            CRunReport&)>
         fnMake;
     std::function<void(int)> fnChoose;                       ///< a reflection by its number
     std::function<void(const QString&)> fnComplain;          ///< a red line
