@@ -47,8 +47,13 @@ uint64_t imagesInOne(CTiffBytes& tiff, const TiffDirectory& directory)
     return 1;
 }
 
-/// Goes through all pages, or through all that are no copies or masks.
-TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
+enum class Pages {
+    All,
+    Images,  ///< those that are no copies or masks
+};
+
+/// Goes through the pages.
+TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, Pages pages)
 {
     TiffSeries series;
     std::unordered_set<uint64_t> setSeen;
@@ -75,7 +80,7 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
             break;
         }
         nPlace = directory->nNext;
-        if (!bAll && isAside(tiff, *directory)) {
+        if (pages == Pages::Images && isAside(tiff, *directory)) {
             continue;
         }
         const std::pair<uint64_t, uint64_t> size = sizeOf(tiff, *directory);
@@ -102,9 +107,9 @@ TiffSeries walk(CTiffBytes& tiff, uint64_t nMost, bool bAll)
 
 TiffSeries walkTo(CTiffBytes& tiff, uint64_t nMost)
 {
-    TiffSeries series = walk(tiff, nMost, false);
+    TiffSeries series = walk(tiff, nMost, Pages::Images);
     if (series.vecPage.empty() && series.strEnd.isEmpty()) {  // a file with thumbnails only
-        series = walk(tiff, nMost, true);
+        series = walk(tiff, nMost, Pages::All);
     }
     return series;
 }

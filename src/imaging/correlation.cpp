@@ -33,14 +33,16 @@ bool isUsableSize(int nWidth, int nHeight)
     return nWidth > 0 && nHeight > 0 && std::int64_t(nWidth) * nHeight <= INT32_MAX;
 }
 
+enum class ZeroPoint { AtCorner, AtCentre };
+
 // Natural to centred layout, or back. For even sides both are the swap of quadrants; with an odd side
 // they differ by one element.
 template <typename T>
-void moveZeroPoint(T* pData, int nWidth, int nHeight, bool bToCentre)
+void moveZeroPoint(T* pData, int nWidth, int nHeight, ZeroPoint to)
 {
     if (nWidth % 2 == 0 && nHeight % 2 == 0) {
         ShiftCenter(pData, nWidth, nHeight);
-    } else if (bToCentre) {
+    } else if (to == ZeroPoint::AtCentre) {
         CyclicShift(pData, nWidth, nHeight, nWidth / 2, nHeight / 2);
     } else {
         CyclicShift(pData, nWidth, nHeight, -(nWidth / 2), -(nHeight / 2));
@@ -215,7 +217,7 @@ std::unique_ptr<COMPLEX[]> CCorrelation::CorrelationMap(int nWidth, int nHeight,
     const auto pCopyB = copyOf({pB, nWidth, nHeight});
     for (COMPLEX* pCopy : {pCopyA.get(), pCopyB.get()}) {
         if (bTransformed) {
-            moveZeroPoint(pCopy, nWidth, nHeight, false);
+            moveZeroPoint(pCopy, nWidth, nHeight, ZeroPoint::AtCorner);
         } else {
             Transform(pCopy, nWidth, nHeight, true);
         }
@@ -299,7 +301,7 @@ std::unique_ptr<float[]> Correlate(const COMPLEX* pA, const COMPLEX* pB, int nWi
     if (fDY > float(nMiddleY)) {
         fDY -= float(nHeight);
     }
-    moveZeroPoint(pMap.get(), nWidth, nHeight, true);
+    moveZeroPoint(pMap.get(), nWidth, nHeight, ZeroPoint::AtCentre);
     dfPeak = dfValue;
     dfShiftX = fDX;
     dfShiftY = fDY;

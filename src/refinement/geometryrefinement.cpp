@@ -17,6 +17,10 @@ const int g_nFewestPeaks = 20;
 const int g_nMostRounds = 10;
 // One eighth of randomly distributed indices is as near to whole numbers as the final tolerance requires.
 const double g_adfIndexTolerances[] = {0.4, 0.32, 0.25};
+
+/// Which tolerances the rounds of a fit take: one after the other, or the narrowest one alone.
+enum class IndexTolerance { Narrowing, Narrowest };
+
 // A geometry must fit at least this fraction of the peaks.
 const double g_dfLeastShare = 1.0 / 3;
 
@@ -121,7 +125,7 @@ public:
     /// Fixes numbers that the peaks do not determine, fits, and selects the peaks again, until nothing
     /// changes.
     /// @return false, with the reason in the result, if the refinement cannot go on
-    bool runRounds(GeometryFit& fit, bool bShrink)
+    bool runRounds(GeometryFit& fit, IndexTolerance tolerance)
     {
         const int nTolerances = 3;
         std::vector<int> listState;
@@ -133,7 +137,8 @@ public:
             if (!solveGeometry(m_work.residuals(), fit)) {
                 return fail(QStringLiteral("The fit of the geometry did not finish."));
             }
-            const int nTolerance = bShrink ? std::min(nRound, nTolerances - 1) : nTolerances - 1;
+            const int nTolerance = tolerance == IndexTolerance::Narrowing ? std::min(nRound, nTolerances - 1)
+                                                                          : nTolerances - 1;
             m_limits = chooseSpots(m_work, fit, g_adfIndexTolerances[nTolerance]);
             m_report.addMessage(QStringLiteral("Geometry, round %1: %2 of %3 peaks, rms %4 px.")
                                     .arg(nRound + 1)
@@ -202,7 +207,7 @@ public:
         }
         m_work = fine;
         m_result.bFinePlaces = true;
-        return runRounds(fit, false);
+        return runRounds(fit, IndexTolerance::Narrowest);
     }
 
     /// Adds spots without indices that lie where reflections are expected.
@@ -214,11 +219,12 @@ public:
         }
         const size_t nRest = m_work.listRest.size();
         m_result.nJoined = joinSpots(m_work, fit, m_limits);
-        m_report.addMessage(QStringLiteral("Geometry: %1 of %2 peaks without indices lie where reflections "
-                                           "are expected, and are included.")
-                                .arg(m_result.nJoined)
-                                .arg(nRest));
-        return m_result.nJoined == 0 || runRounds(fit, false);
+        m_report.addMessage(
+            QStringLiteral("Geometry: %1 of %2 peaks without indices lie where reflections are "
+                           "expected, and are included.")
+                .arg(m_result.nJoined)
+                .arg(nRest));
+        return m_result.nJoined == 0 || runRounds(fit, IndexTolerance::Narrowest);
     }
 
     void putDrift(GeometryModel& model) const
@@ -293,7 +299,7 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
         return;
     }
     GeometryFit fit = before;
-    if (!refinement.runRounds(fit, true)) {
+    if (!refinement.runRounds(fit, IndexTolerance::Narrowing)) {
         return;
     }
     if (options.bDrift) {
@@ -303,11 +309,11 @@ void refineSpots(GeometryWork& work, const DiffractionGeometry& start,
         return;
     }
     const bool bEllipse = chooseTerms(work, options, result.dfTiltRange, fit, result.listFixed, report);
-    if (!refinement.runRounds(fit, false) || !refinement.takeOthers(fit)) {
+    if (!refinement.runRounds(fit, IndexTolerance::Narrowest) || !refinement.takeOthers(fit)) {
         return;
     }
     if (options.bDrift && refinement.takeOutDrift(fit, options.nFrames) &&
-        !refinement.runRounds(fit, false)) {
+        !refinement.runRounds(fit, IndexTolerance::Narrowest)) {
         return;
     }
     result.free = geometryModel(work, fit, bEllipse);

@@ -22,6 +22,8 @@ const char* const g_aszSeries[] = {"series s0", "series s1", "series s2", "serie
 const char* const g_aszPoints[] = {"points s0", "points s1", "points s2", "points s3"};
 const char* const g_aszDash[] = {"", "7 3", "2 3", "9 3 2 3"};  // distinguishable without colours
 
+enum class Writing { Across, Upwards };
+
 /// Draws a plot on a page.
 class CDrawing {
 public:
@@ -85,13 +87,14 @@ private:
         m_page.close();
     }
 
-    void label(double dfX, double dfY, const QString& strText, const char* pszAnchor, bool bTurned = false)
+    void label(double dfX, double dfY, const QString& strText, const char* pszAnchor,
+               Writing writing = Writing::Across)
     {
         m_page.open("text", "axis");
         m_page.attribute("x", shortNumber(dfX));
         m_page.attribute("y", shortNumber(dfY));
         m_page.attribute("text-anchor", QLatin1String(pszAnchor));
-        if (bTurned) {
+        if (writing == Writing::Upwards) {
             m_page.attribute("transform", QStringLiteral("rotate(-90 %1 %2)").arg(dfX).arg(dfY));
         }
         m_page.text(strText);
@@ -113,7 +116,7 @@ private:
     void drawTitles()
     {
         label((m_frame.dfLeft + m_frame.dfRight) / 2, m_frame.dfHeight - 6, m_plot.strX, "middle");
-        label(14, (m_frame.dfTop + m_frame.dfBottom) / 2, m_plot.strY, "middle", true);
+        label(14, (m_frame.dfTop + m_frame.dfBottom) / 2, m_plot.strY, "middle", Writing::Upwards);
     }
 
     void drawSeries(const SvgSeries& series, size_t n)

@@ -68,7 +68,7 @@ void MergeController::addSeries()
     QString strReason;
     const QString strFolder = m_host.fnSeriesFolder(&strReason);
     if (strFolder.isEmpty()) {
-        m_pDialog->showState(strReason, true);
+        m_pDialog->showFault(strReason);
         return;
     }
     m_pDialog->m_pInput->giveFolders({strFolder});
@@ -126,7 +126,7 @@ void MergeController::say(const QString& strText, Severity severity)
 
 void MergeController::complain(const QString& strReason)
 {
-    m_pDialog->showState(strReason, true);
+    m_pDialog->showFault(strReason);
     say(strReason, Severity::Error);
 }
 
@@ -184,7 +184,7 @@ void MergeController::ended(const CrystalsJobOptions& options, const RunOutcome&
     m_pStop.reset();
     m_pDialog->setMerging(false);
     if (outcome.end == RunEnd::Stopped) {
-        m_pDialog->showState(tr("Stopped."), true);
+        m_pDialog->showFault(tr("Stopped."));
         say(tr("The merging of crystals was stopped."), Severity::Warning);
     } else {
         const bool bShown = !pResult->listCrystal.empty();
@@ -193,8 +193,11 @@ void MergeController::ended(const CrystalsJobOptions& options, const RunOutcome&
             m_pDialog->m_pTabs->setCurrentWidget(m_pDialog->m_pResult);
         }
         const bool bGood = outcome.finished() && outcome.strReason.isEmpty();
-        m_pDialog->showState(bGood ? tr("Written to %1").arg(options.strOutFolder) : outcome.strReason,
-                             !bGood);
+        if (bGood) {
+            m_pDialog->showState(tr("Written to %1").arg(options.strOutFolder));
+        } else {
+            m_pDialog->showFault(outcome.strReason);
+        }
         if (outcome.finished()) {
             say(tr("Crystals merged. %1 Files: %2").arg(mergedSummary(*pResult), options.strOutFolder),
                 Severity::Milestone);

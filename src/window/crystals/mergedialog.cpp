@@ -91,12 +91,16 @@ void MergeDialog::showProgress(const QString& strFormat, int nDone, int nAll)
     m_pProgress->setFormat(strLeft.isEmpty() ? strFormat : strFormat + QStringLiteral(", ") + strLeft);
 }
 
-void MergeDialog::showState(const QString& strText, bool bBad)
+void MergeDialog::showState(const QString& strText)
+{
+    m_pLabelState->setPalette(palette());
+    m_pLabelState->setText(strText);
+}
+
+void MergeDialog::showFault(const QString& strText)
 {
     QPalette paletteState = palette();
-    if (bBad) {
-        paletteState.setColor(QPalette::WindowText, readableOn(palette(), Qt::red));
-    }
+    paletteState.setColor(QPalette::WindowText, readableOn(palette(), Qt::red));
     m_pLabelState->setPalette(paletteState);
     m_pLabelState->setText(strText);
 }

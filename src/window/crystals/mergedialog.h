@@ -30,8 +30,9 @@ public:
     /// @param nAll  0: not known
     void showProgress(const QString& strFormat, int nDone, int nAll);
     /// The line above the buttons.
-    /// @param bBad  in red
-    void showState(const QString& strText, bool bBad = false);
+    void showState(const QString& strText);
+    /// The same in red, for what went wrong.
+    void showFault(const QString& strText);
     /// A line of the page "Log".
     void addLine(const QString& strText, Severity severity);
     /// Whether there is something to merge, and a report to open.
