@@ -58,6 +58,36 @@ bool measurePeaks(const CImgObj<float>& imgSmooth, const ExtractionParameters& p
     return true;
 }
 
+/// Makes the measured peaks the merged reflections, and forgets what refers to the former ones by number.
+void takeAsReflections(DataSet& dataSet, const QList<Peak3D>& listFlat)
+{
+    dataSet.m_listPeakMerged = listFlat;
+    dataSet.m_listPeakMergedShown = listFlat;
+    dataSet.m_listPeakChain.clear();
+    dataSet.m_vecReflectionFrame.clear();
+    dataSet.m_listReflectionIndexed.clear();
+    dataSet.m_made.indexed.reset();
+    if (dataSet.m_made.merged) {
+        // Only the intensities have changed: what was found from the reflections is as good as it was.
+        const quint64 nFormer = dataSet.m_made.merged->nMerged;
+        dataSet.m_made.merged->nMerged = printOfReflections(listFlat);
+        if (dataSet.m_made.cell && dataSet.m_made.cell->nMerged == nFormer) {
+            dataSet.m_made.cell->nMerged = dataSet.m_made.merged->nMerged;
+        }
+    }
+}
+
+/// Gives the peaks their former numbers again: chains and reflections stay, and the peaks keep referring to
+/// theirs.
+void restoreNumbers(const QVector<QList<Peak3D>>& peaksBefore, QVector<QList<Peak3D>>& peaksSorted)
+{
+    for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i) {
+        for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j) {
+            peaksSorted[i][j].nID = peaksBefore[i][j].nID;
+        }
+    }
+}
+
 }  // namespace
 
 RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorted,
@@ -104,29 +134,9 @@ RunOutcome extractIntensity(DataSet& dataSet, QVector<QList<Peak3D>>& peaksSorte
         return true;
     });
     if (outcome.end == RunEnd::Finished) {
-        dataSet.m_listPeakMerged = listFlat;
-        dataSet.m_listPeakMergedShown = listFlat;
-        // These refer to reflections by their numbers in the former list.
-        dataSet.m_listPeakChain.clear();
-        dataSet.m_vecReflectionFrame.clear();
-        dataSet.m_listReflectionIndexed.clear();
-        dataSet.m_made.indexed.reset();
-        if (dataSet.m_made.merged) {
-            // Only the intensities have changed: results that were derived from the reflections are still
-            // valid.
-            const quint64 nFormer = dataSet.m_made.merged->nMerged;
-            dataSet.m_made.merged->nMerged = printOfReflections(listFlat);
-            if (dataSet.m_made.cell && dataSet.m_made.cell->nMerged == nFormer) {
-                dataSet.m_made.cell->nMerged = dataSet.m_made.merged->nMerged;
-            }
-        }
+        takeAsReflections(dataSet, listFlat);
     } else {
-        // Chains and reflections stay, and the peaks keep referring to theirs.
-        for (int i = 0; i < std::min(peaksSorted.size(), peaksBefore.size()); ++i) {
-            for (int j = 0; j < std::min(peaksSorted[i].size(), peaksBefore[i].size()); ++j) {
-                peaksSorted[i][j].nID = peaksBefore[i][j].nID;
-            }
-        }
+        restoreNumbers(peaksBefore, peaksSorted);
     }
     run.sayEnd(outcome);
     return outcome;

@@ -67,6 +67,55 @@ QJsonObject proposalToJson(const LatticeProposal& proposal)
     return object;
 }
 
+template <size_t N>
+QJsonArray numbersToJson(const std::array<double, N>& adf)
+{
+    QJsonArray array;
+    for (const double df : adf) {
+        array.append(df);
+    }
+    return array;
+}
+
+/// The true spots found, by the ratio of their intensity to its error.
+QJsonArray foundToJson(const SeriesComparison& comparison)
+{
+    QJsonArray array;
+    for (int i = 0; i < 3; ++i) {
+        array.append(QJsonObject{{QStringLiteral("snr"), comparison.adfRatio[i]},
+                                 {QStringLiteral("spots"), comparison.anSpots[i]},
+                                 {QStringLiteral("found"), comparison.anFound[i]},
+                                 {QStringLiteral("share"), comparison.foundShare(i)}});
+    }
+    return array;
+}
+
+/// The cells from peak pairs, which have their errors alone.
+QJsonObject pairsToJson(const SeriesComparison& comparison)
+{
+    QJsonObject object;
+    for (const auto& [strName, errors] : comparison.mapPairs) {
+        object[strName] = QJsonObject{{QStringLiteral("lengthErrorPercent"), numbersToJson(errors.adfLength)},
+                                      {QStringLiteral("angleErrorDegrees"), numbersToJson(errors.adfAngle)}};
+    }
+    return object;
+}
+
+/// What was judged of the intensities; files that were not there have no entry.
+QJsonObject allIntensitiesToJson(const SeriesComparison& comparison)
+{
+    QJsonObject intensities;
+    for (const auto& [strName, object] :
+         {std::make_pair(QStringLiteral("integrated"), intensitiesToJson(comparison.integrated)),
+          std::make_pair(QStringLiteral("merged"), intensitiesToJson(comparison.merged)),
+          std::make_pair(QStringLiteral("symmetry"), symmetryToJson(comparison.symmetry))}) {
+        if (!object.isEmpty()) {
+            intensities[strName] = object;
+        }
+    }
+    return intensities;
+}
+
 QJsonArray latticesToJson(const SeriesComparison& comparison)
 {
     QJsonArray array;
@@ -143,66 +192,40 @@ QString latticesText(const SeriesComparison& comparison)
 
 QJsonObject comparisonToJson(const SeriesComparison& comparison)
 {
-    const auto array = [](const auto& list) {
-        QJsonArray result;
-        for (double df : list) {
-            result.append(df);
-        }
-        return result;
-    };
-    QJsonArray arrayFound;
-    for (int i = 0; i < 3; ++i) {
-        arrayFound.append(QJsonObject{{QStringLiteral("snr"), comparison.adfRatio[i]},
-                                      {QStringLiteral("spots"), comparison.anSpots[i]},
-                                      {QStringLiteral("found"), comparison.anFound[i]},
-                                      {QStringLiteral("share"), comparison.foundShare(i)}});
-    }
-    QJsonObject pairs;
-    for (const auto& [strName, errors] : comparison.mapPairs) {
-        pairs[strName] = QJsonObject{{QStringLiteral("lengthErrorPercent"), array(errors.adfLength)},
-                                     {QStringLiteral("angleErrorDegrees"), array(errors.adfAngle)}};
-    }
     const LatticeMatch& lattice = comparison.lattice;
-    QJsonObject root{{QStringLiteral("cellRead"), comparison.bCellRead},
-                     {QStringLiteral("latticeRight"), lattice.isRight()},
-                     {QStringLiteral("relation"), relationText(lattice.relation)},
-                     {QStringLiteral("volumeRatio"), lattice.nIndex},
-                     {QStringLiteral("misfit"), lattice.dfMisfit},
-                     {QStringLiteral("cell"), array(lattice.adfCell)},
-                     {QStringLiteral("lengthErrorPercent"), array(lattice.errors.adfLength)},
-                     {QStringLiteral("angleErrorDegrees"), array(lattice.errors.adfAngle)},
-                     {QStringLiteral("refinedLengthErrorPercent"), array(comparison.refined.adfLength)},
-                     {QStringLiteral("refinedAngleErrorDegrees"), array(comparison.refined.adfAngle)},
-                     {QStringLiteral("refined"), comparison.bRefined},
-                     {QStringLiteral("peakPairs"), pairs},
-                     {QStringLiteral("peaks"), comparison.nPeaks},
-                     {QStringLiteral("indexed"), comparison.nIndexed},
-                     {QStringLiteral("indexedRight"), comparison.nIndexedRight},
-                     {QStringLiteral("indexedWrong"), comparison.nIndexedWrong},
-                     {QStringLiteral("indexedStray"), comparison.nIndexedStray},
-                     {QStringLiteral("rightShare"), comparison.rightShare()},
-                     {QStringLiteral("found"), arrayFound},
-                     {QStringLiteral("matchRadius"), comparison.dfRadius},
-                     {QStringLiteral("recall"), comparison.recall()},
-                     {QStringLiteral("precision"), comparison.precision()},
-                     {QStringLiteral("precisionByChance"), comparison.dfChance},
-                     {QStringLiteral("peaksTrue"), comparison.nPeaksTrue},
-                     {QStringLiteral("peaksRepeated"), comparison.nPeaksRepeated},
-                     {QStringLiteral("peaksAtBeam"), comparison.nPeaksAtBeam},
-                     {QStringLiteral("bravais"), proposalToJson(comparison.proposal)}};
+    QJsonObject root{
+        {QStringLiteral("cellRead"), comparison.bCellRead},
+        {QStringLiteral("latticeRight"), lattice.isRight()},
+        {QStringLiteral("relation"), relationText(lattice.relation)},
+        {QStringLiteral("volumeRatio"), lattice.nIndex},
+        {QStringLiteral("misfit"), lattice.dfMisfit},
+        {QStringLiteral("cell"), numbersToJson(lattice.adfCell)},
+        {QStringLiteral("lengthErrorPercent"), numbersToJson(lattice.errors.adfLength)},
+        {QStringLiteral("angleErrorDegrees"), numbersToJson(lattice.errors.adfAngle)},
+        {QStringLiteral("refinedLengthErrorPercent"), numbersToJson(comparison.refined.adfLength)},
+        {QStringLiteral("refinedAngleErrorDegrees"), numbersToJson(comparison.refined.adfAngle)},
+        {QStringLiteral("refined"), comparison.bRefined},
+        {QStringLiteral("peakPairs"), pairsToJson(comparison)},
+        {QStringLiteral("peaks"), comparison.nPeaks},
+        {QStringLiteral("indexed"), comparison.nIndexed},
+        {QStringLiteral("indexedRight"), comparison.nIndexedRight},
+        {QStringLiteral("indexedWrong"), comparison.nIndexedWrong},
+        {QStringLiteral("indexedStray"), comparison.nIndexedStray},
+        {QStringLiteral("rightShare"), comparison.rightShare()},
+        {QStringLiteral("found"), foundToJson(comparison)},
+        {QStringLiteral("matchRadius"), comparison.dfRadius},
+        {QStringLiteral("recall"), comparison.recall()},
+        {QStringLiteral("precision"), comparison.precision()},
+        {QStringLiteral("precisionByChance"), comparison.dfChance},
+        {QStringLiteral("peaksTrue"), comparison.nPeaksTrue},
+        {QStringLiteral("peaksRepeated"), comparison.nPeaksRepeated},
+        {QStringLiteral("peaksAtBeam"), comparison.nPeaksAtBeam},
+        {QStringLiteral("bravais"), proposalToJson(comparison.proposal)}};
     const QJsonObject geometry = geometryToJson(comparison.geometry);
     if (!geometry.isEmpty()) {
         root[QStringLiteral("geometry")] = geometry;
     }
-    QJsonObject intensities;
-    for (const auto& [strName, object] :
-         {std::make_pair(QStringLiteral("integrated"), intensitiesToJson(comparison.integrated)),
-          std::make_pair(QStringLiteral("merged"), intensitiesToJson(comparison.merged)),
-          std::make_pair(QStringLiteral("symmetry"), symmetryToJson(comparison.symmetry))}) {
-        if (!object.isEmpty()) {
-            intensities[strName] = object;
-        }
-    }
+    const QJsonObject intensities = allIntensitiesToJson(comparison);
     if (!intensities.isEmpty()) {
         root[QStringLiteral("intensities")] = intensities;
     }
