@@ -3,6 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/median.h"
 #include "frames/seriessample.h"
+#include "imaging/imageview.h"
 
 #include <QPointF>
 
@@ -41,7 +42,7 @@ float medianOfPart(const CImgObj<float>& img, int nLeft, int nRight, int nTop, i
 {
     vecWork.clear();
     for (int r = std::max(nTop, 0); r < std::min(nBottom, img.Height()); ++r) {
-        const float* pRow = img.Data() + size_t(r) * size_t(img.Width());
+        const float* pRow = viewOf(img).row(r);
         for (int c = std::max(nLeft, 0); c < std::min(nRight, img.Width()); ++c) {
             if (isUsablePixel(pRow[c])) {
                 vecWork.push_back(pRow[c]);

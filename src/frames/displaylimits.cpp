@@ -1,6 +1,7 @@
 #include "frames/displaylimits.h"
 
 #include "frames/badpixels.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +27,7 @@ double meanOfBlock(const CImgObj<float>& image, int x0, int y0, int nSide, doubl
     double dfSum = 0;
     int nUsable = 0;
     for (int y = y0; y < y1; ++y) {
-        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
+        const float* pRow = viewOf(image).row(y);
         for (int x = x0; x < x1; ++x) {
             if (isUsablePixel(pRow[x])) {
                 dfSum += std::min(double(pRow[x]), dfMost);
@@ -44,7 +45,7 @@ std::vector<float> usablePixels(const CImgObj<float>& image, const std::optional
     std::vector<float> vec;
     vec.reserve(image.Data() ? std::size_t(image.Width()) * std::size_t(image.Height()) : 0);
     for (int y = 0; image.Data() && y < image.Height(); ++y) {
-        const float* pRow = image.Data() + std::size_t(y) * std::size_t(image.Width());
+        const float* pRow = viewOf(image).row(y);
         for (int x = 0; x < image.Width(); ++x) {
             const bool bInside = disc &&
                                  std::hypot(x - disc->ptCentre.x(), y - disc->ptCentre.y()) <= disc->dfRadius;

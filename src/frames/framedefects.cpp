@@ -4,6 +4,7 @@
 #include "frames/frameshadows.h"
 #include "frames/median.h"
 #include "frames/serieslook.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cmath>
@@ -106,7 +107,7 @@ void lookForSpikes(const CImgObj<float>& img, FrameSigns& signs)
         return;
     }
     for (int y = 1; y + 1 < img.Height(); ++y) {
-        const float* p = img.Data() + qint64(y) * nWidth;
+        const float* p = viewOf(img).row(y);
         // Hardly any row has a spike, so each row is first checked by counting without branches.
         int nHigh = 0;
         for (int x = 1; x < nWidth - 1; ++x) {

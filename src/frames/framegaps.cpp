@@ -2,6 +2,7 @@
 
 #include "frames/badpixels.h"
 #include "frames/blockoutline.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -93,7 +94,7 @@ std::vector<PixelRun> unusableRuns(const CImgObj<float>& img)
     std::vector<PixelRun> vecRun;
     const int nWidth = img.Width();
     for (int y = 0; y < img.Height(); ++y) {
-        const float* p = img.Data() + std::ptrdiff_t(y) * nWidth;
+        const float* p = viewOf(img).row(y);
         // Most rows have no such pixel, so each row is first checked by counting without branches.
         int nBad = 0;
         for (int x = 0; x < nWidth; ++x) {
@@ -160,7 +161,7 @@ bool isGapPixel(const CImgObj<float>& img, int nX, int nY)
 {
     const auto isUnusable = [&](int x, int y) {
         return x >= 0 && y >= 0 && x < img.Width() && y < img.Height() &&
-               !isUsablePixel(img.Data()[std::ptrdiff_t(y) * img.Width() + x]);
+               !isUsablePixel(viewOf(img).at(x, y));
     };
     int nUnusable = 0;
     for (int y = nY - 1; y <= nY + 1; ++y) {

@@ -3,6 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/blockoutline.h"
 #include "frames/gapfilling.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -126,7 +127,7 @@ std::vector<float> blockMeans(const CImgObj<float>& imgFrame)
         float* const pfSum = vecSum.data();
         int* const pnCount = vecCount.data();
         for (int y = nTop; y < std::min(nTop + g_nShadowBlock, nHeight); ++y) {
-            const float* p = imgFrame.Data() + qint64(y) * nWidth;
+            const float* p = viewOf(imgFrame).row(y);
             for (int x = 0; x < nWidth; ++x) {
                 pfSum[x] += isUsablePixel(p[x]) ? p[x] : 0;
                 pnCount[x] += isUsablePixel(p[x]) ? 1 : 0;

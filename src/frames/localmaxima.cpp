@@ -1,5 +1,7 @@
 #include "frames/localmaxima.h"
 
+#include "imaging/imageview.h"
+
 #include <algorithm>
 
 namespace tessera {
@@ -64,7 +66,7 @@ bool FindLocalMaxima(const CImgObj<float>& img, float fThreshold, QList<double>&
     }
     const qint64 nLimit = mostMaxima(nWidth, nHeight, dfFraction);
     for (int nRow = 1; nRow < nHeight - 1; ++nRow) {
-        const float* pRow = img.Data() + size_t(nRow) * size_t(nWidth);
+        const float* pRow = viewOf(img).row(nRow);
         if (!maximaOfRow(pRow - nWidth, pRow, pRow + nWidth, nWidth, nRow, fThreshold, nLimit, listX,
                          listY)) {
             listX.clear();

@@ -7,6 +7,7 @@
 #include "frames/seriessample.h"
 #include "frames/wholepixels.h"
 #include "imaging/imagelist.h"
+#include "imaging/imageview.h"
 #include "records/runends.h"
 #include "records/whatwasthrown.h"
 
@@ -125,7 +126,7 @@ private:
         const int nX0 = std::max(0, -nDX), nX1 = std::min(m_nWidth, m_nWidth - nDX);
         const int nY0 = std::max(0, -nDY), nY1 = std::min(m_nHeight, m_nHeight - nDY);
         for (int y = nY0; y < nY1; ++y) {
-            const float* pSource = image.Data() + std::ptrdiff_t(y + nDY) * m_nWidth + nDX;
+            const float* pSource = viewOf(image).row(y + nDY) + nDX;
             const std::size_t nRow = std::size_t(y) * std::size_t(m_nWidth);
             for (int x = nX0; x < nX1; ++x) {
                 const float f = pSource[x];

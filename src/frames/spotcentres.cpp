@@ -4,6 +4,7 @@
 #include "frames/deferredreport.h"
 #include "frames/firstimage.h"
 #include "frames/framewalk.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,8 +32,7 @@ std::optional<double> ringMedian(const CImgObj<float>& img, int nX, int nY, doub
         for (int x = -nReach; x <= nReach; ++x) {
             const int nSquare = x * x + y * y;
             if (nSquare >= dfInner * dfInner && nSquare <= dfOuter * dfOuter) {
-                const float f =
-                    img.Data()[std::size_t(nY + y) * std::size_t(img.Width()) + std::size_t(nX + x)];
+                const float f = viewOf(img).at(nX + x, nY + y);
                 nRing += 1;
                 if (isUsablePixel(f)) {
                     listValue.push_back(f);

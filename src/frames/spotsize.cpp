@@ -5,6 +5,7 @@
 #include "frames/serieslook.h"
 #include "frames/spotdistance.h"
 #include "frames/spotmoments.h"
+#include "imaging/imageview.h"
 #include "records/runends.h"
 
 #include <algorithm>
@@ -34,14 +35,14 @@ void smooth(const CImgObj<float>& img, CImgObj<float>& imgSmooth)
     const int nWidth = img.Width(), nHeight = img.Height();
     imgSmooth.Create(nWidth, nHeight);
     std::fill_n(imgSmooth.Data(), nWidth, 0.f);
-    std::fill_n(imgSmooth.Data() + qint64(nHeight - 1) * nWidth, nWidth, 0.f);
+    std::fill_n(viewOf(imgSmooth).row(nHeight - 1), nWidth, 0.f);
     std::vector<float> vecColumn(static_cast<size_t>(nWidth));
     for (int y = 1; y + 1 < nHeight; ++y) {
-        const float* pf = img.Data() + qint64(y) * nWidth;
+        const float* pf = viewOf(img).row(y);
         for (int x = 0; x < nWidth; ++x) {
             vecColumn[x] = pf[x - nWidth] + 2 * pf[x] + pf[x + nWidth];
         }
-        float* pfSmooth = imgSmooth.Data() + qint64(y) * nWidth;
+        float* pfSmooth = viewOf(imgSmooth).row(y);
         pfSmooth[0] = pfSmooth[nWidth - 1] = 0;
         for (int x = 1; x + 1 < nWidth; ++x) {
             const float* p = vecColumn.data() + x;
@@ -59,7 +60,7 @@ RobustSpread spreadWithin(const CImgObj<float>& img, int nLeft, int nTop, int nS
     const int nBottom = std::min(nTop + nSide, img.Height() - 1);
     for (int y = nTop; y < nBottom; y += 4) {
         for (int x = nLeft + (y / 4) % 2; x < nRight; x += 2) {
-            const float f = img.Data()[qint64(y) * img.Width() + x];
+            const float f = viewOf(img).at(x, y);
             vec[nTaken] = f;
             nTaken += isUsablePixel(f) ? 1 : 0;
         }
@@ -100,7 +101,7 @@ std::vector<Candidate> candidatesOf(const CImgObj<float>& imgSmooth)
             const double dfDeviation = std::max(vecTile[nTile].dfDeviation, dfFloor);
             const float fLeast = float(double(vecTile[nTile].fMedian) + g_dfDeviations * dfDeviation);
             for (int y = nTop; y < std::min(nTop + g_nTile, nHeight - 1); ++y) {
-                const float* pf = imgSmooth.Data() + qint64(y) * nWidth;
+                const float* pf = viewOf(imgSmooth).row(y);
                 const int nRight = std::min(nLeft + g_nTile, nWidth - 1);
                 // Hardly any row of a tile has a spot, so each is first checked by counting without
                 // branches.
@@ -159,8 +160,8 @@ void halve(const CImgObj<float>& img, CImgObj<float>& imgHalf)
     const int nWidth = img.Width() / 2, nHeight = img.Height() / 2;
     imgHalf.Create(nWidth, nHeight);
     for (int y = 0; y < nHeight; ++y) {
-        const float* pf = img.Data() + qint64(2 * y) * img.Width();
-        float* pfHalf = imgHalf.Data() + qint64(y) * nWidth;
+        const float* pf = viewOf(img).row(2 * y);
+        float* pfHalf = viewOf(imgHalf).row(y);
         for (int x = 0; x < nWidth; ++x) {
             pfHalf[x] = pf[2 * x] + pf[2 * x + 1] + pf[2 * x + img.Width()] + pf[2 * x + 1 + img.Width()];
         }

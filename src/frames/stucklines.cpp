@@ -1,5 +1,7 @@
 #include "frames/stucklines.h"
 
+#include "imaging/imageview.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -100,7 +102,7 @@ FrameLines linesOfFrame(const CImgObj<float>& imgFrame)
     int* const pnAcross = vecAcross.data();
     int* const pnStraight = vecStraight.data();
     for (int y = 1; y + 1 < nHeight; ++y) {
-        const float* p = imgFrame.Data() + qint64(y) * nWidth;
+        const float* p = viewOf(imgFrame).row(y);
         const float* pUp = p - nWidth;
         const float* pDown = p + nWidth;
         int nAlong = 0, nAcross = 0, nStraight = 0;

@@ -2,6 +2,7 @@
 
 #include "frameview/palettes.h"
 #include "frameview/textitem.h"
+#include "imaging/imageview.h"
 
 #include <QFont>
 #include <QFontMetrics>
@@ -186,11 +187,10 @@ void TextDataWidget::fillGrid(const Layout& layout)
         const int x = layout.x0 + c - 1;
         for (int r = 1; r <= nRows; ++r) {
             const int y = layout.y0 + r - 1;
-            const std::size_t nPixel = std::size_t(y) * std::size_t(m_imgData.Width()) + std::size_t(x);
             const bool bCross = x == int(m_ptCenter.x()) || y == int(m_ptCenter.y());
             place(bCross ? crosses : cells, layout, {c, r},
-                  QStringLiteral("%1").arg(double(m_imgData.Data()[nPixel]), d, 'f', 0),
-                  QColor(vecColor[m_imgByte.Data()[nPixel]]));
+                  QStringLiteral("%1").arg(double(viewOf(m_imgData).at(x, y)), d, 'f', 0),
+                  QColor(vecColor[viewOf(m_imgByte).at(x, y)]));
         }
     }
 }

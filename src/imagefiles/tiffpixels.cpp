@@ -3,6 +3,7 @@
 #include "imagefiles/filebuffer.h"
 #include "imagefiles/tiffdecoder.h"
 #include "imagefiles/tiffsamples.h"
+#include "imaging/imageview.h"
 #include "records/availablememory.h"
 #include "records/shortmemory.h"
 
@@ -112,7 +113,7 @@ bool readPacked(CTiffBytes& tiff, const TiffLayout& layout, float* pfImage, QStr
 void mirror(CImgObj<float>& image)
 {
     for (int y = 0; y < image.Height(); ++y) {
-        float* const pfRow = image.Data() + size_t(y) * size_t(image.Width());
+        float* const pfRow = viewOf(image).row(y);
         std::reverse(pfRow, pfRow + image.Width());
     }
 }
@@ -120,10 +121,9 @@ void mirror(CImgObj<float>& image)
 /// Reverses the order of the rows in place.
 void turnOver(CImgObj<float>& image)
 {
-    const size_t nRow = size_t(image.Width());
     for (int y = 0; y < image.Height() / 2; ++y) {
-        float* const pfRow = image.Data() + size_t(y) * nRow;
-        std::swap_ranges(pfRow, pfRow + nRow, image.Data() + size_t(image.Height() - 1 - y) * nRow);
+        float* const pfRow = viewOf(image).row(y);
+        std::swap_ranges(pfRow, pfRow + image.Width(), viewOf(image).row(image.Height() - 1 - y));
     }
 }
 
@@ -134,10 +134,9 @@ std::unique_ptr<CImgObj<float>> transposed(const CImgObj<float>& image)
     if (!pImage->Create(image.Height(), image.Width())) {
         throw std::bad_alloc();
     }
-    const size_t nWidth = size_t(image.Width()), nHeight = size_t(image.Height());
-    for (size_t y = 0; y < nHeight; ++y) {
-        for (size_t x = 0; x < nWidth; ++x) {
-            pImage->Data()[x * nHeight + y] = image.Data()[y * nWidth + x];
+    for (int y = 0; y < image.Height(); ++y) {
+        for (int x = 0; x < image.Width(); ++x) {
+            viewOf(*pImage).at(y, x) = viewOf(image).at(x, y);
         }
     }
     return pImage;

@@ -3,6 +3,7 @@
 #include "frames/badpixels.h"
 #include "frames/median.h"
 #include "geometry/angles.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +21,7 @@ std::vector<float> ringsAround(const CImgObj<float>& img, const FramePlace& beam
         for (int x = nLeft; x <= std::min(img.Width() - 1, int(beam.dfX) + nRings); ++x) {
             const double dfX = x - beam.dfX, dfY = y - beam.dfY;
             const double dfRadius = std::sqrt(dfX * dfX + dfY * dfY);
-            const float f = img.Data()[std::ptrdiff_t(y) * img.Width() + x];
+            const float f = viewOf(img).at(x, y);
             if (dfRadius < nRings && isUsablePixel(f)) {
                 listRing[size_t(dfRadius)].push_back(f);
             }

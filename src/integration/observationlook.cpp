@@ -1,3 +1,4 @@
+#include "imaging/imageview.h"
 #include "integration/expectedspots.h"
 #include "integration/pixelmask.h"
 #include "integration/reflectionflags.h"
@@ -18,7 +19,7 @@ std::vector<float> windowAbout(const CImgObj<float>& img, int nX, int nY, int nH
     for (int y = nY - nHalf; y <= nY + nHalf; ++y) {
         for (int x = nX - nHalf; x <= nX + nHalf; ++x) {
             const bool bInside = x >= 0 && y >= 0 && x < img.Width() && y < img.Height();
-            listPixel.push_back(bInside ? img.Data()[size_t(y) * size_t(img.Width()) + size_t(x)] : 0);
+            listPixel.push_back(bInside ? viewOf(img).at(x, y) : 0);
         }
     }
     return listPixel;

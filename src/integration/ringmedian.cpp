@@ -1,6 +1,7 @@
 #include "integration/ringmedian.h"
 
 #include "frames/badpixels.h"
+#include "imaging/imageview.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,7 +40,7 @@ void takeOffRings(CImgObj<float>& image, const FramePlace& beam, const std::vect
     }
     for (int y = 0; y < nHeight; ++y) {
         for (int x = 0; x < nWidth; ++x) {
-            image.Data()[size_t(y) * size_t(nWidth) + size_t(x)] -= listMedian[ringAt(x, y)];
+            viewOf(image).at(x, y) -= listMedian[ringAt(x, y)];
         }
     }
 }

@@ -6,6 +6,7 @@
 #include "frames/displaylimits.h"
 #include "frames/frameloader.h"
 #include "imaging/contrast.h"
+#include "imaging/imageview.h"
 #include "records/whatwasthrown.h"
 
 #include <algorithm>
@@ -61,7 +62,7 @@ QImage shownImage(const CImgObj<float>& image)
         for (int x = 0; x < shown.width(); ++x) {
             float fMost = -INFINITY;
             for (int r = y * nBlock; r < std::min(nHeight, (y + 1) * nBlock); ++r) {
-                const float* pRow = image.Data() + size_t(r) * size_t(nWidth);
+                const float* pRow = viewOf(image).row(r);
                 for (int c = x * nBlock; c < std::min(nWidth, (x + 1) * nBlock); ++c) {
                     fMost = std::max(fMost, pRow[c]);  // a pixel without a number never wins
                 }

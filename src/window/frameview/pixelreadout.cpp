@@ -3,6 +3,7 @@
 #include "frameview/baseimgview.h"
 #include "frameview/originalimgscene.h"
 #include "frameview/textdatawidget.h"
+#include "imaging/imageview.h"
 
 #include <QStatusBar>
 
@@ -22,7 +23,7 @@ std::optional<float> pixelValue(const ImageList& vecImage, int nImage, int x, in
     if (!img.Data() || x < 0 || y < 0 || x >= img.Width() || y >= img.Height()) {
         return {};
     }
-    return img.Data()[qint64(y) * img.Width() + x];
+    return viewOf(img).at(x, y);
 }
 
 // The shortest form has six digits and goes over to powers of ten beyond them: the whole number instead.
