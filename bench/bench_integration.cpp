@@ -43,11 +43,10 @@ QString projectOfSeries()
         p.dfCenterY = g_nSide / 2.0 - 3.7;
         p.strDirectory = dir.path();
         p.strName = QStringLiteral("series");
-        SimulatedSeries series;
         QString strError;
-        return simulateSeries(p, series, strError) && writeSeries(series, strError)
-                   ? dir.filePath(QStringLiteral("series.ed3d"))
-                   : QString();
+        const std::optional<SimulatedSeries> series = simulateSeries(p, strError);
+        return series && writeSeries(*series, strError) ? dir.filePath(QStringLiteral("series.ed3d"))
+                                                        : QString();
     }();
     return strProject;
 }

@@ -213,7 +213,8 @@ void BM_PeakPairs(benchmark::State& state)
     parameters.m_dfRefineDStarLow = 0;
     const PeakPairLimits limits = {0, 2, data.m_dfPixelSize};
     CRunReport report;
-    const std::vector<PeakPairPlace> vecPair = peakPairPlaces(vecPeak, limits, data.m_spaceGroup, report);
+    const std::vector<PeakPairPlace> vecPair =
+        peakPairPlaces(vecPeak, limits, data.m_spaceGroup, report).value_or(std::vector<PeakPairPlace>());
     std::vector<IndexKey> vecKey;
     for (const PeakPairPlace& pair : vecPair) {
         const Peak3D& a = vecPeak[pair.nList][pair.nFirst];

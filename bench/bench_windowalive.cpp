@@ -46,11 +46,10 @@ QString simulatedProject(const QString& strFolder)
     p.dfTiltStep = 1;
     p.strDirectory = strFolder;
     p.strName = QStringLiteral("series");
-    SimulatedSeries series;
     QString strError;
-    return simulateSeries(p, series, strError) && writeSeries(series, strError)
-               ? QDir(strFolder).filePath(QStringLiteral("series.ed3d"))
-               : QString();
+    const std::optional<SimulatedSeries> series = simulateSeries(p, strError);
+    return series && writeSeries(*series, strError) ? QDir(strFolder).filePath(QStringLiteral("series.ed3d"))
+                                                    : QString();
 }
 
 // The project in a folder of its own, beside links to its frames: runs write into it.

@@ -46,8 +46,9 @@ QVector<QList<Peak3D>> selectPeaksByIntensity(const QVector<QList<Peak3D>>& vecP
     return vecSelected;
 }
 
-std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak, const PeakPairLimits& limits,
-                                          const CSpaceGroup& spaceGroup, CRunReport& report, bool* pbStopped)
+std::optional<std::vector<PeakPairPlace>> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
+                                                         const PeakPairLimits& limits,
+                                                         const CSpaceGroup& spaceGroup, CRunReport& report)
 {
     const double dfLow = std::min(limits.dfDStarLow, limits.dfDStarHigh);
     const double dfHigh = std::max(limits.dfDStarLow, limits.dfDStarHigh);
@@ -72,11 +73,8 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
         }
     }
     progress.end();
-    if (pbStopped) {
-        *pbStopped = bStopped;
-    }
     if (bStopped) {
-        vecPair.clear();
+        return {};
     }
     return vecPair;
 }
@@ -84,20 +82,19 @@ std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
 QVector<QList<PeakPair>> buildPeakPairs(const QVector<QList<Peak3D>>& vecPeak, const PeakPairLimits& limits,
                                         const CSpaceGroup& spaceGroup, CRunReport& report)
 {
-    bool bStopped = false;
-    const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup, report,
-                                                               &bStopped);
+    const std::optional<std::vector<PeakPairPlace>> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup,
+                                                                              report);
     QVector<QList<PeakPair>> vecPair;
-    if (bStopped) {
+    if (!vecPlace) {
         return vecPair;
     }
-    auto it = vecPlace.begin();
+    auto it = vecPlace->begin();
     for (int nList = 0; nList < vecPeak.size(); ++nList) {
         if (vecPeak[nList].size() < 2) {
             continue;
         }
         QList<PeakPair> listPair;
-        for (; it != vecPlace.end() && it->nList == nList; ++it) {
+        for (; it != vecPlace->end() && it->nList == nList; ++it) {
             listPair.append({vecPeak[nList][it->nFirst], vecPeak[nList][it->nSecond]});
         }
         vecPair.append(listPair);

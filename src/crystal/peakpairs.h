@@ -8,6 +8,7 @@
 #include <QList>
 #include <QVector>
 
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -35,10 +36,10 @@ QVector<QList<Peak3D>> selectPeaksByIntensity(const QVector<QList<Peak3D>>& vecP
 /// Both peaks have rounded indices other than (0, 0, 0) that the space group allows, and lie at a pixel
 /// distance times the pixel size within the limits. Only the positions on the frame count, not d* of either.
 ///
-/// @param pbStopped  may be null; whether the report's goOn() ended the walk, and with it the result is empty
-std::vector<PeakPairPlace> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak, const PeakPairLimits& limits,
-                                          const CSpaceGroup& spaceGroup, CRunReport& report,
-                                          bool* pbStopped = nullptr);
+/// @return nothing if the report's goOn() ended the walk
+std::optional<std::vector<PeakPairPlace>> peakPairPlaces(const QVector<QList<Peak3D>>& vecPeak,
+                                                         const PeakPairLimits& limits,
+                                                         const CSpaceGroup& spaceGroup, CRunReport& report);
 
 /// The same with the peaks themselves: one list for each frame of at least two peaks, so that the lists need
 /// not line up with the frames. A pair takes some 400 bytes here; long series are better served by

@@ -193,22 +193,21 @@ void tellBeam(const CRecord& record, const QString& strKind, FrameHeader& header
 
 }  // namespace
 
-int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian)
+std::optional<FeiRecordSize> feiRecordSize(const QByteArray& bytesFirst, bool bBigEndian)
 {
     // The first two versions have 768 and 888 bytes. Later ones may be longer, as the size is given.
     constexpr qint32 nSmallest = 768, nLargest = 4096;
     if (bytesFirst.size() < 4) {
-        return 0;
+        return {};
     }
     for (const bool bBig : {bBigEndian, !bBigEndian}) {
         const qint32 nSize = bBig ? qFromBigEndian<qint32>(bytesFirst.constData())
                                   : qFromLittleEndian<qint32>(bytesFirst.constData());
         if (nSize >= nSmallest && nSize <= nLargest) {
-            bBigEndian = bBig;
-            return nSize;
+            return FeiRecordSize{nSize, bBig};
         }
     }
-    return 0;
+    return {};
 }
 
 void tellFeiRecord(const QByteArray& bytesRecord, bool bBigEndian, const QString& strKind, int nImage,

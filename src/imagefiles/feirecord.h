@@ -5,12 +5,20 @@
 
 #include <QByteArray>
 
+#include <optional>
+
 namespace tessera {
 
-/// The size of a record, which is its first field; 0 when these 4 bytes are no valid size in either byte
-/// order. All records of a file have the same size.
-/// @param bBigEndian  byte order of the file; changed to that of the records if it differs
-int feiRecordSize(const QByteArray& bytesFirst, bool& bBigEndian);
+/// The size of the records of a file, which is the first field of each, and their byte order.
+struct FeiRecordSize {
+    int nBytes = 0;
+    bool bBigEndian = false;
+};
+
+/// Reads the size from the first 4 bytes of a record. All records of a file have the same size.
+/// @param bBigEndian  byte order of the file; that of the records may differ
+/// @return nothing when these bytes are no valid size in either byte order
+std::optional<FeiRecordSize> feiRecordSize(const QByteArray& bytesFirst, bool bBigEndian);
 
 /// Adds what a complete record tells to a header that already has its size and number of images.
 void tellFeiRecord(const QByteArray& bytesRecord, bool bBigEndian, const QString& strKind, int nImage,

@@ -131,27 +131,25 @@ CHdf5Id openDataSet(hid_t idWhere, const QByteArray& strPath)
     return idDataSet;
 }
 
-bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external)
+std::optional<Hdf5External> readExternal(hid_t idGroup, const QByteArray& strName)
 {
     constexpr size_t nLongestLink = 8192;
     if (strName.contains('/')) {  // a damaged name, which HDF5 would take for a path through other files
-        return false;
+        return {};
     }
     const CHdf5Id idAccess = noExternalLinks();
     H5L_info_t info;
     if (H5Lget_info(idGroup, strName.constData(), &info, idAccess) < 0 || info.type != H5L_TYPE_EXTERNAL ||
         info.u.val_size < 1 || info.u.val_size > nLongestLink) {
-        return false;
+        return {};
     }
     QByteArray bytes(int(info.u.val_size), 0);
     const char *pszFile = nullptr, *pszPath = nullptr;
     if (H5Lget_val(idGroup, strName.constData(), bytes.data(), info.u.val_size, idAccess) < 0 ||
         H5Lunpack_elink_val(bytes.constData(), info.u.val_size, nullptr, &pszFile, &pszPath) < 0) {
-        return false;
+        return {};
     }
-    external.strFile = QFile::decodeName(pszFile);
-    external.strPath = pszPath;
-    return true;
+    return Hdf5External{QFile::decodeName(pszFile), pszPath};
 }
 
 std::vector<QByteArray> namesIn(hid_t idGroup, size_t nMost)

@@ -9,6 +9,7 @@
 #include <hdf5.h>
 
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -68,8 +69,8 @@ struct Hdf5External {
 
 /// Reads a link to another file, which is not opened.
 /// @param strName  name of a member of the group, not a path
-/// @return false for any other link
-bool readExternal(hid_t idGroup, const QByteArray& strName, Hdf5External& external);
+/// @return nothing for any other link
+std::optional<Hdf5External> readExternal(hid_t idGroup, const QByteArray& strName);
 
 /// The names of up to nMost members of a group, in their order.
 std::vector<QByteArray> namesIn(hid_t idGroup, size_t nMost);

@@ -54,9 +54,8 @@ std::vector<Hdf5Block> blocksOf(hid_t idFile, const QString& strFile, const QByt
                                 const QByteArray& strName)
 {
     const CHdf5Id idGroup = openObject(idFile, strGroup);
-    Hdf5External external;
-    if (readExternal(idGroup, strName, external)) {
-        return {linkedBlock(strFile, external)};
+    if (const std::optional<Hdf5External> external = readExternal(idGroup, strName)) {
+        return {linkedBlock(strFile, *external)};
     }
     const QByteArray strPath = strGroup + '/' + strName;
     const CHdf5Id idSet = openObject(idFile, strPath);

@@ -3,6 +3,7 @@
 #include "imagefiles/filebuffer.h"
 #include "imagefiles/mibheader.h"
 #include "imagefiles/pixelconvert.h"
+#include "imaging/imageview.h"
 #include "records/availablememory.h"
 #include "records/regularfile.h"
 
@@ -45,9 +46,11 @@ bool openStream(const QString& strFileName, MibStream& stream, QString& strReaso
         return false;
     }
     bytes += stream.file.read(std::max(nHeader - bytes.size(), qint64(0)));
-    if (!parseMibHeader(bytes, stream.header, strReason)) {
+    const std::optional<MibHeader> header = parseMibHeader(bytes, strReason);
+    if (!header) {
         return false;
     }
+    stream.header = *header;
     const qint64 nSize = stream.file.size();
     stream.nImages = nSize / stream.header.stride();
     stream.bCut = nSize % stream.header.stride() != 0;
@@ -173,13 +176,14 @@ bool readImage(MibStream& stream, qint64 nImage, uint8_t* pBlock, ImageList& vec
             QStringLiteral("image %1 cannot be read: %2").arg(nImage + 1).arg(stream.file.errorString());
         return false;
     }
-    MibHeader other;
     QString strWhy;
-    if (!parseMibHeader(QByteArray::fromRawData(pText, int(header.nBytes)), other, strWhy)) {
+    const std::optional<MibHeader> other = parseMibHeader(QByteArray::fromRawData(pText, int(header.nBytes)),
+                                                          strWhy);
+    if (!other) {
         strReason = QStringLiteral("image %1: %2").arg(nImage + 1).arg(strWhy);
         return false;
     }
-    if (!other.isLike(header)) {
+    if (!other->isLike(header)) {
         strReason = QStringLiteral("image %1 is of another kind than the first").arg(nImage + 1);
         return false;
     }
@@ -221,7 +225,7 @@ void maskSeams(const MibHeader& header, CImgObj<float>& image)
     const std::vector<char> vecColumn = seamsOf(image.Width(), header.nAcross),
                             vecRow = seamsOf(image.Height(), header.nUp);
     for (int y = 0; y < image.Height(); ++y) {
-        float* pfRow = image.Data() + size_t(y) * size_t(image.Width());
+        float* pfRow = viewOf(image).row(y);
         for (int x = 0; x < image.Width(); ++x) {
             if (vecRow[y] || vecColumn[x]) {
                 pfRow[x] = std::numeric_limits<float>::quiet_NaN();
@@ -347,13 +351,14 @@ FrameHeader readMibHeader(const QString& strFileName, int nImage)
                                     .arg(nTold)
                                     .arg(stream.nImages));
     }
-    MibHeader header;
-    if (nImage >= 0 && nImage < stream.nImages && stream.file.seek(nImage * stream.header.stride()) &&
-        parseMibHeader(stream.file.read(stream.header.nBytes), header, strReason) &&
-        header.isLike(stream.header)) {
-        result.size = QSize(header.nColumns, header.nRows);
-        if (header.dfShutter > 0 && std::isfinite(header.dfShutter)) {
-            result.exposure = told(header.dfShutter, "shutter");
+    if (nImage < 0 || nImage >= stream.nImages || !stream.file.seek(nImage * stream.header.stride())) {
+        return result;
+    }
+    const std::optional<MibHeader> header = parseMibHeader(stream.file.read(stream.header.nBytes), strReason);
+    if (header && header->isLike(stream.header)) {
+        result.size = QSize(header->nColumns, header->nRows);
+        if (header->dfShutter > 0 && std::isfinite(header->dfShutter)) {
+            result.exposure = told(header->dfShutter, "shutter");
         }
     }
     return result;

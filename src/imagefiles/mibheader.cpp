@@ -121,22 +121,22 @@ qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason)
     return nBytes;
 }
 
-bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReason)
+std::optional<MibHeader> parseMibHeader(const QByteArray& bytes, QString& strReason)
 {
-    header = {};
+    MibHeader header;
     header.nBytes = mibHeaderBytes(bytes, strReason);
     if (header.nBytes == 0) {
-        return false;
+        return {};
     }
     if (bytes.size() < header.nBytes) {
         strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(bytes.size()).arg(header.nBytes);
-        return false;
+        return {};
     }
     const QByteArray text(bytes.constData(), int(qstrnlen(bytes.constData(), uint(header.nBytes))));
     const QList<QByteArray> listField = text.split(',');
     if (listField.size() < g_nFirstFields) {
         strReason = QStringLiteral("header of %1 fields").arg(listField.size());
-        return false;
+        return {};
     }
     header.nChips = listField[3].toInt();
     header.nColumns = listField[4].toInt();
@@ -145,12 +145,12 @@ bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReas
         header.nColumns > std::numeric_limits<int>::max() / header.nRows) {
         strReason = QStringLiteral("\"%1\" x \"%2\" pixels")
                         .arg(QString::fromLatin1(listField[4]), QString::fromLatin1(listField[5]));
-        return false;
+        return {};
     }
     if (!pixelsOf(listField[6].trimmed(), header.pixels)) {
         strReason =
             QStringLiteral("pixels of the kind \"%1\" are not read").arg(QString::fromLatin1(listField[6]));
-        return false;
+        return {};
     }
     parseLayout(listField[7].trimmed(), header);
     header.nDepth = depthOf(listField);
@@ -158,7 +158,10 @@ bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReas
     header.bColour = listField.value(12).toInt() != 0;
     const QByteArray chip = listField.value(22).trimmed();
     header.strChip = chip == "3RX" ? QStringLiteral("Medipix 3RX") : QString();
-    return header.pixels != MibPixels::Raw || sizeRawImage(header, strReason);
+    if (header.pixels == MibPixels::Raw && !sizeRawImage(header, strReason)) {
+        return {};
+    }
+    return header;
 }
 
 QMap<QString, QString> mibSideFile(const QString& strFileName)

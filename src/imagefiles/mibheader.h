@@ -5,6 +5,8 @@
 #include <QMap>
 #include <QString>
 
+#include <optional>
+
 namespace tessera {
 
 /// How pixels are stored. Numbers are big-endian; raw ones are as the chips send them.
@@ -40,8 +42,8 @@ constexpr int g_nMibLineLength = 64;  ///< bytes of a header that are enough to 
 qint64 mibHeaderBytes(const QByteArray& bytes, QString& strReason);
 
 /// Parses a header of the length of mibHeaderBytes().
-/// @return false, with the reason, when the images cannot be read
-bool parseMibHeader(const QByteArray& bytes, MibHeader& header, QString& strReason);
+/// @return nothing, with the reason, when the images cannot be read
+std::optional<MibHeader> parseMibHeader(const QByteArray& bytes, QString& strReason);
 
 /// Reads NAME.hdr beside NAME.mib: the values by their keys, such as "Gap Fill Mode", without the choices
 /// that some keys list in brackets. Empty when there is no such file.

@@ -41,10 +41,14 @@ double real(const QByteArray& bytes, int nOffset, bool bBigEndian)
 
 void tellFei(QFile& file, const MrcExtended& extended, int nImage, FrameHeader& header)
 {
-    bool bBigEndian = extended.bBigEndian;
-    const int nSize = feiRecordSize(bytesAt(file, extended, 0, 4), bBigEndian);
+    const std::optional<FeiRecordSize> size = feiRecordSize(bytesAt(file, extended, 0, 4),
+                                                            extended.bBigEndian);
+    if (!size) {
+        return;
+    }
+    const auto [nSize, bBigEndian] = *size;
     const QByteArray bytes = bytesAt(file, extended, quint64(nImage) * quint64(nSize), nSize);
-    if (nSize > 0 && bytes.size() == nSize && number<qint32>(bytes, 0, bBigEndian) == nSize) {
+    if (bytes.size() == nSize && number<qint32>(bytes, 0, bBigEndian) == nSize) {
         tellFeiRecord(bytes, bBigEndian, QString::fromLatin1(extended.bytesKind), nImage, header);
     }
 }

@@ -120,15 +120,14 @@ double SmvHeader::number(const char* pszKey) const
     return bNumber && std::isfinite(df) ? df : std::numeric_limits<double>::quiet_NaN();
 }
 
-bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
+std::optional<SmvHeader> readSmvHeaderText(QFile& file, QString& strReason)
 {
-    header = {};
     QByteArray bytesText = file.read(g_nFirstLook);
     if (!bytesText.startsWith('{')) {
         strReason = bytesText.startsWith("OD SAPPHIRE")
                         ? QStringLiteral("an OD SAPPHIRE image, which is not read")
                         : QStringLiteral("not an SMV file: it does not begin with \"{\"");
-        return false;
+        return {};
     }
     std::map<QByteArray, QByteArray> mapFirst;
     parseItems(bytesText, mapFirst);
@@ -136,22 +135,26 @@ bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason)
     const qint64 nHeader = mapFirst["HEADER_BYTES"].toLongLong(&bNumber);
     if (!bNumber || nHeader < 1) {
         strReason = QStringLiteral("the header has no HEADER_BYTES");
-        return false;
+        return {};
     }
     if (nHeader > file.size()) {
         strReason = QStringLiteral("truncated: %1 of %2 header bytes").arg(file.size()).arg(nHeader);
-        return false;
+        return {};
     }
     bytesText.truncate(static_cast<int>(std::min(nHeader, g_nFirstLook)));
     if (nHeader > bytesText.size()) {
         bytesText += file.read(std::min(nHeader, g_nLongestText) - bytesText.size());
     }
+    SmvHeader header;
     if (!parseItems(bytesText, header.mapItem)) {
         strReason = QStringLiteral("the header does not end within its %1 bytes").arg(nHeader);
-        return false;
+        return {};
     }
     header.pixels.nOffset = nHeader;
-    return layoutOf(header, strReason);
+    if (!layoutOf(header, strReason)) {
+        return {};
+    }
+    return header;
 }
 
 bool holdsSmvPixels(const SmvHeader& header, qint64 nFileSize, QString& strReason)

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <map>
+#include <optional>
 
 namespace tessera {
 
@@ -28,9 +29,9 @@ struct SmvHeader {
 
 /// Reads the header of an open file. HEADER_BYTES may be any number within the file, but at most a megabyte
 /// is searched.
-/// @return false, with the reason, when the file has no such header, or pixels of a type that is not read.
+/// @return nothing, with the reason, when the file has no such header, or pixels of a type that is not read.
 ///         Whether the file has all pixels must be checked by holdsSmvPixels().
-bool readSmvHeaderText(QFile& file, SmvHeader& header, QString& strReason);
+std::optional<SmvHeader> readSmvHeaderText(QFile& file, QString& strReason);
 
 /// Whether the length of a file agrees with the header; if not, with the reason. A longer file is refused,
 /// too, except for some padding. Programs have confused rows and columns in the header, and such a picture

@@ -14,10 +14,12 @@ namespace tessera {
 
 namespace {
 
-bool openSmv(QFile& file, SmvHeader& smv, QString& strReason)
+std::optional<SmvHeader> openSmv(QFile& file, QString& strReason)
 {
-    return openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason) &&
-           readSmvHeaderText(file, smv, strReason);
+    if (!openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered, strReason)) {
+        return {};
+    }
+    return readSmvHeaderText(file, strReason);
 }
 
 }  // namespace
@@ -30,18 +32,18 @@ bool readSmvFrames(const QString& strFileName, int nFirst, int, ImageList& vecIm
         return false;
     }
     QFile file(strFileName);
-    SmvHeader smv;
-    if (!openSmv(file, smv, strReason) || !holdsSmvPixels(smv, file.size(), strReason)) {
+    const std::optional<SmvHeader> smv = openSmv(file, strReason);
+    if (!smv || !holdsSmvPixels(*smv, file.size(), strReason)) {
         return false;
     }
-    std::unique_ptr<CImgObj<float>> pImage = readPlainPixels(file, smv.pixels, strReason);
+    std::unique_ptr<CImgObj<float>> pImage = readPlainPixels(file, smv->pixels, strReason);
     if (!pImage) {
         return false;
     }
-    const int nPedestal = smvPedestal(smv);
+    const int nPedestal = smvPedestal(*smv);
     if (nPedestal > 0) {
         float* pf = pImage->Data();
-        for (qint64 n = smv.pixels.nWidth * smv.pixels.nHeight; n > 0; --n) {
+        for (qint64 n = smv->pixels.nWidth * smv->pixels.nHeight; n > 0; --n) {
             *pf++ -= static_cast<float>(nPedestal);
         }
     }
@@ -52,14 +54,14 @@ bool readSmvFrames(const QString& strFileName, int nFirst, int, ImageList& vecIm
 FrameHeader readSmvHeader(const QString& strFileName, int nImage)
 {
     QFile file(strFileName);
-    SmvHeader smv;
     QString strReason;
-    if (nImage != 0 || !openSmv(file, smv, strReason)) {
+    const std::optional<SmvHeader> smv = nImage == 0 ? openSmv(file, strReason) : std::nullopt;
+    if (!smv) {
         return {};
     }
-    FrameHeader header = frameHeaderOfSmv(smv);
-    if (holdsSmvPixels(smv, file.size(), strReason)) {
-        header.size = QSize(static_cast<int>(smv.pixels.nWidth), static_cast<int>(smv.pixels.nHeight));
+    FrameHeader header = frameHeaderOfSmv(*smv);
+    if (holdsSmvPixels(*smv, file.size(), strReason)) {
+        header.size = QSize(static_cast<int>(smv->pixels.nWidth), static_cast<int>(smv->pixels.nHeight));
     }
     return header;
 }

@@ -72,16 +72,15 @@ public:
     // Returns false when the run was stopped.
     bool measure()
     {
-        bool bStopped = false;
-        const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(
+        const std::optional<std::vector<PeakPairPlace>> vecPlace = peakPairPlaces(
             m_vecPeak,
             {m_parameters.m_dfRefineDStarLow, m_parameters.m_dfRefineDStarHigh, m_dataSet.m_dfPixelSize},
-            m_dataSet.m_spaceGroup, m_report, &bStopped);
-        if (bStopped) {
+            m_dataSet.m_spaceGroup, m_report);
+        if (!vecPlace) {
             return false;
         }
-        m_vecDifference.reserve(vecPlace.size());
-        for (const PeakPairPlace& place : vecPlace) {
+        m_vecDifference.reserve(vecPlace->size());
+        for (const PeakPairPlace& place : *vecPlace) {
             const Peak3D& a = first(place);
             const Peak3D& b = second(place);
             Difference d;

@@ -188,16 +188,19 @@ QVector<DifferenceMap> refineDirectBeamPosition(const QVector<QList<Peak3D>>& ve
                                                 double dfAmplitude, double dfAzimuth, CRunReport& report)
 {
     QVector<DifferenceMap> vecMap;
+    const std::optional<std::vector<PeakPairPlace>> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup,
+                                                                              report);
+    if (!vecPlace) {
+        return vecMap;
+    }
     bool bStopped = false;
-    const std::vector<PeakPairPlace> vecPlace = peakPairPlaces(vecPeak, limits, spaceGroup, report,
-                                                               &bStopped);
-    auto it = vecPlace.begin();
+    auto it = vecPlace->begin();
     for (int nList = 0; nList < vecPeak.size() && !bStopped; ++nList) {
         if (vecPeak[nList].size() < 2) {
             continue;
         }
         QList<PeakPair> listPair;
-        for (; it != vecPlace.end() && it->nList == nList; ++it) {
+        for (; it != vecPlace->end() && it->nList == nList; ++it) {
             listPair.append({vecPeak[nList][it->nFirst], vecPeak[nList][it->nSecond]});
         }
         DifferenceMap map;

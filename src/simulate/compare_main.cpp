@@ -44,16 +44,16 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "Two arguments are needed: TRUTH BASE\n");
         return 2;
     }
-    SeriesComparison comparison;
     QString strError;
-    if (!compareSeriesFiles(listArgument[0], listArgument[1], parser.value(QStringLiteral("summary")),
-                            comparison, strError)) {
+    const std::optional<SeriesComparison> comparison = compareSeriesFiles(
+        listArgument[0], listArgument[1], parser.value(QStringLiteral("summary")), strError);
+    if (!comparison) {
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 2;
     }
     const QByteArray text = parser.isSet(QStringLiteral("json"))
-                                ? QJsonDocument(comparisonToJson(comparison)).toJson()
-                                : comparisonToText(comparison).toUtf8();
+                                ? QJsonDocument(comparisonToJson(*comparison)).toJson()
+                                : comparisonToText(*comparison).toUtf8();
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
-    return comparison.lattice.isRight() ? 0 : 1;
+    return comparison->lattice.isRight() ? 0 : 1;
 }

@@ -263,10 +263,11 @@ double foretoldR(const std::vector<std::array<double, 2>>& listTrueAndSigma)
 
 IntensityJudgement judgeIntensities(const std::vector<ReflectionLine>& listLine,
                                     const std::array<double, 6>& adfCell, const SimulatedSeries& truth,
-                                    int nLattice, bool bMerged)
+                                    int nLattice, ListedReflections listed)
 {
     IntensityJudgement judgement;
     const auto mapTrue = trueReflections(truth);
+    const bool bMerged = listed == ListedReflections::Merged;
     const CEquivalentIndices equivalents(
         bMerged && truth.parameters.nSupercell == 1 ? truth.parameters.strCrystal : QString());
     const auto mapCrossed = crossedReflections(truth, nLattice, equivalents);
@@ -306,20 +307,26 @@ IntensityJudgement judgeIntensities(const std::vector<ReflectionLine>& listLine,
 }
 
 IntensityJudgement judgeIntensityFile(const QString& strHklFile, const QString& strBase,
-                                      const SimulatedSeries& truth, int nLattice, bool bMerged)
+                                      const SimulatedSeries& truth, int nLattice, ListedReflections listed)
 {
     IntensityJudgement judgement;
-    std::vector<ReflectionLine> listLine;
-    if (!QFile::exists(strHklFile) || !readReflectionLines(strHklFile, listLine, judgement.strWhy)) {
+    if (!QFile::exists(strHklFile)) {
         return judgement;
     }
-    std::array<double, 6> adfCell{};
-    if (!readCellOfStructureFile(strBase + QStringLiteral(".ins"), adfCell) &&
-        !readCellOfStructureFile(strBase + QStringLiteral(".cif"), adfCell)) {
+    const std::optional<std::vector<ReflectionLine>> listLine = readReflectionLines(strHklFile,
+                                                                                    judgement.strWhy);
+    if (!listLine) {
+        return judgement;
+    }
+    std::optional<std::array<double, 6>> adfCell = readCellOfStructureFile(strBase + QStringLiteral(".ins"));
+    if (!adfCell) {
+        adfCell = readCellOfStructureFile(strBase + QStringLiteral(".cif"));
+    }
+    if (!adfCell) {
         judgement.strWhy = QStringLiteral("no cell in %1.ins or .cif").arg(strBase);
         return judgement;
     }
-    return judgeIntensities(listLine, adfCell, truth, nLattice, bMerged);
+    return judgeIntensities(*listLine, *adfCell, truth, nLattice, listed);
 }
 
 }  // namespace tessera

@@ -59,21 +59,25 @@ struct IntensityJudgement {
 /// @param listTrueAndSigma  on one scale
 double foretoldR(const std::vector<std::array<double, 2>>& listTrueAndSigma);
 
+/// What is one reflection of a list.
+enum class ListedReflections {
+    EachIndex,  ///< each h, k, l
+    Merged,     ///< equivalents under the crystal's Laue class together
+};
+
 /// Judges lines whose indices are of a cell of six numbers, which may lie on the true lattice in several
 /// ways. Of these the best correlation counts, as a program cannot tell them apart by the metric; of those
 /// that are equivalent by the symmetry of the crystal the one that holds most of the reflections that
 /// crossed.
-/// @param bMerged   equivalents under the crystal's Laue class are one reflection; else each h, k, l is its
-/// own
 /// @param nLattice  which of the crystals was measured
 IntensityJudgement judgeIntensities(const std::vector<ReflectionLine>& listLine,
                                     const std::array<double, 6>& adfCell, const SimulatedSeries& truth,
-                                    int nLattice, bool bMerged);
+                                    int nLattice, ListedReflections listed);
 
 /// Reads the .hkl and the cell beside it, BASE.ins or else BASE.cif, and judges. A file that is not there
 /// leaves all as it is in a new judgement.
 IntensityJudgement judgeIntensityFile(const QString& strHklFile, const QString& strBase,
-                                      const SimulatedSeries& truth, int nLattice, bool bMerged);
+                                      const SimulatedSeries& truth, int nLattice, ListedReflections listed);
 
 /// For scripts and for reading; empty where nothing was read.
 QJsonObject intensitiesToJson(const IntensityJudgement& judgement);

@@ -26,12 +26,12 @@ double numberWithoutError(const QString& str, bool& bGood)
 }
 }  // namespace
 
-bool readReflectionLines(const QString& strFileName, std::vector<ReflectionLine>& listLine, QString& strError)
+std::optional<std::vector<ReflectionLine>> readReflectionLines(const QString& strFileName, QString& strError)
 {
     QFile file(strFileName);
     if (!file.open(QIODevice::ReadOnly)) {
         strError = QStringLiteral("cannot open %1").arg(strFileName);
-        return false;
+        return {};
     }
     std::vector<ReflectionLine> listRead;
     while (!file.atEnd()) {
@@ -39,19 +39,18 @@ bool readReflectionLines(const QString& strFileName, std::vector<ReflectionLine>
         const QByteArray line = file.readLine();
         if (!readFields(line, reflection)) {
             strError = QStringLiteral("%1, line %2: no reflection").arg(strFileName).arg(listRead.size() + 1);
-            return false;
+            return {};
         }
         if (reflection.anIndex == std::array<int, 3>{}) {
-            listLine = std::move(listRead);
-            return true;
+            return listRead;
         }
         listRead.push_back(reflection);
     }
     strError = QStringLiteral("%1 does not end with 0 0 0").arg(strFileName);
-    return false;
+    return {};
 }
 
-bool readCellOfStructureFile(const QString& strFileName, std::array<double, 6>& adfCell)
+std::optional<std::array<double, 6>> readCellOfStructureFile(const QString& strFileName)
 {
     static const QStringList listName = {
         QStringLiteral("_cell_length_a"),   QStringLiteral("_cell_length_b"),
@@ -59,30 +58,29 @@ bool readCellOfStructureFile(const QString& strFileName, std::array<double, 6>& 
         QStringLiteral("_cell_angle_beta"), QStringLiteral("_cell_angle_gamma")};
     QFile file(strFileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        return false;
+        return {};
     }
-    std::array<double, 6> adfRead{};
+    std::array<double, 6> adfCell{};
     unsigned nRead = 0;
     while (!file.atEnd()) {
         const QStringList listWord = QString::fromUtf8(file.readLine()).simplified().split(QLatin1Char(' '));
         bool bGood = false;
         if (listWord.first().toUpper() == QLatin1String("CELL") && listWord.size() >= 8) {
             for (int i = 0; i < 6; ++i) {
-                adfRead[i] = numberWithoutError(listWord[i + 2], bGood);
+                adfCell[i] = numberWithoutError(listWord[i + 2], bGood);
                 nRead |= unsigned(bGood) << i;
             }
         }
         const int nName = listName.indexOf(listWord.first());
         if (nName >= 0 && listWord.size() >= 2) {
-            adfRead[nName] = numberWithoutError(listWord[1], bGood);
+            adfCell[nName] = numberWithoutError(listWord[1], bGood);
             nRead |= unsigned(bGood) << nName;
         }
     }
     if (nRead != 63) {
-        return false;
+        return {};
     }
-    adfCell = adfRead;
-    return true;
+    return adfCell;
 }
 
 }  // namespace tessera

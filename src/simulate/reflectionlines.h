@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -16,13 +17,12 @@ struct ReflectionLine {
 };
 
 /// Reads lines of the columns 3I4, 2F8 up to a line 0 0 0 or the end. What follows the columns is not read.
-/// @return false with a reason at a line that has no such numbers, or without the line 0 0 0
-bool readReflectionLines(const QString& strFileName, std::vector<ReflectionLine>& listLine,
-                         QString& strError);
+/// @return nothing, with a reason, at a line that has no such numbers, or without the line 0 0 0
+std::optional<std::vector<ReflectionLine>> readReflectionLines(const QString& strFileName, QString& strError);
 
 /// The cell of an .ins (CELL) or .cif (_cell_length_a and so on), Å and degrees; standard errors in brackets
 /// are left aside.
-/// @return false where the file does not tell all six
-bool readCellOfStructureFile(const QString& strFileName, std::array<double, 6>& adfCell);
+/// @return nothing where the file does not tell all six
+std::optional<std::array<double, 6>> readCellOfStructureFile(const QString& strFileName);
 
 }  // namespace tessera

@@ -243,17 +243,17 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
     return comparison;
 }
 
-bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
-                        SeriesComparison& comparison, QString& strError)
+std::optional<SeriesComparison> compareSeriesFiles(const QString& strTruthFile, const QString& strBase,
+                                                   const QString& strSummary, QString& strError)
 {
     SimulatedSeries truth;
     if (!readTruthFile(strTruthFile, truth, strError)) {
-        return false;
+        return {};
     }
     std::vector<QStringList> listRow;
     if (!readRows(strBase + QStringLiteral(".pk"), listRow)) {
         strError = QStringLiteral("cannot open %1.pk").arg(strBase);
-        return false;
+        return {};
     }
     std::vector<ReadPeak> listPeak, listIndexed;
     for (const QStringList& row : listRow) {
@@ -271,7 +271,7 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
     }
     Matrix3 matFound{};
     const bool bCell = readCell(strBase + QStringLiteral(".uc"), matFound);
-    comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
+    SeriesComparison comparison = compareWithTruth(truth, listPeak, listIndexed, bCell ? &matFound : nullptr);
     const QJsonObject summary = readSummary(strSummary);
     const Matrix3& matTrue = truth.basis(comparison.nFoundLattice);
     comparison.proposal = judgeProposal(summary[QStringLiteral("lattice")].toObject(),
@@ -283,15 +283,15 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
                                         bRefinedBasis ? &matRefined : nullptr, truth,
                                         comparison.nFoundLattice);
     comparison.integrated = judgeIntensityFile(strBase + QStringLiteral("_integrated.hkl"), strBase, truth,
-                                               comparison.nFoundLattice, false);
+                                               comparison.nFoundLattice, ListedReflections::EachIndex);
     comparison.merged = judgeIntensityFile(strBase + QStringLiteral("_merged.hkl"), strBase, truth,
-                                           comparison.nFoundLattice, true);
+                                           comparison.nFoundLattice, ListedReflections::Merged);
     comparison.symmetry = judgeSymmetry(
         summary[QStringLiteral("quality")].toObject(),
         truth.parameters.nSupercell > 1 ? QString() : truth.parameters.strCrystal);
     std::array<double, 6> adfRefined;
     if (comparison.lattice.relation == LatticeMatch::None) {
-        return true;
+        return comparison;
     }
     if (readRefinedCell(summary[QStringLiteral("refined")], adfRefined)) {
         comparison.bRefined = true;
@@ -303,7 +303,7 @@ bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, con
             comparison.mapPairs[it.key()] = errorsOfCell(adfRefined, comparison.lattice, matTrue);
         }
     }
-    return true;
+    return comparison;
 }
 
 }  // namespace tessera

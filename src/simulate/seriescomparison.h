@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -89,9 +90,9 @@ SeriesComparison compareWithTruth(const SimulatedSeries& truth, const std::vecto
 /// of BASE.ins or BASE.cif, whatever of them exists, and compares.
 /// @param strSummary  a summary of tessera-batch with the refined cells and geometry of the same run, and the
 ///                    system and centring that it proposes; may be empty
-/// @return false with a reason when the truth or the peak list cannot be read
-bool compareSeriesFiles(const QString& strTruthFile, const QString& strBase, const QString& strSummary,
-                        SeriesComparison& comparison, QString& strError);
+/// @return nothing, with a reason, when the truth or the peak list cannot be read
+std::optional<SeriesComparison> compareSeriesFiles(const QString& strTruthFile, const QString& strBase,
+                                                   const QString& strSummary, QString& strError);
 
 /// For scripts and for reading.
 QJsonObject comparisonToJson(const SeriesComparison& comparison);

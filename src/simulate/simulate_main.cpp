@@ -89,15 +89,15 @@ int main(int argc, char** argv)
     if (!strWrong.isEmpty()) {
         return fail(strWrong);
     }
-    SimulatedSeries series;
     QString strError;
-    if (!simulateSeries(options.parameters(), series, strError)) {
+    const std::optional<SimulatedSeries> series = simulateSeries(options.parameters(), strError);
+    if (!series) {
         return fail(strError);
     }
-    if (!writeSeries(series, strError)) {
+    if (!writeSeries(*series, strError)) {
         std::fprintf(stderr, "%s\n", qPrintable(strError));
         return 1;
     }
-    tellSpots(series);
+    tellSpots(*series);
     return 0;
 }

@@ -313,7 +313,7 @@ double diffuseBackground(const SimulationParameters& parameters, double dfDistan
     return parameters.dfBackground * (1 + 4 / (1 + df * df));
 }
 
-bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& series, QString& strError)
+std::optional<SimulatedSeries> simulateSeries(const SimulationParameters& parameters, QString& strError)
 {
     SimulationParameters p = parameters;
     if (p.lens.dfRadius == 0) {
@@ -321,7 +321,7 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
     }
     strError = whatIsWrong(p);
     if (!strError.isEmpty()) {
-        return false;
+        return {};
     }
     const CrystalStructure& structure = *findCrystalStructure(p.strCrystal);
     const CStructureFactor crystal(structure);
@@ -360,8 +360,7 @@ bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& ser
         result.listArea.push_back(CExposureMode(p, projection).width(reflection.dfDStar) / p.dfRocking);
     }
     result.listCrossing = findCrossings(result, listReflection, dfMeanSquareF, projection);
-    series = std::move(result);
-    return true;
+    return result;
 }
 
 }  // namespace tessera

@@ -7,6 +7,7 @@
 
 #include <QPoint>
 
+#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -57,8 +58,7 @@ double spotDiscRadius(const SimulationParameters& parameters);
 /// diffuse scattering that falls with the distance, on an even floor.
 double diffuseBackground(const SimulationParameters& parameters, double dfDistance);
 
-/// Works out the whole series. Unknown crystals and parameters out of range give false and a
-/// reason; the series then stays as it was.
-bool simulateSeries(const SimulationParameters& parameters, SimulatedSeries& series, QString& strError);
+/// Works out the whole series. Unknown crystals and parameters out of range give nothing and a reason.
+std::optional<SimulatedSeries> simulateSeries(const SimulationParameters& parameters, QString& strError);
 
 }  // namespace tessera

@@ -346,10 +346,10 @@ TEST_F(Hdf5, FollowsNoLinkOutOfItsFolder)
     {
         const CHdf5Lock lock;
         const CHdf5Id idFile = openHdf5(path("in/x_master.h5"), m_strReason);
-        Hdf5External external;
-        EXPECT_TRUE(readExternal(idFile, "ext", external));
-        EXPECT_EQ(external.strFile, "../outside.h5");
-        EXPECT_FALSE(readExternal(idFile, "ext/x", external)) << "a name that a damaged group may have";
+        const auto external = readExternal(idFile, "ext");
+        ASSERT_TRUE(external);
+        EXPECT_EQ(external->strFile, "../outside.h5");
+        EXPECT_FALSE(readExternal(idFile, "ext/x")) << "a name that a damaged group may have";
     }
 #if defined(Q_OS_UNIX)
     ASSERT_TRUE(QFile::link(path("outside.h5"), path("in/ext.h5")));

@@ -22,7 +22,9 @@ public:
     {
         p.strDirectory = m_dir.path();
         QString strError;
-        EXPECT_TRUE(simulateSeries(p, m_series, strError)) << strError.toStdString();
+        auto series = simulateSeries(p, strError);
+        EXPECT_TRUE(series) << strError.toStdString();
+        m_series = std::move(series).value_or(SimulatedSeries());
         m_geometry.geometry.dfWavelength = p.dfWavelength;
         m_geometry.geometry.dfPixelSize = p.dfPixelSize;
         m_geometry.geometry.plane.axis = p.dfAxis;

@@ -29,10 +29,10 @@ SimulatedSeries made(const std::function<void(SimulationParameters&)>& fnChange)
     p.dfDrift = 2;
     p.nHotPixels = 0;
     fnChange(p);
-    SimulatedSeries series;
     QString strError;
-    EXPECT_TRUE(simulateSeries(p, series, strError)) << qPrintable(strError);
-    return series;
+    auto series = simulateSeries(p, strError);
+    EXPECT_TRUE(series) << qPrintable(strError);
+    return std::move(series).value_or(SimulatedSeries());
 }
 
 CRotationProjection projectionOf(const SimulationParameters& p)

@@ -32,10 +32,10 @@ SimulationParameters smallSeries()
 
 SimulatedSeries simulated(const SimulationParameters& p)
 {
-    SimulatedSeries series;
     QString strError;
-    EXPECT_TRUE(simulateSeries(p, series, strError)) << strError.toStdString();
-    return series;
+    auto series = simulateSeries(p, strError);
+    EXPECT_TRUE(series) << strError.toStdString();
+    return std::move(series).value_or(SimulatedSeries());
 }
 
 }  // namespace

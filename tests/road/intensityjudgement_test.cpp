@@ -28,10 +28,10 @@ SimulatedSeries truthOf(const char* pCrystal)
     p.nFrames = 120;
     p.nSize = 440;
     p.dfCenterX = p.dfCenterY = 220;
-    SimulatedSeries series;
     QString strError;
-    EXPECT_TRUE(simulateSeries(p, series, strError)) << qPrintable(strError);
-    return series;
+    auto series = simulateSeries(p, strError);
+    EXPECT_TRUE(series) << qPrintable(strError);
+    return std::move(series).value_or(SimulatedSeries());
 }
 
 // Lines of the reflections that crossed the sphere, with indices on axes that are integer combinations of the
@@ -88,8 +88,8 @@ TEST(IntensityJudgement, FindsTheSettingOfTheLines)
         adfCell[4] += 0.05;
         const auto list = lines(truth, row.matAxes, 1);
         ASSERT_GT(list.size(), 50u);
-        for (bool bMerged : {false, true}) {
-            const IntensityJudgement j = judgeIntensities(list, adfCell, truth, 0, bMerged);
+        for (const auto listed : {ListedReflections::EachIndex, ListedReflections::Merged}) {
+            const IntensityJudgement j = judgeIntensities(list, adfCell, truth, 0, listed);
             ASSERT_TRUE(j.bRead) << row.pCase;
             EXPECT_GT(j.dfCorrelation, 0.999) << row.pCase;
             EXPECT_EQ(j.nOffTruth, 0) << row.pCase;
@@ -98,7 +98,8 @@ TEST(IntensityJudgement, FindsTheSettingOfTheLines)
             EXPECT_NEAR(j.dfR / j.dfRForetold, 1, 0.25) << row.pCase;
             EXPECT_EQ(j.completenessOfAll(), 1) << row.pCase;
             EXPECT_EQ(j.nLines, int(list.size()));
-            EXPECT_LT(j.nCrossed, bMerged ? 0.7 * j.nLines : j.nLines + 1) << row.pCase;
+            EXPECT_LT(j.nCrossed, listed == ListedReflections::Merged ? 0.7 * j.nLines : j.nLines + 1)
+                << row.pCase;
         }
     }
 }
@@ -110,7 +111,7 @@ class LinesOfKyanite : public testing::Test {
 protected:
     IntensityJudgement judge(const std::vector<ReflectionLine>& listLine) const
     {
-        return judgeIntensities(listLine, truth.adfCell, truth, 0, false);
+        return judgeIntensities(listLine, truth.adfCell, truth, 0, ListedReflections::EachIndex);
     }
     double dStar(const ReflectionLine& line) const
     {
@@ -181,7 +182,8 @@ TEST_F(LinesOfKyanite, IntensitiesOfSomethingElseDoNotAgree)
         listShuffled[i].dfIntensity = list[(7 * i + 3) % list.size()].dfIntensity;
     }
     EXPECT_LT(judge(listShuffled).dfCorrelation, 0.5);
-    const IntensityJudgement other = judgeIntensities(list, {8, 8, 9, 90, 90, 90}, truth, 0, false);
+    const IntensityJudgement other = judgeIntensities(list, {8, 8, 9, 90, 90, 90}, truth, 0,
+                                                      ListedReflections::EachIndex);
     EXPECT_FALSE(other.bRead);
     EXPECT_FALSE(other.strWhy.isEmpty());
 }
@@ -216,36 +218,32 @@ TEST(IntensityJudgement, ReadsFilesAndRefusesBrokenOnes)
     };
     const auto path = [&](const char* pName) { return dir.filePath(QString::fromLatin1(pName)); };
     QString strError;
-    std::vector<ReflectionLine> list;
     write("good.hkl",
           "   1  -2   3  -12.50    3.25\n-100-101-102 1234.5    0.00   1\n   0   0   0    0.00    "
           "0.00\nTITL\n");
-    ASSERT_TRUE(readReflectionLines(path("good.hkl"), list, strError));
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].anIndex, (std::array<int, 3>{1, -2, 3}));
-    EXPECT_EQ(list[0].dfIntensity, -12.5);
-    EXPECT_EQ(list[0].dfSigma, 3.25);
-    EXPECT_EQ(list[1].anIndex, (std::array<int, 3>{-100, -101, -102}));
-    EXPECT_EQ(list[1].dfIntensity, 1234.5);
+    const auto list = readReflectionLines(path("good.hkl"), strError);
+    ASSERT_TRUE(list);
+    ASSERT_EQ(list->size(), 2u);
+    EXPECT_EQ(list->at(0).anIndex, (std::array<int, 3>{1, -2, 3}));
+    EXPECT_EQ(list->at(0).dfIntensity, -12.5);
+    EXPECT_EQ(list->at(0).dfSigma, 3.25);
+    EXPECT_EQ(list->at(1).anIndex, (std::array<int, 3>{-100, -101, -102}));
+    EXPECT_EQ(list->at(1).dfIntensity, 1234.5);
     for (const char* pText :
          {"   1  -2   3  -12.50    3.25\n", "   1  -2   3  -12.50\n   0   0   0    0.00    0.00\n",
           "   1  -2   x  -12.50    3.25\n   0   0   0    0.00    0.00\n",
           "   1  -2   3     nan    3.25\n   0   0   0    0.00    0.00\n", ""}) {
         write("bad.hkl", pText);
-        EXPECT_FALSE(readReflectionLines(path("bad.hkl"), list, strError)) << pText;
-        EXPECT_EQ(list.size(), 2u);
+        EXPECT_FALSE(readReflectionLines(path("bad.hkl"), strError)) << pText;
     }
-    std::array<double, 6> adfCell{};
     write("a.ins", "TITL x\nCELL 0.0251 5.1 6.2(1) 7 90 91.5 90\n");
-    ASSERT_TRUE(readCellOfStructureFile(path("a.ins"), adfCell));
-    EXPECT_EQ(adfCell, (std::array<double, 6>{5.1, 6.2, 7, 90, 91.5, 90}));
+    EXPECT_EQ(readCellOfStructureFile(path("a.ins")), (std::array<double, 6>{5.1, 6.2, 7, 90, 91.5, 90}));
     write("a.cif",
           "data_x\n_cell_length_a 5.25(3)\n_cell_length_b   6.2\n_cell_length_c 7.1\n_cell_angle_alpha 90\n"
           "_cell_angle_beta 91.50(2)\n_cell_angle_gamma 90\n");
-    ASSERT_TRUE(readCellOfStructureFile(path("a.cif"), adfCell));
-    EXPECT_EQ(adfCell, (std::array<double, 6>{5.25, 6.2, 7.1, 90, 91.5, 90}));
+    EXPECT_EQ(readCellOfStructureFile(path("a.cif")), (std::array<double, 6>{5.25, 6.2, 7.1, 90, 91.5, 90}));
     write("b.cif", "data_x\n_cell_length_a 5.25(3)\n");
-    EXPECT_FALSE(readCellOfStructureFile(path("b.cif"), adfCell));
+    EXPECT_FALSE(readCellOfStructureFile(path("b.cif")));
 }
 
 TEST(SymmetryJudgement, KnowsTheLaueClassesAndTakesEitherHand)

@@ -80,15 +80,15 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
     for (double dfStep : {0.25, 1.0}) {
         p.dfTiltStep = dfStep;
         p.nFrames = int(60 / dfStep);
-        SimulatedSeries series;
         QString strError;
-        ASSERT_TRUE(simulateSeries(p, series, strError));
+        const auto series = simulateSeries(p, strError);
+        ASSERT_TRUE(series) << strError.toStdString();
         struct Total {
             double dfCounts = 0;
             int nFirst = 1 << 30, nLast = 0, nFrames = 0;
         };
         std::map<std::array<int, 3>, Total> mapTotal;
-        for (const auto& list : series.listDrawn) {
+        for (const auto& list : series->listDrawn) {
             for (const TruthSpot& spot : list) {
                 Total& total = mapTotal[{spot.nH, spot.nK, spot.nL}];
                 total.dfCounts += spot.dfCounts;
@@ -102,7 +102,7 @@ TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
         std::vector<double> listConstant;
         for (const auto& [index, total] : mapTotal) {
             const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} *
-                                series.matBasis;
+                                series->matBasis;
             double dfTilt = 0;
             const double dfMiddle = p.dfTiltStart + (total.nFirst + total.nLast) / 2.0 * dfStep;
             if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 ||

@@ -48,11 +48,11 @@ TEST_P(Road, LeadsFromFramesToTheTrueCellAndIndices)
         QStringList{dir.filePath("series.ed3d"), "--json", dir.filePath("summary.json")} +
         words(road.pBatchOptions));
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-    SeriesComparison c;
     QString strError;
-    ASSERT_TRUE(compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
-                                   dir.filePath("summary.json"), c, strError))
-        << strError.toStdString();
+    const auto compared = compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
+                                             dir.filePath("summary.json"), strError);
+    ASSERT_TRUE(compared) << strError.toStdString();
+    const SeriesComparison& c = *compared;
     SCOPED_TRACE(comparisonToText(c).toStdString());
     const auto expectNear = [](const CellErrors& errors, double dfMost) {  // per cent, degrees
         for (int i = 0; i < 3; ++i) {
@@ -99,11 +99,11 @@ TEST(RoadOfALens, IsThatOfItsProject)
             return QJsonDocument::fromJson(file.readAll()).object()["geometry"].toObject();
         };
         const QJsonObject first = run("series", bTold && !bProject ? listOption : QStringList());
-        SeriesComparison c;
         QString strError;
-        ASSERT_TRUE(compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
-                                       dir.filePath("series.json"), c, strError))
-            << strError.toStdString();
+        const auto compared = compareSeriesFiles(dir.filePath("series_truth.json"), dir.filePath("series"),
+                                                 dir.filePath("series.json"), strError);
+        ASSERT_TRUE(compared) << strError.toStdString();
+        const SeriesComparison& c = *compared;
         SCOPED_TRACE(comparisonToText(c).toStdString());
         const CellErrors& errors = c.lattice.errors;
         double dfWorst = 0;  // per cent, degrees

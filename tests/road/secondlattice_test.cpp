@@ -31,10 +31,10 @@ SimulationParameters smallSeries()
 
 SimulatedSeries simulated(const SimulationParameters& p)
 {
-    SimulatedSeries series;
     QString strError;
-    EXPECT_TRUE(simulateSeries(p, series, strError)) << strError.toStdString();
-    return series;
+    auto series = simulateSeries(p, strError);
+    EXPECT_TRUE(series) << strError.toStdString();
+    return std::move(series).value_or(SimulatedSeries());
 }
 
 using Key = std::tuple<int, int, int, int>;  // frame and indices
@@ -188,11 +188,10 @@ TEST(Supercell, LeavesTheAverageSpotsAndTellsTheDoubledCell)
     const LatticeMatch match = matchLattice(plain.matBasis, super.matBasis, super.matPrimitive);
     EXPECT_EQ(match.relation, LatticeMatch::Subcell);
     EXPECT_EQ(match.nIndex, 2);
-    SimulatedSeries bad;
     QString strError;
     p.nSupercell = 5;
-    EXPECT_FALSE(simulateSeries(p, bad, strError));
-    EXPECT_TRUE(bad.listSpot.empty());
+    EXPECT_FALSE(simulateSeries(p, strError));
+    EXPECT_FALSE(strError.isEmpty());
 }
 
 TEST(SecondLattice, OptionsThatMakeNoSenseAreRefused)
