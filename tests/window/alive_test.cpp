@@ -122,7 +122,7 @@ TEST_F(Alive, ClicksAreAnsweredWhileTheRoadIsUnderWay)
                m_pTabs->setCurrentIndex(3);
                EXPECT_TRUE(m_pTable->isVisible());
                pToolBox->setCurrentWidget(m_pMerging);
-               EXPECT_TRUE(pToolBox->currentWidget() == m_pMerging);
+               EXPECT_EQ(pToolBox->currentWidget(), m_pMerging);
                QMenu* pMenu = m_pWindow->menuBar()->actions().first()->menu();
                pMenu->popup({0, 0});
                EXPECT_TRUE(pMenu->isVisible());
@@ -136,31 +136,33 @@ TEST_F(Alive, ClicksAreAnsweredWhileTheRoadIsUnderWay)
     EXPECT_EQ(pRoad->m_pSolveButton->text(), "Solve");
 }
 
+/// A report in the thread of the window that counts and stops.
+struct AliveReport : CRunReport {
+    void addMessage(const QString& strText, Severity) override
+    {
+        EXPECT_EQ(QThread::currentThread(), pWindow);
+        listText.append(strText);
+    }
+    void setProgress(int nValue) override { listText.append(QString::number(nValue)); }
+    bool goOn() override
+    {
+        EXPECT_EQ(QThread::currentThread(), pWindow);
+        ++nAsked;
+        return !bStop;
+    }
+    QThread* pWindow = QThread::currentThread();
+    QStringList listText;
+    int nAsked = 0;
+    bool bStop = false;
+};
+
 TEST(AliveRun, WhatIsSaidComesInOrderAndAStopAtOnce)
 {
-    // A report in the thread of the window that counts and stops.
-    struct Report : CRunReport {
-        void addMessage(const QString& strText, Severity) override
-        {
-            EXPECT_TRUE(QThread::currentThread() == pWindow);
-            listText.append(strText);
-        }
-        void setProgress(int nValue) override { listText.append(QString::number(nValue)); }
-        bool goOn() override
-        {
-            EXPECT_TRUE(QThread::currentThread() == pWindow);
-            ++nAsked;
-            return !bStop;
-        }
-        QThread* pWindow = QThread::currentThread();
-        QStringList listText;
-        int nAsked = 0;
-        bool bStop = false;
-    } report;
+    AliveReport report;
     CAliveRun run;
     QStringList listWanted;
     run.run(report, [&] {
-        EXPECT_FALSE(QThread::currentThread() == report.pWindow);
+        EXPECT_NE(QThread::currentThread(), report.pWindow);
         for (int n = 0; n < 300; ++n) {
             listWanted << QString("line %1").arg(n) << QString::number(n);
             run.addMessage(QString("line %1").arg(n));
@@ -178,10 +180,13 @@ TEST(AliveRun, WhatIsSaidComesInOrderAndAStopAtOnce)
     EXPECT_EQ(report.listText.size(), 600 + 3 + 1);
     EXPECT_EQ(report.reason(), "the reason");
     EXPECT_EQ(report.listText.last(), "the reason");
+}
 
-    // While the run computes the window is asked again and again. What either
-    // side throws comes out.
-    report = Report();
+// While the run computes the window is asked again and again.
+TEST(AliveRun, WhatEitherSideThrowsComesOut)
+{
+    AliveReport report;
+    CAliveRun run;
     const auto sleepAndThrow = [&](bool bInWindow) {
         EXPECT_THROW(run.run(report,
                              [&] {

@@ -28,6 +28,11 @@ protected:
         m_pActions->m_pOtherPrograms->trigger();
         EXPECT_TRUE(bSeen);
     }
+    void openWithShifts()
+    {
+        ASSERT_EQ(runBatch({"--window-defaults", "--to", "shifts", path("w.ed3d")}).nStatus, 0);
+        m_pWindow->openFiles({path("w.ed3d")});
+    }
     /// All files below a folder.
     static QMap<QString, QByteArray> filesBelow(const QString& strFolder)
     {
@@ -58,13 +63,12 @@ TEST_F(ExchangeWindow, WhatIsMissingIsTold)
 
 TEST_F(ExchangeWindow, TheFilesAreTheDrivers)
 {
-    const QString strProject = path("w.ed3d");
-    ASSERT_EQ(runBatch({"--window-defaults", "--to", "shifts", strProject}).nStatus, 0);
-    m_pWindow->openFiles({strProject});
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
     inDialog([&](ExchangeDialog& dialog) {
         EXPECT_EQ(dialog.folder(), m_dir.path());
-        EXPECT_TRUE(dialog.m_listCheck[0]->isEnabled() && dialog.m_listCheck[2]->isEnabled());
-        EXPECT_FALSE(dialog.m_listCheck[1]->isEnabled() || dialog.m_listCheck[3]->isEnabled());
+        for (int n = 0; n < 4; ++n) {
+            EXPECT_EQ(dialog.m_listCheck[n]->isEnabled(), n % 2 == 0) << n;
+        }
         dialog.m_listCheck[0]->setChecked(true);
         dialog.m_listCheck[2]->setChecked(true);
         EXPECT_EQ(dialog.kinds(), (QList<ExportKind>{ExportKind::Xds, ExportKind::Pets}));
@@ -82,7 +86,7 @@ TEST_F(ExchangeWindow, TheFilesAreTheDrivers)
     QDir(m_dir.path()).mkdir("driver");
     ASSERT_TRUE(QFile::copy(path("w.sc"), path("driver/w.sc")));
     const BatchOutcome outcome = runBatch({"--export-only", "--window-defaults", "--export", "xds,pets",
-                                           "--out", path("driver"), "--defects", "off", strProject});
+                                           "--out", path("driver"), "--defects", "off", path("w.ed3d")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
     auto mapDriver = filesBelow(path("driver"));
     mapDriver.remove("w.sc");
@@ -90,20 +94,31 @@ TEST_F(ExchangeWindow, TheFilesAreTheDrivers)
     mapDriver.remove("w.run.json");
     EXPECT_EQ(mapWindow.keys(), mapDriver.keys());
     for (const QString& strName : mapWindow.keys()) {
-        EXPECT_TRUE(mapWindow[strName] == mapDriver[strName]) << strName.toStdString();
+        EXPECT_EQ(mapWindow[strName], mapDriver[strName]) << strName.toStdString();
     }
+}
 
-    // A text that was changed stays; a stop and a folder that cannot be made are told.
-    const QByteArray bytesChanged = mapWindow["XDS.INP"] + " JOB= ALL\n";
-    QFile file(path("window/XDS.INP"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytesChanged) == bytesChanged.size());
-    file.close();
+TEST_F(ExchangeWindow, ATextThatWasChangedStays)
+{
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
     inDialog([&](ExchangeDialog& dialog) {
         dialog.m_listCheck[0]->setChecked(true);
         dialog.m_pEditFolder->setText(path("window"));
         dialog.m_pButtonExport->click();
+        const QByteArray bytesWritten = readBytes(path("window/XDS.INP"));
+        const QByteArray bytesChanged = bytesWritten + " JOB= ALL\n";
+        writeBytes(path("window/XDS.INP"), bytesChanged);
+        dialog.m_pButtonExport->click();
         EXPECT_EQ(readBytes(path("window/XDS.INP")), bytesChanged);
-        EXPECT_EQ(readBytes(path("window/w_XDS1.INP")), mapWindow["XDS.INP"]);
+        EXPECT_EQ(readBytes(path("window/w_XDS1.INP")), bytesWritten);
+    });
+}
+
+TEST_F(ExchangeWindow, AStopAndAFolderThatCannotBeMadeAreTold)
+{
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
+    inDialog([&](ExchangeDialog& dialog) {
+        dialog.m_listCheck[0]->setChecked(true);
         dialog.m_pEditFolder->setText(path("w.ed3d/sub"));
         dialog.m_pButtonExport->click();
         EXPECT_TRUE(dialog.m_pLabelSays->text().contains("cannot be made"));

@@ -9,6 +9,8 @@ namespace tessera {
 
 namespace {
 
+typedef QMap<QString, QByteArray> Files;
+
 class ExportsWindow : public WindowTest {
 protected:
     void SetUp() override
@@ -17,10 +19,21 @@ protected:
         simulate(m_dir.path(),
                  "--frames 5 --size 192 --pixel-size 0.01 --tilt-start -2 --tilt-step 1 --drift 3");
     }
+    /// Has the driver evaluate the shifts, which exports in reciprocal space need.
+    void openWithShifts()
+    {
+        ASSERT_EQ(runBatch({"--window-defaults", "--to", "shifts", path("w.ed3d")}).nStatus, 0);
+        open();
+        m_pFrames->m_pContrastFullButton->click();  // the contrast of the driver
+    }
     void open()
     {
         m_pWindow->show();
         m_pWindow->openFiles({path("w.ed3d")});
+    }
+    QString save(const QVariantList& listAnswer)
+    {
+        return answered(listAnswer, [this] { m_pWindow->saveCurrent(); }).join(", ");
     }
     /// The titles of the dialogs that a press of Ctrl+Shift and the key brings up and that are cancelled.
     QString keyed(Qt::Key key)
@@ -32,13 +45,31 @@ protected:
         return answered({}, press).join(", ");
     }
     /// The contents of the files of a pattern, by name.
-    QMap<QString, QByteArray> files(const QString& strFolder, const char* pszPattern)
+    static Files files(const QString& strFolder, const char* pszPattern)
     {
-        QMap<QString, QByteArray> map;
+        Files map;
         for (const QString& strName : QDir(strFolder).entryList({pszPattern}, QDir::Files | QDir::Hidden)) {
             map[strName] = readBytes(strFolder + '/' + strName);
         }
         return map;
+    }
+    /// The same, after which the files are gone: frames and copies stand in one folder, so what one side has
+    /// written goes before the other one has its turn.
+    Files take(const char* pszPattern)
+    {
+        const Files map = files(m_dir.path(), pszPattern);
+        for (const QString& strName : map.keys()) {
+            EXPECT_TRUE(QFile::remove(m_dir.filePath(strName)));
+        }
+        return map;
+    }
+    /// What the driver exports of the series.
+    Files filesOfDriver(const char* pszPattern, const QStringList& list)
+    {
+        const BatchOutcome outcome = runBatch(QStringList{"--export-only", "--window-defaults", "--export"} +
+                                              list + QStringList{path("w.ed3d")});
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        return take(pszPattern);
     }
 };
 
@@ -48,9 +79,6 @@ TEST_F(ExportsWindow, TheImageInViewIsSavedGreyOrAsItsValues)
 {
     writePicture("ramp.png", [](int x, int) { return 4 * x; });  // 256 x in memory
     m_pWindow->openFiles({path("ramp.png")});
-    const auto save = [&](const QVariantList& list) {
-        return answered(list, [this] { m_pWindow->saveCurrent(); }).join(", ");
-    };
     m_pFrames->m_pContrastMinSpin->setValue(1000);  // values beyond on both sides
     m_pFrames->m_pContrastMaxSpin->setValue(9000);
     m_pActions->m_listPalette[2]->setChecked(true);
@@ -63,8 +91,15 @@ TEST_F(ExportsWindow, TheImageInViewIsSavedGreyOrAsItsValues)
     for (int x = 0; x < 64; ++x) {
         EXPECT_EQ(image.pixel(x, 9), QRgb(0xFF000000u + 0x10101u * pShown[x])) << x;
     }
+}
 
-    // An existing file: No asks for another name. Working folder and suffix follow the names chosen.
+// No asks for another name. Working folder and suffix follow the names chosen.
+TEST_F(ExportsWindow, AnExistingFileIsAskedAboutAndAFrameNeverReplaced)
+{
+    writePicture("ramp.png", [](int x, int) { return 4 * x; });  // 256 x in memory
+    m_pWindow->openFiles({path("ramp.png")});
+    QDir(m_dir.path()).mkdir("out");
+    save({path("out/a.tif") + "|PNG Image (*.png)"});
     const QByteArray bytesBefore = readBytes(path("out/a.tif.png"));
     EXPECT_EQ(save({"a.tif|PNG Image (*.png)", int(QMessageBox::No), "b.MRC"}),
               "Save Files, Overwite: File \"" + path("out/a.tif.png") +
@@ -107,25 +142,7 @@ TEST_F(ExportsWindow, WithoutFramesOrShifts)
 
 TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
 {
-    const QString strProject = path("w.ed3d");
-    ASSERT_EQ(runBatch({"--window-defaults", "--to", "shifts", strProject}).nStatus, 0);
-    // Frames and copies stand in one folder, so what is there goes before the window has its turn.
-    typedef QMap<QString, QByteArray> Files;
-    const auto take = [this](const char* pszPattern) {
-        const Files map = files(m_dir.path(), pszPattern);
-        for (const QString& strName : map.keys()) {
-            EXPECT_TRUE(QFile::remove(m_dir.filePath(strName)));
-        }
-        return map;
-    };
-    const auto driver = [&](const char* pszPattern, const QStringList& list) {
-        const BatchOutcome outcome = runBatch(QStringList{"--export-only", "--window-defaults", "--export"} +
-                                              list + QStringList{strProject});
-        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-        return take(pszPattern);
-    };
-    open();
-    m_pFrames->m_pContrastFullButton->click();  // the contrast of the driver
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
     const char* const pszVolume = "Volume Dimensions, Data Type Selection";
     const char* const pszSeries = "Select image output directory, Image Type Selection";
     QAction *const pScaled = m_pActions->m_pScaledFrames, *const pVolume = m_pActions->m_pReciprocalVolume;
@@ -151,23 +168,32 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
     for (const auto& row : aRow) {
         SCOPED_TRACE(&row - aRow);
         ASSERT_TRUE(row.pAction->isEnabled());
-        const Files mapDriver = row.listDriver.isEmpty() ? Files() : driver(row.pszPattern, row.listDriver);
+        const Files mapDriver = row.listDriver.isEmpty() ? Files()
+                                                         : filesOfDriver(row.pszPattern, row.listDriver);
         EXPECT_EQ(answered(row.listAnswer, [&] { row.pAction->trigger(); }).join(", "), row.pszTitles);
         const Files mapWindow = take(row.pszPattern);
         EXPECT_EQ(mapWindow.size(), row.nFiles);
         EXPECT_EQ(mapWindow.keys(), mapDriver.keys());
-        EXPECT_TRUE(mapWindow == mapDriver) << "differs";
+        EXPECT_EQ(mapWindow, mapDriver) << "differs";
     }
     EXPECT_EQ(lines(""), 0);
     EXPECT_TRUE(m_pWindow->statusBar()->findChild<QProgressBar*>()->isHidden());
+}
 
+TEST_F(ExportsWindow, KeysBringUpTheirDialogs)
+{
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
     EXPECT_EQ(keyed(Qt::Key_S), "Select image output directory");
     EXPECT_EQ(keyed(Qt::Key_B), "Frame Scaling");
     EXPECT_EQ(keyed(Qt::Key_R), "Volume Dimensions");
     EXPECT_EQ(keyed(Qt::Key_M), "");
     EXPECT_EQ(take("*.img").size(), 5);
+}
 
-    // The window closed in the middle: at the end of the file at hand, and no volume at all.
+// At the end of the file at hand, and no volume at all.
+TEST_F(ExportsWindow, AClosedWindowEndsThem)
+{
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
     const struct {
         QAction* pAction;
         QVariantList listAnswer;
@@ -195,29 +221,43 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
     }
 }
 
-TEST_F(ExportsWindow, Movie)
-{
-    ASSERT_EQ(runBatch({"--window-defaults", "--to", "peaks", path("w.ed3d")}).nStatus, 0);
-    open();
-    m_pTabs->setCurrentIndex(1);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
-    EXPECT_EQ(keyed(Qt::Key_M), "Export Image Files");
-    const auto movie = [&](const QString& strStep) {
+class Movie : public ExportsWindow {
+protected:
+    void SetUp() override
+    {
+        ExportsWindow::SetUp();
+        ASSERT_EQ(runBatch({"--window-defaults", "--to", "peaks", path("w.ed3d")}).nStatus, 0);
+        open();
+        m_pTabs->setCurrentIndex(1);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
+    }
+    bool hasPictures() const { return !m_pRaw->grabFrameBuffer().isNull(); }
+    /// The names of its pictures.
+    QStringList movie(const QString& strStep)
+    {
         m_pPanel->m_pComboRotationStep->setCurrentText(strStep);
         answered({path("movie.x.png")}, [&] { m_pActions->m_pMovieFrames->trigger(); });
         return files(m_dir.path(), "movie*").keys();
-    };
+    }
+};
+
+TEST_F(Movie, WantsAStepOfItsRangeAndAPicture)
+{
+    EXPECT_EQ(keyed(Qt::Key_M), "Export Image Files");
     for (const char* pszStep : {"a lot", "0", "-90", "361"}) {
         EXPECT_TRUE(movie(pszStep).isEmpty()) << pszStep;
     }
     EXPECT_EQ(lines("Unknown numberic format."), 1);
     EXPECT_EQ(lines("The rotation step of a movie must be above "), 2);
-    if (m_pRaw->grabFrameBuffer().isNull()) {  // without OpenGL
-        EXPECT_TRUE(movie("90").isEmpty());
-        EXPECT_EQ(lines("The 3D view gives no picture."), 1);
-        return;
+    EXPECT_EQ(movie("90").isEmpty(), !hasPictures());
+    EXPECT_EQ(lines("The 3D view gives no picture."), hasPictures() ? 0 : 1);
+}
+
+TEST_F(Movie, HasThePicturesOfTheViewThatIsTurnedByHand)
+{
+    if (!hasPictures()) {
+        GTEST_SKIP() << "no OpenGL on this platform";
     }
-    // The pictures of the view that is turned by hand.
     std::vector<QImage> vecWanted;
     for (int i = 0; i < 4; ++i) {
         vecWanted.push_back(m_pRaw->grabFrameBuffer());
@@ -236,8 +276,14 @@ TEST_F(ExportsWindow, Movie)
         EXPECT_LT(nDifferent, image.width() * image.height() / 200) << i;  // a full turn is not exact
     }
     EXPECT_EQ(movie("7").size(), 51);
+}
 
-    // A picture of the movie that is a frame of the series.
+TEST_F(Movie, ReplacesNoFrameOfTheSeries)
+{
+    if (!hasPictures()) {
+        GTEST_SKIP() << "no OpenGL on this platform";
+    }
+    movie("90");
     m_pWindow->openFiles({path("movie0000.png"), path("movie0001.png")});
     m_pTabs->setCurrentIndex(1);
     const auto before = files(m_dir.path(), "movie*");

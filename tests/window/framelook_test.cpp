@@ -49,6 +49,16 @@ protected:
         const auto& vec = m_pScene->images();
         return vec.size() == 1 ? int(vec[0]->Data()[x + g_nSide * y]) : -1;
     }
+    /// The number in the middle of what "Save Image" writes.
+    double saved()
+    {
+        EXPECT_EQ(answered({path("all.mrc")}, [&] { m_pActions->m_pSaveCurrent->trigger(); }).size(), 1);
+        ImageList vec;
+        EXPECT_EQ(ReadMRC(path("all.mrc"), vec), 1);
+        const double df = vec.empty() ? NAN : double(vec[0]->Data()[50 + g_nSide * 50]);
+        QFile::remove(path("all.mrc"));
+        return df;
+    }
     QAction* viewAction(const QString& strText) const
     {
         for (QAction* pAction : m_pWindow->findChildren<QAction*>()) {
@@ -153,14 +163,6 @@ TEST_F(FrameLookWindow, PictureOfTheSeriesStandsUntilAFrameIsChosen)
     m_pWindow->show();
     m_pSlider->setValue(2);
     const auto first = limits();
-    const auto saved = [&] {
-        EXPECT_EQ(answered({path("all.mrc")}, [&] { m_pActions->m_pSaveCurrent->trigger(); }).size(), 1);
-        ImageList vec;
-        EXPECT_EQ(ReadMRC(path("all.mrc"), vec), 1);
-        const double df = vec.empty() ? NAN : double(vec[0]->Data()[50 + g_nSide * 50]);
-        QFile::remove(path("all.mrc"));
-        return df;
-    };
     viewAction("Sum of the Series")->trigger();
     EXPECT_TRUE(pTitle->isVisible());
     EXPECT_TRUE(pTitle->text().startsWith("Sum of 4 frames, as they are")) << qPrintable(pTitle->text());
@@ -184,8 +186,13 @@ TEST_F(FrameLookWindow, PictureOfTheSeriesStandsUntilAFrameIsChosen)
     EXPECT_EQ(saved(), pixel(2, 50, 50)) << "the same one";
     open("b");
     EXPECT_EQ(limits(), first) << "nothing that was seen of a sum is kept";
+}
 
-    // Stopped, the frame comes back.
+TEST_F(FrameLookWindow, AStoppedPictureOfTheSeriesGivesTheFrameBack)
+{
+    auto* pTitle = m_pWindow->findChild<SeriesPictureTitle*>();
+    m_pWindow->show();
+    const auto first = limits();
     during([&] { viewAction("Sum of the Series")->trigger(); },
            [&] {
                m_pActions->m_pStopRun->trigger();

@@ -13,7 +13,8 @@ namespace {
 
 const int g_nFrames = 9;
 const int g_nSide = 160;
-const QPointF g_ptBeam(82.4, 76.7);  // on the first frame
+const QPointF g_ptBeam(82.4, 76.7);                                                      // on the first frame
+const char* const g_pszBeamMask = "1 70 60\n1 95 60\n2 0 0\n1 95 85\n1 70 85\n2 1 1\n";  // around the beam
 
 QPointF drift(int nFrame)
 {
@@ -54,6 +55,28 @@ protected:
         const CImgObj<unsigned char>& img = *m_pScene->images().front();
         return QByteArray(reinterpret_cast<const char*>(img.Data()), img.Width() * img.Height());
     }
+    void evaluateShifts()
+    {
+        m_pActions->m_listSelection[2]->trigger();
+        m_pShift->m_pRunButton->click();
+    }
+    /// Where the points of the raw view lie.
+    std::vector<double> places() const
+    {
+        std::vector<double> vec;
+        for (const Peak3D& peak : m_pRaw->points()) {
+            vec.insert(vec.end(), {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)});
+        }
+        return vec;
+    }
+    /// The same after a change of the geometry and back, which maps all anew.
+    std::vector<double> placesAnew() const
+    {
+        m_pFrames->m_pPixelSizeSpin->stepUp();
+        m_pFrames->m_pPixelSizeSpin->stepDown();
+        return places();
+    }
+    QString status() const { return m_pWindow->statusBar()->currentMessage(); }
 };
 
 }  // namespace
@@ -81,15 +104,20 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
         EXPECT_EQ(m_pFrames->m_pFileTable->currentRow(), nFrame - 1);
         --nFrame;
     }
-    const double dfMax = m_pFrames->m_pContrastMaxSpin->value();
-    EXPECT_GT(dfMax, 60);  // the ground has 26 at most
     spyLoaded.clear();
     m_pWindow->switchToImgIndex(g_nFrames + 1);
     EXPECT_EQ(spyLoaded.size(), 0);
     EXPECT_EQ(m_pSlider->value(), 4);
     EXPECT_EQ(lines("Invalid file index: 10"), 1);
+}
 
-    // A frame that cannot be read: its number stands, its predecessor stays in view, and all goes on.
+// Its number stands, its predecessor stays in view, and all goes on.
+TEST_F(FramesWindow, AFrameThatCannotBeReadIsTold)
+{
+    const double dfMax = m_pFrames->m_pContrastMaxSpin->value();
+    EXPECT_GT(dfMax, 60);  // the ground has 26 at most
+    QSignalSpy spyLoaded(m_pWindow.get(), &MainWindow::frameLoaded);
+    m_pSlider->setValue(4);
     QFile::remove(path("f0001.mrc"));
     const QByteArray bytesBefore = shownBytes();
     m_pSlider->setValue(2);
@@ -101,8 +129,10 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
     EXPECT_TRUE(spyLoaded.last()[1].toBool());
     EXPECT_NE(shownBytes(), bytesBefore);
     EXPECT_EQ(m_pFrames->m_pContrastMaxSpin->value(), dfMax);
+}
 
-    // The first frame that can be read gives the contrast of the series.
+TEST_F(FramesWindow, TheFirstFrameThatCanBeReadGivesTheContrast)
+{
     QFile::remove(path("f0000.mrc"));
     m_pFrames->m_pContrastMaxSpin->setValue(1);  // of the other project
     ASSERT_TRUE(QFile::copy(path("series.ed3d"), path("again.ed3d")));
@@ -135,11 +165,9 @@ TEST_F(FramesWindow, PlayEndsAtTheEndsAndAtItsButton)
     EXPECT_EQ(m_pSlider->value(), g_nFrames - 5);
 }
 
-TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
+TEST_F(FramesWindow, ARegionIsToldAndAllowsForTheShiftEvaluation)
 {
-    m_pSlider->setValue(5);
     EXPECT_FALSE(m_pShift->m_pRunButton->isEnabled());
-    const auto status = [&] { return m_pWindow->statusBar()->currentMessage(); };
     m_pActions->m_listSelection[2]->trigger();  // 128
     EXPECT_TRUE(m_pShift->m_pRunButton->isEnabled());
     EXPECT_EQ(status(), "ROI: 16, 16, 144, 144");
@@ -147,6 +175,11 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_EQ(status(), "");
     m_pActions->m_listSelection[5]->trigger();
     EXPECT_EQ(status(), QStringLiteral("No region: 1024×1024 pixels are more than the frame has, 160×160."));
+}
+
+TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
+{
+    m_pSlider->setValue(5);
     m_pActions->m_listSelection[2]->trigger();
     m_pFrames->m_pPlayDelaySpin->setValue(30);
     QList<int> listRows;
@@ -170,6 +203,12 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_EQ(m_pSlider->value(), 5);
     EXPECT_FALSE(m_pShift->m_pRunButton->isEnabled());
     EXPECT_EQ(m_pActions->selectionIndex(), 0);
+    EXPECT_EQ(linesOf("series.sc").size(), 1 + g_nFrames);
+}
+
+TEST_F(FramesWindow, ShiftsAndCentreAreThoseOfTheBeam)
+{
+    evaluateShifts();
     ASSERT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
     for (int i = 0; i < g_nFrames; ++i) {
         EXPECT_NEAR(m_pShift->m_pShiftTable->item(i, 0)->text().toDouble(), drift(i).x(), 0.08) << i;
@@ -177,9 +216,12 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     }
     EXPECT_NEAR(m_pShift->m_pCenterXSpin->value(), g_ptBeam.x(), 0.3);
     EXPECT_NEAR(m_pShift->m_pCenterYSpin->value(), g_ptBeam.y(), 0.3);
-    EXPECT_EQ(linesOf("series.sc").size(), 1 + g_nFrames);
+}
 
-    // The axis runs through the beam of the frame in view.
+TEST_F(FramesWindow, TheAxisRunsThroughTheBeamOfTheFrameInView)
+{
+    evaluateShifts();
+    m_pSlider->setValue(5);
     m_pFrames->m_pShowAxisCheck->setChecked(true);
     ASSERT_EQ(marks<QGraphicsLineItem>().size(), 1);
     QLineF line = marks<QGraphicsLineItem>().first()->line();
@@ -202,23 +244,23 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
                 30 - drift(4).y(), 2);
     m_pFrames->m_pShowAxisCheck->setChecked(false);
     EXPECT_TRUE(marks<QGraphicsLineItem>().isEmpty());
+}
 
-    // A file with fewer frames is not used, and said twice; a closing window leaves all as it was.
-    const QByteArray bytesShift = readBytes(path("series.sc"));
+TEST_F(FramesWindow, ShiftsOfFewerFramesAreRefused)
+{
+    evaluateShifts();
     EXPECT_EQ(answered({write("short.sc", "1 2\n1 0 0\n")}, [&] { m_pShift->m_pLoadButton->click(); }),
               QStringList{"Load ED Shift"});
     EXPECT_EQ(lines("is from 1 frames, while there are 9 frames in the current dataset."), 1);
     EXPECT_EQ(lines("short.sc as shift data."), 1);
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
+}
+
+TEST_F(FramesWindow, AClosingWindowEndsTheEvaluationAndLeavesTheShifts)
+{
+    evaluateShifts();
+    const QByteArray bytesShift = readBytes(path("series.sc"));
     m_pWindow->show();
-    m_pActions->m_listSelection[1]->trigger();
-    during([&] { m_pShift->m_pRunButton->click(); },
-           [&] {
-               m_pActions->m_listSelection[2]->trigger();
-               return true;
-           });
-    EXPECT_EQ(m_pScene->selectionIndex(), 2) << "chosen while the regions of the run were shown";
-    EXPECT_EQ(m_pScene->selectionRect().size(), QSizeF(128, 128));
     m_pActions->m_listSelection[1]->trigger();
     QTimer::singleShot(60, m_pWindow.get(), [&] { m_pWindow->close(); });
     m_pShift->m_pRunButton->click();
@@ -228,32 +270,37 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
 }
 
-// Peaks that were found before the shifts get their points with them, and newer shifts move them before a
-// merge.
-TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
+TEST_F(FramesWindow, ARegionCanBeChosenWhileThoseOfTheRunAreShown)
 {
-    const auto places = [this] {
-        std::vector<double> vec;
-        for (const Peak3D& peak : m_pRaw->points()) {
-            vec.insert(vec.end(), {double(peak.fX3D), double(peak.fY3D), double(peak.fZ3D)});
-        }
-        return vec;
-    };
-    /// The same after a change of the geometry and back, which maps all anew.
-    const auto placesAnew = [&] {
-        m_pFrames->m_pPixelSizeSpin->stepUp();
-        m_pFrames->m_pPixelSizeSpin->stepDown();
-        return places();
-    };
+    m_pWindow->show();
+    m_pActions->m_listSelection[1]->trigger();
+    during([&] { m_pShift->m_pRunButton->click(); },
+           [&] {
+               m_pActions->m_listSelection[2]->trigger();
+               return true;
+           });
+    EXPECT_EQ(m_pScene->selectionIndex(), 2);
+    EXPECT_EQ(m_pScene->selectionRect().size(), QSizeF(128, 128));
+}
+
+TEST_F(FramesWindow, PeaksThatWereFoundBeforeTheShiftsGetTheirPointsWithThem)
+{
     m_pSearch->m_pRunButton->click();
     ASSERT_GT(m_pRaw->points().size(), g_nFrames);
     m_pTabs->setCurrentIndex(0);
-    m_pActions->m_listSelection[2]->trigger();
-    m_pShift->m_pRunButton->click();
+    evaluateShifts();
     EXPECT_EQ(m_pTabs->currentIndex(), 0);
     const std::vector<double> vecFirst = places();
     EXPECT_GT(*std::max_element(vecFirst.begin(), vecFirst.end()), 0.05);
     EXPECT_EQ(placesAnew(), vecFirst);
+}
+
+TEST_F(FramesWindow, NewerShiftsMoveThePeaksBeforeAMerge)
+{
+    m_pSearch->m_pRunButton->click();
+    m_pTabs->setCurrentIndex(0);
+    evaluateShifts();
+    const std::vector<double> vecFirst = places();
     const auto merge = [this] {
         m_pMerging->m_pButtonMerge->click();
         return lines("mapped anew before merging.", Qt::black);
@@ -278,9 +325,8 @@ TEST_F(FramesWindow, PeaksAndShiftsComeInEitherOrder)
     EXPECT_EQ(places(), vecFirst);
 }
 
-TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
+TEST_F(FramesWindow, APreviewThatIsAskedForDuringARunComesAtItsEnd)
 {
-    // Asked for while a run has the frames: done at its end.
     const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
     answered({0.5}, [&] {
         during([&] { m_pWindow->exportBinnedFrames(); },
@@ -294,12 +340,17 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     EXPECT_EQ(marks<CrossItem>().size(), 2);
     m_pSearch->m_pThresholdSpin->setValue(1);
     EXPECT_EQ(marks<CrossItem>().size(), 3);
+}
 
+TEST_F(FramesWindow, AMaskTakesThePreviewsMarksAway)
+{
+    m_pSearch->m_pShowPeaksCheck->setChecked(true);
+    EXPECT_EQ(marks<CrossItem>().size(), 3);
     const auto load = [&](const QVariantList& listFile) {
         EXPECT_EQ(answered(listFile, [&] { m_pSearch->m_pLoadMaskButton->click(); }),
                   QStringList{"Load Peak Hunting Mask"});
     };
-    load({write("beam.msk", "1 70 60\n1 95 60\n2 0 0\n1 95 85\n1 70 85\n2 1 1\n")});  // around the beam
+    load({write("beam.msk", g_pszBeamMask)});
     EXPECT_EQ(marks<CrossItem>().size(), 2);
     ASSERT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     EXPECT_EQ(m_pSearch->m_pMaskTable->item(0, 0)->text(), "4");
@@ -313,9 +364,20 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
     m_pSearch->m_pShowMaskCheck->setChecked(false);
     EXPECT_TRUE(marks<QGraphicsPolygonItem>().isEmpty());
+    m_pSearch->m_pClearMaskButton->click();
+    EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 0);
+    EXPECT_EQ(marks<CrossItem>().size(), 3);
+    m_pSearch->m_pShowPeaksCheck->setChecked(false);
+    EXPECT_TRUE(marks<CrossItem>().isEmpty());
+}
 
-    // The run: what it finds is on disk, and the frame in view is shown again with its own marks.
-    // Meanwhile the marks are those of the frame that was hunted last.
+// What the run finds is on disk, and the frame in view is shown again with its own marks. Meanwhile the marks
+// are those of the frame that was hunted last.
+TEST_F(FramesWindow, TheRunShowsWhatItFindsOutsideTheMask)
+{
+    const auto* pBar = m_pWindow->statusBar()->findChild<QProgressBar*>();
+    m_pSearch->m_pShowPeaksCheck->setChecked(true);
+    answered({write("beam.msk", g_pszBeamMask)}, [&] { m_pSearch->m_pLoadMaskButton->click(); });
     m_pSlider->setValue(2);
     std::set<int> setHunted;
     QTimer timer;
@@ -345,14 +407,7 @@ TEST_F(FramesWindow, ThePreviewMarksWhatTheRunFindsOutsideTheMask)
     EXPECT_EQ(lines("2 peaks found on frame #   1", Qt::black), 1);
     EXPECT_EQ(m_pTabs->currentIndex(), 1);
     EXPECT_EQ(m_pSearch->m_pThresholdSpin->value(), 2000);
-
     m_pTabs->setCurrentIndex(0);
-    EXPECT_TRUE(marks<CrossItem>().isEmpty());
-    m_pSearch->m_pThresholdSpin->setValue(1);
-    m_pSearch->m_pClearMaskButton->click();
-    EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 0);
-    EXPECT_EQ(marks<CrossItem>().size(), 3);
-    m_pSearch->m_pShowPeaksCheck->setChecked(false);
     EXPECT_TRUE(marks<CrossItem>().isEmpty());
 }
 
@@ -426,72 +481,103 @@ TEST_F(FramesWindow, ContrastFollowsTheFrameAndThenTheLimits)
     EXPECT_EQ(QApplication::clipboard()->text(), "mine") << "no frame, nothing to copy";
 }
 
-TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
-{
-    m_pWindow->resize(1200, 900);
-    m_pWindow->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
-    m_pView->setScaleFactor(4);
-    m_pView->centerOn(80, 80);
-    QWidget* pPort = m_pView->viewport();
-    const QPoint ptOnFrame = m_pView->mapFromScene(QPointF(81.5, 76.5));
-    const auto move = [&](const QPoint& pt, Qt::MouseButtons buttons) {
+/// A pointer on the pixel (81, 76) of the first frame.
+class PointerOnFrame : public FramesWindow {
+protected:
+    void SetUp() override
+    {
+        FramesWindow::SetUp();
+        m_pWindow->resize(1200, 900);
+        m_pWindow->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
+        m_pView->setScaleFactor(4);
+        m_pView->centerOn(80, 80);
+        pPort = m_pView->viewport();
+        ptOnFrame = m_pView->mapFromScene(QPointF(81.5, 76.5));
+    }
+    void move(const QPoint& pt, Qt::MouseButtons buttons)
+    {
         QTest::qWait(1);
         QMouseEvent event(QEvent::MouseMove, pt, pPort->mapToGlobal(pt), Qt::NoButton, buttons,
                           Qt::NoModifier);
         QApplication::sendEvent(pPort, &event);
-    };
-    const double dfValue = float(pixel(0, 81, 76));
+    }
+    /// Presses the right button, which brings the label and the grid of numbers.
+    void press()
+    {
+        move(ptOnFrame, Qt::NoButton);
+        QTest::mousePress(pPort, Qt::RightButton, {}, ptOnFrame);
+        move(ptOnFrame, Qt::RightButton);
+    }
+    /// Lets it go, and puts away the menu that comes.
+    void release()
+    {
+        QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
+        if (auto* pMenu = QApplication::activePopupWidget()) {
+            pMenu->close();
+        }
+    }
+    static QString readingOf(double dfValue)
+    {
+        return QStringLiteral("Experimental(%L1, %L2): %L3").arg(81).arg(76).arg(dfValue);
+    }
+
+    QWidget* pPort = nullptr;
+    QPoint ptOnFrame;
+};
+
+TEST_F(PointerOnFrame, ReadsThePixelUnderIt)
+{
+    const QString strReading = readingOf(double(float(pixel(0, 81, 76))));
     move(ptOnFrame, Qt::NoButton);
-    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(),
-              QStringLiteral("Experimental(%L1, %L2): %L3").arg(81).arg(76).arg(dfValue));
+    EXPECT_EQ(status(), strReading);
     EXPECT_FALSE(m_pScene->isLabelVisible());
-    QTest::mousePress(pPort, Qt::RightButton, {}, ptOnFrame);
-    move(ptOnFrame, Qt::RightButton);
+    move(m_pView->mapFromScene(QPointF(-3, 76)), Qt::NoButton);
+    EXPECT_EQ(status(), strReading) << "beside the frame nothing changes";
+    press();
     EXPECT_TRUE(m_pScene->isLabelVisible());
     EXPECT_EQ(m_pView->dragMode(), QGraphicsView::NoDrag);
     EXPECT_EQ(pPort->cursor().shape(), Qt::CrossCursor);
-    // The frames change under the pointer, and with them what it reads.
-    auto* pGrid = m_pWindow->findChild<QDockWidget*>("Text Data")->findChild<QGraphicsView*>()->scene();
-    EXPECT_FALSE(pGrid->items().isEmpty());
-    m_pSlider->setValue(3);
-    EXPECT_TRUE(m_pScene->isLabelVisible());
-    EXPECT_EQ(
-        m_pWindow->statusBar()->currentMessage(),
-        QStringLiteral("Experimental(%L1, %L2): %L3").arg(81).arg(76).arg(double(float(pixel(2, 81, 76)))));
-    writePicture("small.png", [](int, int) { return 9; });
-    m_pWindow->openFiles({path("small.png")});  // has no such pixel
-    EXPECT_FALSE(m_pScene->isLabelVisible());
-    EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), QString());
-    EXPECT_TRUE(pGrid->items().isEmpty());
-    m_pWindow->openFiles({path("series.ed3d")});
-    m_pView->centerOn(80, 80);  // the small picture had no place to scroll to
-    QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
-    if (auto* pMenu = QApplication::activePopupWidget()) {
-        pMenu->close();
-    }
+    release();
     move(ptOnFrame, Qt::NoButton);
     EXPECT_FALSE(m_pScene->isLabelVisible());
     EXPECT_EQ(m_pView->dragMode(), QGraphicsView::ScrollHandDrag);
     EXPECT_EQ(pPort->cursor().shape(), Qt::OpenHandCursor);
+}
 
-    // Off the frame nothing changes.
-    move(m_pView->mapFromScene(QPointF(-3, 76)), Qt::NoButton);
-    const auto status = [&] { return m_pWindow->statusBar()->currentMessage(); };
-    EXPECT_TRUE(status().startsWith("Experimental(81"));
+TEST_F(PointerOnFrame, ReadsTheFrameThatComesUnderIt)
+{
+    press();
+    auto* pGrid = m_pWindow->findChild<QDockWidget*>("Text Data")->findChild<QGraphicsView*>()->scene();
+    EXPECT_FALSE(pGrid->items().isEmpty());
+    m_pSlider->setValue(3);
+    EXPECT_TRUE(m_pScene->isLabelVisible());
+    EXPECT_EQ(status(), readingOf(double(float(pixel(2, 81, 76)))));
+    writePicture("small.png", [](int, int) { return 9; });
+    m_pWindow->openFiles({path("small.png")});  // has no such pixel
+    EXPECT_FALSE(m_pScene->isLabelVisible());
+    EXPECT_EQ(status(), QString());
+    EXPECT_TRUE(pGrid->items().isEmpty());
+    release();
+}
 
-    // Another frame renews what is told of the pixel. Whole numbers, where six digits would not be enough.
+// Where six digits would not be enough.
+TEST_F(PointerOnFrame, TellsLargeNumbersWhole)
+{
     const CImgObj<float> img = makeImage(g_nSide, g_nSide, [](int x, int) { return x < 81 ? 1 : 1234567; });
     ASSERT_TRUE(WriteMRC<float>({&img}, path("f0002.mrc")));
-    QTest::mousePress(pPort, Qt::RightButton, {}, ptOnFrame);
-    move(ptOnFrame, Qt::RightButton);
+    press();
     m_pSlider->setValue(3);
     const QString strLarge = QStringLiteral("%L1").arg(1234567);
     EXPECT_EQ(status(), QStringLiteral("Experimental(%1, %2): %3").arg(81).arg(76).arg(strLarge));
     ASSERT_EQ(marks<TextItem>().size(), 1);
     EXPECT_EQ(marks<TextItem>()[0]->text(), QStringLiteral("I=%1\n(81, 76)").arg(strLarge));
+    release();
+}
 
-    // A frame that could not be read has no values, and none of another frame stay.
+TEST_F(PointerOnFrame, TellsNothingWhereAFrameOrItsSeriesIsGone)
+{
+    press();
     QFile::remove(path("f0001.mrc"));
     m_pSlider->setValue(2);
     EXPECT_EQ(status(), QString());
@@ -503,11 +589,12 @@ TEST_F(FramesWindow, ThePointerReadsThePixelUnderIt)
     // Nor with other data.
     m_pSlider->setValue(3);
     move(ptOnFrame, Qt::RightButton);
-    EXPECT_TRUE(m_pScene->isLabelVisible() && !status().isEmpty());
+    EXPECT_TRUE(m_pScene->isLabelVisible());
+    EXPECT_NE(status(), QString());
     m_pWindow->openFiles({writeProject("none.ed3d", {"gone.mrc 0 0 0"})});
     EXPECT_FALSE(m_pScene->isLabelVisible());
     EXPECT_EQ(status(), QString());
-    QTest::mouseRelease(pPort, Qt::RightButton, {}, ptOnFrame);
+    release();
 }
 
 }  // namespace tessera

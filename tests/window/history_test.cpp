@@ -124,18 +124,14 @@ protected:
     QListWidget* m_pList = nullptr;
 };
 
-struct Kind {
-    QString strName;  ///< that the step begins with
-    std::function<void()> fnChange;
-};
-
-}  // namespace
-
-TEST_F(History, TakesBackEachKindOfStep)
-{
-    EXPECT_EQ(name(), "Opened w");
-    EXPECT_FALSE(m_pActions->m_pUndo->isEnabled() || m_pActions->m_pRedo->isEnabled());
-    const Kind aKind[] = {
+/// Each kind of step, one after the other.
+class KindsOfSteps : public History {
+protected:
+    struct Kind {
+        QString strName;  ///< that the step begins with
+        std::function<void()> fnChange;
+    };
+    const Kind m_aKind[23] = {
         {"Threshold of peaks", [this] { m_pSearch->m_pThresholdSpin->setValue(3.5); }},
         {"Rotation axis", [this] { m_pFrames->m_pRotationAxisSpin->stepUp(); }},
         {"Stretching switched on", [this] { m_pMerging->m_pGroupApplyStretching->setChecked(true); }},
@@ -186,9 +182,18 @@ TEST_F(History, TakesBackEachKindOfStep)
         {"Automatic range of edges", [this] { m_pCell->m_pCheckAutoRange->setChecked(true); }},
         {"Space group", [this] { m_pCell->m_pComboReflectionGrouping->setCurrentIndex(150); }},
     };
+};
+
+}  // namespace
+
+TEST_F(KindsOfSteps, AreTakenBackAndDoneAgain)
+{
+    EXPECT_EQ(name(), "Opened w");
+    EXPECT_FALSE(m_pActions->m_pUndo->isEnabled());
+    EXPECT_FALSE(m_pActions->m_pRedo->isEnabled());
     QList<Picture> listPicture = {picture()};
     m_pHistory->look();
-    for (const Kind& kind : aKind) {
+    for (const Kind& kind : m_aKind) {
         const int nBefore = current();
         kind.fnChange();
         m_pHistory->look();
@@ -215,38 +220,53 @@ TEST_F(History, TakesBackEachKindOfStep)
     EXPECT_FALSE(m_pActions->m_pRedo->isEnabled());
 }
 
-TEST_F(History, ARandomWalkIsTakenBackAndMadeAgain)
-{
-    std::mt19937 random(7);
-    QList<WorkState> listState = {m_pWindow->workState()};
-    QList<Picture> listPicture = {picture()};
-    m_pHistory->look();
-    const double dfAxis = m_pFrames->m_pRotationAxisSpin->value();
-    const auto number = [&](double dfFrom, double dfTo) {
+/// Random changes, all of which are steps.
+class RandomSteps : public History {
+protected:
+    double number(double dfFrom, double dfTo)
+    {
         return dfFrom + (dfTo - dfFrom) * double(random() % 1000) / 1000;
-    };
-    const std::function<void()> aChange[] = {
-        [&] { m_pFrames->m_pRotationAxisSpin->setValue(dfAxis + number(-0.3, 0.3)); },
-        [&] { m_pMerging->m_pSpinResolutionMax->setValue(number(0.3, 1)); },
-        [&] {
-            group(m_pRaw, QString::number(random()), {int(random() % 50), int(random() % 50)});
-        },
-        [&] { m_pRaw->removePointGroups({int(random() % 3)}); },
-        [&] { m_pWindow->peakReduction3D(); },
-        [&] { m_pWindow->runIndexing(); },
-        [&] {
-            loadCell({{{number(0.1, 0.2), 0, 0}, {0, 0.1, 0}, {0, 0.01, 0.2}}});
-        },
-        [&] { m_pSearch->m_pPeakRadiusSpin->setValue(number(2, 9)); },
-    };
-    // The table is made anew from what a state holds: peaks that were mapped again since then are in it.
-    const auto others = [](Picture picture) {
+    }
+    void change()
+    {
+        switch (random() % 8) {
+            case 0:
+                return m_pFrames->m_pRotationAxisSpin->setValue(m_dfAxis + number(-0.3, 0.3));
+            case 1:
+                return m_pMerging->m_pSpinResolutionMax->setValue(number(0.3, 1));
+            case 2:
+                return group(m_pRaw, QString::number(random()), {int(random() % 50), int(random() % 50)});
+            case 3:
+                return m_pRaw->removePointGroups({int(random() % 3)});
+            case 4:
+                return m_pWindow->peakReduction3D();
+            case 5:
+                return m_pWindow->runIndexing();
+            case 6:
+                return loadCell({{{number(0.1, 0.2), 0, 0}, {0, 0.1, 0}, {0, 0.01, 0.2}}});
+            default:
+                return m_pSearch->m_pPeakRadiusSpin->setValue(number(2, 9));
+        }
+    }
+    /// The table is made anew from what a state holds: peaks that were mapped again since then are in it.
+    static Picture others(Picture picture)
+    {
         picture.remove("table");
         return picture;
-    };
+    }
+
+    std::mt19937 random{7};
+    double m_dfAxis = 0;
+};
+
+TEST_F(RandomSteps, AreTakenBackAndMadeAgain)
+{
+    m_dfAxis = m_pFrames->m_pRotationAxisSpin->value();
+    QList<Picture> listPicture = {picture()};
+    m_pHistory->look();
     while (current() < 50) {
         const int nBefore = current();
-        aChange[random() % std::size(aChange)]();
+        change();
         m_pHistory->look();
         const Picture bytes = picture();
         m_pHistory->look();
@@ -275,7 +295,7 @@ TEST_F(History, ARandomWalkIsTakenBackAndMadeAgain)
     }
 }
 
-TEST_F(History, TypingIsOneStepAndHasItsOwnUndoUntilItIsDone)
+TEST_F(History, TypingIsOneStepAndHasItsOwnUndo)
 {
     activate();
     QDoubleSpinBox* pSpin = m_pFrames->m_pRotationAxisSpin;
@@ -291,14 +311,23 @@ TEST_F(History, TypingIsOneStepAndHasItsOwnUndoUntilItIsDone)
     pSpin->selectAll();
     type(pSpin, QString(QLocale::system().decimalPoint()) == "," ? "12,5" : "12.5");
     EXPECT_EQ(current(), nBefore + 1);
-    EXPECT_TRUE(name().startsWith("Rotation axis ") && name().contains(" to 12")) << qPrintable(name());
+    EXPECT_TRUE(name().startsWith("Rotation axis ")) << qPrintable(name());
+    EXPECT_TRUE(name().contains(" to 12")) << qPrintable(name());
     const double dfTyped = pSpin->value();
     QTest::keyClick(pSpin, Qt::Key_Z, Qt::ControlModifier);  // of the text
     m_pHistory->look();
     EXPECT_NE(pSpin->value(), dfTyped);
     EXPECT_LE(current(), nBefore + 1);
     EXPECT_TRUE(m_pHistory->steps().isLast());
+}
 
+TEST_F(History, WhatHasBeenTypedIsUndoneByTheWindow)
+{
+    activate();
+    QDoubleSpinBox* pSpin = m_pFrames->m_pRotationAxisSpin;
+    const QString strBefore = pSpin->text();
+    const int nBefore = current();
+    pSpin->setFocus();
     pSpin->setValue(12.5);
     QTest::keyClick(pSpin, Qt::Key_Return);
     m_pHistory->look();
@@ -309,21 +338,25 @@ TEST_F(History, TypingIsOneStepAndHasItsOwnUndoUntilItIsDone)
     QTest::keyClick(pSpin, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(current(), nBefore + 1);
     EXPECT_EQ(pSpin->value(), 12.5);
+}
 
-    // After a pause the same number makes another step.
+TEST_F(History, AfterAPauseTheSameNumberMakesAnotherStep)
+{
+    QDoubleSpinBox* pSpin = m_pFrames->m_pRotationAxisSpin;
+    const int nBefore = current();
     pSpin->setValue(13);
     m_pHistory->look();
-    EXPECT_EQ(current(), nBefore + 2);
+    EXPECT_EQ(current(), nBefore + 1);
     pSpin->setValue(13.5);
     m_pHistory->look();
-    EXPECT_EQ(current(), nBefore + 2);
+    EXPECT_EQ(current(), nBefore + 1);
     QTest::qWait(1600);
     pSpin->setValue(14);
     m_pHistory->look();
-    EXPECT_EQ(current(), nBefore + 3);
+    EXPECT_EQ(current(), nBefore + 2);
 }
 
-TEST_F(History, WaitsForRunsAndEndsWithItsSeries)
+TEST_F(History, WaitsForRuns)
 {
     m_pSearch->m_pThresholdSpin->setValue(3.5);
     m_pHistory->look();
@@ -341,8 +374,14 @@ TEST_F(History, WaitsForRunsAndEndsWithItsSeries)
     m_pHistory->look();
     EXPECT_EQ(current(), nBefore + 1);  // hunted, mapped and merged: one step
     EXPECT_TRUE(m_pActions->m_pUndo->isEnabled());
+}
 
-    // The list shows where the work stands, and a click goes there.
+TEST_F(History, TheListShowsWhereTheWorkStandsAndAClickGoesThere)
+{
+    m_pSearch->m_pThresholdSpin->setValue(3.5);
+    m_pHistory->look();
+    m_pWindow->peakReduction3D();
+    m_pHistory->look();
     ASSERT_EQ(m_pList->count(), current() + 1);
     EXPECT_TRUE(m_pList->item(current())->font().bold());
     m_pWindow->findChild<QDockWidget*>("Steps")->raise();
@@ -358,15 +397,21 @@ TEST_F(History, WaitsForRunsAndEndsWithItsSeries)
     m_pSpin->setValue(5);
     m_pRaw->rotateAroundScreenX(20);
     m_pHistory->look();
-    EXPECT_EQ(m_pList->count(), nBefore + 2);
+    EXPECT_EQ(m_pList->count(), 3);
+}
 
+TEST_F(History, EndsWithItsSeries)
+{
+    m_pSearch->m_pThresholdSpin->setValue(3.5);
+    m_pHistory->look();
     int nNoted = 0;
     QObject::connect(m_pHistory, &WorkHistory::stepNoted, m_pHistory, [&] { ++nNoted; });
     open();
     m_pHistory->look();
     EXPECT_EQ(nNoted, 1);
     EXPECT_EQ(m_pList->count(), 1);
-    EXPECT_FALSE(m_pActions->m_pUndo->isEnabled() || m_pActions->m_pRedo->isEnabled());
+    EXPECT_FALSE(m_pActions->m_pUndo->isEnabled());
+    EXPECT_FALSE(m_pActions->m_pRedo->isEnabled());
 }
 
 // The state of a series that is not open, as after a start of the program.

@@ -4,9 +4,26 @@
 
 namespace tessera {
 
-TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
+TEST_F(IntegrationWindow, APageAsItStartsChoosesNothing)
 {
     integrate();
+    ASSERT_EQ(m_listChoices.size(), 1u);
+    const IntensityOptions& start = m_listChoices[0];
+    EXPECT_FALSE(start.rotation);
+    EXPECT_EQ(start.dfDMin, 0);
+    EXPECT_EQ(start.dfDiscRadius, 0);
+    EXPECT_EQ(start.dfRockingWidth, 0);
+    EXPECT_TRUE(start.bProfileFit);
+    EXPECT_TRUE(start.bScale);
+    EXPECT_TRUE(start.bDecay);
+    EXPECT_EQ(start.dfRejection, ScalingOptions().dfRejection);
+    EXPECT_EQ(start.strLaueClass, QString());
+    EXPECT_EQ(start.nSpaceGroup, 0);
+    EXPECT_TRUE(start.formula.isEmpty());
+}
+
+TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
+{
     m_pPage->m_pComboRotation->setCurrentIndex(3);
     m_pPage->m_pSpinPrecession->setValue(0.9);
     m_pPage->m_pSpinResolution->setValue(0.8);
@@ -22,41 +39,34 @@ TEST_F(IntegrationWindow, TheChoicesOfThePageReachTheRun)
     integrate();
     m_pPage->m_pComboRotation->setCurrentIndex(2);
     integrate();
-    ASSERT_EQ(m_listChoices.size(), 3u);
-
-    const IntensityOptions& start = m_listChoices[0];
-    EXPECT_FALSE(start.rotation);
-    EXPECT_EQ(start.dfDMin, 0);
-    EXPECT_EQ(start.dfDiscRadius, 0);
-    EXPECT_EQ(start.dfRockingWidth, 0);
-    EXPECT_TRUE(start.bProfileFit && start.bScale && start.bDecay);
-    EXPECT_EQ(start.dfRejection, ScalingOptions().dfRejection);
-    EXPECT_EQ(start.strLaueClass, QString());
-    EXPECT_EQ(start.nSpaceGroup, 0);
-    EXPECT_TRUE(start.formula.isEmpty());
-    const IntensityOptions& chosen = m_listChoices[1];
+    ASSERT_EQ(m_listChoices.size(), 2u);
+    const IntensityOptions& chosen = m_listChoices[0];
     ASSERT_TRUE(chosen.rotation);
     EXPECT_EQ(chosen.rotation->kind, RotationKind::Precession);
     EXPECT_DOUBLE_EQ(chosen.rotation->dfPrecessionAngle, 0.9);
     EXPECT_DOUBLE_EQ(chosen.dfDMin, 0.8);
     EXPECT_DOUBLE_EQ(chosen.dfDiscRadius, 5.5);
     EXPECT_DOUBLE_EQ(chosen.dfRockingWidth, 0.0035);
-    EXPECT_FALSE(chosen.bProfileFit || chosen.bScale || chosen.bDecay);
+    EXPECT_FALSE(chosen.bProfileFit);
+    EXPECT_FALSE(chosen.bScale);
+    EXPECT_FALSE(chosen.bDecay);
     EXPECT_DOUBLE_EQ(chosen.dfRejection, 4.5);
     EXPECT_EQ(chosen.strLaueClass, "4/mmm");
     EXPECT_EQ(chosen.nSpaceGroup, 96);
     EXPECT_EQ(hillFormula(chosen.formula), "O2 Si");
-    ASSERT_TRUE(m_listChoices[2].rotation);
-    EXPECT_EQ(m_listChoices[2].rotation->kind, RotationKind::Stepped);
-    EXPECT_EQ(m_listChoices[2].rotation->dfPrecessionAngle, 0);
+    ASSERT_TRUE(m_listChoices[1].rotation);
+    EXPECT_EQ(m_listChoices[1].rotation->kind, RotationKind::Stepped);
+    EXPECT_EQ(m_listChoices[1].rotation->dfPrecessionAngle, 0);
+}
 
-    // What is none is told, and nothing begins.
+TEST_F(IntegrationWindow, AnUnknownElementOrSpaceGroupIsToldAndNothingBegins)
+{
     m_pPage->m_pEditFormula->setText("Si O2 Qq");
     integrate();
     m_pPage->m_pEditFormula->setText("");
     m_pPage->m_pComboSpaceGroup->setEditText("P 7 nonsense");
     integrate();
-    EXPECT_EQ(m_listChoices.size(), 3u);
+    EXPECT_TRUE(m_listChoices.empty());
     EXPECT_EQ(lines("Qq"), 1);
     EXPECT_EQ(lines("P 7 nonsense is no space group that is known."), 1);
 }
@@ -140,14 +150,27 @@ TEST_F(IntegrationWindow, ARunThatIsStoppedOrFailsLeavesAllAsItWas)
     EXPECT_EQ(lines("Frame 7 cannot be read."), 1);
 }
 
-TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
+/// The series itself, which the host of the window integrates.
+class IntegrationOfSeries : public IntegrationWindow {
+protected:
+    void SetUp() override
+    {
+        IntegrationWindow::SetUp();
+        m_pController->host() = m_hostOfWindow;
+    }
+    void indexAndIntegrate()
+    {
+        m_pMerging->m_pButtonMerge->click();
+        m_pCell->m_pButtonIndexMergedPeaks->click();
+        integrate();
+    }
+};
+
+TEST_F(IntegrationOfSeries, DiscsLieOnTheSpots)
 {
-    m_pController->host() = m_hostOfWindow;
     integrate();
     EXPECT_EQ(lines("No peaks are indexed with the cell in force"), 1) << "only mapped as yet";
-    m_pMerging->m_pButtonMerge->click();
-    m_pCell->m_pButtonIndexMergedPeaks->click();
-    integrate();
+    indexAndIntegrate();
     ASSERT_NE(m_pController->result(), nullptr) << log().right(1500).toStdString();
     EXPECT_FALSE(m_pTab->isEmpty());
     EXPECT_GT(plot("rint_by_resolution")->series().first().vecPoint.size(), 3);
@@ -180,13 +203,27 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
             EXPECT_GT(at(0), 5 + 1.2 * at(discRadius(result) + 1)) << n;
         }
     }
+}
+
+TEST_F(IntegrationOfSeries, EachDiscOfAFrameHasItsProfile)
+{
+    indexAndIntegrate();
+    ASSERT_NE(m_pController->result(), nullptr) << log().right(1500).toStdString();
+    m_pPage->m_pCheckPredicted->click();
     m_pSpin->setValue(16);
-    EXPECT_EQ(marks<DiscItem>().size(), int(discsOnFrame(result, 15, QLocale::c()).size()));
-    m_pController->showProfile(discsOnFrame(result, 15, QLocale::c()).front().nObservation);
+    const auto listDisc = discsOnFrame(*m_pController->result(), 15, QLocale::c());
+    EXPECT_EQ(marks<DiscItem>().size(), int(listDisc.size()));
+    m_pController->showProfile(listDisc.front().nObservation);
     ASSERT_NE(profile(), nullptr);
     EXPECT_GT(profile()->plot()->series().first().vecPoint.size(), 1);
+}
 
-    // A second click, in the middle of the frames, leaves the former result.
+// In the middle of the frames.
+TEST_F(IntegrationOfSeries, ASecondClickLeavesTheFormerResult)
+{
+    indexAndIntegrate();
+    const IntegrationResult* pFormer = m_pController->result();
+    ASSERT_NE(pFormer, nullptr);
     during([this] { integrate(); },
            [this] {
                if (m_pPage->m_pButtonIntegrate->text() != "Stop") {
@@ -195,12 +232,12 @@ TEST_F(IntegrationWindow, ASimulatedSeriesIsIntegratedAndStopped)
                integrate();
                return true;
            });
-    EXPECT_EQ(m_pController->result(), &result);
+    EXPECT_EQ(m_pController->result(), pFormer);
     EXPECT_EQ(m_pPage->m_pButtonIntegrate->text(), "Integrate");
 }
 
 // The driver's files, from the same peaks, are those of "Export" to the byte.
-TEST_F(IntegrationWindow, ExportsWhatTheDriverWrites)
+TEST_F(IntegrationOfSeries, ExportsWhatTheDriverWrites)
 {
     QDir().mkpath(path("driver"));
     for (const QString& strFile : QDir(s_pSeries->path()).entryList(QDir::Files)) {
@@ -210,17 +247,14 @@ TEST_F(IntegrationWindow, ExportsWhatTheDriverWrites)
                                            "--cell", path("driver/w.uc"), "--formula", "Si O2", "--accept",
                                            path("driver/w.ed3d")});
     ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.right(2000).toStdString();
-    m_pController->host() = m_hostOfWindow;
-    m_pMerging->m_pButtonMerge->click();
-    m_pCell->m_pButtonIndexMergedPeaks->click();
     m_pPage->m_pEditFormula->setText("Si O2");
-    integrate();
+    indexAndIntegrate();
     m_pPage->m_pButtonExport->click();
     EXPECT_EQ(lines("Intensities written", Qt::black), 1) << log().right(1000).toStdString();
     for (const char* pszSuffix : {"_integrated.hkl", "_merged.hkl", ".ins", ".cif", ".mtz"}) {
         const QByteArray bytes = readBytes(file("w") + pszSuffix);
         EXPECT_FALSE(bytes.isEmpty()) << pszSuffix;
-        EXPECT_TRUE(bytes == readBytes(path("driver/w") + pszSuffix)) << pszSuffix;
+        EXPECT_EQ(bytes, readBytes(path("driver/w") + pszSuffix)) << pszSuffix;
     }
 }
 

@@ -21,7 +21,9 @@ protected:
         m_pPage = m_pWindow->findChild<IntegrationPage*>();
         m_pController = m_pWindow->findChild<IntegrationController*>();
         m_pTab = m_pWindow->findChild<QualityTab*>();
-        ASSERT_TRUE(m_pPage && m_pController && m_pTab);
+        ASSERT_TRUE(m_pPage);
+        ASSERT_TRUE(m_pController);
+        ASSERT_TRUE(m_pTab);
         m_result = quartzResult(g_nFrames);
         m_hostOfWindow = m_pController->host();
         m_pController->host().fnIntegrate = [this](const IntensityOptions& choices, CRunReport&,

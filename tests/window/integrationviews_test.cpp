@@ -34,7 +34,15 @@ TEST_F(IntegrationWindow, DiscsHaveTheColoursOfTheirFlags)
         EXPECT_EQ(pDisc->pen().color() == QColor(60, 220, 60), observation.nFlags == 0);
     }
     EXPECT_EQ(nFlagged, 13);
-    // The gravest flag counts, and no two classes look alike.
+    m_pSpin->setValue(20);
+    EXPECT_FALSE(marks<DiscItem>().isEmpty());
+    EXPECT_EQ(discOf(observations()[4]), nullptr);
+    m_pPage->m_pCheckPredicted->click();
+    EXPECT_TRUE(marks<DiscItem>().isEmpty());
+}
+
+TEST_F(IntegrationWindow, TheGravestFlagGivesTheColourAndNoTwoClassesLookAlike)
+{
     EXPECT_EQ(discColor(FlagOutlier | FlagSlow), discColor(FlagOutlier));
     EXPECT_EQ(discColor(FlagMasked | FlagBadProfile), discColor(FlagOffFrame));
     QSet<QRgb> setColor;
@@ -47,12 +55,6 @@ TEST_F(IntegrationWindow, DiscsHaveTheColoursOfTheirFlags)
     }
     EXPECT_EQ(setColor.size(), int(discClasses().size()));
     EXPECT_EQ(nFlags, g_nExcludingFlags);
-
-    m_pSpin->setValue(20);
-    EXPECT_FALSE(marks<DiscItem>().isEmpty());
-    EXPECT_EQ(discOf(observations()[4]), nullptr);
-    m_pPage->m_pCheckPredicted->click();
-    EXPECT_TRUE(marks<DiscItem>().isEmpty());
 }
 
 TEST_F(IntegrationWindow, AClickOnADiscShowsWhatWasSummed)
@@ -97,51 +99,76 @@ TEST_F(IntegrationWindow, AClickOnADiscShowsWhatWasSummed)
     EXPECT_FALSE(profile()->isVisible()) << "of a series that is gone";
 }
 
-TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
-{
-    m_pMerging->m_pButtonMerge->click();
-    m_pCell->m_pButtonIndexMergedPeaks->click();
-    ASSERT_GT(table()->rowCount(), 20) << log().right(500).toStdString();
-    const auto cell = [this](int nRow, int nColumn) {
-        return table()->index(nRow, nColumn).data().toString();
-    };
-    const auto find = [&](const Observation& observation) {
+/// Indexed reflections in the peak table, the fourth of which passes twice; the passage on its frame, the
+/// second, is the one that is shown.
+class IntegratedColumns : public IntegrationWindow {
+protected:
+    void SetUp() override
+    {
+        IntegrationWindow::SetUp();
+        m_pMerging->m_pButtonMerge->click();
+        m_pCell->m_pButtonIndexMergedPeaks->click();
+        ASSERT_GT(table()->rowCount(), 20) << log().right(500).toStdString();
+        ASSERT_EQ(table()->columnCount(), 29);
+        m_result.integrated.listObservation.resize(2);
+        for (int n : {0, 1}) {
+            Observation& observation = m_result.integrated.listObservation[n];
+            for (int nAxis = 0; nAxis < 3; ++nAxis) {
+                observation.anIndex[nAxis] = text(3, 4 + nAxis).toInt();
+            }
+            observation.dfFrame = text(3, 11).toInt() - 1 + (n == 0 ? 9 : 0);
+            observation.dfIntensity = n == 0 ? 7 : -1234.56;
+            observation.dfScale = 2;
+            observation.nFlags = n == 0 ? 0 : FlagOverlap | FlagOutlier;
+        }
+    }
+    QString text(int nRow, int nColumn) const { return table()->index(nRow, nColumn).data().toString(); }
+    /// The row of the reflection of an observation, -1: none.
+    int find(const Observation& observation) const
+    {
         for (int nRow = 0; nRow < table()->rowCount(); ++nRow) {
-            if (cell(nRow, 4).toInt() == observation.anIndex[0] &&
-                cell(nRow, 5).toInt() == observation.anIndex[1] &&
-                cell(nRow, 6).toInt() == observation.anIndex[2]) {
+            if (text(nRow, 4).toInt() == observation.anIndex[0] &&
+                text(nRow, 5).toInt() == observation.anIndex[1] &&
+                text(nRow, 6).toInt() == observation.anIndex[2]) {
                 return nRow;
             }
         }
         return -1;
-    };
-    ASSERT_EQ(table()->columnCount(), 29);
-    EXPECT_TRUE(m_pTable->isColumnHidden(26) && m_pTable->isColumnHidden(28));
-    // A reflection of the table passes twice: the passage on its frame is the one that is shown.
-    m_result.integrated.listObservation.resize(2);
-    for (size_t n : {size_t(0), size_t(1)}) {
-        Observation& observation = m_result.integrated.listObservation[n];
-        for (size_t nAxis = 0; nAxis < 3; ++nAxis) {
-            observation.anIndex[nAxis] = cell(3, 4 + int(nAxis)).toInt();
-        }
-        observation.dfFrame = cell(3, 11).toInt() - 1 + (n == 0 ? 9 : 0);
-        observation.dfIntensity = n == 0 ? 7 : -1234.56;
-        observation.dfScale = 2;
-        observation.nFlags = n == 0 ? 0 : FlagOverlap | FlagOutlier;
     }
+    /// How many rows have an integrated intensity.
+    int filled() const
+    {
+        int nFilled = 0;
+        for (int n = 0; n < table()->rowCount(); ++n) {
+            nFilled += !text(n, 26).isEmpty();
+        }
+        return nFilled;
+    }
+};
+
+TEST_F(IntegratedColumns, HaveTheIntensitiesAndFlags)
+{
+    EXPECT_TRUE(m_pTable->isColumnHidden(26));
+    EXPECT_TRUE(m_pTable->isColumnHidden(28));
     integrate();
     const int nRow = find(observations()[1]);
     ASSERT_GE(nRow, 0);
-    EXPECT_FALSE(m_pTable->isColumnHidden(26) || m_pTable->isColumnHidden(28));
+    EXPECT_FALSE(m_pTable->isColumnHidden(26));
+    EXPECT_FALSE(m_pTable->isColumnHidden(28));
     const QLocale locale = QLocale::system();
-    EXPECT_EQ(cell(nRow, 26), locale.toString(-2469.12, 'f', 1));
-    EXPECT_EQ(cell(nRow, 27), locale.toString(4.0, 'f', 1));
-    EXPECT_EQ(cell(nRow, 28), reflectionFlagNames(FlagOverlap | FlagOutlier).join(", "));
-    EXPECT_EQ(cell(nRow == 0 ? 1 : 0, 26), QString()) << "not integrated";
+    EXPECT_EQ(text(nRow, 26), locale.toString(-2469.12, 'f', 1));
+    EXPECT_EQ(text(nRow, 27), locale.toString(4.0, 'f', 1));
+    EXPECT_EQ(text(nRow, 28), reflectionFlagNames(FlagOverlap | FlagOutlier).join(", "));
+    EXPECT_EQ(text(nRow == 0 ? 1 : 0, 26), QString()) << "not integrated";
     // Empty cells come before the numbers.
     m_pTable->sortByColumn(26, Qt::DescendingOrder);
     EXPECT_EQ(find(observations()[1]), 0);
-    // A filter that leaves out others keeps the passage behind its row.
+}
+
+TEST_F(IntegratedColumns, AFilterKeepsThePassageBehindItsRow)
+{
+    integrate();
+    m_pTable->sortByColumn(26, Qt::DescendingOrder);
     auto& view = dynamic_cast<PeakTableView&>(*m_pTable);
     const int nRowsBefore = table()->rowCount();
     ASSERT_TRUE(view.setFilter(QStringLiteral("int.integr.<0,flags=overlap")));
@@ -155,19 +182,15 @@ TEST_F(IntegrationWindow, ThePeakTableHasTheIntensitiesBehindItsColumns)
                       m_pTable->visualRect(table()->index(0, 7)).center());
     ASSERT_NE(profile(), nullptr);
     EXPECT_TRUE(profile()->isVisible());
+}
 
-    // With two axes in each other's place the indices are those of other reflections.
+// With two axes in each other's place the indices are those of other reflections.
+TEST_F(IntegratedColumns, AreEmptyForAnotherCell)
+{
     m_result = quartzResult(g_nFrames);
     integrate();
-    const auto filled = [&] {
-        int nFilled = 0;
-        for (int n = 0; n < table()->rowCount(); ++n) {
-            nFilled += !cell(n, 26).isEmpty();
-        }
-        return nFilled;
-    };
     EXPECT_GT(filled(), 20);
-    Mat matSwapped = this->cell();
+    Mat matSwapped = cell();
     std::swap(matSwapped[0], matSwapped[1]);
     loadCell(matSwapped);
     m_pCell->m_pButtonIndexMergedPeaks->click();

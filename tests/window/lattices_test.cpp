@@ -35,22 +35,38 @@ QStringList notes(const LatticesDialog& dialog)
     return list;
 }
 
-}  // namespace
+/// The dialog beside a cubic body-centred cell, askew and turned, by a basis that has twice a body diagonal.
+class LatticeTypes : public Reciprocal {
+protected:
+    void loadPrimitiveCell() { loadCell(reciprocalOf(matPrimitive, matCube)); }
+    /// The first row of a type whose symbol begins so, or the number of rows.
+    int rowOf(const char* pszType) const
+    {
+        const QTableWidget* pTypes = dialogOf(*m_pWindow).m_pTableTypes;
+        int nRow = 0;
+        while (nRow < pTypes->rowCount() && !textOf(pTypes, nRow, 0).startsWith(pszType)) {
+            ++nRow;
+        }
+        return nRow;
+    }
 
-TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
-{
-    // A cubic body-centred cell, askew and turned, by a basis that has twice a body diagonal.
     const double s = std::sqrt(0.5);
     const Mat matCube = {{{8.1 * s, 8.1 * s, 0}, {-8.1 * s, 8.1 * s, 0}, {0, 0, 8.1}}};
     const Mat matPrimitive = {{{0.5, 0.5, -0.5}, {-0.5, 0.5, 0.5}, {0.5, -0.5, 0.5}}};
+};
+
+}  // namespace
+
+TEST_F(LatticeTypes, MatrixOfTheProposedOneLeadsToItsConventionalCell)
+{
     LatticesDialog& dialog = dialogOf(*m_pWindow);
     m_pCell->m_pButtonLattices->click();
     EXPECT_EQ(lines("Unit cell information is missing."), 1);
     EXPECT_TRUE(dialog.isVisible());
-    EXPECT_FALSE(dialog.m_pButtonFillMatrix->isEnabled() || dialog.m_pButtonCopy->isEnabled());
-
+    EXPECT_FALSE(dialog.m_pButtonFillMatrix->isEnabled());
+    EXPECT_FALSE(dialog.m_pButtonCopy->isEnabled());
     for (bool bReal : {false, true}) {
-        loadCell(reciprocalOf(matPrimitive, matCube));
+        loadPrimitiveCell();
         (bReal ? m_pCell->m_pRadioSpaceReal : m_pCell->m_pRadioSpaceReciprocal)->setChecked(true);
         m_pCell->m_pButtonLattices->click();
         ASSERT_GT(dialog.m_pTableTypes->rowCount(), 5);
@@ -65,23 +81,30 @@ TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
         EXPECT_EQ(fields(), strCube);
         m_pCell->m_pButtonTransform->click();
         EXPECT_EQ(fields(), strCube);
-        // A table of the former cell is not shown for the new one, and gives no matrix for it.
-        EXPECT_FALSE(dialog.m_pTableTypes->isVisible());
-        EXPECT_TRUE(notes(dialog).first().contains("of an earlier cell"));
-        dialog.m_pButtonFillMatrix->click();
-        EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), "0");
     }
-    EXPECT_EQ(lines("The unit cell is another one than the table of lattices belongs to."), 2);
+}
 
-    // A type of lower symmetry, chosen by the user: thirds in the matrix.
-    loadCell(reciprocalOf(matPrimitive, matCube));
-    m_pCell->m_pRadioSpaceReciprocal->setChecked(true);
-    dialog.m_pButtonRun->click();
-    int nRow = 0;
-    while (nRow < dialog.m_pTableTypes->rowCount() &&
-           !textOf(dialog.m_pTableTypes, nRow, 0).startsWith("hR")) {
-        ++nRow;
-    }
+TEST_F(LatticeTypes, ATableOfAnEarlierCellIsNotShownAndGivesNoMatrix)
+{
+    LatticesDialog& dialog = dialogOf(*m_pWindow);
+    loadPrimitiveCell();
+    m_pCell->m_pButtonLattices->click();
+    dialog.m_pButtonFillMatrix->click();
+    m_pCell->m_pButtonTransform->click();
+    EXPECT_FALSE(dialog.m_pTableTypes->isVisible());
+    EXPECT_TRUE(notes(dialog).first().contains("of an earlier cell"));
+    dialog.m_pButtonFillMatrix->click();
+    EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), "0");
+    EXPECT_EQ(lines("The unit cell is another one than the table of lattices belongs to."), 1);
+}
+
+// With thirds in its matrix.
+TEST_F(LatticeTypes, OneOfLowerSymmetryIsTakenAsTheUserChooses)
+{
+    LatticesDialog& dialog = dialogOf(*m_pWindow);
+    loadPrimitiveCell();
+    m_pCell->m_pButtonLattices->click();
+    const int nRow = rowOf("hR");
     ASSERT_LT(nRow, dialog.m_pTableTypes->rowCount());
     dialog.m_pTableTypes->selectRow(nRow);
     dialog.m_pButtonFillMatrix->click();
@@ -90,10 +113,17 @@ TEST_F(Reciprocal, MatrixOfAProposedTypeLeadsToItsConventionalCell)
     EXPECT_EQ(fields(), QStringList({number(8.1 * std::sqrt(2.0)), number(8.1 * std::sqrt(2.0)),
                                      number(8.1 * std::sqrt(0.75)), number(90), number(90), number(120)})
                             .join(' '));
+}
 
+TEST_F(LatticeTypes, TheTableIsCopiedAndReadWhole)
+{
+    LatticesDialog& dialog = dialogOf(*m_pWindow);
+    loadPrimitiveCell();
+    m_pCell->m_pButtonLattices->click();
     dialog.m_pButtonCopy->click();
     const QString strCopied = QApplication::clipboard()->text();
-    EXPECT_TRUE(strCopied.contains("*cI") && strCopied.contains("hR")) << strCopied.toStdString();
+    EXPECT_TRUE(strCopied.contains("*cI")) << strCopied.toStdString();
+    EXPECT_TRUE(strCopied.contains("hR")) << strCopied.toStdString();
     for (const QString& strLine : strCopied.split('\n')) {
         EXPECT_TRUE(log().contains(strLine.trimmed()) || strLine.startsWith("Lattice 1"))
             << strLine.toStdString();
@@ -254,16 +284,9 @@ TEST_F(TwoLattices, ALongerCellThatThePeaksAskForIsTaken)
     EXPECT_EQ(textOf(dialog().m_pTableTypes, dialog().selectedType(), 0), "hP *");
 }
 
-TEST_F(TwoLattices, ColoursAreThoseOfTheCrystalsAndGoWithoutATrace)
+TEST_F(TwoLattices, ColoursAreThoseOfTheCrystals)
 {
     m_pMerging->m_pButtonMerge->click();
-    m_pRaw->insertPointGroup(1, QStringLiteral("mine"), {1, 3, 7, 8, 20}, Qt::cyan);
-    m_pRaw->insertPointGroup(2, QStringLiteral("hidden"), {0, 4, 6}, Qt::green);
-    m_pRaw->setGroupVisible(2, false);
-    m_pMerged->insertPointGroup(1, QStringLiteral("merged"), {2, 5}, Qt::blue);
-    const QString strRaw = groups(m_pRaw), strMerged = groups(m_pMerged);
-    answered({path("before.pk")}, [this] { m_pWindow->saveRawPeaks(); });
-
     dialog().m_pCheckColors->setChecked(true);
     for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
         ASSERT_EQ(pView->groupLabels(), QStringList({"Unlabeled", "Lattice 1", "Lattice 2"}));
@@ -282,8 +305,31 @@ TEST_F(TwoLattices, ColoursAreThoseOfTheCrystalsAndGoWithoutATrace)
     }
     EXPECT_GT(m_pMerged->groupPoints()[1].size(), 100);
     EXPECT_GT(m_pMerged->groupPoints()[2].size(), 100);
+}
 
-    // The user's groups are what is saved, and nothing edits those of the lattices.
+/// The same with groups of the user's in both views, and their list of peaks.
+class TwoLatticesAndGroups : public TwoLattices {
+protected:
+    void SetUp() override
+    {
+        TwoLattices::SetUp();
+        m_pMerging->m_pButtonMerge->click();
+        m_pRaw->insertPointGroup(1, QStringLiteral("mine"), {1, 3, 7, 8, 20}, Qt::cyan);
+        m_pRaw->insertPointGroup(2, QStringLiteral("hidden"), {0, 4, 6}, Qt::green);
+        m_pRaw->setGroupVisible(2, false);
+        m_pMerged->insertPointGroup(1, QStringLiteral("merged"), {2, 5}, Qt::blue);
+        strRaw = groups(m_pRaw);
+        strMerged = groups(m_pMerged);
+        answered({path("before.pk")}, [this] { m_pWindow->saveRawPeaks(); });
+        dialog().m_pCheckColors->setChecked(true);
+    }
+
+    QString strRaw, strMerged;
+};
+
+// Nothing edits those of the lattices.
+TEST_F(TwoLatticesAndGroups, TheUsersGroupsAreWhatIsSaved)
+{
     answered({path("during.pk")}, [this] { m_pWindow->saveRawPeaks(); });
     EXPECT_EQ(readBytes(path("during.pk")), readBytes(path("before.pk")));
     m_pTabs->setCurrentIndex(1);
@@ -291,7 +337,10 @@ TEST_F(TwoLattices, ColoursAreThoseOfTheCrystalsAndGoWithoutATrace)
     m_pActions->m_pGroupReset->trigger();
     EXPECT_EQ(lines("The groups are those of lattices."), 1);
     EXPECT_EQ(m_pRaw->groupLabels().size(), 3);
-    // Limits come and go under the colours.
+}
+
+TEST_F(TwoLatticesAndGroups, ColoursGoWithoutATraceAlsoAfterOtherLimits)
+{
     const double dfMost = m_pMerging->m_pSpinResolutionMax->value();
     const int nAll = m_pRaw->points().size();
     m_pMerging->m_pSpinResolutionMax->setValue(0.5);
@@ -303,16 +352,18 @@ TEST_F(TwoLattices, ColoursAreThoseOfTheCrystalsAndGoWithoutATrace)
     dialog().m_pCheckColors->setChecked(false);
     EXPECT_EQ(groups(m_pRaw), strRaw);
     EXPECT_EQ(groups(m_pMerged), strMerged);
+}
 
-    // A group that is made under the colours stays.
-    dialog().m_pCheckColors->setChecked(true);
+TEST_F(TwoLatticesAndGroups, AGroupThatIsMadeUnderTheColoursStays)
+{
     m_pRaw->insertPointGroup(3, QStringLiteral("new"), {9}, Qt::yellow);
     dialog().m_pCheckColors->setChecked(false);
     EXPECT_EQ(groups(m_pRaw).section('\n', 1, 2), strRaw.section('\n', 1, 2));
     EXPECT_EQ(m_pRaw->groupLabels(), QStringList({"Unlabeled", "mine", "hidden", "new"}));
+}
 
-    // Other peaks know no lattices.
-    dialog().m_pCheckColors->setChecked(true);
+TEST_F(TwoLatticesAndGroups, OtherPeaksKnowNoLattices)
+{
     answered({path("before.pk")}, [this] { m_pWindow->loadRawPeaks(); });
     EXPECT_FALSE(dialog().m_pCheckColors->isChecked());
     EXPECT_EQ(dialog().m_pListLattices->count(), 0);

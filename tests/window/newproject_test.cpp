@@ -70,28 +70,79 @@ bool isControl(const QWidget* p)
                      "QwtPlot"});
 }
 
+bool contains(const std::string& str, const char* pszPart)
+{
+    return str.find(pszPart) != std::string::npos;
+}
+
 }  // namespace
 
-TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
-{
-    const BatchOutcome outcome = runProgram(
-        "tessera-simulate",
-        {"--frames",    "12",   "--size", "64",         "--pixel-size", "0.02", "--tilt-start", "-3",
-         "--tilt-step", "0.35", "--axis", "-38.5",      "--beam-tilt",  "4",    "--beam-x",     "32",
-         "--beam-y",    "32",   "--out",  m_dir.path(), "--name",       "w"});
-    ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+/// The frames of a simulated series whose project has been taken away.
+class NewProjectOfFrames : public FirstRun {
+protected:
+    void SetUp() override
+    {
+        FirstRun::SetUp();
+        const BatchOutcome outcome = runProgram(
+            "tessera-simulate",
+            {"--frames",    "12",   "--size", "64",         "--pixel-size", "0.02", "--tilt-start", "-3",
+             "--tilt-step", "0.35", "--axis", "-38.5",      "--beam-tilt",  "4",    "--beam-x",     "32",
+             "--beam-y",    "32",   "--out",  m_dir.path(), "--name",       "w"});
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        ASSERT_TRUE(truth.read(strFile));
+        ASSERT_TRUE(QFile::remove(strFile));
+    }
+    /// Expects that the dialog tells a problem that begins so, or none, and can create the project then.
+    static void expectProblem(const NewProjectDialog& dialog, const char* pszBegin)
+    {
+        const QString strText = dialog.m_pProblemLabel->text();
+        EXPECT_EQ(strText.left(int(strlen(pszBegin))), pszBegin);
+        EXPECT_EQ(strText.isEmpty(), *pszBegin == 0) << strText.toStdString();
+        EXPECT_EQ(dialog.m_pButtons->button(QDialogButtonBox::Ok)->isEnabled(), *pszBegin == 0) << pszBegin;
+    }
+    static void cancel(const NewProjectDialog& dialog)
+    {
+        dialog.m_pButtons->button(QDialogButtonBox::Cancel)->click();
+    }
+    static void giveTilts(const NewProjectDialog& dialog)
+    {
+        dialog.m_pTilts->m_pEndRadio->setChecked(true);
+        dialog.m_pTilts->m_pTiltStartSpin->setValue(-3);
+        dialog.m_pTilts->m_pTiltEndSpin->setValue(-3 + 11 * 0.35);
+        dialog.m_pTilts->m_pBeamTiltSpin->setValue(4);
+    }
+    static void giveOptics(const NewProjectDialog& dialog)
+    {
+        dialog.m_pElectrons->m_pWavelengthRadio->setChecked(true);
+        dialog.m_pElectrons->m_pWavelengthSpin->setValue(0.0251);
+        dialog.m_pPixels->m_pCameraRadio->setChecked(true);
+        dialog.m_pPixels->m_pCameraLengthSpin->setValue(100);
+        dialog.m_pPixels->m_pDetectorPixelSpin->setValue(50.2);
+        dialog.m_pDirections->m_pRotationAxisSpin->setValue(-38.5);
+    }
+    /// The project of the frames, with a lens and a precession.
+    void create()
+    {
+        withDialog([&](NewProjectDialog& dialog, QPushButton* pCreate) {
+            dialog.addFrames({m_dir.path()});
+            giveTilts(dialog);
+            giveOptics(dialog);
+            dialog.m_pLensDistortion->boxes()[2]->setValue(-1.5);
+            dialog.m_pDirections->m_pRotationCombo->setCurrentText("Precession");
+            dialog.m_pDirections->m_pPrecessionSpin->setValue(1.2);
+            answered({strFile}, [&] { dialog.m_pFile->m_pBrowseButton->click(); });
+            pCreate->click();
+        });
+        ASSERT_TRUE(made.read(strFile)) << made.errorText().toStdString();
+    }
+
     const QString strFile = path("w.ed3d");
     ProjectFile truth, made;
-    ASSERT_TRUE(truth.read(strFile));
-    ASSERT_TRUE(QFile::remove(strFile));
+};
 
-    withDialog([&](NewProjectDialog& dialog, QPushButton* pCreate) {
-        const auto says = [&](const char* pch) {
-            const QString strText = dialog.m_pProblemLabel->text();
-            EXPECT_TRUE(*pch ? strText.startsWith(pch) : strText.isEmpty()) << strText.toStdString();
-            EXPECT_EQ(pCreate->isEnabled(), *pch == 0) << pch;
-        };
-        says("Add the frames");
+TEST_F(NewProjectOfFrames, TakesAFolderThatIsDroppedAndMovesItsFrames)
+{
+    withDialog([&](NewProjectDialog& dialog, QPushButton*) {
         QMimeData mime;
         mime.setUrls({QUrl::fromLocalFile(m_dir.path())});
         QDragEnterEvent enter({5, 5}, Qt::CopyAction, &mime, Qt::LeftButton, {});
@@ -110,39 +161,42 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         dialog.m_pFrames->m_pRemoveButton->click();
         EXPECT_EQ(dialog.m_pFrames->m_pFrameList->count(), 11);
         dialog.addFrames({m_dir.path(), path("w_0003.mrc"), path("w_truth.json")});
-        says("All frames have the same tilt");
+        EXPECT_EQ(dialog.m_pFrames->m_pFrameList->count(), 12);
+        cancel(dialog);
+    });
+}
 
+TEST_F(NewProjectOfFrames, TellsWhatIsMissingOneAfterTheOther)
+{
+    withDialog([&](NewProjectDialog& dialog, QPushButton*) {
+        expectProblem(dialog, "Add the frames");
+        dialog.addFrames({m_dir.path()});
+        expectProblem(dialog, "All frames have the same tilt");
         dialog.m_pTilts->m_pListRadio->setChecked(true);
         dialog.m_pTilts->m_pTiltEdit->setPlainText("1\n2\n3\n");
-        says("3 tilts for 12 frames");
-        dialog.m_pTilts->m_pEndRadio->setChecked(true);
-        dialog.m_pTilts->m_pTiltStartSpin->setValue(-3);
-        dialog.m_pTilts->m_pTiltEndSpin->setValue(-3 + 11 * 0.35);
-        dialog.m_pTilts->m_pBeamTiltSpin->setValue(4);
-        says("Give the pixel size");
+        expectProblem(dialog, "3 tilts for 12 frames");
+        giveTilts(dialog);
+        expectProblem(dialog, "Give the pixel size");
         EXPECT_NEAR(dialog.m_pElectrons->m_pWavelengthSpin->value(), 0.025079, 1e-9);  // 200 kV
-        dialog.m_pElectrons->m_pWavelengthRadio->setChecked(true);
-        dialog.m_pElectrons->m_pWavelengthSpin->setValue(0.0251);
-        dialog.m_pPixels->m_pCameraRadio->setChecked(true);
-        dialog.m_pPixels->m_pCameraLengthSpin->setValue(100);
-        dialog.m_pPixels->m_pDetectorPixelSpin->setValue(50.2);
-        dialog.m_pDirections->m_pRotationAxisSpin->setValue(-38.5);
-        dialog.m_pLensDistortion->boxes()[2]->setValue(-1.5);
-        says("");
+        giveOptics(dialog);
+        expectProblem(dialog, "");
         EXPECT_FALSE(dialog.m_pDirections->m_pPrecessionSpin->isEnabled());
         dialog.m_pDirections->m_pRotationCombo->setCurrentText("Precession");
-        says("Give the angle of the precession");
+        expectProblem(dialog, "Give the angle of the precession");
         dialog.m_pDirections->m_pPrecessionSpin->setValue(1.2);
-        says("");
+        expectProblem(dialog, "");
         QTest::keyClick(dialog.m_pDirections->m_pRotationAxisSpin, Qt::Key_Return);
         EXPECT_TRUE(dialog.isVisible()) << "Return ends a number, not the dialog";
         dialog.m_pFile->m_pFileEdit->setText(path("none/"));
         QTest::keyClicks(dialog.m_pFile->m_pFileEdit, "w");
-        says("There is no folder");
-        answered({strFile}, [&] { dialog.m_pFile->m_pBrowseButton->click(); });
-        pCreate->click();
+        expectProblem(dialog, "There is no folder");
+        cancel(dialog);
     });
-    ASSERT_TRUE(made.read(strFile)) << made.errorText().toStdString();
+}
+
+TEST_F(NewProjectOfFrames, TheProjectIsTheSimulatorsOwn)
+{
+    ASSERT_NO_FATAL_FAILURE(create());
     EXPECT_EQ(made.frameFiles(), truth.frameFiles());
     EXPECT_EQ(made.wavelength(), truth.wavelength());
     EXPECT_EQ(made.distortion().dfThirdOrderRadial, -1.5);
@@ -156,8 +210,11 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         EXPECT_NEAR(made.overallTilts()[i], truth.overallTilts()[i], 1e-9) << i;
     }
     EXPECT_EQ(m_pFrames->m_pFileTable->rowCount(), 12) << "the project is open";
+}
 
-    // Again: what was given is remembered, and the file is not replaced unasked.
+TEST_F(NewProjectOfFrames, WhatWasGivenIsRememberedAndNothingIsReplacedOrLostUnasked)
+{
+    ASSERT_NO_FATAL_FAILURE(create());
     withDialog([&](NewProjectDialog& dialog, QPushButton* pCreate) {
         EXPECT_EQ(dialog.m_pElectrons->m_pWavelengthSpin->value(), 0.0251);
         EXPECT_EQ(dialog.m_pPixels->m_pCameraLengthSpin->value(), 100);
@@ -168,44 +225,65 @@ TEST_F(FirstRun, ProjectMadeFromFramesIsTheSimulatorsOwn)
         EXPECT_FALSE(dialog.m_pDirections->m_pPrecessionSpin->isEnabled());
         dialog.addFrames({m_dir.path()});
         dialog.m_pTilts->m_pTiltStepSpin->setValue(1);
-        QStringList listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
-        EXPECT_TRUE(listAsked.value(0).contains("exists already")) << listAsked.join(' ').toStdString();
+        const auto refused = [&](const std::function<void()>& fn) {
+            return answered({QMessageBox::No}, fn).join(' ').toStdString();
+        };
+        EXPECT_PRED2(contains, refused([&] { pCreate->click(); }), "exists already");
         ASSERT_TRUE(QFile::resize(path("w_0007.mrc"), 700));
-        listAsked = answered({QMessageBox::No}, [&] { pCreate->click(); });
-        EXPECT_TRUE(listAsked.value(0).contains("w_0007.mrc")) << listAsked.join(' ').toStdString();
+        EXPECT_PRED2(contains, refused([&] { pCreate->click(); }), "w_0007.mrc");
         dialog.m_pTilts->m_pTiltEdit->setPlainText("1\n2\n");
-        listAsked = answered({QMessageBox::No}, [&] { QTest::keyClick(&dialog, Qt::Key_Escape); });
-        EXPECT_TRUE(listAsked.value(0).contains("lost")) << listAsked.join(' ').toStdString();
+        EXPECT_PRED2(contains, refused([&] { QTest::keyClick(&dialog, Qt::Key_Escape); }), "lost");
         EXPECT_TRUE(dialog.isVisible());
-        dialog.m_pButtons->button(QDialogButtonBox::Cancel)->click();
+        cancel(dialog);
     });
     ASSERT_TRUE(made.read(strFile));
     EXPECT_NEAR(made.overallTilts()[1], -2.65, 1e-9);
 }
 
-TEST_F(FirstRun, FieldsAreFilledFromWhatTheFramesTell)
-{
-    // A beam at (20, 30) on frames of 64 × 48 pixels.
-    QByteArray bytesPixel(2 * 64 * 48, '\0');
-    for (int y = 0; y < 48; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            const double dfSquare = (x - 20) * (x - 20) + (y - 30) * (y - 30);
-            const auto nCounts = quint16(10 + (x * 7 + y * 3) % 5 + 2000 * std::exp(-dfSquare / 8));
-            qToLittleEndian(nCounts, bytesPixel.data() + 2 * (64 * y + x));
+/// Frames that tell their geometry, and a log beside them, in a dialog.
+class FactsOfFrames : public FirstRun {
+protected:
+    void SetUp() override
+    {
+        FirstRun::SetUp();
+        // A beam at (20, 30) on frames of 64 × 48 pixels.
+        for (int y = 0; y < 48; ++y) {
+            for (int x = 0; x < 64; ++x) {
+                const double dfSquare = (x - 20) * (x - 20) + (y - 30) * (y - 30);
+                const auto nCounts = quint16(10 + (x * 7 + y * 3) % 5 + 2000 * std::exp(-dfSquare / 8));
+                qToLittleEndian(nCounts, bytesPixel.data() + 2 * (64 * y + x));
+            }
         }
+        for (int i = 0; i < 12; ++i) {
+            writeFrame(i);
+        }
+        write("scan_log.txt", "Rotation axis: -30 deg\nCamera length: 500 mm\n");
+        pDialog = std::make_unique<NewProjectDialog>(m_dir.path());
+        pDialog->m_pDirections->m_pStretchAmplitudeSpin->setValue(1);  // the user's own group
+        ASSERT_NO_FATAL_FAILURE(addFrames());
     }
-    for (int i = 0; i < 12; ++i) {
+    void TearDown() override { pDialog.reset(); }
+    void writeFrame(int i) const
+    {
         write(QString("c_%1.img").arg(i + 1),
               smvBytes(smvLines(-10 - 0.5 * i, -0.5, 0.05, 400), 64, 48, bytesPixel));
     }
-    write("scan_log.txt", "Rotation axis: -30 deg\nCamera length: 500 mm\n");
+    /// Adds the folder and waits until it has been read.
+    void addFrames() const
+    {
+        pDialog->addFrames({m_dir.path()});
+        ASSERT_TRUE(QTest::qWaitFor(
+            [this] { return pDialog->m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden(); }, 20000));
+    }
+    QString fact(QDoubleSpinBox* pSpin) const { return pDialog->m_facts.label(pSpin)->fact(); }
 
-    NewProjectDialog dialog(m_dir.path());
-    const auto fact = [&dialog](QDoubleSpinBox* pSpin) { return dialog.m_facts.label(pSpin)->fact(); };
-    dialog.m_pDirections->m_pStretchAmplitudeSpin->setValue(1);  // the user's own group
-    dialog.addFrames({m_dir.path()});
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return dialog.m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden(); }, 20000));
+    QByteArray bytesPixel = QByteArray(2 * 64 * 48, '\0');
+    std::unique_ptr<NewProjectDialog> pDialog;
+};
+
+TEST_F(FactsOfFrames, FillTheFields)
+{
+    NewProjectDialog& dialog = *pDialog;
     ASSERT_TRUE(
         QTest::qWaitFor([&] { return !dialog.m_pPreviewBox->m_pPreview->look().image.isNull(); }, 20000));
     EXPECT_EQ(dialog.m_pTilts->m_pTiltStartSpin->value(), -10.25);
@@ -222,16 +300,17 @@ TEST_F(FirstRun, FieldsAreFilledFromWhatTheFramesTell)
     ASSERT_TRUE(dialog.m_pPreviewBox->m_pPreview->look().ptBeam);
     EXPECT_NEAR(dialog.m_pPreviewBox->m_pPreview->look().ptBeam->x(), 20, 0.5);
     EXPECT_NEAR(dialog.m_pPreviewBox->m_pPreview->look().ptBeam->y(), 30, 0.5);
+}
 
-    // What the user gives stays, and is set against what was read.
+TEST_F(FactsOfFrames, LeaveWhatTheUserGivesAndStandBesideIt)
+{
+    NewProjectDialog& dialog = *pDialog;
     dialog.m_pDirections->m_pRotationAxisSpin->setValue(45);
     EXPECT_TRUE(dialog.project().bAxisKnown);
     EXPECT_EQ(dialog.m_pPreviewBox->m_pPreview->axis(), 45);
     dialog.m_pPixels->m_pCameraLengthSpin->setValue(444);
-    write("c_13.img", smvBytes(smvLines(-16, -0.5, 0.05, 400), 64, 48, bytesPixel));
-    dialog.addFrames({m_dir.path()});
-    ASSERT_TRUE(
-        QTest::qWaitFor([&] { return dialog.m_pFrames->m_pHeaders->m_pStopFactsButton->isHidden(); }, 20000));
+    writeFrame(12);
+    ASSERT_NO_FATAL_FAILURE(addFrames());
     EXPECT_EQ(dialog.project().listFrame.size(), 13);
     EXPECT_EQ(dialog.m_pPixels->m_pCameraLengthSpin->value(), 444);
     EXPECT_TRUE(fact(dialog.m_pPixels->m_pCameraLengthSpin).contains("DISTANCE: 400"))

@@ -7,27 +7,38 @@
 
 namespace tessera {
 
-TEST_F(Reciprocal, OtherData)
+// One line says so, however many views there are; all else in these tests goes on.
+TEST_F(Reciprocal, WithoutOpenGlOneLineSaysSo)
 {
-    // Without OpenGL one line says so, however many views there are; all else in these tests goes on.
     m_pTabs->setCurrentIndex(1);
     m_pTabs->setCurrentIndex(2);
     QApplication::processEvents();
     EXPECT_EQ(lines("OpenGL"), m_pRaw->isValid() ? 0 : 1);
+}
 
-    m_pPanel->m_pButtonLoadHKL->click();
-    EXPECT_EQ(lines("Unit cell is not ready. Stop."), 1);
+TEST_F(Reciprocal, AProjectBringsItsPeaksSeenAlongTheAxis)
+{
     open();
     EXPECT_EQ(m_pTabs->currentIndex(), 1);
     const int nPeaks = m_pRaw->points().size();
     EXPECT_GT(nPeaks, 100);
     EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
     EXPECT_NEAR(std::fabs(m_pRaw->getViewDirection().x), 1, 1e-6);
-    const Mat matCell = cell();
-    m_pMerging->m_pButtonMerge->click();
-    m_pCell->m_pButtonTest->click();
 
-    // "Copy Window" takes what the tab shows. Without OpenGL a view has nothing to give.
+    // A peak list without masks: all its peaks are shown, in no group.
+    QByteArray bytesList;
+    for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n')) {
+        bytesList += bytesLine.left(bytesLine.lastIndexOf(' ')) + '\n';
+    }
+    answered({write("nomask.pk", bytesList)}, [&] { m_pWindow->loadRawPeaks(); });
+    EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
+}
+
+// Without OpenGL a view has nothing to give.
+TEST_F(Reciprocal, CopyWindowTakesWhatTheTabShows)
+{
+    open();
+    m_pMerging->m_pButtonMerge->click();
     for (int nTab : {3, 1, 2}) {
         m_pTabs->setCurrentIndex(nTab);
         const QWidget* pTab = m_pTabs->currentWidget();
@@ -43,8 +54,14 @@ TEST_F(Reciprocal, OtherData)
         imageOne.fill(image.pixelColor(0, 0));
         EXPECT_NE(image, imageOne) << "nothing but ground";
     }
+}
 
-    // Reflections for a look: the points of the cell in force.
+TEST_F(Reciprocal, ReflectionsForALookAreThePointsOfTheCellInForce)
+{
+    m_pPanel->m_pButtonLoadHKL->click();
+    EXPECT_EQ(lines("Unit cell is not ready. Stop."), 1);
+    open();
+    const Mat matCell = cell();
     answered({write("in.hkl", "   1   2  -3   120.0     1.0\n# none\n   0   0   0     0.0     0.0\n")},
              [&] { m_pPanel->m_pButtonLoadHKL->click(); });
     ASSERT_EQ(m_pMerged->points().size(), 2);
@@ -54,20 +71,17 @@ TEST_F(Reciprocal, OtherData)
     EXPECT_EQ(table()->rowCount(), 2);
     EXPECT_EQ(table()->index(0, 6).data().toString(), QStringLiteral("-3"));
     EXPECT_EQ(lines("2 reflections loaded from ", Qt::black), 1);
+}
 
-    // A peak list without masks: all its peaks are shown, in no group.
-    QByteArray bytesList;
-    for (const QByteArray& bytesLine : readBytes(file("w.pk")).split('\n')) {
-        bytesList += bytesLine.left(bytesLine.lastIndexOf(' ')) + '\n';
-    }
-    answered({write("nomask.pk", bytesList)}, [&] { m_pWindow->loadRawPeaks(); });
-    EXPECT_EQ(groups(m_pRaw), QStringLiteral("Unlabeled %1 #ffffff").arg(nPeaks));
-
-    // Another data set, without results of its own.
+TEST_F(Reciprocal, AnotherDataSetHasNoneOfTheResultsBefore)
+{
+    open();
+    m_pMerging->m_pButtonMerge->click();
     m_pCell->m_pButtonTest->setChecked(true);
     QFile::copy(file("w.ed3d"), file("other.ed3d"));
     m_pWindow->openFiles({file("other.ed3d")});
-    EXPECT_EQ(m_pRaw->points().size() + m_pMerged->points().size(), 0);
+    EXPECT_EQ(m_pRaw->points().size(), 0);
+    EXPECT_EQ(m_pMerged->points().size(), 0);
     EXPECT_EQ(table()->rowCount(), 1);
     EXPECT_EQ(fields(), g_strNoCell);
     EXPECT_FALSE(m_pCell->m_pButtonTest->isChecked());
@@ -76,16 +90,24 @@ TEST_F(Reciprocal, OtherData)
     m_pWindow->testRotationAxis();
     m_pWindow->test2DIndexing();
     EXPECT_EQ(lines("There are no peaks of these frames in 3D."), 2) << "those of the former data set";
+}
+
+TEST_F(Reciprocal, ACellByHandIsThatOfItsDataSet)
+{
     open();
+    const Mat matCell = cell();
     m_pCell->m_pRadioCellManual->setChecked(true);
     EXPECT_EQ(fields(), fieldsOf(matCell));
+    QFile::copy(file("w.ed3d"), file("other.ed3d"));
     m_pWindow->openFiles({file("other.ed3d")});
     EXPECT_EQ(fields(), g_strNoCell) << "nobody has made up a cell for these frames";
     EXPECT_TRUE(m_pCell->m_pRadioCellAuto->isChecked());
     m_pCell->m_pRadioCellManual->setChecked(true);
     expectNear(cell(), {{{0.1, 0, 0}, {0, 0.1, 0}, {0, 0, 0.1}}});
+}
 
-    // Labels that are asked for during a run are there at its end.
+TEST_F(Reciprocal, LabelsThatAreAskedForDuringARunAreThereAtItsEnd)
+{
     open();
     m_pMerging->m_pButtonMerge->click();
     m_pCell->m_pButtonIndexMergedPeaks->click();

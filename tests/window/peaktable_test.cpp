@@ -108,6 +108,45 @@ protected:
         }
         return listPeak;
     }
+    /// Two rows with the second and without the twelfth column: strong, and "0" beside weak, "3".
+    void showTwoReflections()
+    {
+        const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
+        ASSERT_EQ(listAction.size(), 29);
+        listAction[1]->setChecked(true);
+        m_pTable->setColumnWidth(5, 77);
+        m_pWindow->updatePeakTable({});  // without rows the columns go, and come back as they were
+        listAction[9]->setChecked(false);
+        Peak3D peak;
+        peak.nFrame = 0;
+        peak.setHKL(1, 0, 0);  // allowed: the page names P 1
+        peak.dfIPoint = 1234567.5;
+        peak.dfDStar = 0.5;
+        Peak3D weak = peak;
+        weak.nID = 3;
+        weak.dfIPoint = 2;
+        m_pWindow->updatePeakTable({peak, weak});
+        m_pTable->sortByColumn(7, Qt::AscendingOrder);
+    }
+    /// The same as text in the locale. Digit groups stay only where the locale parts them by what is no
+    /// space.
+    static QString textOfTwoReflections()
+    {
+        const QLocale locale = QLocale::system();
+        QString strStrong = locale.toString(1234567.5, 'f', 1);
+        strStrong.remove(
+            QRegularExpression(QStringLiteral("\\s"), QRegularExpression::UseUnicodePropertiesOption));
+        QStringList listField = QStringLiteral(
+                                    "3|1.00|1|0|0|2.0|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0\n"
+                                    "0|1.00|1|0|0|S|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0")
+                                    .split('|');
+        for (int i = 0; i < listField.size(); ++i) {
+            if (i % 17 > 1) {  // the real index is not the locale's
+                listField[i].replace('.', locale.decimalPoint());
+            }
+        }
+        return listField.join('\t').replace(QStringLiteral("S"), strStrong);
+    }
 
     QTableWidget *m_pGroups = nullptr, *m_pTarget = nullptr;
     QwtPlot* m_pPlot = nullptr;
@@ -117,40 +156,10 @@ protected:
 
 TEST_F(PeakTableWindow, TheClipboardHasTheColumnsInSight)
 {
-    const QList<QAction*> listAction = m_pTable->horizontalHeader()->actions();
-    ASSERT_EQ(listAction.size(), 29);
-    listAction[1]->setChecked(true);
-    m_pTable->setColumnWidth(5, 77);
-    m_pWindow->updatePeakTable({});  // without rows the columns go, and come back as they were
-    listAction[9]->setChecked(false);
-
-    Peak3D peak;
-    peak.nFrame = 0;
-    peak.setHKL(1, 0, 0);  // allowed: the page names P 1
-    peak.dfIPoint = 1234567.5;
-    peak.dfDStar = 0.5;
-    Peak3D weak = peak;
-    weak.nID = 3;
-    weak.dfIPoint = 2;
-    m_pWindow->updatePeakTable({peak, weak});
+    ASSERT_NO_FATAL_FAILURE(showTwoReflections());
+    const QString strExpected = textOfTwoReflections();
     EXPECT_EQ(m_pTable->columnWidth(5), 77);
-    m_pTable->sortByColumn(7, Qt::AscendingOrder);
     m_pWindow->copyAllReflectionsInPeakTable();
-    // Digit groups stay only where the locale parts them by what is no space.
-    const QLocale locale = QLocale::system();
-    QString strStrong = locale.toString(1234567.5, 'f', 1);
-    strStrong.remove(
-        QRegularExpression(QStringLiteral("\\s"), QRegularExpression::UseUnicodePropertiesOption));
-    QString strExpected = QStringLiteral(
-        "3|1.00|1|0|0|2.0|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0\n"
-        "0|1.00|1|0|0|S|0.500|1|0.0|0.0|0|0|0.00|0.00|0.00|0.00|1|0");
-    QStringList listExpected = strExpected.split('|');
-    for (int i = 0; i < listExpected.size(); ++i) {
-        if (i % 17 > 1) {  // the real index is not the locale's
-            listExpected[i].replace('.', locale.decimalPoint());
-        }
-    }
-    strExpected = listExpected.join('\t').replace(QStringLiteral("S"), strStrong);
     EXPECT_EQ(QApplication::clipboard()->text(), strExpected);
     QApplication::clipboard()->clear();
     m_pTable->clearSelection();
@@ -263,8 +272,14 @@ TEST_F(PeakTableWindow, TheLineChoosesTheRows)
     EXPECT_EQ(table().peakRow(m_pTable->model()->index(1, 0)), 8);
     EXPECT_EQ(table().indexOfPeak(5).row(), 2);
     EXPECT_FALSE(table().indexOfPeak(4).isValid());
+}
 
-    // A line that is not understood says why under it and leaves the rows; the rows have room for it.
+// It says why under it, for which the rows have room.
+TEST_F(PeakTableWindow, ALineThatIsNotUnderstoodLeavesTheRows)
+{
+    m_pTabs->setCurrentIndex(3);
+    m_pWindow->updatePeakTable(reflections(12));
+    typeFilter("unindexed, frame=4..12");
     const int nTop = m_pTable->horizontalHeader()->viewport()->mapTo(m_pTable, QPoint()).y();
     typeFilter("h=0, nonsense>1");
     EXPECT_EQ(error(), "\"nonsense\" is no column of the table.");
@@ -273,8 +288,17 @@ TEST_F(PeakTableWindow, TheLineChoosesTheRows)
     EXPECT_LE(table().filterBar().geometry().bottom(),
               m_pTable->horizontalHeader()->viewport()->mapTo(m_pTable, QPoint()).y());
     EXPECT_LE(m_pTable->viewport()->geometry().bottom(), m_pTable->height());
+    // A line that is understood takes the reason away.
+    typeFilter("h=0");
+    EXPECT_EQ(error(), QString());
+}
 
-    // Another list is filtered by the line in force; copying takes what is seen.
+TEST_F(PeakTableWindow, TheLineIsInForceForAnotherListAndForCopies)
+{
+    m_pTabs->setCurrentIndex(3);
+    m_pWindow->updatePeakTable(reflections(12));
+    m_pTable->sortByColumn(7, Qt::DescendingOrder);
+    typeFilter("unindexed, frame=4..12");
     m_pWindow->updatePeakTable(reflections(6));
     EXPECT_EQ(ids(), QList<int>({105}));
     m_pWindow->copyAllReflectionsInPeakTable();
@@ -290,7 +314,6 @@ TEST_F(PeakTableWindow, TheLineChoosesTheRows)
     line()->clear();
     QTRY_COMPARE(counts(), QString("6 of 6"));
     EXPECT_EQ(ids(), QList<int>({105, 104, 103, 102, 101, 100}));
-    EXPECT_EQ(error(), QString());
 }
 
 TEST_F(PeakTableWindow, SortingKeepsTheOrderOfEqualRows)
@@ -376,18 +399,24 @@ TEST_F(PeakTableWindow, TheCsvHasWhatIsSeen)
     EXPECT_EQ(lines("/proc/out.csv: "), 1) << log().toStdString();
 }
 
-TEST_F(PeakTableWindow, CurveOfTheRow)
-{
-    open(false);
-    m_pWindow->peakReduction3D();
-    ASSERT_EQ(m_pTable->model()->rowCount(), 2) << log().toStdString();
-    m_pTabs->setCurrentIndex(3);
-    m_pTable->sortByColumn(9, Qt::DescendingOrder);  // d: A comes first
-    ASSERT_EQ(cell(0, 18), QStringLiteral("300"));
-
-    // The page stands at two-dimensional intensities, which are ten times the others.
-    const auto* pCurve = static_cast<QwtPlotCurve*>(m_pPlot->itemList(QwtPlotItem::Rtti_PlotCurve)[0]);
-    const auto shown = [&] {
+/// The two merged reflections, A in the first row and B in the second. The page stands at two-dimensional
+/// intensities, which are ten times the others.
+class CurveOfTheRow : public PeakTableWindow {
+protected:
+    void SetUp() override
+    {
+        PeakTableWindow::SetUp();
+        open(false);
+        m_pWindow->peakReduction3D();
+        ASSERT_EQ(m_pTable->model()->rowCount(), 2) << log().toStdString();
+        m_pTabs->setCurrentIndex(3);
+        m_pTable->sortByColumn(9, Qt::DescendingOrder);  // d: A comes first
+        ASSERT_EQ(cell(0, 18), QStringLiteral("300"));
+    }
+    /// Title, points and places of the markers.
+    QString shown() const
+    {
+        const auto* pCurve = static_cast<QwtPlotCurve*>(m_pPlot->itemList(QwtPlotItem::Rtti_PlotCurve)[0]);
         QStringList list = {pCurve->title().text()};
         for (size_t i = 0; i < pCurve->dataSize(); ++i) {
             list.append(QString::asprintf("%g:%g", pCurve->sample(int(i)).x(), pCurve->sample(int(i)).y()));
@@ -396,24 +425,35 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
             list.append(QString::number(static_cast<const QwtPlotMarker*>(pItem)->xValue()));
         }
         return list.join(' ');
-    };
-    const auto click = [&](Qt::MouseButton eButton = Qt::LeftButton) {
+    }
+    /// A click on the first row.
+    void click(Qt::MouseButton eButton = Qt::LeftButton)
+    {
         const QRect rect = m_pTable->visualRect(m_pTable->model()->index(0, 7));
         QTest::mouseClick(m_pTable->viewport(), eButton, {}, rect.center());
-    };
+    }
+
     const QString strA = QStringLiteral(
         "2D Integration 1:10005 2:11005 3:12005 4:13005 5:14005 6:15005 0.5 3.5");
+    const QString strB = QStringLiteral("2D Integration 4:530 5:540 6:550 3.5");
+};
+
+TEST_F(CurveOfTheRow, ComesByPointerAndKeys)
+{
     click();
     EXPECT_EQ(shown(), strA);
     QTest::keyClick(m_pTable, Qt::Key_Down);
-    const QString strB = QStringLiteral("2D Integration 4:530 5:540 6:550 3.5");
     EXPECT_EQ(shown(), strB) << "the keyboard walks through the rows";
     click(Qt::RightButton);
     EXPECT_EQ(shown(), strA) << "the row that the menu is for";
+}
+
+// Under a filter the first row is the other reflection.
+TEST_F(CurveOfTheRow, IsThatOfTheRowInSight)
+{
+    click();
     QTest::keyClick(m_pTable, Qt::Key_Down);
     EXPECT_EQ(shown(), strB);
-
-    // Under a filter the first row is the other reflection.
     typeFilter("frame>3,x<250");
     ASSERT_EQ(counts(), "1 of 2") << error().toStdString();
     EXPECT_EQ(shown(), strB);
@@ -421,23 +461,28 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     m_pWindow->showPeakInCurve(0);
     click();
     EXPECT_EQ(shown(), strB);
-    table().setFilter({});
-
     m_pWindow->copyIntensityCurveData();
     QString strCopied = QStringLiteral(
         "     4.0 \t      530.00\n     5.0 \t      540.00\n     6.0 \t      550.00\n\n");
     EXPECT_EQ(QApplication::clipboard()->text(), strCopied.replace('.', QLocale().decimalPoint()));
+}
 
-    // A row whose ID has no chain says so once and leaves the curve.
+TEST_F(CurveOfTheRow, StaysAtARowThatHasNoChain)
+{
+    click();
     Peak3D stranger;
     stranger.nID = 99;
     m_pWindow->updatePeakTable({stranger});
     m_pLog->clear();
     click();
     EXPECT_EQ(log(), "Failed to retrieve data for reflection with ID: 99.");
-    EXPECT_EQ(shown(), strB);
+    EXPECT_EQ(shown(), strA);
+}
 
-    // Of the series before nothing is left to show, also not by a number that it had.
+// Also not by a number that it had.
+TEST_F(CurveOfTheRow, IsNotThatOfTheSeriesBefore)
+{
+    click();
     QFile::copy(path("s.ed3d"), path("other.ed3d"));
     m_pWindow->openFiles({path("other.ed3d")});
     m_pTabs->setCurrentIndex(3);
@@ -447,15 +492,19 @@ TEST_F(PeakTableWindow, CurveOfTheRow)
     EXPECT_EQ(shown(), QStringLiteral("2D Integration"));
 }
 
-TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
+TEST_F(PeakTableWindow, GroupsOfMasksAreInBothTables)
 {
     open();
     EXPECT_EQ(m_pTabs->currentIndex(), 1);
     const QString strColor = m_pRaw->groupColors().value(1).name(), strZero = m_pRaw->groupColors()[0].name();
     EXPECT_EQ(rows(m_pGroups), QStringList({"Unlabeled 6 " + strZero + " ●", "Label2 2 " + strColor + " ●"}));
     EXPECT_EQ(rows(m_pTarget), QStringList({"Unlabeled 6 " + strZero + ' ', "Label2 2 " + strColor + ' '}));
+}
 
-    // A name, a colour and the eye by the panel; the row that the merging page has chosen stays chosen.
+// The row that the merging page has chosen stays chosen.
+TEST_F(PeakTableWindow, ThePanelGivesAGroupNameColourAndEye)
+{
+    open();
     m_pTarget->selectRow(1);
     m_pGroups->editItem(m_pGroups->item(1, 0));
     QPointer<QLineEdit> pEditor = m_pGroups->findChild<QLineEdit*>();
@@ -474,21 +523,25 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     EXPECT_EQ(rows(m_pTarget)[1], QStringLiteral("spots 2 #800000 "));
     ASSERT_EQ(m_pTarget->selectedItems().size(), 3);
     EXPECT_EQ(m_pTarget->selectedItems().first()->row(), 1);
+}
 
-    // All groups one after the other, or those that are selected.
+TEST_F(PeakTableWindow, AllGroupsAreExportedOneAfterTheOther)
+{
+    open();
     answered({path("out.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
     EXPECT_EQ(linesOf("out.txt").size(), 1 + 8);
     EXPECT_TRUE(linesOf("out.txt")[0].startsWith("# FrameNo.")) << "no indices from the raw view";
     answered({QStringLiteral("/proc/out.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
     EXPECT_TRUE(log().contains("Failed to open file for writing: /proc/out.txt\n/proc/out.txt: "))
         << log().toStdString();
+}
 
+TEST_F(PeakTableWindow, AGroupOfTheFileIsMergedAloneAndGrowsWithTheLimits)
+{
+    open();
     answered({path("out.pk")}, [&] { m_pWindow->saveRawPeaks(); });
     EXPECT_EQ(lines("List of raw peaks saved to " + path("out.pk"), Qt::black), 1);
-
-    // Reset asks only when there is something to reset.
     m_pRaw->removePointGroups({1});
-    m_pWindow->resetSelectedPeakGroups();
     m_pMerging->m_pSpinIntensityMin->setValue(1100);
     answered({path("out.pk")}, [&] { m_pWindow->loadRawPeaks(); });
     // Of A1 to A5, and so is what is merged; A0 has kept its group when the limit lets it in.
@@ -502,12 +555,18 @@ TEST_F(PeakTableWindow, GroupsBetweenMasksAndTables)
     m_pMerging->m_pSpinIntensityMin->setValue(1000);
     EXPECT_EQ(rows(m_pTarget).join('|').remove(QRegularExpression(" #\\w+ ")),
               QStringLiteral("Unlabeled 4|Label1 2"));
+}
+
+TEST_F(PeakTableWindow, ResetAsksWhereThereIsSomethingToReset)
+{
+    open();
     answered({int(QMessageBox::No)}, [&] { m_pWindow->resetSelectedPeakGroups(); });
     ASSERT_EQ(m_pRaw->groupPoints().size(), 2);
-    EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label1"));
+    EXPECT_EQ(m_pRaw->groupLabels()[1], QStringLiteral("Label2"));
     EXPECT_EQ(answered({int(QMessageBox::Yes)}, [&] { m_pWindow->resetSelectedPeakGroups(); }),
               QStringList{"Confirm: Are you sure you want to reset this table?"});
     EXPECT_EQ(m_pRaw->groupPoints().size(), 1);
+    EXPECT_EQ(answered({}, [&] { m_pWindow->resetSelectedPeakGroups(); }), QStringList());
 }
 
 // A peak list that had to wait for its shifts when it was opened.
@@ -530,20 +589,25 @@ TEST_F(PeakTableWindow, ALoadedShiftFileBringsAWaitingPeakListToLife)
     EXPECT_EQ(m_pTabs->currentIndex(), 0);
 }
 
-TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
-{
-    open();
-    m_pWindow->peakReduction3D();
-    answered({path("out.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
-    EXPECT_TRUE(linesOf("out.txt")[0].startsWith("# H | K | L ")) << "indices from the merged view";
-    m_pTabs->setCurrentIndex(1);
-    // The points are A0 A1 A2 A3 B3 A4 B4 A5; a change of a limit brings B5.
-    m_pRaw->setGroupLabel(0, QStringLiteral("rest"));
-    m_pRaw->setGroupColor(1, Qt::red);
-    m_pRaw->insertPointGroup(2, QStringLiteral("odd"), {1, 3, 7}, Qt::blue);
-    m_pRaw->insertPointGroup(3, QStringLiteral("B"), {0, 4, 6}, Qt::green);
-    m_pRaw->setGroupVisible(2, false);
-    const auto state = [this] {
+/// Four groups of the raw view, which share points.
+class GroupsOfPeaks : public PeakTableWindow {
+protected:
+    void SetUp() override
+    {
+        PeakTableWindow::SetUp();
+        open();
+        m_pWindow->peakReduction3D();
+        m_pTabs->setCurrentIndex(1);
+        // The points are A0 A1 A2 A3 B3 A4 B4 A5; a change of a limit brings B5.
+        m_pRaw->setGroupLabel(0, QStringLiteral("rest"));
+        m_pRaw->setGroupColor(1, Qt::red);
+        m_pRaw->insertPointGroup(2, QStringLiteral("odd"), {1, 3, 7}, Qt::blue);
+        m_pRaw->insertPointGroup(3, QStringLiteral("B"), {0, 4, 6}, Qt::green);
+        m_pRaw->setGroupVisible(2, false);
+    }
+    /// "label colour hidden points" of each group.
+    std::string state() const
+    {
         QStringList list;
         for (int g = 0; g < m_pRaw->groupLabels().size(); ++g) {
             list << m_pRaw->groupLabels()[g] + ' ' + m_pRaw->groupColors()[g].name().mid(1) +
@@ -554,9 +618,16 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
             }
         }
         return list.join(", ").toStdString();
-    };
+    }
+
     const std::string strAll =
         "rest ffffff A2 A4 B5, Label2 ff0000 A0 A1, odd 0000ff hidden A1 A3 A5, B 00ff00 A0 B3 B4";
+    /// Those with an intensity of 1050 at least.
+    const std::string strSome = "rest ffffff A2 A4, Label2 ff0000 A1, odd 0000ff hidden A1 A3 A5, B 00ff00";
+};
+
+TEST_F(GroupsOfPeaks, OutliveLimitsAndGeometryAndStayChosen)
+{
     m_pTarget->selectRow(2);
     const auto chosen = [this] {
         const QList<QTableWidgetItem*> list = m_pTarget->selectedItems();
@@ -571,11 +642,17 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     m_pWindow->peakReduction3D();
     EXPECT_TRUE(log().contains("Merging the peaks of the group \"odd\" (3).\n3 peaks in "));
     m_pTabs->setCurrentIndex(1);
-    const std::string strSome = "rest ffffff A2 A4, Label2 ff0000 A1, odd 0000ff hidden A1 A3 A5, B 00ff00";
     m_pMerging->m_pSpinIntensityMin->setValue(1050);
     EXPECT_EQ(state(), strSome);
+    m_pTabs->setCurrentIndex(2);
+    answered({path("out.txt")}, [&] { m_pWindow->exportSelectedPeak3D(); });
+    EXPECT_TRUE(linesOf("out.txt")[0].startsWith("# H | K | L ")) << "indices from the merged view";
+}
 
-    // A list of points for a look: none of them can be merged, and what has been merged stays.
+// None of its points can be merged, and what has been merged stays.
+TEST_F(GroupsOfPeaks, OutliveAListOfPointsForALook)
+{
+    m_pMerging->m_pSpinIntensityMin->setValue(1050);
     m_pWindow->openFiles({write("in.txt", "1 1 0 2 0.1 0.2 0.3 5 77 ok\n")});
     EXPECT_EQ(state(), "Unlabeled ffffff B-1");
     const int nRows = m_pTable->model()->rowCount(), nMerged = m_pMerged->points().size();
@@ -587,8 +664,11 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     EXPECT_GT(nMerged, 0);
     m_pMerging->m_pSpinIntensityMax->setValue(5000);
     EXPECT_EQ(state(), strSome);
+}
 
-    // Groups that go and unite while some of their peaks are out of sight.
+TEST_F(GroupsOfPeaks, GoAndUniteWhileSomeOfTheirPeaksAreOutOfSight)
+{
+    m_pMerging->m_pSpinIntensityMin->setValue(1050);
     m_pGroups->selectRow(1);
     m_pWindow->removeSelectedPeakGroups();
     EXPECT_EQ(state(), "rest ffffff A2 A4, odd 0000ff hidden A1 A3 A5, B 00ff00");
@@ -602,8 +682,12 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
         strMasks += strLine.right(16)[0];
     }
     EXPECT_EQ(strMasks, QStringLiteral("448448448"));
+}
 
-    // What is united with group 0 becomes group 1, in sight or not. One group alone keeps its looks, too.
+// In sight or not. One group alone keeps its looks, too.
+TEST_F(GroupsOfPeaks, WhatIsUnitedWithTheFirstBecomesTheSecond)
+{
+    m_pRaw->removePointGroups({1, 3});
     m_pMerging->m_pSpinIntensityMin->setValue(1150);
     m_pGroups->setRangeSelected({0, 0, 1, 3}, true);
     m_pWindow->mergeSelectedPeakGroups();
@@ -614,9 +698,12 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     m_pRaw->setGroupVisible(0, false);
     m_pMerging->m_pSpinResolutionMax->stepUp();
     EXPECT_EQ(state(), "rest 00ffff hidden A0 A1 A2 A3 B3 A4 B4 A5 B5");
-    m_pRaw->insertPointGroup(1, QStringLiteral("last"), {0}, Qt::green);
+}
 
-    // Both views have two groups: what is typed or chosen for one of them is not the other's.
+// What is typed or chosen for one of them is not the other's.
+TEST_F(GroupsOfPeaks, EachViewHasItsOwn)
+{
+    m_pRaw->removePointGroups({2, 3});
     m_pMerged->insertPointGroup(1, QStringLiteral("other"), {0}, Qt::green);
     m_pMerged->setGroupLabel(0, QStringLiteral("rest"));
     m_pGroups->setCurrentCell(1, 0);
@@ -625,13 +712,14 @@ TEST_F(PeakTableWindow, GroupsOutliveLimitsGeometryAndOtherPoints)
     QTest::keyClicks(m_pGroups->findChild<QLineEdit*>(), QStringLiteral("mine"));
     m_pTabs->setCurrentIndex(2);
     QCoreApplication::processEvents();
-    EXPECT_EQ(
-        m_pRaw->groupLabels()[1] + '|' + m_pMerged->groupLabels()[1] + '|' + m_pGroups->item(1, 0)->text(),
-        QStringLiteral("mine|other|other"));
+    EXPECT_EQ(m_pRaw->groupLabels()[1], "mine");
+    EXPECT_EQ(m_pMerged->groupLabels()[1], "other");
+    EXPECT_EQ(m_pGroups->item(1, 0)->text(), "other");
     m_pGroups->selectRow(1);
     m_pTabs->setCurrentIndex(1);
     m_pWindow->removeSelectedPeakGroups();
-    EXPECT_EQ(m_pRaw->groupLabels().size() + m_pMerged->groupLabels().size(), 4);
+    EXPECT_EQ(m_pRaw->groupLabels().size(), 2) << "what was chosen in the table of the other";
+    EXPECT_EQ(m_pMerged->groupLabels().size(), 2);
 }
 
 }  // namespace tessera

@@ -51,10 +51,12 @@ TEST(PlotPanel, NumbersComeBackFromTableAndFilesWithoutLoss)
     EXPECT_EQ(listLine[3], "arrows,1,2,,-0.5,0.25") << "what is no number is left out, arrow or not";
 
     const QTemporaryDir dir;
-    ASSERT_TRUE(panel.saveSvg(dir.filePath("p.svg")) && panel.saveCsv(dir.filePath("p.csv")));
+    ASSERT_TRUE(panel.saveSvg(dir.filePath("p.svg")));
+    ASSERT_TRUE(panel.saveCsv(dir.filePath("p.csv")));
     QFile fileTable(dir.filePath("p.csv"));
     QFile filePicture(dir.filePath("p.svg"));
-    ASSERT_TRUE(fileTable.open(QIODevice::ReadOnly) && filePicture.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(fileTable.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(filePicture.open(QIODevice::ReadOnly));
     EXPECT_EQ(fileTable.readAll(), panel.csv().toUtf8());
     EXPECT_TRUE(filePicture.readAll().contains("Radius, px"));
     QString strReason;
@@ -89,7 +91,9 @@ TEST(PlotPanel, ArrowsOfAPictureStandWhereTheyPointAtOneScale)
     const auto pixelsNear = [&](double x, double y) {
         return bluePixels(panel, QRect(place(x, y) - QPoint(3, 3), QSize(7, 7)));
     };
-    EXPECT_TRUE(pixelsNear(50, 20) > 0 && pixelsNear(60, 40) > 0 && pixelsNear(69, 58) > 0);
+    EXPECT_GT(pixelsNear(50, 20), 0);
+    EXPECT_GT(pixelsNear(60, 40), 0);
+    EXPECT_GT(pixelsNear(69, 58), 0);
     EXPECT_EQ(pixelsNear(40, 60), 0);
     // Sizes at which the numbers beside an axis, and by them the canvas, change to and fro.
     for (int nWidth = 240; nWidth < 420; ++nWidth) {

@@ -75,7 +75,7 @@ QTemporaryDir* Refinement::s_pSeries = nullptr;
 
 }  // namespace
 
-TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
+TEST_F(Refinement, EachToolTellsThatIndexedPeaksAreMissing)
 {
     for (const char* psz : {"&Extract Intensities", "Refine &Direct Beam Position", "Refine &Basis Vectors",
                             "Refine Cell by Frame &Numbers", "Find &Cubic Cell", "&Refine Cubic Cell"}) {
@@ -90,7 +90,10 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
     QCoreApplication::sendEvent(m_pExtraction->m_pButtonRun, &eventTip);
     EXPECT_EQ(m_pWindow->statusBar()->currentMessage(), "Run intensity extraction");
     EXPECT_EQ(log().count("Frame counts do not match."), 2);
+}
 
+TEST_F(Refinement, TheDirectBeamOfEachFrameIsFittedUntilItIsStopped)
+{
     index();
     const QRegularExpression expBeam(
         "\n +\\d+( +-?[0-9.]+){4} +(-?[0-9.]+) +(-?[0-9.]+)( +[0-9.]+){3} [1-8](?=\n)");
@@ -108,15 +111,29 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
         const QRegularExpressionMatch match = it.next();
         EXPECT_LT(std::hypot(match.captured(2).toDouble(), match.captured(3).toDouble()), 1.5);
     }
-    EXPECT_TRUE(places<CircleItem>(Qt::green).isEmpty() && m_pExtraction->m_pButtonRun->text() == "Run");
+    EXPECT_TRUE(places<CircleItem>(Qt::green).isEmpty());
+    EXPECT_EQ(m_pExtraction->m_pButtonRun->text(), "Run");
+}
 
+TEST_F(Refinement, TheToolsRefineBasisAndFrameNumbers)
+{
+    index();
     for (const char* psz :
          {"Test Rotation &Axis", "Refine &Basis Vectors", "Refine Cell by Frame &Numbers"}) {
         tool(psz);
     }
-    EXPECT_TRUE(log().contains("Max Angle Weighted:") && log().contains(" using "));
+    EXPECT_TRUE(log().contains("Max Angle Weighted:"));
+    EXPECT_TRUE(log().contains(" using "));
     const QList<double> listError = numbers("Averaged error before and after refinement: ");
-    EXPECT_TRUE(listError.size() == 2 && listError[1] < listError[0] && listError[0] < 1 && listError[1] > 0);
+    ASSERT_EQ(listError.size(), 2);
+    EXPECT_LT(listError[0], 1);
+    EXPECT_LT(listError[1], listError[0]);
+    EXPECT_GT(listError[1], 0);
+}
+
+TEST_F(Refinement, TheDirectBeamIsRefinedByPairsOfPeaksWithinTheLimits)
+{
+    index();
     m_pRefine->m_pSpinRefineDStarLow->setValue(5);
     m_pRefine->m_pSpinRefineDStarHigh->setValue(6);
     tool("Refine &Direct Beam Position");  // no two peaks are so far apart
@@ -125,6 +142,13 @@ TEST_F(Refinement, EachToolFindsWhatTheSimulationPutThere)
     m_pRefine->m_pSpinRefineDStarHigh->setValue(0.5);
     tool("Refine &Direct Beam Position");
     EXPECT_TRUE(log().contains("End values:"));
+}
+
+TEST_F(Refinement, ThePageFindsTheCellOfTheSimulation)
+{
+    index();
+    m_pRefine->m_pSpinRefineDStarLow->setValue(2);
+    m_pRefine->m_pSpinRefineDStarHigh->setValue(0.5);
     m_pRefine->m_pCheckRefine2D->setChecked(true);
     m_pRefine->m_pButtonRunRefinement->click();
     QList<double> listCell = numbers("Unit cell after UCLS refinement: ");
@@ -145,7 +169,8 @@ TEST_F(Refinement, ThePageRefinesWithTheGroupOfItsBoxAndTheCellOfTheIndices)
     };
     index();
     const QList<double> listBefore = vectors();
-    ASSERT_TRUE(listBefore.size() == 1 && listBefore[0] > 50);
+    ASSERT_EQ(listBefore.size(), 1);
+    ASSERT_GT(listBefore[0], 50);
     m_pCell->m_pCheckOutputStatistics->setChecked(true);
     index();
     EXPECT_EQ(vectors(), listBefore) << "the statistics end with group 230";
@@ -191,14 +216,16 @@ TEST_F(Refinement, ExtractionLeavesNoOtherReflectionsData)
            });
     EXPECT_EQ(log().count("Intensity extraction did not finish."), 2);
     EXPECT_EQ(places<TextItem>(Qt::red), listStrongest);
-    EXPECT_TRUE(m_pWindow->showPeakInCurve(0) && m_pTable->model()->rowCount() == nRows &&
-                m_pTabs->currentIndex() == 0);
+    EXPECT_TRUE(m_pWindow->showPeakInCurve(0));
+    EXPECT_EQ(m_pTable->model()->rowCount(), nRows);
+    EXPECT_EQ(m_pTabs->currentIndex(), 0);
 
     tool("&Extract Intensities");
     EXPECT_EQ(m_pTabs->currentIndex(), 2);
     EXPECT_GT(m_pTable->model()->rowCount(), 2 * nRows) << "one row per peak on a frame";
     m_pTabs->setCurrentIndex(0);
-    EXPECT_TRUE(!m_pWindow->showPeakInCurve(0) && places<TextItem>(Qt::red).isEmpty());
+    EXPECT_FALSE(m_pWindow->showPeakInCurve(0));
+    EXPECT_TRUE(places<TextItem>(Qt::red).isEmpty());
     tool("Refine &Basis Vectors");  // which would be of the reflections that have left
     EXPECT_TRUE(log().endsWith("No indexed peaks are available. Do merging and indexing first."));
 }
@@ -217,7 +244,8 @@ TEST_F(Refinement, CrossesShowThePositionsBeforeAndAfterAFit)
                m_pExtraction->m_pButtonRun->click();
                return true;
            });
-    EXPECT_TRUE(timer.isValid() && timer.elapsed() < 700) << "of the second that the crosses stand";
+    EXPECT_TRUE(timer.isValid()) << "of the second that the crosses stand";
+    EXPECT_LT(timer.elapsed(), 700) << "of the second that the crosses stand";
     EXPECT_TRUE(log().contains("Peak position refinement did not finish."));
     EXPECT_TRUE(places<CrossItem>(Qt::yellow).isEmpty());
 }
@@ -278,7 +306,8 @@ TEST_F(Refinement, SettingsLeaveReflectionsOutAndShowTheTestRuns)
     EXPECT_EQ(log().count("is not understood and not used: 1,2"), 1);
     index();
     tool("Refine Cell by Frame &Numbers");
-    EXPECT_TRUE(log().contains("Averaged error") && !log().contains(match.captured(0)));
+    EXPECT_TRUE(log().contains("Averaged error"));
+    EXPECT_FALSE(log().contains(match.captured(0)));
 }
 
 }  // namespace tessera

@@ -1,7 +1,7 @@
 // Sections in the window: the driver's bytes, the reading under the pointer, and the choice that goes
 // everywhere.
 #include "exchange/sectionfiles.h"
-#include "tests/window/windowtest.h"
+#include "tests/window/twinseries.h"
 #include "window/sections/sectionscontroller.h"
 #include "window/sections/sectionview.h"
 #include "window/sections/sectionwindow.h"
@@ -11,46 +11,37 @@ namespace tessera {
 
 namespace {
 
-class Sections : public WindowTest {
+class Sections : public TwinSeries {
 protected:
-    static void SetUpTestSuite()
-    {
-        s_pSeries = std::make_unique<QTemporaryDir>();
-        simulate(s_pSeries->path(),
-                 "--frames 41 --size 256 --pixel-size 0.008 --tilt-start -20 --tilt-step 1");
-    }
-    static void TearDownTestSuite() { s_pSeries.reset(); }
     void SetUp() override
     {
-        WindowTest::SetUp();
+        TwinSeries::SetUp();
         m_pSections = m_pWindow->findChild<SectionsController*>();
-        for (const QString& strFolder : {path("window"), path("driver")}) {
-            ASSERT_TRUE(QDir().mkpath(strFolder));
-            for (const QFileInfo& file : QDir(s_pSeries->path()).entryInfoList(QDir::Files)) {
-                ASSERT_TRUE(QFile::copy(file.filePath(), strFolder + '/' + file.fileName()));
-            }
-        }
     }
     SectionWindow* showWindow()
     {
         m_pActions->m_pSections->trigger();
         return m_pSections->window();
     }
+    void make(int nPlane, int nLayer)
+    {
+        SectionWindow* pWindow = m_pSections->window();
+        pWindow->m_pPlane->setCurrentIndex(nPlane);
+        pWindow->m_pLayer->setValue(nLayer);
+        pWindow->m_pButtonMake->click();
+        ASSERT_TRUE(m_pSections->section()) << log().toStdString();
+    }
 
-    static std::unique_ptr<QTemporaryDir> s_pSeries;
     SectionsController* m_pSections = nullptr;
 };
 
-std::unique_ptr<QTemporaryDir> Sections::s_pSeries;
-
 }  // namespace
 
-TEST_F(Sections, FilesAreTheDriversAndAClickChoosesTheReflection)
+TEST_F(Sections, FilesAreTheDrivers)
 {
-    const BatchOutcome driver = runBatch({"--sections", "hk0,h1l", path("driver/w.ed3d")});
-    ASSERT_EQ(driver.nStatus, 0) << driver.strText.toStdString();
-    m_pWindow->openFiles({path("window/w.ed3d")});
-    m_pActions->m_pSolve->trigger();
+    ASSERT_NO_FATAL_FAILURE(runDriver({"--sections", "hk0,h1l"}));
+    open();
+    solve();
     SectionWindow* pWindow = showWindow();
     EXPECT_FALSE(pWindow->m_pButtonSave->isEnabled());
     const struct {
@@ -58,23 +49,28 @@ TEST_F(Sections, FilesAreTheDriversAndAClickChoosesTheReflection)
         const char* pszName;
     } aSection[] = {{1, 1, "h1l"}, {0, 0, "hk0"}};
     for (const auto& section : aSection) {
-        pWindow->m_pPlane->setCurrentIndex(section.nPlane);
-        pWindow->m_pLayer->setValue(section.nLayer);
-        pWindow->m_pButtonMake->click();
-        ASSERT_TRUE(m_pSections->section()) << log().toStdString();
+        ASSERT_NO_FATAL_FAILURE(make(section.nPlane, section.nLayer));
         pWindow->m_pZoom->setCurrentIndex(2);  // the zoom of the screen is none of the file
         for (const char* pszEnding : {".mrc", ".png"}) {
             QString strReason;
             const QString strName = QStringLiteral("w_%1%2").arg(section.pszName, pszEnding);
             ASSERT_TRUE(m_pSections->save(path("window/" + strName), &strReason)) << strReason.toStdString();
             EXPECT_FALSE(readBytes(path("driver/" + strName)).isEmpty());
-            EXPECT_TRUE(readBytes(path("window/" + strName)) == readBytes(path("driver/" + strName)))
+            EXPECT_EQ(readBytes(path("window/" + strName)), readBytes(path("driver/" + strName)))
                 << strName.toStdString();
         }
     }
     EXPECT_EQ(lines("", Qt::red), 0) << log().toStdString();
+}
 
-    // Under the pointer, at a lattice point that was found as a reflection.
+// At a lattice point that was found as a reflection.
+TEST_F(Sections, ThePointerReadsIndicesAndAClickChoosesTheReflection)
+{
+    open();
+    solve();
+    SectionWindow* pWindow = showWindow();
+    ASSERT_NO_FATAL_FAILURE(make(0, 0));
+    pWindow->m_pZoom->setCurrentIndex(2);
     const ReciprocalSection& section = *m_pSections->section();
     SectionView* pView = pWindow->m_pView;
     int nChosen = 0;

@@ -135,6 +135,13 @@ protected:
         EXPECT_EQ(m_pSpin->value(), nFrame + 1) << strFrom;
         EXPECT_EQ(rings(), std::vector<QPointF>({pointOf(nID)})) << strFrom;
     }
+    void expectNothingChosen()
+    {
+        EXPECT_TRUE(m_pController->model().isEmpty());
+        EXPECT_TRUE(idsOf(m_pRaw).empty());
+        m_pTabs->setCurrentIndex(0);
+        EXPECT_TRUE(rings().empty());
+    }
     QPointF pointOf(int nID) const { return nID == m_nA ? g_ptA : g_ptB; }
     QString status() const { return m_pWindow->statusBar()->currentMessage(); }
 
@@ -148,7 +155,7 @@ protected:
 
 }  // namespace
 
-TEST_F(SelectionWindow, EveryDirection)
+TEST_F(SelectionWindow, AChoiceInAViewIsThatOfAll)
 {
     m_pTabs->setCurrentIndex(2);
     QTest::mouseClick(m_pMerged, Qt::LeftButton, {}, placeOf(m_pMerged, m_nB));
@@ -167,7 +174,10 @@ TEST_F(SelectionWindow, EveryDirection)
     expectChosen(m_nA, nFrame, "raw view");
     QTest::mouseClick(m_pRaw, Qt::LeftButton, {}, QPoint(5, 5));
     expectChosen(m_nA, nFrame, "beside all points");
+}
 
+TEST_F(SelectionWindow, AChoiceInTableFrameOrCurveIsThatOfAll)
+{
     m_pTabs->setCurrentIndex(3);
     clickOnRow(m_nB);
     expectChosen(m_nB, 4, "table");
@@ -194,9 +204,9 @@ TEST_F(SelectionWindow, EveryDirection)
     EXPECT_TRUE(status().contains(QStringLiteral("frame 6"))) << status().toStdString();
 }
 
-TEST_F(SelectionWindow, SeveralHiddenAndGone)
+// Both by a band, one taken out by Control, put in again by Shift.
+TEST_F(SelectionWindow, SeveralAreChosenByBandControlAndShift)
 {
-    // Both by a band, one taken out by Control, put in again by Shift.
     m_pTabs->setCurrentIndex(2);
     QTest::mousePress(m_pMerged, Qt::LeftButton, Qt::ControlModifier, QPoint(1, 1));
     QMouseEvent move(QEvent::MouseMove, m_pMerged->rect().bottomRight(), Qt::NoButton, Qt::LeftButton,
@@ -216,14 +226,22 @@ TEST_F(SelectionWindow, SeveralHiddenAndGone)
     clickOnFrame(g_ptB, Qt::ShiftModifier);
     EXPECT_EQ(idsOf(m_pMerged).size(), 2u);
     EXPECT_EQ(rings().size(), 2u);
+}
 
-    // The peak that the limits hide is on its frame alone; a hidden group and a table without the row.
+TEST_F(SelectionWindow, APeakThatTheLimitsHideIsOnItsFrameAlone)
+{
+    m_pTabs->setCurrentIndex(0);
     m_pSpin->setValue(1);
     clickOnFrame(g_ptC);
     EXPECT_TRUE(m_pController->model().reflections().empty());
     EXPECT_EQ(rings(), std::vector<QPointF>({g_ptC}));
     EXPECT_TRUE(status().contains(QStringLiteral("not in \"3D View Raw\""))) << status().toStdString();
     EXPECT_TRUE(m_pPeaks->selectedIds().empty());
+}
+
+TEST_F(SelectionWindow, WhereAChoiceCannotBeSeenIsTold)
+{
+    m_pTabs->setCurrentIndex(0);
     m_pMerged->setGroupVisible(0, false);
     m_pWindow->updatePeakTable({*std::find_if(m_pMerged->points().begin(), m_pMerged->points().end(),
                                               [this](const Peak3D& peak) { return peak.nID == m_nB; })});
@@ -236,25 +254,29 @@ TEST_F(SelectionWindow, SeveralHiddenAndGone)
     clickOnFrame(g_ptA);
     EXPECT_TRUE(status().contains(QStringLiteral("outside the slab l = 500 ± 0.2 in \"3D View Merged\"")))
         << status().toStdString();
-    m_pMerged->setSlab({});
+}
 
-    // All rows to the clipboard choose nothing; a double click drops the choice in all views.
+// All rows to the clipboard choose nothing.
+TEST_F(SelectionWindow, ADoubleClickDropsTheChoiceInAllViews)
+{
+    m_pController->chooseReflection(m_nA);
     m_pWindow->copyAllReflectionsInPeakTable();
     EXPECT_EQ(m_pController->model().reflections(), std::vector<int>({m_nA}));
     QTest::mouseDClick(m_pRaw, Qt::LeftButton, {}, QPoint(5, 5));
-    EXPECT_TRUE(m_pController->model().isEmpty() && idsOf(m_pMerged).empty() && rings().empty());
+    expectNothingChosen();
+    EXPECT_TRUE(idsOf(m_pMerged).empty());
+}
 
-    // Of another merging nothing is chosen, nor of another data set.
+TEST_F(SelectionWindow, NothingIsChosenOfAnotherMergingOrDataSet)
+{
     m_pController->chooseReflection(m_nA);
     merge();
-    EXPECT_TRUE(m_pController->model().isEmpty());
-    EXPECT_TRUE(idsOf(m_pRaw).empty() && idsOf(m_pMerged).empty() && m_pPeaks->selectedIds().empty());
-    m_pTabs->setCurrentIndex(0);
-    EXPECT_TRUE(rings().empty());
+    expectNothingChosen();
+    EXPECT_TRUE(idsOf(m_pMerged).empty());
+    EXPECT_TRUE(m_pPeaks->selectedIds().empty());
     m_pController->chooseReflection(m_nB);
     open();
-    EXPECT_TRUE(m_pController->model().isEmpty());
-    EXPECT_TRUE(idsOf(m_pRaw).empty() && rings().empty());
+    expectNothingChosen();
 }
 
 TEST_F(SelectionWindow, StepsByKeys)
@@ -296,7 +318,7 @@ TEST_F(SelectionWindow, StepsByKeys)
     EXPECT_TRUE(status().contains(QStringLiteral("(1, 0, 0)"))) << status().toStdString();
 }
 
-TEST_F(SelectionWindow, WhatThePointerTellsOnAFrame)
+TEST_F(SelectionWindow, ThePointerTellsResolutionAngleAndIndices)
 {
     m_pTabs->setCurrentIndex(0);
     const QLocale locale = QLocale::system();
@@ -314,8 +336,12 @@ TEST_F(SelectionWindow, WhatThePointerTellsOnAFrame)
     emit m_pScene->mouseMoving({42.5, 32.5});
     EXPECT_TRUE(m_pReading->text().contains(QStringLiteral("hkl %1 ").arg(locale.toString(2.0, 'f', 1))))
         << m_pReading->text().toStdString();
+}
 
-    // Rings: kept for the next start, and drawn anew with the geometry.
+// Kept for the next start, and drawn anew with the geometry.
+TEST_F(SelectionWindow, RingsOfResolutionLieOnTheFrame)
+{
+    m_pTabs->setCurrentIndex(0);
     auto* pRings = m_pWindow->findChild<FrameGuides*>()->ringsAction();
     const auto texts = [this] {
         QStringList list;
@@ -338,8 +364,13 @@ TEST_F(SelectionWindow, WhatThePointerTellsOnAFrame)
     EXPECT_EQ(texts(), listText);
     pRings->trigger();
     EXPECT_TRUE(texts().isEmpty());
+}
 
-    // A drag with Shift measures and moves nothing; the next click takes it away.
+// It moves nothing; the next click takes it away.
+TEST_F(SelectionWindow, ADragWithShiftMeasures)
+{
+    m_pTabs->setCurrentIndex(0);
+    const QLocale locale = QLocale::system();
     const QColor colorLine(255, 200, 0);
     const auto pressed = onView({22, 32}), released = onView({42, 32});
     QTest::mousePress(m_pView->viewport(), Qt::LeftButton, Qt::ShiftModifier, pressed);

@@ -212,7 +212,8 @@ TEST_F(SelectionMatrix, FromEachViewToAllOthers)
     // from then on the profile is that of each choice.
     disc(0);
     expectChosen(a, "disc");
-    ASSERT_TRUE(profile() && profile()->isVisible());
+    ASSERT_TRUE(profile());
+    ASSERT_TRUE(profile()->isVisible());
     clickPoint(m_pMerged, 2, b.nMerged);
     expectChosen(b, "merged view");
     disc(0);

@@ -39,6 +39,33 @@ protected:
         pAction->trigger();
         EXPECT_TRUE(bCame);
     }
+    /// The frames 2 to 9 without 6, two by two and binned by two.
+    static void choose(const NewProjectDialog& dialog)
+    {
+        dialog.m_pFrames->m_pChoice->m_pFramesEdit->setText("2-");
+        dialog.m_pFrames->m_pChoice->m_pSkipEdit->setText("6");
+        dialog.m_pFrames->m_pChoice->m_pSumSpin->setValue(2);
+        dialog.m_pFrames->m_pChoice->m_pBinSpin->setValue(2);
+    }
+    /// A project of all frames with that choice.
+    void create()
+    {
+        withDialog<NewProjectDialog>(m_pActions->m_pNewProject, [&](NewProjectDialog& dialog) {
+            fill(dialog);
+            choose(dialog);
+            dialog.m_pButtons->button(QDialogButtonBox::Ok)->click();
+        });
+    }
+    void fill(NewProjectDialog& dialog) const
+    {
+        dialog.addFrames({m_dir.path()});
+        ASSERT_EQ(dialog.m_pFrames->m_pFrameList->count(), 9);
+        dialog.m_pTilts->m_pStepRadio->setChecked(true);
+        dialog.m_pTilts->m_pTiltStartSpin->setValue(-4);
+        dialog.m_pTilts->m_pTiltStepSpin->setValue(1);
+        dialog.m_pPixels->m_pPixelSizeRadio->setChecked(true);
+        dialog.m_pPixels->m_pPixelSizeSpin->setValue(0.004);
+    }
     QStringList tableOfFrames() const
     {
         QStringList list;
@@ -48,21 +75,17 @@ protected:
         }
         return list;
     }
+
+    const QStringList m_listChosen = {"p2.png", "p4.png", "p7.png"};
 };
 
 }  // namespace
 
-TEST_F(ChosenFrames, AreThoseOfTheProjectFromItsMakingOn)
+TEST_F(ChosenFrames, AreCheckedBeforeAProjectIsMade)
 {
     withDialog<NewProjectDialog>(m_pActions->m_pNewProject, [&](NewProjectDialog& dialog) {
         QPushButton* pCreate = dialog.m_pButtons->button(QDialogButtonBox::Ok);
-        dialog.addFrames({m_dir.path()});
-        ASSERT_EQ(dialog.m_pFrames->m_pFrameList->count(), 9);
-        dialog.m_pTilts->m_pStepRadio->setChecked(true);
-        dialog.m_pTilts->m_pTiltStartSpin->setValue(-4);
-        dialog.m_pTilts->m_pTiltStepSpin->setValue(1);
-        dialog.m_pPixels->m_pPixelSizeRadio->setChecked(true);
-        dialog.m_pPixels->m_pPixelSizeSpin->setValue(0.004);
+        fill(dialog);
         EXPECT_TRUE(pCreate->isEnabled()) << dialog.m_pProblemLabel->text().toStdString();
         EXPECT_TRUE(dialog.m_pFrames->m_pChoiceLabel->isHidden());
         for (const char* pszBad : {"5-3", "8-10", "x"}) {
@@ -70,27 +93,31 @@ TEST_F(ChosenFrames, AreThoseOfTheProjectFromItsMakingOn)
             EXPECT_FALSE(pCreate->isEnabled()) << pszBad;
             EXPECT_TRUE(dialog.m_pProblemLabel->text().startsWith("Frames to take: "));
         }
-        dialog.m_pFrames->m_pChoice->m_pFramesEdit->setText("2-");
-        dialog.m_pFrames->m_pChoice->m_pSkipEdit->setText("6");
-        dialog.m_pFrames->m_pChoice->m_pSumSpin->setValue(2);
-        dialog.m_pFrames->m_pChoice->m_pBinSpin->setValue(2);
+        choose(dialog);
         EXPECT_TRUE(dialog.m_pFrames->m_pChoiceLabel->text().startsWith("3 frames of 9"))
             << dialog.m_pFrames->m_pChoiceLabel->text().toStdString();
-        ASSERT_TRUE(pCreate->isEnabled()) << dialog.m_pProblemLabel->text().toStdString();
-        pCreate->click();
+        EXPECT_TRUE(pCreate->isEnabled()) << dialog.m_pProblemLabel->text().toStdString();
     });
-    const QStringList listChosen = {"p2.png", "p4.png", "p7.png"};
-    EXPECT_EQ(tableOfFrames(), listChosen) << log().toStdString();
+}
+
+TEST_F(ChosenFrames, AreThoseOfTheProjectFromItsMakingOn)
+{
+    create();
+    EXPECT_EQ(tableOfFrames(), m_listChosen) << log().toStdString();
     EXPECT_EQ(m_pFrames->m_pFileTable->item(0, 3)->text(), "-2.500°");
     EXPECT_EQ(m_pFrames->m_pFileTable->item(2, 3)->text(), " 2.500°");
     EXPECT_EQ(m_pFrames->m_pPixelSizeSpin->value(), 0.008);
     EXPECT_EQ(m_pScene->imageSize(), QSize(32, 32));
     EXPECT_TRUE(readBytes(path("p.ed3d")).contains("CCDPIXELSIZE 0.004\n")) << "a project is of its files";
 
-    // The same for the next who opens it; the frames as they come, when that is wanted, and back.
     newWindow();
     m_pWindow->openFiles({path("p.ed3d")});
-    EXPECT_EQ(tableOfFrames(), listChosen);
+    EXPECT_EQ(tableOfFrames(), m_listChosen) << "the same for the next who opens it";
+}
+
+TEST_F(ChosenFrames, AreAllOfThemWhereThatIsWanted)
+{
+    create();
     writeBytes(path("p.sc"), "as measured on these frames");
     withDialog<SeriesChoiceDialog>(m_pActions->m_pFrames, [&](SeriesChoiceDialog& dialog) {
         QPushButton* pOpen = dialog.m_pButtons->button(QDialogButtonBox::Ok);

@@ -11,6 +11,28 @@ namespace {
 
 typedef WindowTest Shell;
 
+/// Five frames and a project of them.
+class Opening : public WindowTest {
+protected:
+    void SetUp() override
+    {
+        WindowTest::SetUp();
+        for (int i = 0; i < 5; ++i) {
+            writePicture(QStringLiteral("f%1.png").arg(i), [](int x, int) { return x; });
+        }
+        m_strProject = writeProject(
+            "series.ed3d", m_listFrame,
+            "ROTATIONAXIS 12.5\nCCDPIXELSIZE 1\nSTRETCHINGAMP 0.5\nSTRETCHINGAZIMUTH 100\n");
+        m_pFiles = m_pFrames->m_pFileTable;
+    }
+    QAction* recent(int n) const { return m_pActions->m_listRecent[n]; }
+
+    const QStringList m_listFrame = {"f0.png 0 0 0", "f1.png 1 0 1", "f2.png 2 0 2", "f3.png 3 0 3",
+                                     "f4.png 4 0 4"};
+    QString m_strProject;
+    QTableWidget* m_pFiles = nullptr;
+};
+
 }  // namespace
 
 TEST_F(Shell, ComesBackWithWhatWasSet)
@@ -60,7 +82,8 @@ TEST_F(Shell, SettingsThatCannotBeReadArePutAside)
         [&] { ASSERT_TRUE(QFile::link("/dev/zero", path(strFile))); },
         [&] {
             QFile file(path(strFile));
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.resize(qint64(200) << 30));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            ASSERT_TRUE(file.resize(qint64(200) << 30));
         },
     };
     QString strAside = path(strFile) + '~';
@@ -80,9 +103,10 @@ TEST_F(Shell, SettingsThatCannotBeReadArePutAside)
         strAside = path(strFile) + '~' + QString::number(i + 2);
     }
     EXPECT_EQ(linesOf(strFile + '~').size(), 2);
+}
 
-    // The same holds for the layout of the window.
-    newWindow();
+TEST_F(Shell, ALayoutThatCannotBeReadIsLeftOut)
+{
     m_pWindow->findChild<QDockWidget*>("Intensity")->hide();
     m_pWindow->close();
     QByteArray bytesState = setting("windowState").toByteArray();
@@ -178,21 +202,12 @@ TEST_F(Shell, ALensIsThatOfTheProjectInView)
     EXPECT_NEAR(axis.value(), 12.6, 0.06);
 }
 
-TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
+TEST_F(Opening, AProjectIsOnAllPages)
 {
-    for (int i = 0; i < 5; ++i) {
-        writePicture(QStringLiteral("f%1.png").arg(i), [](int x, int) { return x; });
-    }
-    const QStringList listFrame = {"f0.png 0 0 0", "f1.png 1 0 1", "f2.png 2 0 2", "f3.png 3 0 3",
-                                   "f4.png 4 0 4"};
-    const QString strProject = writeProject(
-        "series.ed3d", listFrame,
-        "ROTATIONAXIS 12.5\nCCDPIXELSIZE 1\nSTRETCHINGAMP 0.5\nSTRETCHINGAZIMUTH 100\n");
-    QTableWidget* pFiles = m_pFrames->m_pFileTable;
     QSignalSpy spy(m_pWindow.get(), &MainWindow::frameLoaded);
     m_pSearch->m_pPeakRadiusSpin->setValue(2);  // on the page only
-    m_pWindow->openFiles({strProject, "ignored.png"});
-    EXPECT_EQ(pFiles->rowCount(), 5);
+    m_pWindow->openFiles({m_strProject, "ignored.png"});
+    EXPECT_EQ(m_pFiles->rowCount(), 5);
     EXPECT_EQ(m_pSlider->maximum(), 5);
     ASSERT_EQ(spy.size(), 1) << "the first frame is read once";
     EXPECT_EQ(spy[0][0].toInt(), 1);
@@ -202,13 +217,16 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     EXPECT_EQ(m_pMerging->m_pSpinStretchAmplitude->value(), 0.5);
     EXPECT_EQ(m_pMerging->m_pSpinStretchAzimuth->value(), 10);
     EXPECT_EQ(m_pWindow->windowFilePath(), "series.ed3d");
-    const QList<QAction*>& listRecent = m_pActions->m_listRecent;
-    ASSERT_TRUE(listRecent[0]->isVisible());
-    EXPECT_EQ(listRecent[0]->text(), "&1 series.ed3d");
-    EXPECT_EQ(listRecent[0]->statusTip(), "Open " + strProject + " : 1 files");
-    EXPECT_FALSE(listRecent[1]->isVisible());
+    ASSERT_TRUE(recent(0)->isVisible());
+    EXPECT_EQ(recent(0)->text(), "&1 series.ed3d");
+    EXPECT_EQ(recent(0)->statusTip(), "Open " + m_strProject + " : 1 files");
+    EXPECT_FALSE(recent(1)->isVisible());
+}
 
-    // A series as images: dropped, in the order of the drop, and not for the recent list.
+// In the order of the drop, and not for the recent list.
+TEST_F(Opening, ImagesThatAreDroppedAreASeries)
+{
+    m_pWindow->openFiles({m_strProject});
     QMimeData mime;
     mime.setUrls({QUrl::fromLocalFile(path("f2.png")), QUrl::fromLocalFile(path("f1.png"))});
     QDragEnterEvent eventEnter({10, 10}, Qt::CopyAction, &mime, Qt::LeftButton, {});
@@ -219,36 +237,43 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     m_pSlider->setValue(4);
     QApplication::sendEvent(m_pWindow.get(), &event);
     EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "a move would let the source delete the frames";
-    ASSERT_EQ(pFiles->rowCount(), 2);
+    ASSERT_EQ(m_pFiles->rowCount(), 2);
     EXPECT_EQ(lines(QStringLiteral("The stretching set before stays on, as this data set tells none: "
                                    "%L1 % at %L2°.")
                         .arg(0.5)
                         .arg(10)),
               1);
-    EXPECT_EQ(pFiles->item(0, 0)->text(), "f2.png");
+    EXPECT_EQ(m_pFiles->item(0, 0)->text(), "f2.png");
     EXPECT_EQ(m_pSlider->value(), 1);
-    EXPECT_FALSE(listRecent[1]->isVisible());
+    EXPECT_FALSE(recent(1)->isVisible());
+    recent(0)->trigger();
+    EXPECT_EQ(m_pFiles->rowCount(), 5);
+}
 
-    listRecent[0]->trigger();
-    EXPECT_EQ(pFiles->rowCount(), 5);
+TEST_F(Opening, TwentyProjectsAreRemembered)
+{
     for (int i = 0; i < 25; ++i) {
-        m_pWindow->openFiles({writeProject(QStringLiteral("p%1.ed3d").arg(i), listFrame.mid(4))});
+        m_pWindow->openFiles({writeProject(QStringLiteral("p%1.ed3d").arg(i), m_listFrame.mid(4))});
     }
     const QStringList listEntry = setting("recentSeriesList").toStringList();
     ASSERT_EQ(listEntry.size(), 20);
     EXPECT_EQ(listEntry.first(), path("p24.ed3d"));
-    EXPECT_EQ(listRecent[19]->text(), "&20 p5.ed3d");
+    EXPECT_EQ(recent(19)->text(), "&20 p5.ed3d");
 
     // Two of one name can be told apart.
     QDir(m_dir.path()).mkdir("again");
     const QString strOther = writeProject("again/series.ed3d", {});
     m_pWindow->openFiles({strOther});
-    m_pWindow->openFiles({strProject});
-    EXPECT_EQ(listRecent[0]->text(), "&1 series.ed3d (" + m_dir.path() + ")");
-    EXPECT_EQ(listRecent[1]->text(), "&2 series.ed3d (" + path("again") + ")");
-    EXPECT_EQ(listRecent[2]->text(), "&3 p24.ed3d");
+    m_pWindow->openFiles({m_strProject});
+    EXPECT_EQ(recent(0)->text(), "&1 series.ed3d (" + m_dir.path() + ")");
+    EXPECT_EQ(recent(1)->text(), "&2 series.ed3d (" + path("again") + ")");
+    EXPECT_EQ(recent(2)->text(), "&3 p24.ed3d");
+}
 
-    // What cannot be opened leaves the data set, and the pages connected: all turns white.
+// Also the pages connected: all turns white.
+TEST_F(Opening, WhatCannotBeOpenedLeavesTheDataSet)
+{
+    m_pWindow->openFiles({m_strProject});
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
     EXPECT_EQ(lines("Error reading ed3d file: Could not find keyword \"CCDPIXELSIZE\"", Qt::black), 1);
     QStringList listNone = {m_dir.path(), "/dev/zero"};
@@ -265,13 +290,17 @@ TEST_F(Shell, OpensAProjectWholeAndRemembersIt)
     EXPECT_EQ(lines("is neither a project nor an image."), listNone.size());
     m_pWindow->openFiles({path("gone.mrc")});
     EXPECT_EQ(lines("gone.mrc does not exist."), 1);
-    EXPECT_EQ(pFiles->rowCount(), 5);
+    EXPECT_EQ(m_pFiles->rowCount(), 5);
     m_pFrames->m_pContrastMinSpin->setValue(-1000000);
     ASSERT_FALSE(m_pScene->images().empty());
     EXPECT_NE(m_pScene->images().front()->Data()[0], 0);
-    QFile::rename(path("f0.png"), path("frame.0"));  // a picture by its content
+}
+
+TEST_F(Opening, APictureIsKnownByItsContent)
+{
+    QFile::rename(path("f0.png"), path("frame.0"));
     m_pWindow->openFiles({path("frame.0")});
-    EXPECT_EQ(pFiles->rowCount(), 1);
+    EXPECT_EQ(m_pFiles->rowCount(), 1);
 }
 
 TEST_F(Shell, GoesOnAfterWhatASlotThrows)

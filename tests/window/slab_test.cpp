@@ -30,21 +30,33 @@ void press(ED3DWidget* pView, const QKeySequence& key)
     }
 }
 
+/// The raw view in front, and a cell.
+class DirectionsOfTheView : public Reciprocal {
+protected:
+    /// A direct-space direction.
+    static Vec along(int u, int v, int w)
+    {
+        const Mat matDirect = dual(g_matCell);
+        return u * matDirect[0] + v * matDirect[1] + w * matDirect[2];
+    }
+    /// The cosine of the angle between the view and a direction.
+    double isAlong(const Vec& v) const { return dotProduct(viewOf(m_pRaw), v) / lengthOf(v); }
+    void SetUp() override
+    {
+        Reciprocal::SetUp();
+        m_pTabs->setCurrentIndex(1);
+    }
+};
+
 }  // namespace
 
-TEST_F(Reciprocal, LooksAlongTypedDirectionsAndToTheNearest)
+TEST_F(DirectionsOfTheView, AreTyped)
 {
-    m_pTabs->setCurrentIndex(1);
     const View3DPage& p = *m_pPanel;
     p.m_pEditZone->setText("1 1 0");
     p.m_pButtonAlongZone->click();
     EXPECT_EQ(lines("There is no cell yet to look along [1 1 0]."), 1);
     loadCell(g_matCell);
-    const Mat matDirect = dual(g_matCell);
-    const auto along = [&](int u, int v, int w) {
-        return u * matDirect[0] + v * matDirect[1] + w * matDirect[2];
-    };
-    const auto isAlong = [&](const Vec& v) { return dotProduct(viewOf(m_pRaw), v) / lengthOf(v); };
     p.m_pEditZone->setText("[1-12]");
     p.m_pButtonAlongZone->click();
     EXPECT_NEAR(isAlong(along(1, -1, 2)), 1, 1e-6);
@@ -59,8 +71,13 @@ TEST_F(Reciprocal, LooksAlongTypedDirectionsAndToTheNearest)
     EXPECT_NEAR(isAlong(along(3, 0, -1)), 1, 1e-6) << "what is refused leaves the view";
     p.m_pButtonAlongAxis->click();
     EXPECT_NEAR(viewOf(m_pRaw)[0], 1, 1e-6);
+}
 
-    // From near a direction to it; the menu and the keys do what the buttons do.
+// The keys do what the buttons do.
+TEST_F(DirectionsOfTheView, TheNearestIsTurnedTo)
+{
+    const View3DPage& p = *m_pPanel;
+    loadCell(g_matCell);
     p.m_pButtonAlongB->click();
     m_pRaw->rotateAroundScreenX(3);
     p.m_pButtonNearest->click();
@@ -69,14 +86,25 @@ TEST_F(Reciprocal, LooksAlongTypedDirectionsAndToTheNearest)
     m_pRaw->rotateAroundScreenY(-2);
     press(m_pRaw, Qt::Key_N);
     EXPECT_NEAR(isAlong(g_matCell[2]), 1, 1e-6);
+}
+
+TEST_F(DirectionsOfTheView, EachViewMeasuresByItself)
+{
+    const View3DPage& p = *m_pPanel;
     p.m_pButtonMeasure->click();
-    EXPECT_TRUE(m_pRaw->isMeasuring() && !m_pMerged->isMeasuring());
+    EXPECT_TRUE(m_pRaw->isMeasuring());
+    EXPECT_FALSE(m_pMerged->isMeasuring());
     m_pTabs->setCurrentIndex(2);
     EXPECT_FALSE(p.m_pButtonMeasure->isChecked());
     m_pTabs->setCurrentIndex(1);
     EXPECT_TRUE(p.m_pButtonMeasure->isChecked());
     press(m_pRaw, Qt::Key_M);
     EXPECT_FALSE(m_pRaw->isMeasuring());
+}
+
+TEST_F(DirectionsOfTheView, AreInTheMenuWhileAViewIsInFront)
+{
+    loadCell(g_matCell);
     QList<QAction*> listAction;
     for (const QMenu* pMenu : m_pWindow->findChildren<QMenu*>()) {
         if (pMenu->title() == "3&D View") {
@@ -86,64 +114,95 @@ TEST_F(Reciprocal, LooksAlongTypedDirectionsAndToTheNearest)
     ASSERT_GT(listAction.size(), 10);
     listAction[3]->trigger();
     EXPECT_NEAR(isAlong(along(1, 0, 0)), 1, 1e-6);
-    p.m_pButtonReset->click();
+    m_pPanel->m_pButtonReset->click();
     EXPECT_NEAR(viewOf(m_pRaw)[2], 1, 1e-6);
     m_pTabs->setCurrentIndex(3);
     EXPECT_FALSE(listAction[3]->isEnabled());
 }
 
-TEST_F(Reciprocal, ASlabFollowsThePageAndThePageItsView)
-{
-    open();
-    loadCell(g_matCell);
-    m_pTabs->setCurrentIndex(1);
-    const View3DPage& p = *m_pPanel;
-    EXPECT_FALSE(p.m_pGroupSlab->isChecked());
-    EXPECT_FALSE(m_pRaw->slab());
-    const Mat matDirect = dual(g_matCell);
-    // How many points of the view are in a layer, by the cell as the test knows it.
-    const auto truth = [&](const ED3DWidget* pView, const Vec& vecNormal, double dfLevel) {
+class SlabOfThePage : public Reciprocal {
+protected:
+    void SetUp() override
+    {
+        Reciprocal::SetUp();
+        open();
+        loadCell(g_matCell);
+        m_pTabs->setCurrentIndex(1);
+    }
+    /// The points of the raw view that are in a layer, by the cell as the test knows it.
+    QList<int> truth(const Vec& vecNormal, double dfLevel) const
+    {
         QList<int> listIn;
-        for (int i = 0; i < pView->points().size(); ++i) {
-            const Vec3D v = pView->points()[i].point();
+        for (int i = 0; i < m_pRaw->points().size(); ++i) {
+            const Vec3D v = m_pRaw->points()[i].point();
             const double df = dotProduct(vecNormal, Vec{double(v.x), double(v.y), double(v.z)});
             if (std::abs(df - dfLevel) <= 0.2) {
                 listIn.append(i);
             }
         }
         return listIn;
-    };
-    const auto band = [this](ED3DWidget* pView) {
-        QTest::mousePress(pView, Qt::LeftButton, Qt::ControlModifier, {1, 1});
-        const QPoint ptEnd(pView->width() - 2, pView->height() - 2);
+    }
+    /// Those that a band over the whole view selects.
+    QList<int> band()
+    {
+        QTest::mousePress(m_pRaw, Qt::LeftButton, Qt::ControlModifier, {1, 1});
+        const QPoint ptEnd(m_pRaw->width() - 2, m_pRaw->height() - 2);
         QMouseEvent move(QEvent::MouseMove, ptEnd, Qt::NoButton, Qt::LeftButton, Qt::ControlModifier);
-        QApplication::sendEvent(pView, &move);
-        QTest::mouseRelease(pView, Qt::LeftButton, Qt::ControlModifier, ptEnd);
-        return pView->selectedPoints();
-    };
-    const int nAll = band(m_pRaw).size();
+        QApplication::sendEvent(m_pRaw, &move);
+        QTest::mouseRelease(m_pRaw, Qt::LeftButton, Qt::ControlModifier, ptEnd);
+        return m_pRaw->selectedPoints();
+    }
+    void nameLayers(const char* pszNormal)
+    {
+        m_pPanel->m_pComboLayer->lineEdit()->setText(pszNormal);
+        QTest::keyClick(m_pPanel->m_pComboLayer->lineEdit(), Qt::Key_Return);
+    }
+
+    const Mat matDirect = dual(g_matCell);
+};
+
+TEST_F(SlabOfThePage, HasThePointsOfItsLayerAndFollowsTheKeys)
+{
+    const View3DPage& p = *m_pPanel;
+    EXPECT_FALSE(p.m_pGroupSlab->isChecked());
+    EXPECT_FALSE(m_pRaw->slab());
+    const int nAll = band().size();
     p.m_pGroupSlab->setChecked(true);
-    EXPECT_EQ(band(m_pRaw), truth(m_pRaw, matDirect[2], 0));
+    EXPECT_EQ(band(), truth(matDirect[2], 0));
     EXPECT_LT(m_pRaw->selectedPoints().size(), nAll);
     EXPECT_LT(p.m_pSliderLayer->minimum(), 0);
     p.m_pSliderLayer->setValue(1);
     EXPECT_EQ(p.m_pSpinLayer->value(), 1);
-    EXPECT_EQ(band(m_pRaw), truth(m_pRaw, matDirect[2], 1));
+    EXPECT_EQ(band(), truth(matDirect[2], 1));
     press(m_pRaw, Qt::Key_PageDown);
     press(m_pRaw, Qt::Key_PageDown);
     EXPECT_EQ(p.m_pSliderLayer->value(), -1);
-    EXPECT_EQ(band(m_pRaw), truth(m_pRaw, matDirect[2], -1));
-    p.m_pComboLayer->lineEdit()->setText("1 0 -1");
-    QTest::keyClick(p.m_pComboLayer->lineEdit(), Qt::Key_Return);
+    EXPECT_EQ(band(), truth(matDirect[2], -1));
+    press(m_pRaw, Qt::Key_S);
+    EXPECT_FALSE(m_pRaw->slab());
+    EXPECT_EQ(band().size(), nAll);
+}
+
+TEST_F(SlabOfThePage, ItsLayersAreTyped)
+{
+    const View3DPage& p = *m_pPanel;
+    p.m_pGroupSlab->setChecked(true);
+    nameLayers("1 0 -1");
     p.m_pSpinLayer->setValue(2);
-    EXPECT_EQ(band(m_pRaw), truth(m_pRaw, matDirect[0] - matDirect[2], 2));
+    EXPECT_EQ(band(), truth(matDirect[0] - matDirect[2], 2));
     EXPECT_GT(m_pRaw->selectedPoints().size(), 0);
-    p.m_pComboLayer->lineEdit()->setText("x");
-    QTest::keyClick(p.m_pComboLayer->lineEdit(), Qt::Key_Return);
+    nameLayers("x");
     EXPECT_EQ(lines("\"x\" names no layers: "), 1);
     EXPECT_EQ(p.m_pComboLayer->currentText(), "[1 0 -1]");
+}
 
-    // Each view has its own; another cell has other layers.
+// Another cell has other layers.
+TEST_F(SlabOfThePage, EachViewHasItsOwn)
+{
+    const View3DPage& p = *m_pPanel;
+    p.m_pGroupSlab->setChecked(true);
+    nameLayers("1 0 -1");
+    p.m_pSpinLayer->setValue(2);
     m_pTabs->setCurrentIndex(2);
     EXPECT_FALSE(p.m_pGroupSlab->isChecked());
     EXPECT_FALSE(m_pMerged->slab());
@@ -152,10 +211,7 @@ TEST_F(Reciprocal, ASlabFollowsThePageAndThePageItsView)
     EXPECT_EQ(p.m_pSpinLayer->value(), 2);
     loadCell({g_matCell[1], g_matCell[0], g_matCell[2]});
     p.m_pSpinLayer->setValue(1);
-    EXPECT_EQ(band(m_pRaw), truth(m_pRaw, matDirect[1] - matDirect[2], 1));
-    press(m_pRaw, Qt::Key_S);
-    EXPECT_FALSE(m_pRaw->slab());
-    EXPECT_EQ(band(m_pRaw).size(), nAll);
+    EXPECT_EQ(band(), truth(matDirect[1] - matDirect[2], 1));
 }
 
 TEST_F(Reciprocal, TheFirstPointsOfASeriesFillTheView)

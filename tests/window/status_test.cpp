@@ -94,40 +94,37 @@ TEST_F(Status, OneClickBringsWhatIsStaleUpToDate)
 
 TEST_F(Status, NumbersAndMergedReflectionsComeBack)
 {
-    const auto work = [&] {
-        m_pMerging->m_pSpinResolutionMax->setValue(0.77);
-        m_pMerging->m_pSpinMax2DDistance->setValue(4.5);
-        m_pCell->m_pSpinCellRangeMax->setValue(23.4);
-        m_pCell->m_pComboMethod->setCurrentIndex(1);
-        m_pCell->m_pSpinIndexThreshold->setValue(0.12);
-    };
     open();
     EXPECT_FALSE(QFile::exists(file("w.window.json"))) << "to open is to change nothing";
-    work();
+    m_pMerging->m_pSpinResolutionMax->setValue(0.77);
+    m_pMerging->m_pSpinMax2DDistance->setValue(4.5);
+    m_pCell->m_pSpinCellRangeMax->setValue(23.4);
+    m_pCell->m_pComboMethod->setCurrentIndex(1);
+    m_pCell->m_pSpinIndexThreshold->setValue(0.12);
     m_pMerging->m_pButtonMerge->click();
     ASSERT_TRUE(QFile::exists(file("w.window.json")));
     const int nMerged = m_pMerged->points().size(), nRows = table()->rowCount();
-    const auto expectBack = [&](const char* pszWhere) {
-        newWindow();
-        m_pWindow->show();
-        findParts();
-        open();
-        EXPECT_EQ(m_pMerging->m_pSpinResolutionMax->value(), 0.77) << pszWhere;
-        EXPECT_EQ(m_pMerging->m_pSpinMax2DDistance->value(), 4.5) << pszWhere;
-        EXPECT_EQ(m_pCell->m_pSpinCellRangeMax->value(), 23.4) << pszWhere;
-        EXPECT_EQ(m_pCell->m_pComboMethod->currentIndex(), 1) << pszWhere;
-        EXPECT_EQ(m_pCell->m_pSpinIndexThreshold->value(), 0.12) << pszWhere;
-        EXPECT_EQ(m_pMerged->points().size(), nMerged) << pszWhere;
-        EXPECT_EQ(table()->rowCount(), nRows) << pszWhere;
-        EXPECT_EQ(states(), "DDDDDDMMM") << pszWhere;
-        const std::vector<RoadRow>& listRow = m_pWindow->findChild<RoadDock*>()->rows();
-        EXPECT_EQ(listRow[size_t(RoadRowKind::Cell)].state, RoadRowState::Found) << pszWhere;
-        EXPECT_EQ(listRow[size_t(RoadRowKind::Integration)].state, RoadRowState::Waiting) << pszWhere;
-    };
-    expectBack("the file");
+    newWindow();
+    m_pWindow->show();
+    findParts();
+    open();
+    EXPECT_EQ(m_pMerging->m_pSpinResolutionMax->value(), 0.77);
+    EXPECT_EQ(m_pMerging->m_pSpinMax2DDistance->value(), 4.5);
+    EXPECT_EQ(m_pCell->m_pSpinCellRangeMax->value(), 23.4);
+    EXPECT_EQ(m_pCell->m_pComboMethod->currentIndex(), 1);
+    EXPECT_EQ(m_pCell->m_pSpinIndexThreshold->value(), 0.12);
+    EXPECT_EQ(m_pMerged->points().size(), nMerged);
+    EXPECT_EQ(table()->rowCount(), nRows);
+    EXPECT_EQ(states(), "DDDDDDMMM");
+    const std::vector<RoadRow>& listRow = m_pWindow->findChild<RoadDock*>()->rows();
+    EXPECT_EQ(listRow[size_t(RoadRowKind::Cell)].state, RoadRowState::Found);
+    EXPECT_EQ(listRow[size_t(RoadRowKind::Integration)].state, RoadRowState::Waiting);
+}
 
-    // Where the file cannot be written, the settings have it.
-    QFile::remove(file("w.window.json"));
+TEST_F(Status, SettingsHaveTheNumbersWhereTheirFileCannotBeWritten)
+{
+    open();
+    m_pMerging->m_pSpinResolutionMax->setValue(0.77);
     ASSERT_TRUE(QDir().mkpath(file("w.window.json")));
     m_pMerging->m_pSpinIntensityMin->setValue(1);
     m_pWindow->close();
@@ -136,10 +133,13 @@ TEST_F(Status, NumbersAndMergedReflectionsComeBack)
     EXPECT_EQ(m_pMerging->m_pSpinIntensityMin->value(), 1);
     EXPECT_EQ(m_pMerging->m_pSpinResolutionMax->value(), 0.77);
     ASSERT_TRUE(QDir().rmdir(file("w.window.json")));
+}
 
-    // A damaged one is told in a line.
+TEST_F(Status, ADamagedFileOfNumbersIsTold)
+{
     QFile bad(file("w.window.json"));
-    ASSERT_TRUE(bad.open(QIODevice::WriteOnly) && bad.write("{\"format\": \"Tessera win") > 0);
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    ASSERT_GT(bad.write("{\"format\": \"Tessera win"), 0);
     bad.close();
     newWindow();
     open();

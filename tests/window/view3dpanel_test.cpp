@@ -16,10 +16,99 @@ std::vector<float> places(const ED3DWidget* pView)
     return vec;
 }
 
+typedef std::function<double(const ED3DWidget*)> Getter;
+
+Getter rangeOf(int nAxis)
+{
+    return [nAxis](const ED3DWidget* pView) {
+        int an[3];
+        pView->getLatticeRange(an[0], an[1], an[2]);
+        return an[nAxis];
+    };
+}
+
+/// A control of the page and what it sets.
+struct ViewControl {
+    QWidget* pControl;
+    double dfRaw, dfMerged;  ///< what is set while each of the views is shown
+    Getter fnGet;
+    double dfScale = 1, dfOffset = 0;  ///< from the control to the view
+
+    const char* property() const { return pControl->property("checked").isValid() ? "checked" : "value"; }
+    double value() const { return pControl->property(property()).toDouble(); }
+    void set(int nView) const { pControl->setProperty(property(), wanted(nView)); }
+    double wanted(int nView) const { return nView == 0 ? dfRaw : dfMerged; }
+};
+
+class View3DPanel : public Reciprocal {
+protected:
+    std::vector<ViewControl> controls() const
+    {
+        const View3DPage& p = *m_pPanel;
+        return {{p.m_pSpinPointSize, 3.5, 0, [](const ED3DWidget* v) { return v->pointSizeRatio(); }},
+                {p.m_pSpinPointTransparency, 45, 100, [](const ED3DWidget* v) { return v->pointAlpha(); },
+                 -0.01, 1},
+                {p.m_pGroupCanvasGrid, 0, 1, [](const ED3DWidget* v) { return v->showCanvasGrid(); }},
+                {p.m_pSpinCanvasGridTransparency, 29, 57,
+                 [](const ED3DWidget* v) { return v->canvasGridAlpha(); }, -0.01, 1},
+                {p.m_pCheckLatticePoints, 1, 0, [](const ED3DWidget* v) { return v->showLatticePoints(); }},
+                {p.m_pCheckLatticeLines, 1, 0, [](const ED3DWidget* v) { return v->showLatticeLines(); }},
+                {p.m_pSpinLatticeH, 7, 0, rangeOf(0)},
+                {p.m_pSpinLatticeK, 5, 3, rangeOf(1)},
+                {p.m_pSpinLatticeL, 0, 2, rangeOf(2)}};
+    }
+    /// What all controls stand for in both views.
+    std::vector<double> allOfViews() const
+    {
+        std::vector<double> vec;
+        for (const ViewControl& row : controls()) {
+            for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
+                vec.push_back(row.fnGet(pView));
+            }
+        }
+        return vec;
+    }
+    /// From the scene to the screen.
+    Mat rotation() const
+    {
+        float af[16], fPanX, fPanY, fZoom;
+        m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+        Mat m;
+        for (size_t i = 0; i < 9; ++i) {
+            m[i / 3][i % 3] = double(af[i / 3 + 4 * (i % 3)]);
+        }
+        return m;
+    }
+    float zoom() const
+    {
+        float af[16], fPanX = 0, fPanY = 0, fZoom = 0;
+        m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
+        return fZoom;
+    }
+    /// Opens the series with the page in front, which has to be scrolled.
+    void openPage()
+    {
+        open();
+        ASSERT_NO_FATAL_FAILURE(activate());
+        m_pWindow->findChild<QToolBox*>()->setCurrentIndex(6);
+        m_pWindow->resize(1100, 600);
+        QCoreApplication::processEvents();
+    }
+    /// Selects points of the raw view by a band over all of it.
+    void band()
+    {
+        QTest::mousePress(m_pRaw, Qt::LeftButton, Qt::ControlModifier, {2, 2});
+        const QPoint ptEnd(m_pRaw->width() - 3, m_pRaw->height() - 3);
+        QMouseEvent move(QEvent::MouseMove, ptEnd, m_pRaw->mapToGlobal(ptEnd), Qt::NoButton, Qt::LeftButton,
+                         Qt::ControlModifier);
+        QApplication::sendEvent(m_pRaw, &move);
+        QTest::mouseRelease(m_pRaw, Qt::LeftButton, Qt::ControlModifier, ptEnd);
+    }
+};
+
 }  // namespace
 
-// The points follow what is typed as it is typed, and what has been merged waits for the next merge.
-TEST_F(Reciprocal, LiveBoxes)
+TEST_F(Reciprocal, PointsFollowWhatIsTypedAndMergedOnesWait)
 {
     open();
     m_pMerging->m_pButtonMerge->click();
@@ -58,7 +147,10 @@ TEST_F(Reciprocal, LiveBoxes)
         EXPECT_EQ(places(m_pRaw), vecBefore);
     }
     EXPECT_EQ(places(m_pMerged), vecMerged);
+}
 
+TEST_F(Reciprocal, ALengthTypedByHandScalesItsVector)
+{
     m_pCell->m_pRadioCellManual->setChecked(true);
     loadCell(g_matCell);
     const CellPage& c = *m_pCell;
@@ -72,79 +164,63 @@ TEST_F(Reciprocal, LiveBoxes)
     }
 }
 
-TEST_F(Reciprocal, PanelAndViews)
+TEST_F(View3DPanel, EachControlSetsTheViewInFrontAlone)
 {
     EXPECT_FALSE(m_pPanel->isEnabled());
     EXPECT_EQ(m_pPanel->m_pSpinCanvasGridTransparency->value(), 95);
-    const View3DPage& p = *m_pPanel;
-    typedef std::function<double(const ED3DWidget*)> Getter;
-    const auto range = [](int nAxis) -> Getter {
-        return [nAxis](const ED3DWidget* pView) {
-            int an[3];
-            pView->getLatticeRange(an[0], an[1], an[2]);
-            return an[nAxis];
-        };
-    };
-    const struct {
-        QWidget* pControl;
-        double dfRaw, dfMerged;  ///< what is set while each of the views is shown
-        Getter fnGet;
-        double dfScale = 1, dfOffset = 0;  ///< from the control to the view
-    } aRow[] = {
-        {p.m_pSpinPointSize, 3.5, 0, [](const ED3DWidget* v) { return v->pointSizeRatio(); }},
-        {p.m_pSpinPointTransparency, 45, 100, [](const ED3DWidget* v) { return v->pointAlpha(); }, -0.01, 1},
-        {p.m_pGroupCanvasGrid, 0, 1, [](const ED3DWidget* v) { return v->showCanvasGrid(); }},
-        {p.m_pSpinCanvasGridTransparency, 29, 57, [](const ED3DWidget* v) { return v->canvasGridAlpha(); },
-         -0.01, 1},
-        {p.m_pCheckLatticePoints, 1, 0, [](const ED3DWidget* v) { return v->showLatticePoints(); }},
-        {p.m_pCheckLatticeLines, 1, 0, [](const ED3DWidget* v) { return v->showLatticeLines(); }},
-        {p.m_pSpinLatticeH, 7, 0, range(0)},
-        {p.m_pSpinLatticeK, 5, 3, range(1)},
-        {p.m_pSpinLatticeL, 0, 2, range(2)}};
-    const auto property = [](const QWidget* pControl) {
-        return pControl->property("checked").isValid() ? "checked" : "value";
-    };
-    const auto all = [&] {
-        std::vector<double> vec;
-        for (const auto& row : aRow) {
-            for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
-                vec.push_back(row.fnGet(pView));
-            }
-        }
-        return vec;
-    };
-    for (int nView = 0; nView < 2; ++nView) {
+    const std::vector<ViewControl> vecControl = controls();
+    for (int nView : {0, 1}) {
         m_pTabs->setCurrentIndex(1 + nView);
         EXPECT_TRUE(m_pPanel->isEnabled());
-        for (const auto& row : aRow) {
-            SCOPED_TRACE(&row - aRow);
-            std::vector<double> vecWanted = all();
-            const double dfSet = nView == 0 ? row.dfRaw : row.dfMerged;
-            vecWanted[size_t(2 * (&row - aRow) + nView)] = dfSet * row.dfScale + row.dfOffset;
-            row.pControl->setProperty(property(row.pControl), dfSet);
+        for (int nRow = 0; nRow < int(vecControl.size()); ++nRow) {
+            const ViewControl& row = vecControl[nRow];
+            std::vector<double> vecWanted = allOfViews();
+            vecWanted[2 * nRow + nView] = row.wanted(nView) * row.dfScale + row.dfOffset;
+            row.set(nView);
             for (size_t i = 0; i < vecWanted.size(); ++i) {
-                EXPECT_NEAR(all()[i], vecWanted[i], 1e-6) << i;
+                EXPECT_NEAR(allOfViews()[i], vecWanted[i], 1e-6) << i << " by control " << nRow;
             }
+        }
+    }
+}
+
+TEST_F(View3DPanel, ShowsTheNumbersOfTheViewInFront)
+{
+    const std::vector<ViewControl> vecControl = controls();
+    for (int nView : {0, 1}) {
+        m_pTabs->setCurrentIndex(1 + nView);
+        for (const ViewControl& row : vecControl) {
+            row.set(nView);
         }
     }
     for (int nView : {0, 1, 0}) {
         m_pTabs->setCurrentIndex(3);
         m_pTabs->setCurrentIndex(1 + nView);
-        for (const auto& row : aRow) {
-            EXPECT_NEAR(row.pControl->property(property(row.pControl)).toDouble(),
-                        nView == 0 ? row.dfRaw : row.dfMerged, 1e-6)
-                << &row - aRow;
+        for (const ViewControl& row : vecControl) {
+            EXPECT_NEAR(row.value(), row.wanted(nView), 1e-6) << &row - vecControl.data();
         }
     }
+}
 
-    // The view along each vector of a cell, and the lattice that loading the cell shows in both views.
+TEST_F(View3DPanel, ACellThatIsLoadedShowsItsLatticeInBothViews)
+{
+    m_pTabs->setCurrentIndex(1);
     m_pRaw->setLatticeRange(4, 4, 4);
     loadCell(g_matCell);
     for (const ED3DWidget* pView : {m_pRaw, m_pMerged}) {
-        EXPECT_TRUE(pView->showLatticeLines() && range(0)(pView) == 1 && range(2)(pView) == 1);
+        EXPECT_TRUE(pView->showLatticeLines());
+        EXPECT_EQ(rangeOf(0)(pView), 1);
+        EXPECT_EQ(rangeOf(2)(pView), 1);
     }
-    EXPECT_TRUE(p.m_pCheckLatticeLines->isChecked());
-    EXPECT_EQ(p.m_pSpinLatticeH->value(), 1);
+    EXPECT_TRUE(m_pPanel->m_pCheckLatticeLines->isChecked());
+    EXPECT_EQ(m_pPanel->m_pSpinLatticeH->value(), 1);
+}
+
+TEST_F(View3DPanel, LooksAlongEachVectorOfTheCell)
+{
+    const View3DPage& p = *m_pPanel;
+    m_pTabs->setCurrentIndex(1);
+    loadCell(g_matCell);
     QPushButton* apAlong[] = {p.m_pButtonAlongRA, p.m_pButtonAlongRB, p.m_pButtonAlongRC,
                               p.m_pButtonAlongA,  p.m_pButtonAlongB,  p.m_pButtonAlongC};
     const auto view = [&] {
@@ -156,7 +232,14 @@ TEST_F(Reciprocal, PanelAndViews)
         const Vec v = i < 3 ? g_matCell[i] : dual(g_matCell)[i - 3];
         EXPECT_NEAR(dotProduct(view(), v) / lengthOf(v), 1, 1e-6) << i;
     }
+}
 
+TEST_F(View3DPanel, AStepTurnsTheSceneOnTheScreen)
+{
+    const View3DPage& p = *m_pPanel;
+    m_pTabs->setCurrentIndex(1);
+    loadCell(g_matCell);
+    p.m_pButtonAlongC->click();  // askew
     // Where a step brings what lay at `vecFrom` on the screen (x right, y up, z to the viewer): towards
     // `vecTo`.
     const struct {
@@ -168,15 +251,6 @@ TEST_F(Reciprocal, PanelAndViews)
                  {p.m_pButtonRotateRight, {0, 0, 1}, {1, 0, 0}},
                  {p.m_pButtonRotateClockwise, {0, 1, 0}, {1, 0, 0}},
                  {p.m_pButtonRotateCounterClockwise, {0, 1, 0}, {-1, 0, 0}}};
-    const auto rotation = [&] {
-        float af[16], fPanX, fPanY, fZoom;
-        m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
-        Mat m;
-        for (size_t i = 0; i < 9; ++i) {
-            m[i / 3][i % 3] = double(af[i / 3 + 4 * (i % 3)]);
-        }
-        return m;
-    };
     for (bool bNumber : {true, false}) {
         for (const auto& turn : aTurn) {
             const double dfStep = bNumber ? 22.5 * g_dfPi / 180 : 0;
@@ -191,22 +265,9 @@ TEST_F(Reciprocal, PanelAndViews)
 }
 
 // A group is made by the button or by its keys, and the hand can go on where it was.
-TEST_F(Reciprocal, AddKeepsFocusAndPlace)
+TEST_F(View3DPanel, AddingAGroupKeepsFocusAndPlace)
 {
-    open();
-    ASSERT_NO_FATAL_FAILURE(activate());
-    auto* pToolBox = m_pWindow->findChild<QToolBox*>();
-    pToolBox->setCurrentIndex(6);
-    m_pWindow->resize(1100, 600);  // the page has to scroll
-    QCoreApplication::processEvents();
-    const auto band = [this] {
-        QTest::mousePress(m_pRaw, Qt::LeftButton, Qt::ControlModifier, {2, 2});
-        const QPoint ptEnd(m_pRaw->width() - 3, m_pRaw->height() - 3);
-        QMouseEvent move(QEvent::MouseMove, ptEnd, m_pRaw->mapToGlobal(ptEnd), Qt::NoButton, Qt::LeftButton,
-                         Qt::ControlModifier);
-        QApplication::sendEvent(m_pRaw, &move);
-        QTest::mouseRelease(m_pRaw, Qt::LeftButton, Qt::ControlModifier, ptEnd);
-    };
+    ASSERT_NO_FATAL_FAILURE(openPage());
     QPushButton* pAdd = m_pPanel->m_pButtonAddGroup;
     auto* pArea = qobject_cast<QScrollArea*>(m_pPanel->parentWidget()->parentWidget());
     ASSERT_TRUE(pArea);
@@ -226,8 +287,12 @@ TEST_F(Reciprocal, AddKeepsFocusAndPlace)
         EXPECT_EQ(QApplication::focusWidget(), m_pRaw) << bMouse;
         EXPECT_EQ(pArea->verticalScrollBar()->value(), nPlace) << bMouse;
     }
+}
 
-    // Control and A, whichever is let go first; A alone, or with more keys, is nothing.
+// Whichever is let go first; A alone, or with more keys, is nothing.
+TEST_F(View3DPanel, ControlAndAAddAGroup)
+{
+    ASSERT_NO_FATAL_FAILURE(openPage());
     for (Qt::Key eFirst : {Qt::Key_A, Qt::Key_Control}) {
         band();
         const int nGroups = m_pRaw->groupLabels().size();
@@ -243,20 +308,21 @@ TEST_F(Reciprocal, AddKeepsFocusAndPlace)
         EXPECT_EQ(m_pRaw->groupLabels().size(), nGroups + 1);
         m_pRaw->clearSelection();
     }
+}
 
-    // However far the wheel goes, one key brings the view back, also from the page.
+// However far the wheel goes, one key brings the view back, also from the page.
+TEST_F(View3DPanel, ControlAndHomeBringTheViewBack)
+{
+    ASSERT_NO_FATAL_FAILURE(openPage());
     for (int i = 0; i < 40; ++i) {
         QWheelEvent wheel({9, 9}, {9, 9}, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
                           false);
         QApplication::sendEvent(m_pRaw, &wheel);
     }
-    float af[16], fPanX = 0, fPanY = 0, fZoom = 0;
-    m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
-    EXPECT_GT(fZoom, -2.f);
+    EXPECT_GT(zoom(), -2.f);
     m_pPanel->m_pButtonRotateUp->setFocus();
     QTest::keyClick(m_pPanel->m_pButtonRotateUp, Qt::Key_Home, Qt::ControlModifier);
-    m_pRaw->getCamera(af, fPanX, fPanY, fZoom);
-    EXPECT_EQ(fZoom, 0.f);
+    EXPECT_EQ(zoom(), 0.f);
     EXPECT_EQ(m_pRaw->getViewDirection(), (Vec3D{0, 0, 1}));
 }
 

@@ -190,6 +190,36 @@ protected:
             nFrom = nAt + strWanted.size();
         }
     }
+    /// A row of the table gives its curve.
+    void expectCurveOfARow()
+    {
+        ASSERT_NO_FATAL_FAILURE(openTab(3));
+        const QModelIndex index = m_pTable->model()->index(2, 7);
+        m_pTable->scrollTo(index);
+        ASSERT_NO_FATAL_FAILURE(clickAt(m_pTable->viewport(), m_pTable->visualRect(index).center()));
+        const auto listCurve = m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"))
+                                   ->itemList(QwtPlotItem::Rtti_PlotCurve);
+        const double dfHighest = static_cast<QwtPlotCurve*>(listCurve.first())->maxYValue();
+        EXPECT_EQ(QLocale::system().toString(dfHighest, 'f', 1), index.data().toString());
+    }
+    /// A matrix typed and taken: a*' = a* + b*, in the cell file too.
+    void expectMatrixTaken()
+    {
+        const QList<Vec3D> listBefore = readUnitCellFile(path("w.uc"));
+        ASSERT_EQ(listBefore.size(), 3);
+        ASSERT_NO_FATAL_FAILURE(click(m_pCell->m_apEditMatrix[0][1]));
+        for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")}) {
+            QTest::keySequence(m_pWindow->windowHandle(), key);
+        }
+        ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
+        EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
+        const QList<Vec3D> listAfter = readUnitCellFile(path("w.uc"));
+        ASSERT_EQ(listAfter.size(), 3);
+        const Vec3D aWanted[] = {listBefore[0] + listBefore[1], listBefore[1], listBefore[2]};
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
+        }
+    }
     QPoint m_ptRegion;  ///< upper left corner of the region that was dragged
 };
 
@@ -234,34 +264,11 @@ TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
     for (const auto& file : aFile) {
         const QByteArray bytesWindow = readBytes(path(file.pszName));
         EXPECT_GE(bytesWindow.count('\n'), file.nLines) << file.pszName;
-        EXPECT_TRUE(bytesWindow == readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
+        EXPECT_EQ(bytesWindow, readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
     }
 
-    // A row of the table gives the curve.
-    ASSERT_NO_FATAL_FAILURE(openTab(3));
-    const QModelIndex index = m_pTable->model()->index(2, 7);
-    m_pTable->scrollTo(index);
-    ASSERT_NO_FATAL_FAILURE(clickAt(m_pTable->viewport(), m_pTable->visualRect(index).center()));
-    const auto listCurve =
-        m_pWindow->findChild<QwtPlot*>(QStringLiteral("curvePlot"))->itemList(QwtPlotItem::Rtti_PlotCurve);
-    EXPECT_EQ(QLocale::system().toString(static_cast<QwtPlotCurve*>(listCurve.first())->maxYValue(), 'f', 1),
-              index.data().toString());
-
-    // A matrix typed and taken: a*' = a* + b*, in the cell file too.
-    const QList<Vec3D> listBefore = readUnitCellFile(path("w.uc"));
-    ASSERT_EQ(listBefore.size(), 3);
-    ASSERT_NO_FATAL_FAILURE(click(m_pCell->m_apEditMatrix[0][1]));
-    for (const QKeySequence& key : {QKeySequence("Ctrl+A"), QKeySequence("1"), QKeySequence("Tab")}) {
-        QTest::keySequence(m_pWindow->windowHandle(), key);
-    }
-    ASSERT_NO_FATAL_FAILURE(click(onPage("Transform")));
-    EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), QStringLiteral("0"));
-    const QList<Vec3D> listAfter = readUnitCellFile(path("w.uc"));
-    ASSERT_EQ(listAfter.size(), 3);
-    const Vec3D aWanted[] = {listBefore[0] + listBefore[1], listBefore[1], listBefore[2]};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_LT(length(listAfter[i] - aWanted[i]), 4e-8f) << i;
-    }
+    ASSERT_NO_FATAL_FAILURE(expectCurveOfARow());
+    ASSERT_NO_FATAL_FAILURE(expectMatrixTaken());
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
 }
 
