@@ -1,7 +1,7 @@
 // The window goes on while runs compute: no run keeps its thread for long, and
 // clicks are answered meanwhile.
 #include "tests/window/loopwatch.h"
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 #include "window/aliverun.h"
 #include "window/crystal/geometrydialog.h"
 #include "window/pages/integrationpage.h"
@@ -15,29 +15,21 @@ namespace tessera {
 
 namespace {
 
-class Alive : public WindowTest {
+class Alive : public SeriesTest {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = std::make_unique<QTemporaryDir>();
-        simulate(s_pSeries->path(),
-                 "--frames 61 --size 320 --pixel-size 0.007 "
-                 "--tilt-start -30 --tilt-step 1");
+        makeSeries("--frames 61 --size 320 --pixel-size 0.007 --tilt-start -30 --tilt-step 1");
     }
-    static void TearDownTestSuite() { s_pSeries.reset(); }
     void SetUp() override
     {
-        WindowTest::SetUp();
+        SeriesTest::SetUp();
         m_pWindow->resize(1280, 800);
         m_pWindow->show();
-        m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
+        open();
     }
     void solve() const { m_pActions->m_pSolve->trigger(); }
-
-    static std::unique_ptr<QTemporaryDir> s_pSeries;
 };
-
-std::unique_ptr<QTemporaryDir> Alive::s_pSeries;
 
 /// CPU time of the whole process, ms.
 double processCpu()
@@ -84,7 +76,7 @@ TEST_F(Alive, NoRunKeepsTheThreadOfTheWindow)
         {"lattices", [&] { m_pWindow->runLatticeAnalysis(); }},
         {"geometry", [&] { m_pWindow->findChild<GeometryDialog*>()->m_pButtonRun->click(); }},
         {"integration", [&] { m_pWindow->findChild<IntegrationPage*>()->m_pButtonIntegrate->click(); }},
-        {"opening", [&] { m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")}); }},
+        {"opening", [&] { open(); }},
     };
     CLoopWatch watch;
     int nLong = 0;  // runs that could not have passed in one go

@@ -124,7 +124,7 @@ TEST_F(ExportsWindow, AnExistingFileIsAskedAboutAndAFrameNeverReplaced)
     EXPECT_TRUE(files(m_dir.path(), "c.*").isEmpty());
 }
 
-TEST_F(ExportsWindow, WithoutFramesOrShifts)
+TEST_F(ExportsWindow, WantFramesAndVolumesShifts)
 {
     for (const QAction* pAction :
          {m_pActions->m_pSaveCurrent, m_pActions->m_pSaveSeries, m_pActions->m_pScaledFrames,
@@ -140,7 +140,7 @@ TEST_F(ExportsWindow, WithoutFramesOrShifts)
     EXPECT_EQ(files(m_dir.path(), "*"), before);
 }
 
-TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
+TEST_F(ExportsWindow, FilesOfTheSeriesAreTheDrivers)
 {
     ASSERT_NO_FATAL_FAILURE(openWithShifts());
     const char* const pszVolume = "Volume Dimensions, Data Type Selection";
@@ -180,7 +180,7 @@ TEST_F(ExportsWindow, TheSeriesAsTheDriverWritesIt)
     EXPECT_TRUE(m_pWindow->statusBar()->findChild<QProgressBar*>()->isHidden());
 }
 
-TEST_F(ExportsWindow, KeysBringUpTheirDialogs)
+TEST_F(ExportsWindow, KeysBringUpTheDialogs)
 {
     ASSERT_NO_FATAL_FAILURE(openWithShifts());
     EXPECT_EQ(keyed(Qt::Key_S), "Select image output directory");
@@ -191,7 +191,7 @@ TEST_F(ExportsWindow, KeysBringUpTheirDialogs)
 }
 
 // At the end of the file at hand, and no volume at all.
-TEST_F(ExportsWindow, AClosedWindowEndsThem)
+TEST_F(ExportsWindow, EndWhenTheWindowIsClosed)
 {
     ASSERT_NO_FATAL_FAILURE(openWithShifts());
     const struct {

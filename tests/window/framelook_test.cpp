@@ -11,13 +11,13 @@ namespace tessera {
 
 namespace {
 
-const int g_nFrames = 4, g_nSide = 100;
+const int g_nRamps = 4, g_nRampSide = 100;
 
 // Frame n has the numbers 0 to 9999 in a scattered order, each 10·n larger, and a beam of 40 000 in one
 // corner.
-double pixel(int nFrame, int x, int y)
+double pixelOfRamp(int nFrame, int x, int y)
 {
-    return (x + g_nSide * y) * 3947 % 10000 + 10 * nFrame + (x < 4 && y < 4 ? 40000 : 0);
+    return (x + g_nRampSide * y) * 3947 % 10000 + 10 * nFrame + (x < 4 && y < 4 ? 40000 : 0);
 }
 
 class FrameLookWindow : public WindowTest {
@@ -27,9 +27,9 @@ protected:
         WindowTest::SetUp();
         for (const QString strSeries : {"a", "b"}) {
             QStringList listFrame;
-            for (int i = 0; i < g_nFrames; ++i) {
-                const CImgObj<float> img = makeImage(g_nSide, g_nSide,
-                                                     [&](int x, int y) { return pixel(i, x, y); });
+            for (int i = 0; i < g_nRamps; ++i) {
+                const CImgObj<float> img = makeImage(g_nRampSide, g_nRampSide,
+                                                     [&](int x, int y) { return pixelOfRamp(i, x, y); });
                 const QString strFrame = QStringLiteral("%1%2.mrc").arg(strSeries).arg(i);
                 ASSERT_TRUE(WriteMRC<float>({&img}, path(strFrame)));
                 listFrame.append(strFrame + QStringLiteral(" %1 0.25 %1").arg(0.5 * i));
@@ -47,7 +47,7 @@ protected:
     int shown(int x, int y) const
     {
         const auto& vec = m_pScene->images();
-        return vec.size() == 1 ? int(vec[0]->Data()[x + g_nSide * y]) : -1;
+        return vec.size() == 1 ? int(vec[0]->Data()[x + g_nRampSide * y]) : -1;
     }
     /// The number in the middle of what "Save Image" writes.
     double saved()
@@ -55,7 +55,7 @@ protected:
         EXPECT_EQ(answered({path("all.mrc")}, [&] { m_pActions->m_pSaveCurrent->trigger(); }).size(), 1);
         ImageList vec;
         EXPECT_EQ(ReadMRC(path("all.mrc"), vec), 1);
-        const double df = vec.empty() ? NAN : double(vec[0]->Data()[50 + g_nSide * 50]);
+        const double df = vec.empty() ? NAN : double(vec[0]->Data()[50 + g_nRampSide * 50]);
         QFile::remove(path("all.mrc"));
         return df;
     }
@@ -151,7 +151,7 @@ TEST_F(FrameLookWindow, LogarithmIsTheClosedForm)
     const int nLinear = shown(50, 50);
     m_pFrames->m_pContrastLogCheck->setChecked(true);
     for (const int x : {7, 50, 99}) {
-        EXPECT_EQ(shown(x, 50), int(255 * std::log1p(pixel(0, x, 50)) / std::log1p(9999))) << x;
+        EXPECT_EQ(shown(x, 50), int(255 * std::log1p(pixelOfRamp(0, x, 50)) / std::log1p(9999))) << x;
     }
     m_pFrames->m_pContrastLogCheck->setChecked(false);
     EXPECT_EQ(shown(50, 50), nLinear);
@@ -167,23 +167,23 @@ TEST_F(FrameLookWindow, PictureOfTheSeriesStandsUntilAFrameIsChosen)
     EXPECT_TRUE(pTitle->isVisible());
     EXPECT_TRUE(pTitle->text().startsWith("Sum of 4 frames, as they are")) << qPrintable(pTitle->text());
     EXPECT_NEAR(limits().second, 4 * 9969 + 60, 20) << "with limits of its own";
-    EXPECT_EQ(saved(), 4 * pixel(0, 50, 50) + 60);
+    EXPECT_EQ(saved(), 4 * pixelOfRamp(0, 50, 50) + 60);
     m_pTabs->setCurrentIndex(3);
     m_pTabs->setCurrentIndex(0);
     EXPECT_TRUE(pTitle->isVisible()) << "until a frame is chosen";
     viewAction("Maximum of the Series")->trigger();
     EXPECT_TRUE(viewAction("Maximum of the Series")->isChecked());
-    EXPECT_EQ(saved(), pixel(3, 50, 50));
+    EXPECT_EQ(saved(), pixelOfRamp(3, 50, 50));
 
     m_pSlider->setValue(3);
     EXPECT_FALSE(pTitle->isVisible());
     EXPECT_TRUE(viewAction("Single Frame")->isChecked());
     EXPECT_EQ(limits(), first);
-    EXPECT_EQ(saved(), pixel(2, 50, 50));
+    EXPECT_EQ(saved(), pixelOfRamp(2, 50, 50));
     viewAction("Mean of the Series")->trigger();
-    EXPECT_EQ(saved(), pixel(0, 50, 50) + 15);
+    EXPECT_EQ(saved(), pixelOfRamp(0, 50, 50) + 15);
     viewAction("Single Frame")->trigger();
-    EXPECT_EQ(saved(), pixel(2, 50, 50)) << "the same one";
+    EXPECT_EQ(saved(), pixelOfRamp(2, 50, 50)) << "the same one";
     open("b");
     EXPECT_EQ(limits(), first) << "nothing that was seen of a sum is kept";
 }

@@ -11,7 +11,7 @@ namespace tessera {
 
 namespace {
 
-const int g_nFrames = 9;
+const int g_nDriftFrames = 9;
 const int g_nSide = 160;
 const QPointF g_ptBeam(82.4, 76.7);                                                      // on the first frame
 const char* const g_pszBeamMask = "1 70 60\n1 95 60\n2 0 0\n1 95 85\n1 70 85\n2 1 1\n";  // around the beam
@@ -22,7 +22,7 @@ QPointF drift(int nFrame)
 }
 
 /// Pixel (x, y) of a frame: a beam and two spots that drift, over a regular ground.
-double pixel(int nFrame, int x, int y)
+double pixelOfDrift(int nFrame, int x, int y)
 {
     const QPointF pt = QPointF(x, y) - g_ptBeam - drift(nFrame);
     return 20 + 4000 * gaussian(pt.x(), pt.y(), 4) + 900 * gaussian(pt.x() - 21, pt.y() - 12, 2) +
@@ -36,9 +36,9 @@ protected:
     {
         WindowTest::SetUp();
         QStringList listFrame;
-        for (int i = 0; i < g_nFrames; ++i) {
+        for (int i = 0; i < g_nDriftFrames; ++i) {
             const CImgObj<float> img = makeImage(g_nSide, g_nSide,
-                                                 [&](int x, int y) { return pixel(i, x, y); });
+                                                 [&](int x, int y) { return pixelOfDrift(i, x, y); });
             const QString strFrame = QStringLiteral("f000%1.mrc").arg(i);
             ASSERT_TRUE(WriteMRC<float>({&img}, path(strFrame)));
             listFrame.append(strFrame + QStringLiteral(" %1 0.25 %1").arg(-2 + 0.5 * i));
@@ -105,7 +105,7 @@ TEST_F(FramesWindow, EachControlLoadsAFrameOnceAndAllAgree)
         --nFrame;
     }
     spyLoaded.clear();
-    m_pWindow->switchToImgIndex(g_nFrames + 1);
+    m_pWindow->switchToImgIndex(g_nDriftFrames + 1);
     EXPECT_EQ(spyLoaded.size(), 0);
     EXPECT_EQ(m_pSlider->value(), 4);
     EXPECT_EQ(lines("Invalid file index: 10"), 1);
@@ -146,23 +146,24 @@ TEST_F(FramesWindow, PlayEndsAtTheEndsAndAtItsButton)
 {
     QSignalSpy spyLoaded(m_pWindow.get(), &MainWindow::frameLoaded);
     m_pFrames->m_pPlayForwardButton->click();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames; }));
-    EXPECT_EQ(spyLoaded.size(), g_nFrames - 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nDriftFrames; }));
+    EXPECT_EQ(spyLoaded.size(), g_nDriftFrames - 1);
     m_pFrames->m_pPlayDelaySpin->setValue(30);
     QTest::qWait(60);
-    EXPECT_EQ(m_pSlider->value(), g_nFrames);
+    EXPECT_EQ(m_pSlider->value(), g_nDriftFrames);
     QElapsedTimer timer;
     timer.start();
     m_pFrames->m_pPlayBackwardButton->click();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames - 3; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nDriftFrames - 3; }));
     EXPECT_GE(timer.elapsed(), 80);
     m_pWindow->openFiles({write("bad.ed3d", "WAVELENGTH 0.0251\n")});
     m_pWindow->openFiles({path("series.sc~")});
     m_pWindow->openFiles({path("f0000.mrc"), write("series.log", "words")});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nFrames - 5; })) << "the play goes on";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return m_pSlider->value() == g_nDriftFrames - 5; }))
+        << "the play goes on";
     m_pFrames->m_pPlayStopButton->click();
     QTest::qWait(80);
-    EXPECT_EQ(m_pSlider->value(), g_nFrames - 5);
+    EXPECT_EQ(m_pSlider->value(), g_nDriftFrames - 5);
 }
 
 TEST_F(FramesWindow, ARegionIsToldAndAllowsForTheShiftEvaluation)
@@ -196,21 +197,21 @@ TEST_F(FramesWindow, ShiftEvaluationFillsTheTableAndBringsTheFrameBack)
     elapsed.start();
     m_pShift->m_pRunButton->click();
     timer.stop();
-    EXPECT_GE(elapsed.elapsed(), 30 * g_nFrames);
+    EXPECT_GE(elapsed.elapsed(), 30 * g_nDriftFrames);
     EXPECT_EQ(setWidth.count(128), 1u);  // the regions
     EXPECT_GE(std::set<int>(listRows.begin(), listRows.end()).size(), 5);
     EXPECT_EQ(m_pScene->imageSize(), QSize(g_nSide, g_nSide));
     EXPECT_EQ(m_pSlider->value(), 5);
     EXPECT_FALSE(m_pShift->m_pRunButton->isEnabled());
     EXPECT_EQ(m_pActions->selectionIndex(), 0);
-    EXPECT_EQ(linesOf("series.sc").size(), 1 + g_nFrames);
+    EXPECT_EQ(linesOf("series.sc").size(), 1 + g_nDriftFrames);
 }
 
 TEST_F(FramesWindow, ShiftsAndCentreAreThoseOfTheBeam)
 {
     evaluateShifts();
-    ASSERT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
-    for (int i = 0; i < g_nFrames; ++i) {
+    ASSERT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nDriftFrames);
+    for (int i = 0; i < g_nDriftFrames; ++i) {
         EXPECT_NEAR(m_pShift->m_pShiftTable->item(i, 0)->text().toDouble(), drift(i).x(), 0.08) << i;
         EXPECT_NEAR(m_pShift->m_pShiftTable->item(i, 1)->text().toDouble(), drift(i).y(), 0.08) << i;
     }
@@ -236,7 +237,7 @@ TEST_F(FramesWindow, TheAxisRunsThroughTheBeamOfTheFrameInView)
     EXPECT_NEAR(marks<QGraphicsLineItem>().first()->line().center().y() - line.center().y(), 10, 1);
     QByteArray bytesLater = QByteArray::number(m_pShift->m_pCenterXSpin->value(), 'f', 2) + ' ' +
                             QByteArray::number(m_pShift->m_pCenterYSpin->value(), 'f', 2) + '\n';
-    for (int i = 0; i < g_nFrames; ++i) {
+    for (int i = 0; i < g_nDriftFrames; ++i) {
         bytesLater += QByteArray::number(i + 1) + ' ' + QByteArray::number(drift(i).x(), 'f', 2) + " 20\n";
     }
     answered({write("later.sc", bytesLater)}, [&] { m_pShift->m_pLoadButton->click(); });
@@ -253,7 +254,7 @@ TEST_F(FramesWindow, ShiftsOfFewerFramesAreRefused)
               QStringList{"Load ED Shift"});
     EXPECT_EQ(lines("is from 1 frames, while there are 9 frames in the current dataset."), 1);
     EXPECT_EQ(lines("short.sc as shift data."), 1);
-    EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
+    EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nDriftFrames);
 }
 
 TEST_F(FramesWindow, AClosingWindowEndsTheEvaluationAndLeavesTheShifts)
@@ -267,7 +268,7 @@ TEST_F(FramesWindow, AClosingWindowEndsTheEvaluationAndLeavesTheShifts)
     QApplication::processEvents();
     EXPECT_FALSE(m_pWindow->isVisible());
     EXPECT_EQ(readBytes(path("series.sc")), bytesShift);
-    EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nFrames);
+    EXPECT_EQ(m_pShift->m_pShiftTable->rowCount(), g_nDriftFrames);
 }
 
 TEST_F(FramesWindow, ARegionCanBeChosenWhileThoseOfTheRunAreShown)
@@ -286,7 +287,7 @@ TEST_F(FramesWindow, ARegionCanBeChosenWhileThoseOfTheRunAreShown)
 TEST_F(FramesWindow, PeaksThatWereFoundBeforeTheShiftsGetTheirPointsWithThem)
 {
     m_pSearch->m_pRunButton->click();
-    ASSERT_GT(m_pRaw->points().size(), g_nFrames);
+    ASSERT_GT(m_pRaw->points().size(), g_nDriftFrames);
     m_pTabs->setCurrentIndex(0);
     evaluateShifts();
     EXPECT_EQ(m_pTabs->currentIndex(), 0);
@@ -403,7 +404,7 @@ TEST_F(FramesWindow, TheRunShowsWhatItFindsOutsideTheMask)
     timer.stop();
     EXPECT_GE(setHunted.size(), 3u);
     EXPECT_EQ(m_pSearch->m_pMaskTable->rowCount(), 2);
-    EXPECT_GE(linesOf("series.pk").size(), 2 * g_nFrames);
+    EXPECT_GE(linesOf("series.pk").size(), 2 * g_nDriftFrames);
     EXPECT_EQ(lines("2 peaks found on frame #   1", Qt::black), 1);
     EXPECT_EQ(m_pTabs->currentIndex(), 1);
     EXPECT_EQ(m_pSearch->m_pThresholdSpin->value(), 2000);
@@ -414,7 +415,7 @@ TEST_F(FramesWindow, TheRunShowsWhatItFindsOutsideTheMask)
 TEST_F(FramesWindow, ShiftsAreSavedAsThePageShowsThem)
 {
     QByteArray bytesShift = "82.40 76.70\n";
-    for (int i = 0; i < g_nFrames; ++i) {
+    for (int i = 0; i < g_nDriftFrames; ++i) {
         bytesShift += QByteArray::number(i + 1) + " " + QByteArray::number(1234.5 * i) + " -0.25\n";
     }
     EXPECT_EQ(answered({write("in.sc", bytesShift)}, [&] { m_pWindow->loadEDShift(); }),
@@ -528,7 +529,7 @@ protected:
 
 TEST_F(PointerOnFrame, ReadsThePixelUnderIt)
 {
-    const QString strReading = readingOf(double(float(pixel(0, 81, 76))));
+    const QString strReading = readingOf(double(float(pixelOfDrift(0, 81, 76))));
     move(ptOnFrame, Qt::NoButton);
     EXPECT_EQ(status(), strReading);
     EXPECT_FALSE(m_pScene->isLabelVisible());
@@ -552,7 +553,7 @@ TEST_F(PointerOnFrame, ReadsTheFrameThatComesUnderIt)
     EXPECT_FALSE(pGrid->items().isEmpty());
     m_pSlider->setValue(3);
     EXPECT_TRUE(m_pScene->isLabelVisible());
-    EXPECT_EQ(status(), readingOf(double(float(pixel(2, 81, 76)))));
+    EXPECT_EQ(status(), readingOf(double(float(pixelOfDrift(2, 81, 76)))));
     writePicture("small.png", [](int, int) { return 9; });
     m_pWindow->openFiles({path("small.png")});  // has no such pixel
     EXPECT_FALSE(m_pScene->isLabelVisible());

@@ -4,7 +4,7 @@
 #include "window/crystal/geometrydialog.h"
 #include "window/plotpanel.h"
 
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 
 namespace tessera {
 
@@ -12,21 +12,18 @@ namespace {
 
 const double g_dfTrueAxis = -38.5;  // of the simulation
 
-class GeometryWindow : public WindowTest {
+class GeometryWindow : public SeriesTest {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = new QTemporaryDir;
-        ASSERT_EQ(simulateQuartz(s_pSeries->path()).nStatus, 0);
-        ASSERT_EQ(runBatch({"--window-defaults", "--to", "cell", file("q.ed3d")}).nStatus, 0);
+        makeSeries("--frames 40 --size 320 --pixel-size 0.008 --tilt-start -20 --tilt-step 1 --axis -38.5",
+                   "cell");
     }
-    static void TearDownTestSuite() { delete s_pSeries; }
-    static QString file(const char* pszName) { return s_pSeries->filePath(pszName); }
     void SetUp() override
     {
-        WindowTest::SetUp();
+        SeriesTest::SetUp();
         m_pWindow->show();
-        m_pWindow->openFiles({file("q.ed3d")});
+        open();
         m_pTabs->setCurrentIndex(0);
         m_pDialog = m_pWindow->findChild<GeometryDialog*>();
         ASSERT_NE(m_pDialog, nullptr);
@@ -93,11 +90,10 @@ protected:
         stream << readBytes(path("cell.uc"));
         return bytes;
     }
-    static QByteArray filesOfSeries()
+    QByteArray filesOfSeries() const
     {
         QByteArray bytes;
-        for (const QFileInfo& info :
-             QDir(s_pSeries->path()).entryInfoList({"q.*"}, QDir::Files, QDir::Name)) {
+        for (const QFileInfo& info : QDir(file("")).entryInfoList({"w.*"}, QDir::Files, QDir::Name)) {
             if (!info.fileName().endsWith(QLatin1String(".window.json"))) {  // numbers of the pages, kept
                 bytes += info.fileName().toUtf8() + readBytes(info.filePath());
             }
@@ -106,9 +102,7 @@ protected:
     }
 
     GeometryDialog* m_pDialog = nullptr;
-    static QTemporaryDir* s_pSeries;
 };
-QTemporaryDir* GeometryWindow::s_pSeries = nullptr;
 
 }  // namespace
 
@@ -198,7 +192,7 @@ TEST_F(GeometryWindow, KeepsTheGeometryInProjectAndCalibration)
     EXPECT_NEAR(calibration->dfRotationAxis, g_dfTrueAxis, 0.1);
     m_pDialog->m_pButtonApply->click();
     const double dfAxis = m_pFrames->m_pRotationAxisSpin->value();
-    answered({file("q.ed3d")}, [this] { m_pDialog->m_pButtonSaveProject->click(); });
+    answered({file("w.ed3d")}, [this] { m_pDialog->m_pButtonSaveProject->click(); });
     EXPECT_TRUE(m_pDialog->m_pLabelMessage->text().contains("keeps what it was told"));
     answered({file("saved")}, [this] { m_pDialog->m_pButtonSaveProject->click(); });
     ASSERT_TRUE(QFile::exists(file("saved.ed3d"))) << log().toStdString();
@@ -208,7 +202,7 @@ TEST_F(GeometryWindow, KeepsTheGeometryInProjectAndCalibration)
     EXPECT_FALSE(m_pDialog->m_pButtonUndo->isEnabled()) << "of another data set";
     EXPECT_TRUE(text(Axis, 2).isEmpty());
 
-    m_pWindow->openFiles({file("q.ed3d")});
+    open();
     m_pFrames->m_pRotationAxisSpin->setValue(-30);
     answered({path("m.calib.json")}, [this] { m_pDialog->m_pButtonLoadCalibration->click(); });
     EXPECT_NEAR(m_pFrames->m_pRotationAxisSpin->value(), calibration->dfRotationAxis, 1e-4);

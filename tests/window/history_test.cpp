@@ -434,7 +434,6 @@ TEST_F(History, AStateBringsItsSeriesWithIt)
     EXPECT_EQ(current(), 0);
 }
 
-// The last one here: it writes other files beside the series.
 TEST_F(History, SolveIsOneStepAndComesBackWithItsResults)
 {
     const Picture bytesOpened = picture();

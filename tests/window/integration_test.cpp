@@ -239,10 +239,7 @@ TEST_F(IntegrationOfSeries, ASecondClickLeavesTheFormerResult)
 // The driver's files, from the same peaks, are those of "Export" to the byte.
 TEST_F(IntegrationOfSeries, ExportsWhatTheDriverWrites)
 {
-    QDir().mkpath(path("driver"));
-    for (const QString& strFile : QDir(s_pSeries->path()).entryList(QDir::Files)) {
-        QFile::copy(s_pSeries->filePath(strFile), path("driver/" + strFile));
-    }
+    ASSERT_NO_FATAL_FAILURE(copySeries("driver"));
     const BatchOutcome outcome = runBatch({"--window-defaults", "--from", "merge", "--to", "integrate",
                                            "--cell", path("driver/w.uc"), "--formula", "Si O2", "--accept",
                                            path("driver/w.ed3d")});
@@ -252,7 +249,7 @@ TEST_F(IntegrationOfSeries, ExportsWhatTheDriverWrites)
     m_pPage->m_pButtonExport->click();
     EXPECT_EQ(lines("Intensities written", Qt::black), 1) << log().right(1000).toStdString();
     for (const char* pszSuffix : {"_integrated.hkl", "_merged.hkl", ".ins", ".cif", ".mtz"}) {
-        const QByteArray bytes = readBytes(file("w") + pszSuffix);
+        const QByteArray bytes = readBytes(file(QLatin1String("w") + pszSuffix));
         EXPECT_FALSE(bytes.isEmpty()) << pszSuffix;
         EXPECT_EQ(bytes, readBytes(path("driver/w") + pszSuffix)) << pszSuffix;
     }

@@ -105,7 +105,7 @@ TEST_F(Interrupted, MayWaitOrGo)
     EXPECT_TRUE(dialog()->isHidden());
 }
 
-TEST_F(Interrupted, IsNotShownWhereItCannotBe)
+TEST_F(Interrupted, IsNotShownWhereItCannotBeRead)
 {
     WorkState state = made(makeProject("garnet.ed3d"));
     const QString strFile = leave(state, "Solve", 0);

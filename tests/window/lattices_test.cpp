@@ -138,29 +138,28 @@ TEST_F(LatticeTypes, TheTableIsCopiedAndReadWhole)
 }
 
 /// A window on a series of two crystals of quartz.
-class TwoLattices : public WindowTest {
+class TwoLattices : public SeriesTest {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = new QTemporaryDir;
-        simulate(s_pSeries->path(),
-                 "--frames 60 --size 320 --pixel-size 0.007 --tilt-start -30 --tilt-step 1 "
-                 "--second-lattice 0.5 --second-turn 17");
-        ASSERT_EQ(runBatch({"--window-defaults", "--to", "peaks", s_pSeries->filePath("w.ed3d")}).nStatus, 0);
+        makeSeries(
+            "--frames 60 --size 320 --pixel-size 0.007 --tilt-start -30 --tilt-step 1 "
+            "--second-lattice 0.5 --second-turn 17",
+            "peaks");
         QString strError;
         s_pTruth = new SimulatedSeries;
-        ASSERT_TRUE(readTruthFile(s_pSeries->filePath("w_truth.json"), *s_pTruth, strError));
+        ASSERT_TRUE(readTruthFile(s_pMade->filePath("w_truth.json"), *s_pTruth, strError));
     }
     static void TearDownTestSuite()
     {
-        delete s_pSeries;
+        SeriesTest::TearDownTestSuite();
         delete s_pTruth;
     }
     void SetUp() override
     {
-        WindowTest::SetUp();
+        SeriesTest::SetUp();
         m_pWindow->show();
-        m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
+        open();
         lookAt(s_pTruth->matBasis);
     }
     void lookAt(const Mat& matReciprocal)
@@ -174,9 +173,9 @@ protected:
         m_pCell->m_pButtonLattices->click();
     }
     /// Whole combinations of the vectors, of the same volume, lead from the cell of the file to the lattice.
-    static void expectCellOf(const Mat& matLattice)
+    void expectCellOf(const Mat& matLattice) const
     {
-        const QList<QByteArray> listWord = readBytes(s_pSeries->filePath("w.uc")).simplified().split(' ');
+        const QList<QByteArray> listWord = readBytes(file("w.uc")).simplified().split(' ');
         ASSERT_GE(listWord.size(), 12);
         Mat mat{};
         for (int i = 0; i < 9; ++i) {
@@ -226,11 +225,9 @@ protected:
         dialog().m_pButtonChoose->click();
     }
 
-    static QTemporaryDir* s_pSeries;
     static SimulatedSeries* s_pTruth;
 };
 
-QTemporaryDir* TwoLattices::s_pSeries = nullptr;
 SimulatedSeries* TwoLattices::s_pTruth = nullptr;
 
 TEST_F(TwoLattices, TheSecondOneIsChosenMergedAndIndexed)

@@ -1,7 +1,7 @@
 // How the window looks at 1280 × 800: no text cut off, light and dark, on any page and in any dialog. With
 // TESSERA_PICTURES=FOLDER it leaves a picture of each there.
 #include "tests/window/integrationfixture.h"
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 #include "window/crystal/geometrycontrol.h"
 #include "window/crystal/geometrydialog.h"
 #include "window/crystal/latticesdialog.h"
@@ -147,15 +147,12 @@ QStringList cutOff(QWidget* pTop)
     return list;
 }
 
-class Looks : public WindowTest, public testing::WithParamInterface<const char*> {
+class Looks : public SeriesTest, public testing::WithParamInterface<const char*> {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = std::make_unique<QTemporaryDir>();
-        simulate(s_pSeries->path(),
-                 "--frames 31 --size 256 --pixel-size 0.008 --tilt-start -15 --tilt-step 1");
+        makeSeries("--frames 31 --size 256 --pixel-size 0.008 --tilt-start -15 --tilt-step 1");
     }
-    static void TearDownTestSuite() { s_pSeries.reset(); }
     void SetUp() override
     {
         loadIcons();
@@ -167,7 +164,7 @@ protected:
         if (isDark()) {
             QApplication::setPalette(darkPalette());
         }
-        WindowTest::SetUp();
+        SeriesTest::SetUp();
         m_pWindow->resize(g_sizeWindow);
         m_pWindow->show();
         settle();
@@ -204,12 +201,9 @@ protected:
         dialog.hide();
     }
 
-    static std::unique_ptr<QTemporaryDir> s_pSeries;
     QPalette m_palette;
     QFont m_font;
 };
-
-std::unique_ptr<QTemporaryDir> Looks::s_pSeries;
 
 /// How far apart two colours are to the eye: 1 for none, 21 for black on white.
 /// Source: Web Content Accessibility Guidelines 2.1, contrast ratio.
@@ -231,7 +225,7 @@ double contrastOf(const QColor& one, const QColor& other)
 TEST_P(Looks, NothingIsCutOffInTheWindow)
 {
     check(m_pWindow.get(), "start");
-    m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
+    open();
     ASSERT_EQ(m_pFrames->m_pFileTable->rowCount(), 31);
     auto* pToolBox = m_pWindow->findChild<QToolBox*>();
     for (int i = 0; i < pToolBox->count(); ++i) {
@@ -252,9 +246,9 @@ TEST_P(Looks, NothingIsCutOffInTheWindow)
 
 TEST_P(Looks, NothingIsCutOffInItsDialogs)
 {
-    m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
-    NewProjectDialog newProject(s_pSeries->path());
-    newProject.addFrames({s_pSeries->path()});
+    open();
+    NewProjectDialog newProject(file(""));
+    newProject.addFrames({file("")});
     newProject.show();
     QTest::qWait(300);  // the headers are read
     check(&newProject, "newproject");

@@ -2,8 +2,6 @@
 
 namespace tessera {
 
-QTemporaryDir* Reciprocal::s_pSeries = nullptr;
-
 QString fieldsOf(const Mat& matReciprocal)
 {
     QStringList list;
@@ -22,15 +20,12 @@ void expectNear(const Mat& m, const Mat& matWanted, double dfTolerance)
 
 void Reciprocal::SetUpTestSuite()
 {
-    s_pSeries = new QTemporaryDir;
-    simulate(s_pSeries->path(), "--frames 31 --size 192 --pixel-size 0.01 --tilt-start -15 --tilt-step 1");
-    ASSERT_EQ(runBatch({"--window-defaults", "--to", "cell", file("w.ed3d")}).nStatus, 0);
+    makeSeries("--frames 31 --size 192 --pixel-size 0.01 --tilt-start -15 --tilt-step 1", "cell");
 }
 
 void Reciprocal::SetUp()
 {
-    QFile::remove(file("w.window.json"));  // of the test before, in the same folder
-    WindowTest::SetUp();
+    SeriesTest::SetUp();
     m_pWindow->show();
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulate/structurefactor.h"
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 
 namespace tessera {
 
@@ -23,14 +23,10 @@ const Mat g_matOne = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 const Mat g_matCell = {{{0.11, 0.02, -0.01}, {-0.015, 0.08, 0.03}, {0.005, -0.02, 0.0623456}}};
 const QString g_strNoCell = "     ";  ///< the six fields without one
 
-class Reciprocal : public WindowTest {
+class Reciprocal : public SeriesTest {
 protected:
     static void SetUpTestSuite();
-    static void TearDownTestSuite() { delete s_pSeries; }
     void SetUp() override;
-    /// A file beside the series.
-    static QString file(const char* pszName) { return s_pSeries->filePath(pszName); }
-    void open() { m_pWindow->openFiles({file("w.ed3d")}); }
     void loadCell(const Mat& m);
     /// The cell in use, by way of an export.
     Mat cell();
@@ -42,8 +38,6 @@ protected:
     QAbstractItemModel* table() const { return m_pTable->model(); }
     /// Labels, sizes and colours of the groups of a view.
     static QString groups(const ED3DWidget* pView);
-
-    static QTemporaryDir* s_pSeries;
 };
 
 }  // namespace tessera

@@ -3,7 +3,7 @@
 #include "frameview/circleitem.h"
 #include "frameview/crossitem.h"
 #include "frameview/textitem.h"
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 
 #include <cmath>
 
@@ -11,27 +11,23 @@ namespace tessera {
 
 namespace {
 
-const int g_nFrames = 41;
+const int g_nRefinedFrames = 41;
 
-class Refinement : public WindowTest {
+class Refinement : public SeriesTest {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = new QTemporaryDir;
-        simulate(s_pSeries->path(),
-                 "--frames 41 --size 320 --pixel-size 0.006 --tilt-start -20 --tilt-step 1");
-        ASSERT_EQ(runBatch({"--window-defaults", "--to", "cell", s_pSeries->filePath("w.ed3d")}).nStatus, 0);
+        makeSeries("--frames 41 --size 320 --pixel-size 0.006 --tilt-start -20 --tilt-step 1", "cell");
     }
-    static void TearDownTestSuite() { delete s_pSeries; }
     void SetUp() override
     {
-        WindowTest::SetUp();
+        SeriesTest::SetUp();
         open();
     }
     void open()
     {
         m_pWindow->show();
-        m_pWindow->openFiles({s_pSeries->filePath("w.ed3d")});
+        SeriesTest::open();
         m_pTabs->setCurrentIndex(0);
     }
     void index()
@@ -68,10 +64,7 @@ protected:
         }
         return list;
     }
-
-    static QTemporaryDir* s_pSeries;
 };
-QTemporaryDir* Refinement::s_pSeries = nullptr;
 
 }  // namespace
 
@@ -84,7 +77,7 @@ TEST_F(Refinement, EachToolTellsThatIndexedPeaksAreMissing)
     m_pExtraction->m_pButtonRun->click();
     m_pRefine->m_pButtonRunRefinement->click();
     tool("Test &Stretching");
-    EXPECT_FALSE(QFile::exists(s_pSeries->filePath("w_pos.txt")));
+    EXPECT_FALSE(QFile::exists(file("w_pos.txt")));
     EXPECT_EQ(log().count("No indexed peaks are available. Do merging and indexing first."), 7);
     QStatusTipEvent eventTip(m_pExtraction->m_pButtonRun->statusTip());
     QCoreApplication::sendEvent(m_pExtraction->m_pButtonRun, &eventTip);
@@ -201,7 +194,7 @@ TEST_F(Refinement, ExtractionLeavesNoOtherReflectionsData)
     const int nRows = m_pTable->model()->rowCount();
 
     // A frame that is missing, and a stop: all stays, the labels too.
-    const QString strFrame = s_pSeries->filePath(QDir(s_pSeries->path()).entryList({"w*15.mrc"}).value(0));
+    const QString strFrame = file(QDir(file("")).entryList({"w*15.mrc"}).value(0));
     ASSERT_TRUE(QFile::rename(strFrame, strFrame + "away"));
     tool("&Extract Intensities");
     QFile::rename(strFrame + "away", strFrame);
@@ -258,7 +251,7 @@ TEST_F(Refinement, ExpectedPositionsFallOnPeaksOfTheRightAxisOnly)
     for (double dfTurn : {0.0, 20.0, -20.0}) {
         pAxis->setValue(pAxis->value() + dfTurn);
         int nCircles = 0, nNear = 0;
-        for (int nFrame = g_nFrames; nFrame > 10; --nFrame) {
+        for (int nFrame = g_nRefinedFrames; nFrame > 10; --nFrame) {
             m_pWindow->switchToImgIndex(nFrame);
             const QList<QPointF> listCross = places<CrossItem>(Qt::green),
                                  listCircle = places<CircleItem>(Qt::cyan);

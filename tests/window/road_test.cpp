@@ -59,20 +59,20 @@ protected:
 TEST_F(Road, OnePressMakesTheFilesOfTheDriver)
 {
     ASSERT_NO_FATAL_FAILURE(runDriver({}));
-    m_pWindow->openFiles({path("window/w.ed3d")});
-    m_pActions->m_pSolve->trigger();
+    open();
+    solve();
     EXPECT_EQ(lines("", Qt::red), 0) << log().toStdString();
     const QStringList listFile = filesOf("driver");
     ASSERT_GT(listFile.size(), 41 + 12);
-    EXPECT_EQ(filesOf("window"), listFile);
+    EXPECT_EQ(filesOf("series"), listFile);
     for (const QString& strFile : listFile) {
         if (!strFile.endsWith(".log") && !strFile.endsWith(".run.json")) {  // name the folder, and times
-            EXPECT_EQ(bytesOf("window/" + strFile), bytesOf("driver/" + strFile)) << qPrintable(strFile);
+            EXPECT_EQ(bytesOf("series/" + strFile), bytesOf("driver/" + strFile)) << qPrintable(strFile);
         }
     }
 
     EXPECT_EQ(answered({path("r.html")}, [&] { m_pActions->m_pReport->trigger(); }).value(0), "Report");
-    EXPECT_TRUE(bytesOf("r.html").contains("<pre>tessera-batch " + path("window/w.ed3d").toUtf8()));
+    EXPECT_TRUE(bytesOf("r.html").contains("<pre>tessera-batch " + file("w.ed3d").toUtf8()));
     EXPECT_TRUE(bytesOf("r.html").contains("Bravais types"));
 
     for (const QString& strText : rowTexts()) {
@@ -97,64 +97,64 @@ TEST_F(Road, AMaskOfTheWindowIsThatOfTheDriversOption)
     }
     mask.close();
     ASSERT_NO_FATAL_FAILURE(runDriver({"--mask", path("a.msk"), "--to", "index"}));
-    m_pWindow->openFiles({path("window/w.ed3d")});
+    open();
     answered({path("a.msk")}, [&] { m_pWindow->loadPeakHuntingMask(); });
-    m_pActions->m_pSolve->trigger();
+    solve();
     for (const char* pszFile : {"/w.sc", "/w.pk", "/w.uc", "/w.hkl"}) {
-        EXPECT_EQ(bytesOf(QString("window") + pszFile), bytesOf(QString("driver") + pszFile)) << pszFile;
+        EXPECT_EQ(bytesOf(QString("series") + pszFile), bytesOf(QString("driver") + pszFile)) << pszFile;
     }
-    EXPECT_FALSE(QFile::exists(path("window/w_window.msk")));
-    const QByteArray bytesPeaks = bytesOf("window/w.pk");
+    EXPECT_FALSE(QFile::exists(file("w_window.msk")));
+    const QByteArray bytesPeaks = bytesOf("series/w.pk");
 
     // One that no file has is written for the road, and gives the same again.
     ASSERT_TRUE(QFile::remove(path("a.msk")));
-    m_pActions->m_pSolve->trigger();
-    EXPECT_TRUE(QFile::exists(path("window/w_window.msk")));
-    EXPECT_EQ(bytesOf("window/w.pk"), bytesPeaks);
+    solve();
+    EXPECT_TRUE(QFile::exists(file("w_window.msk")));
+    EXPECT_EQ(bytesOf("series/w.pk"), bytesPeaks);
 }
 
 TEST_F(Road, AStepGoesOnWithTheNumbersThatWereChanged)
 {
-    m_pWindow->openFiles({path("window/w.ed3d")});
+    open();
     EXPECT_FALSE(button(RoadRowKind::Peaks, "From here")->isEnabled());
-    m_pActions->m_pSolve->trigger();
+    solve();
     const int nPeaks = m_pRaw->points().size();
     const double dfThreshold = m_pSearch->m_pThresholdSpin->value();
-    const QByteArray bytesShifts = bytesOf("window/w.sc");
+    const QByteArray bytesShifts = bytesOf("series/w.sc");
     m_pSearch->m_pThresholdSpin->setValue(4 * dfThreshold);
     button(RoadRowKind::Peaks, "From here")->click();
     EXPECT_LT(m_pRaw->points().size(), nPeaks);
     EXPECT_GT(m_pRaw->points().size(), nPeaks / 10);
     EXPECT_DOUBLE_EQ(m_pSearch->m_pThresholdSpin->value(), 4 * dfThreshold);
-    EXPECT_EQ(bytesOf("window/w.sc"), bytesShifts);
+    EXPECT_EQ(bytesOf("series/w.sc"), bytesShifts);
     EXPECT_TRUE(rowTexts().value(0).contains("Drift"));
 }
 
 TEST_F(Road, StopKeepsWhatIsDoneAndTheWindowAnswersMeanwhile)
 {
-    m_pWindow->openFiles({path("window/w.ed3d")});
+    open();
     m_pWindow->show();
-    during([&] { m_pActions->m_pSolve->trigger(); },
+    during([&] { solve(); },
            [&] {
                if (m_pRaw->points().isEmpty()) {
                    return false;
                }
                // A change of what the road has in use is refused, and a second press stops it.
-               m_pWindow->openFiles({path("window/w.ed3d")});
+               open();
                m_pRoad->m_pSolveButton->click();
                return true;
            });
     EXPECT_GE(lines("has to wait"), 1);
-    EXPECT_TRUE(QFile::exists(path("window/w.sc")));
-    EXPECT_TRUE(QFile::exists(path("window/w.pk")));
-    EXPECT_FALSE(QFile::exists(path("window/w_integrated.hkl")));
+    EXPECT_TRUE(QFile::exists(file("w.sc")));
+    EXPECT_TRUE(QFile::exists(file("w.pk")));
+    EXPECT_FALSE(QFile::exists(file("w_integrated.hkl")));
     EXPECT_EQ(m_pRoad->m_pSolveButton->text(), "Solve");
     EXPECT_TRUE(rowTexts().last().contains("not done yet")) << qPrintable(rowTexts().last());
 }
 
 TEST_F(Road, AReportOfWhatWasDoneByHand)
 {
-    m_pWindow->openFiles({path("window/w.ed3d")});
+    open();
     const auto report = [this] {
         answered({path("r.html")}, [&] { m_pActions->m_pReport->trigger(); });
         return QString::fromUtf8(bytesOf("r.html"));
@@ -188,14 +188,14 @@ TEST_F(Road, AReportOfWhatWasDoneByHand)
 TEST_F(Road, ExportsAfterItHaveTheGeometryThatItRefined)
 {
     ASSERT_NO_FATAL_FAILURE(runDriver({"--export", "xds,pets"}));
-    m_pWindow->openFiles({path("window/w.ed3d")});
-    m_pActions->m_pSolve->trigger();
+    open();
+    solve();
     // The texts for both programs, as if of the driver's folder.
     const auto exported = [this] {
         QTimer::singleShot(0, [this] {
             auto* pDialog = qobject_cast<ExchangeDialog*>(QApplication::activeModalWidget());
             ASSERT_TRUE(pDialog);
-            EXPECT_EQ(pDialog->folder(), path("window"));
+            EXPECT_EQ(pDialog->folder(), path("series"));
             pDialog->m_listCheck[0]->setChecked(true);
             pDialog->m_listCheck[2]->setChecked(true);
             pDialog->m_pButtonExport->click();
@@ -203,7 +203,7 @@ TEST_F(Road, ExportsAfterItHaveTheGeometryThatItRefined)
             pDialog->reject();
         });
         m_pActions->m_pOtherPrograms->trigger();
-        return bytesOf("window/XDS.INP").replace("/window/", "/driver/") + bytesOf("window/w.pts");
+        return bytesOf("series/XDS.INP").replace("/series/", "/driver/") + bytesOf("series/w.pts");
     };
     const QByteArray bytesFresh = exported();
     EXPECT_TRUE(bytesFresh.contains("ROTATION_AXIS"));

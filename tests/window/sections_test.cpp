@@ -54,9 +54,9 @@ TEST_F(Sections, FilesAreTheDrivers)
         for (const char* pszEnding : {".mrc", ".png"}) {
             QString strReason;
             const QString strName = QStringLiteral("w_%1%2").arg(section.pszName, pszEnding);
-            ASSERT_TRUE(m_pSections->save(path("window/" + strName), &strReason)) << strReason.toStdString();
+            ASSERT_TRUE(m_pSections->save(file(strName), &strReason)) << strReason.toStdString();
             EXPECT_FALSE(readBytes(path("driver/" + strName)).isEmpty());
-            EXPECT_EQ(readBytes(path("window/" + strName)), readBytes(path("driver/" + strName)))
+            EXPECT_EQ(readBytes(file(strName)), readBytes(path("driver/" + strName)))
                 << strName.toStdString();
         }
     }
@@ -102,7 +102,7 @@ TEST_F(Sections, ThePointerReadsIndicesAndAClickChoosesTheReflection)
 
 TEST_F(Sections, WhatIsMissingIsToldAndTheChoicesAreKept)
 {
-    m_pWindow->openFiles({path("window/w.ed3d")});
+    open();
     SectionWindow* pWindow = showWindow();
     pWindow->m_pButtonMake->click();
     EXPECT_EQ(lines("needs a unit cell"), 1) << log().toStdString();

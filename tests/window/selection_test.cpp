@@ -279,7 +279,7 @@ TEST_F(SelectionWindow, NothingIsChosenOfAnotherMergingOrDataSet)
     expectNothingChosen();
 }
 
-TEST_F(SelectionWindow, StepsByKeys)
+TEST_F(SelectionWindow, KeysStepThroughPeaksAndFrames)
 {
     m_pTabs->setCurrentIndex(0);
     m_pSpin->setValue(5);

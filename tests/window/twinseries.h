@@ -1,31 +1,22 @@
-// TwinSeries: a window, and a simulated series that stands twice in the test's folder: below "window" for the
-// window and below "driver" for the driver, whose files are compared.
+// TwinSeries: a window on a simulated series, which stands a second time in the folder "driver" for the
+// driver, whose files are compared.
 #pragma once
 
-#include "tests/window/windowtest.h"
+#include "tests/window/seriestest.h"
 
 namespace tessera {
 
-class TwinSeries : public WindowTest {
+class TwinSeries : public SeriesTest {
 protected:
     static void SetUpTestSuite()
     {
-        s_pSeries = std::make_unique<QTemporaryDir>();
-        simulate(s_pSeries->path(),
-                 "--frames 41 --size 256 --pixel-size 0.008 --tilt-start -20 --tilt-step 1");
+        makeSeries("--frames 41 --size 256 --pixel-size 0.008 --tilt-start -20 --tilt-step 1");
     }
-    static void TearDownTestSuite() { s_pSeries.reset(); }
     void SetUp() override
     {
-        WindowTest::SetUp();
-        for (const QString& strFolder : {path("window"), path("driver")}) {
-            ASSERT_TRUE(QDir().mkpath(strFolder));
-            for (const QFileInfo& file : QDir(s_pSeries->path()).entryInfoList(QDir::Files)) {
-                ASSERT_TRUE(QFile::copy(file.filePath(), strFolder + '/' + file.fileName()));
-            }
-        }
+        SeriesTest::SetUp();
+        ASSERT_NO_FATAL_FAILURE(copySeries("driver"));
     }
-    void open() { m_pWindow->openFiles({path("window/w.ed3d")}); }
     void solve() { m_pActions->m_pSolve->trigger(); }
     /// Has the driver work on its series.
     void runDriver(const QStringList& listOption)
@@ -33,8 +24,6 @@ protected:
         const BatchOutcome driver = runBatch(listOption + QStringList{path("driver/w.ed3d")});
         ASSERT_EQ(driver.nStatus, 0) << driver.strText.toStdString();
     }
-
-    static inline std::unique_ptr<QTemporaryDir> s_pSeries;
 };
 
 }  // namespace tessera

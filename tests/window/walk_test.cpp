@@ -190,6 +190,43 @@ protected:
             nFrom = nAt + strWanted.size();
         }
     }
+    void expectAllRunsInLog(int& nFrom) const
+    {
+        expectInLog(
+            {QStringLiteral("Reference region: (%1, %2) 128×128\n").arg(m_ptRegion.x()).arg(m_ptRegion.y()),
+             QStringLiteral(">Image shift evaluation finished in "),
+             QStringLiteral(" peaks found on frame #  41\n"),
+             QStringLiteral("Peak list saved to %1.").arg(path("w.pk")),
+             QStringLiteral(">Peak hunting finished in "), QStringLiteral(" chains found. "),
+             QStringLiteral("Found unit cell: a="),
+             QStringLiteral(">HKL file written: %1\n").arg(path("w.hkl")),
+             QStringLiteral(">p4p file written: %1\n").arg(path("w.p4p")),
+             QStringLiteral(">List of the indexed peaks on the frames output to file: %1").arg(path("w.ipf")),
+             QStringLiteral(">Unit cell used for indexing: a="), QStringLiteral("%) were indexed."),
+             QStringLiteral("SG.Symbol")},
+            nFrom);
+    }
+    /// With the region as the log has it, so that a line that hides a fraction is found out.
+    void expectFilesOfDriver() const
+    {
+        const QRegularExpressionMatch match =
+            QRegularExpression(QStringLiteral("Reference region: \\((\\d+), (\\d+)\\) 128×128")).match(log());
+        ASSERT_TRUE(match.hasMatch());
+        const QString strOther = path("driver");
+        const BatchOutcome outcome = runBatch({"--window-defaults", "--region",
+                                               match.captured(1) + ',' + match.captured(2) + ",128", "--out",
+                                               strOther, path("w.ed3d")});
+        ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        const struct {
+            const char* pszName;
+            int nLines;  ///< at least
+        } aFile[] = {{"w.sc", 42}, {"w.pk", 300}, {"w.uc", 3}, {"w.hkl", 60}, {"w.p4p", 1}, {"w.ipf", 200}};
+        for (const auto& file : aFile) {
+            const QByteArray bytesWindow = readBytes(path(file.pszName));
+            EXPECT_GE(bytesWindow.count('\n'), file.nLines) << file.pszName;
+            EXPECT_EQ(bytesWindow, readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
+        }
+    }
     /// A row of the table gives its curve.
     void expectCurveOfARow()
     {
@@ -225,48 +262,16 @@ protected:
 
 }  // namespace
 
-TEST_F(Walk, TheLogTellsAllRunsAndTheDriverGetsTheSameFiles)
+TEST_F(Walk, EndsWithTheFilesOfTheDriver)
 {
     int nFrom = 0;
-    ASSERT_NO_FATAL_FAILURE(expectInLog(
-        {QStringLiteral("Reference region: (%1, %2) 128×128\n").arg(m_ptRegion.x()).arg(m_ptRegion.y()),
-         QStringLiteral(">Image shift evaluation finished in "),
-         QStringLiteral(" peaks found on frame #  41\n"),
-         QStringLiteral("Peak list saved to %1.").arg(path("w.pk")),
-         QStringLiteral(">Peak hunting finished in "), QStringLiteral(" chains found. "),
-         QStringLiteral("Found unit cell: a="), QStringLiteral(">HKL file written: %1\n").arg(path("w.hkl")),
-         QStringLiteral(">p4p file written: %1\n").arg(path("w.p4p")),
-         QStringLiteral(">List of the indexed peaks on the frames output to file: %1").arg(path("w.ipf")),
-         QStringLiteral(">Unit cell used for indexing: a="), QStringLiteral("%) were indexed."),
-         QStringLiteral("SG.Symbol")},
-        nFrom));
-    const QString strLog = log();
-
+    ASSERT_NO_FATAL_FAILURE(expectAllRunsInLog(nFrom));
+    ASSERT_NO_FATAL_FAILURE(expectFilesOfDriver());
     double dfX = 0;
     double dfY = 0;
     QTextStream(readBytes(path("w.sc"))) >> dfX >> dfY;
     EXPECT_NEAR(dfX, 134.4, 0.5);
     EXPECT_NEAR(dfY, 123.3, 0.5);
-
-    // The region as the log has it, so that a line that hides a fraction is found out.
-    const QRegularExpressionMatch match =
-        QRegularExpression(QStringLiteral("Reference region: \\((\\d+), (\\d+)\\) 128×128")).match(strLog);
-    ASSERT_TRUE(match.hasMatch());
-    const QString strOther = path("driver");
-    const BatchOutcome outcome = runBatch({"--window-defaults", "--region",
-                                           match.captured(1) + ',' + match.captured(2) + ",128", "--out",
-                                           strOther, path("w.ed3d")});
-    ASSERT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
-    const struct {
-        const char* pszName;
-        int nLines;  ///< at least
-    } aFile[] = {{"w.sc", 42}, {"w.pk", 300}, {"w.uc", 3}, {"w.hkl", 60}, {"w.p4p", 1}, {"w.ipf", 200}};
-    for (const auto& file : aFile) {
-        const QByteArray bytesWindow = readBytes(path(file.pszName));
-        EXPECT_GE(bytesWindow.count('\n'), file.nLines) << file.pszName;
-        EXPECT_EQ(bytesWindow, readBytes(strOther + '/' + file.pszName)) << file.pszName << " differs";
-    }
-
     ASSERT_NO_FATAL_FAILURE(expectCurveOfARow());
     ASSERT_NO_FATAL_FAILURE(expectMatrixTaken());
     expectInLog({QStringLiteral("Transformed unit cell: a=")}, nFrom);
