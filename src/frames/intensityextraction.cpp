@@ -68,7 +68,8 @@ void takeAsReflections(DataSet& dataSet, const QList<Peak3D>& listFlat)
     dataSet.m_listReflectionIndexed.clear();
     dataSet.m_made.indexed.reset();
     if (dataSet.m_made.merged) {
-        // Only the intensities have changed: what was found from the reflections is as good as it was.
+        // Only the intensities have changed: results that were derived from the reflections are still
+        // valid.
         const quint64 nFormer = dataSet.m_made.merged->nMerged;
         dataSet.m_made.merged->nMerged = printOfReflections(listFlat);
         if (dataSet.m_made.cell && dataSet.m_made.cell->nMerged == nFormer) {
