@@ -114,7 +114,7 @@ TEST_F(ExchangeWindow, ATextThatWasChangedStays)
     });
 }
 
-TEST_F(ExchangeWindow, AStopAndAFolderThatCannotBeMadeAreTold)
+TEST_F(ExchangeWindow, AFolderThatCannotBeMadeIsTold)
 {
     ASSERT_NO_FATAL_FAILURE(openWithShifts());
     inDialog([&](ExchangeDialog& dialog) {
@@ -122,6 +122,16 @@ TEST_F(ExchangeWindow, AStopAndAFolderThatCannotBeMadeAreTold)
         dialog.m_pEditFolder->setText(path("w.ed3d/sub"));
         dialog.m_pButtonExport->click();
         EXPECT_TRUE(dialog.m_pLabelSays->text().contains("cannot be made"));
+    });
+}
+
+// Of frames enough that a busy machine does not write all of them before the click.
+TEST_F(ExchangeWindow, AStopLeavesNoText)
+{
+    simulate(m_dir.path(), "--frames 90 --size 192 --pixel-size 0.01 --tilt-start 2 --tilt-step -0.5");
+    ASSERT_NO_FATAL_FAILURE(openWithShifts());
+    inDialog([&](ExchangeDialog& dialog) {
+        dialog.m_listCheck[0]->setChecked(true);
         dialog.m_pEditFolder->setText(path("stopped"));
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {

@@ -262,6 +262,7 @@ TEST_F(FramesWindow, AClosingWindowEndsTheEvaluationAndLeavesTheShifts)
     evaluateShifts();
     const QByteArray bytesShift = readBytes(path("series.sc"));
     m_pWindow->show();
+    m_pFrames->m_pPlayDelaySpin->setValue(30);
     m_pActions->m_listSelection[1]->trigger();
     QTimer::singleShot(60, m_pWindow.get(), [&] { m_pWindow->close(); });
     m_pShift->m_pRunButton->click();

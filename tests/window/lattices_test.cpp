@@ -90,9 +90,10 @@ TEST_F(LatticeTypes, ATableOfAnEarlierCellIsNotShownAndGivesNoMatrix)
     loadPrimitiveCell();
     m_pCell->m_pButtonLattices->click();
     dialog.m_pButtonFillMatrix->click();
+    m_pCell->m_pButtonTest->click();
     m_pCell->m_pButtonTransform->click();
     EXPECT_FALSE(dialog.m_pTableTypes->isVisible());
-    EXPECT_TRUE(notes(dialog).first().contains("of an earlier cell"));
+    EXPECT_TRUE(notes(dialog).value(0).contains("of an earlier cell"));
     dialog.m_pButtonFillMatrix->click();
     EXPECT_EQ(m_pCell->m_apEditMatrix[0][1]->text(), "0");
     EXPECT_EQ(lines("The unit cell is another one than the table of lattices belongs to."), 1);

@@ -688,6 +688,7 @@ TEST_F(GroupsOfPeaks, GoAndUniteWhileSomeOfTheirPeaksAreOutOfSight)
 TEST_F(GroupsOfPeaks, WhatIsUnitedWithTheFirstBecomesTheSecond)
 {
     m_pRaw->removePointGroups({1, 3});
+    m_pMerging->m_pSpinResolutionMax->stepUp();  // brings B5
     m_pMerging->m_pSpinIntensityMin->setValue(1150);
     m_pGroups->setRangeSelected({0, 0, 1, 3}, true);
     m_pWindow->mergeSelectedPeakGroups();
