@@ -58,6 +58,7 @@ TEST_F(Reciprocal, CopyWindowTakesWhatTheTabShows)
 
 TEST_F(Reciprocal, ReflectionsForALookAreThePointsOfTheCellInForce)
 {
+    m_pTabs->setCurrentIndex(2);  // the page is that of the views
     m_pPanel->m_pButtonLoadHKL->click();
     EXPECT_EQ(lines("Unit cell is not ready. Stop."), 1);
     open();
