@@ -128,7 +128,7 @@ TEST_F(ExchangeWindow, AFolderThatCannotBeMadeIsTold)
 // Of frames enough that a busy machine does not write all of them before the click.
 TEST_F(ExchangeWindow, AStopLeavesNoText)
 {
-    simulate(m_dir.path(), "--frames 90 --size 192 --pixel-size 0.01 --tilt-start 2 --tilt-step -0.5");
+    simulate(m_dir.path(), "--frames 40 --size 192 --pixel-size 0.01 --tilt-start 2 --tilt-step -1");
     ASSERT_NO_FATAL_FAILURE(openWithShifts());
     inDialog([&](ExchangeDialog& dialog) {
         dialog.m_listCheck[0]->setChecked(true);
@@ -136,6 +136,7 @@ TEST_F(ExchangeWindow, AStopLeavesNoText)
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {
             if (dialog.m_pButtonExport->text() == "Stop") {
+                timer.stop();
                 dialog.m_pButtonExport->click();
             }
         });
