@@ -22,6 +22,7 @@ protected:
         WindowTest::SetUp();
         m_pWindow->resize(1280, 800);
         m_pWindow->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
         m_pController = m_pWindow->findChild<SelectionController*>();
         m_pPeaks = static_cast<PeakTableView*>(m_pTable);
         m_pPlot = m_pWindow->findChild<CurvePlot*>();
@@ -370,6 +371,7 @@ TEST_F(SelectionWindow, RingsOfResolutionLieOnTheFrame)
 TEST_F(SelectionWindow, ADragWithShiftMeasures)
 {
     m_pTabs->setCurrentIndex(0);
+    QCoreApplication::processEvents();  // laid out before places of it are named
     const QLocale locale = QLocale::system();
     const QColor colorLine(255, 200, 0);
     const auto pressed = onView({22, 32}), released = onView({42, 32});

@@ -125,6 +125,9 @@ protected:
     void SetUp() override
     {
         Reciprocal::SetUp();
+        m_pTabs->setCurrentIndex(1);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
+        QCoreApplication::processEvents();  // laid out before its points are fitted into it
         open();
         loadCell(g_matCell);
         m_pTabs->setCurrentIndex(1);
