@@ -186,7 +186,8 @@ void KnownCellDialog::readCif()
 void KnownCellDialog::search()
 {
     CRunFlag flag(m_bSearching);
-    if (!flag.isHeld()) {  // the wish to stop
+    if (!flag.isHeld()) {  // the wish to stop; a further click before the end would be one to start
+        m_pButtonSearch->setEnabled(false);
         return;
     }
     const CellParameters known = cell();
@@ -199,6 +200,7 @@ void KnownCellDialog::search()
         const auto ready = qScopeGuard([this] {
             enableNumbers(true);
             m_pButtonSearch->setText(tr("Search"));
+            m_pButtonSearch->setEnabled(true);
         });
         m_pLabelSays->setText(tr("Searching..."));
         m_result = m_fnSearch(known, options, m_bSearching);

@@ -155,12 +155,14 @@ void ExchangeDialog::askFolder()
 void ExchangeDialog::run()
 {
     CRunFlag flag(m_bRunning);
-    if (!flag.isHeld()) {  // the wish to stop
+    if (!flag.isHeld()) {  // the wish to stop; a further click before the end would be one to start
+        m_pButtonExport->setEnabled(false);
         return;
     }
     const auto ready = qScopeGuard([this] {
         m_pButtonExport->setText(tr("Export"));
         enableChoices(true);
+        choicesChanged();
     });
     enableChoices(false);
     m_pButtonExport->setText(tr("Stop"));
