@@ -135,8 +135,7 @@ TEST_F(ExchangeWindow, AStopLeavesNoText)
         dialog.m_pEditFolder->setText(path("stopped"));
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {
-            if (dialog.m_pButtonExport->text() == "Stop") {
-                timer.stop();
+            if (dialog.m_pButtonExport->text() == "Stop") {  // again and again, until the run ends
                 dialog.m_pButtonExport->click();
             }
         });
