@@ -90,7 +90,6 @@ TEST_F(LatticeTypes, ATableOfAnEarlierCellIsNotShownAndGivesNoMatrix)
     loadPrimitiveCell();
     m_pCell->m_pButtonLattices->click();
     dialog.m_pButtonFillMatrix->click();
-    m_pCell->m_pButtonTest->click();
     m_pCell->m_pButtonTransform->click();
     EXPECT_FALSE(dialog.m_pTableTypes->isVisible());
     EXPECT_TRUE(notes(dialog).value(0).contains("of an earlier cell"));

@@ -50,7 +50,11 @@ void MainWindow::transformUnitCellClicked()
     if (commitTransformedCell(m_dataSet)) {
         saveProjectCell(report);
     }
-    m_pCellPage->m_pButtonTest->setChecked(false);
+    if (m_pCellPage->m_pButtonTest->isChecked()) {
+        m_pCellPage->m_pButtonTest->setChecked(false);  // shows the new cell
+    } else {
+        showCellFit();
+    }
     showPeakText();  // the labels of the former cell
 }
 
