@@ -76,27 +76,34 @@ TEST(Gaps, AreBridgedByWhatLiesAroundThem)
     EXPECT_EQ(img.Data()[2 * 5 + 2], float((11 + 12 + 13 + 21 + 23) / 5.0));
 }
 
-TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
+/// Unusable on all frames: the cross, a disc, two clusters smaller than 16 pixels, and a triangle, whose
+/// sloping side would need too many rectangles, so that its area is an outline.
+bool isMarked(int x, int y)
+{
+    return isInCross(x, y) || std::hypot(x - 170, y - 40) < 25 || (x >= 4 && x < 8 && y >= 4 && y < 8) ||
+           (x == 30 && y == 200) || (y >= 140 && y < 220 && x >= 120 && x <= y - 20);
+}
+
+/// What six frames that are so marked have in common.
+FrameDefects markedDefects()
 {
     std::vector<FrameSigns> vecSigns;
-    qint64 nMarked = 0;
-    // Unusable on all frames: the cross, a disc, two clusters smaller than 16 pixels, and a triangle,
-    // whose sloping side would need too many rectangles, so that its area is an outline.
-    const auto isMarked = [](int x, int y) {
-        return isInCross(x, y) || std::hypot(x - 170, y - 40) < 25 || (x >= 4 && x < 8 && y >= 4 && y < 8) ||
-               (x == 30 && y == 200) || (y >= 140 && y < 220 && x >= 120 && x <= y - 20);
-    };
     for (unsigned n = 0; n < 6; ++n) {
         CImgObj<float> img = spots(n, QPointF(3.0 * n, 5.0 * n));
         // Part of another row on each frame is no defect, as the frames do not have it in common.
         cut(img, [&](int x, int y) { return isMarked(x, y) || (y == 150 + int(n) && x < 90); });
         vecSigns.push_back(signsOfFrame(img));
     }
-    const FrameDefects defects = defectsOf(vecSigns);
+    return defectsOf(vecSigns);
+}
+
+TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
+{
+    const FrameDefects defects = markedDefects();
     const MaskData mask = maskOfDefects(defects);
     EXPECT_EQ(mask.listPolygon, defects.listGap);  // neither shadows nor fixed lines beside
-    const int nAreas = defects.listGap.size();
-    EXPECT_LT(nAreas, 40);  // three rectangles of the cross, those of the disc, the outline of the triangle
+    // Three rectangles of the cross, those of the disc, the outline of the triangle.
+    EXPECT_LT(defects.listGap.size(), 40);
     int nWrong = 0, nWidened = 0;
     for (int y = 0; y < 240; ++y) {
         for (int x = 0; x < 220; ++x) {
@@ -105,7 +112,6 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
                                                  return polygon.containsPoint(QPointF(x, y), mask.fillRule);
                                              });
             const bool bTooSmall = (x < 8 && y < 8) || (x == 30 && y == 200);
-            nMarked += isMarked(x, y) ? 1 : 0;
             // An outline is widened by a pixel and simplified, so here the mask may reach further.
             const bool bNearTriangle = x > 115 && y > 135;
             nWidened += bNearTriangle && bMasked && !isMarked(x, y) ? 1 : 0;
@@ -114,10 +120,20 @@ TEST(Gaps, AreAreasThatTheFramesHaveInCommon)
     }
     EXPECT_EQ(nWrong, 0);
     EXPECT_LT(nWidened, 2 * (80 + 80 + 114));  // the sides of the triangle, two pixels wide
+}
+
+TEST(Gaps, AreToldByTheNumbersOfTheirAreasAndPixels)
+{
+    qint64 nMarked = 0;
+    for (int i = 0; i < 220 * 240; ++i) {
+        nMarked += isMarked(i % 220, i / 220) ? 1 : 0;
+    }
+    const FrameDefects defects = markedDefects();
     EXPECT_EQ(defects.nUnusable, nMarked);
     const QStringList listLine = tellDefects(defects);
     ASSERT_EQ(listLine.size(), 1) << listLine.join('|').toStdString();
-    EXPECT_TRUE(listLine[0].contains(QStringLiteral("%1 areas").arg(nAreas))) << listLine[0].toStdString();
+    EXPECT_TRUE(listLine[0].contains(QStringLiteral("%1 areas").arg(defects.listGap.size())))
+        << listLine[0].toStdString();
     EXPECT_TRUE(listLine[0].contains(QString::number(nMarked))) << listLine[0].toStdString();
 }
 
