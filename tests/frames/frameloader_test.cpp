@@ -32,6 +32,28 @@ protected:
     CRecordingReport m_report;
 };
 
+/// 2 × 2 samples of 32 bits behind the header, then the directory: tag, type, count, value.
+QByteArray tiffOfSampleFormat(int nFormat)
+{
+    QByteArray bytes("II*\0\x18\0\0\0", 8);
+    bytes += QByteArray(16, 'x') + QByteArray("\x0a\0", 2);
+    for (const auto& [nTag, nValue] : {std::pair(256, 2),
+                                       {257, 2},
+                                       {258, 32},
+                                       {259, 1},
+                                       {262, 1},
+                                       {273, 8},
+                                       {277, 1},
+                                       {278, 2},
+                                       {279, 16},
+                                       {339, nFormat}}) {
+        for (int n : {nTag, 4, 1, 0, nValue, 0}) {
+            bytes += QByteArray(1, char(n % 256)) + QByteArray(1, char(n / 256));
+        }
+    }
+    return bytes + QByteArray(4, '\0');
+}
+
 }  // namespace
 
 TEST(HotPixels, AreReplacedInListOrderAwayFromTheEdge)
@@ -177,26 +199,6 @@ TEST_F(Loader, EveryFailureNamesTheFileAndTheReason)
 
 TEST_F(Loader, AnotherContentThanItsNameSaysIsTold)
 {
-    // 2 × 2 samples of 32 bits behind the header, then the directory: tag, type, count, value.
-    const auto tiff = [](int nFormat) {
-        QByteArray bytes("II*\0\x18\0\0\0", 8);
-        bytes += QByteArray(16, 'x') + QByteArray("\x0a\0", 2);
-        for (const auto& [nTag, nValue] : {std::pair(256, 2),
-                                           {257, 2},
-                                           {258, 32},
-                                           {259, 1},
-                                           {262, 1},
-                                           {273, 8},
-                                           {277, 1},
-                                           {278, 2},
-                                           {279, 16},
-                                           {339, nFormat}}) {
-            for (int n : {nTag, 4, 1, 0, nValue, 0}) {
-                bytes += QByteArray(1, char(n % 256)) + QByteArray(1, char(n / 256));
-            }
-        }
-        return bytes + QByteArray(4, '\0');
-    };
     const CImgObj<float> img = makeImage(5, 4, [](int, int) { return 1; });
     ASSERT_TRUE(WriteMRC<float>({&img}, path("f.mrc")));
     const QByteArray mrc = readBytes(path("f.mrc"));
@@ -205,7 +207,7 @@ TEST_F(Loader, AnotherContentThanItsNameSaysIsTold)
         const char* pszName;
         QByteArray bytes;
         const char* pszReason;
-    } aRow[] = {{"a.tif", tiff(6), "TIFF of 32 bits a sample, complex; whole numbers of "},
+    } aRow[] = {{"a.tif", tiffOfSampleFormat(6), "TIFF of 32 bits a sample, complex; whole numbers of "},
                 {"b.tif", QByteArray("MM\0*", 4), "truncated: 4 of 8 header bytes"},
                 {"c.tif", mrc, " (the content is that of a MRC file; its name has to end in \".mrc\")"},
                 {"d.dm3", mrc, " (the content is that of a MRC file; "},
