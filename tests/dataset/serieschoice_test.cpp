@@ -142,8 +142,13 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
     QFile::remove(strPeaks);
     ASSERT_TRUE(keepSeriesChoice(strBase, plain));
     EXPECT_FALSE(QFileInfo::exists(seriesChoiceFile(strBase)));
+}
 
-    // A file that is not a valid choice is neither used nor replaced.
+TEST(SeriesChoice, OfAFileThatIsNotValidIsNeitherUsedNorReplaced)
+{
+    QTemporaryDir dir;
+    const QString strBase = dir.filePath("p");
+    QString strReason;
     for (const char* bytes :
          {"{}", "[", "{\"format\":\"Tessera series\",\"version\":1,\"bin\":0}",
           "{\"format\":\"Tessera series\",\"version\":1,\"skip\":\"x\"}",
@@ -156,7 +161,7 @@ TEST(SeriesChoice, ResultsAreKnownByTheChoiceThatMadeThem)
           "{\"format\":\"Tessera series\",\"version\":1,\"former\":[{\"file\":\"p.pk\"}]}"}) {
         writeBytes(seriesChoiceFile(strBase), bytes);
         EXPECT_FALSE(readSeriesChoice(strBase, &strReason)) << bytes;
-        EXPECT_FALSE(keepSeriesChoice(strBase, binned, &strReason));
+        EXPECT_FALSE(keepSeriesChoice(strBase, choiceOf("", "", 1, 2), &strReason));
         EXPECT_EQ(readBytes(seriesChoiceFile(strBase)), QByteArray(bytes));
     }
 }
