@@ -38,55 +38,59 @@ QString storeText(const DataSet& data)
     return strText;
 }
 
+const char* const g_pszFormerPeaks = "9 9 9 9 #0 {7,}";  // stay when the result is 0
+
+/// Reads these bytes into two frames that have peaks already, and compares what is there then and was said.
+void expectRead(const QByteArray& bytesFile, const QString& strStore, const QStringList& listMessage = {})
+{
+    SCOPED_TRACE(bytesFile.constData());
+    const bool bFormer = strStore == QLatin1String(g_pszFormerPeaks);
+    DataSet data;
+    setFrames(data, 2);
+    data.m_listPeakFrame = {{peakAt(9, 9, 9, 9)}};
+    data.m_listPeakFrame[0][0].nFrame = 0;
+    data.m_vecPeakGroup = {{{7}}};
+    CRecordingReport report;
+    QString strReason;
+    EXPECT_EQ(readPeakListBytes(data, bytesFile, "f.pk", report, &strReason), !bFormer);
+    EXPECT_EQ(storeText(data), strStore);
+    EXPECT_EQ(report.marked(), listMessage);
+    EXPECT_EQ(strReason.startsWith("f.pk: "), bFormer || !listMessage.isEmpty()) << strReason.toStdString();
+    EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..0", "end"}));
+}
+
 }  // namespace
 
-TEST(PeakList, ReadsEveryFormAndEndsAtTheFirstBrokenLine)
+TEST(PeakList, ReadsEveryForm)
 {
-    const QString strBad = "red Wrong file format for peak list: f.pk";
+    expectRead("1 0 0 1.5 2 3\n2 1 0 4 5 6 8000000000000001\n3 1 1 7 8 9 10 C000000000000000",
+               "1.5 2 3 3 #0 {}|4 5 6 6 #1 {0,63,}7 8 9 10 #2 {0,1,}");
+    expectRead("\xEF\xBB\xBF# head\r\n\r\n1 0 0 1 2 3\r# between\r\t2\t1  0 4 5 6 \n\n",
+               "1 2 3 3 #0 {}|4 5 6 6 #1 {}");
+    expectRead("1 1 5 1 1 1\n2 0 5 2 2 2\n3 1 5 3 3 3", "2 2 2 2 #1 {}|1 1 1 1 #0 {}3 3 3 3 #2 {}");
+    expectRead("1 0 0 1 1 1 80000000000000001\n2 0 1 1 1 1 zebra", "1 1 1 1 #0 {0,}1 1 1 1 #1 {}|");
+    expectRead("1 0 0 0.1 16777217 3", "0.10000000149 16777216 3 3 #0 {}|");  // single precision
+}
+
+TEST(PeakList, OfOtherFramesOrOutOfOrderLeavesTheFormerPeaks)
+{
     const QString strFrames =
         "red This peak list file does not match the current ed3d file in frame numbers.";
-    const QString strOld = "9 9 9 9 #0 {7,}";  // stays when the result is 0
-    struct Row {
-        QByteArray bytesFile;
-        QString strStore;
-        QStringList listMessage;
-    };
-    QList<Row> listRow = {
-        {"1 0 0 1.5 2 3\n2 1 0 4 5 6 8000000000000001\n3 1 1 7 8 9 10 C000000000000000",
-         "1.5 2 3 3 #0 {}|4 5 6 6 #1 {0,63,}7 8 9 10 #2 {0,1,}",
-         {}},
-        {"\xEF\xBB\xBF# head\r\n\r\n1 0 0 1 2 3\r# between\r\t2\t1  0 4 5 6 \n\n",
-         "1 2 3 3 #0 {}|4 5 6 6 #1 {}",
-         {}},
-        {"1 1 5 1 1 1\n2 0 5 2 2 2\n3 1 5 3 3 3", "2 2 2 2 #1 {}|1 1 1 1 #0 {}3 3 3 3 #2 {}", {}},
-        {"1 0 0 1 1 1 80000000000000001\n2 0 1 1 1 1 zebra", "1 1 1 1 #0 {0,}1 1 1 1 #1 {}|", {}},
-        {"1 0 0 0.1 16777217 3", "0.10000000149 16777216 3 3 #0 {}|", {}},  // single precision
-        {"1 0 0 1 2 3\n2 2 0 1 2 3", strOld, {strFrames}},
-        {"1 2147483647 0 1 2 3", strOld, {strFrames}}};
+    expectRead("1 0 0 1 2 3\n2 2 0 1 2 3", g_pszFormerPeaks, {strFrames});
+    expectRead("1 2147483647 0 1 2 3", g_pszFormerPeaks, {strFrames});
     for (const char* strNone : {"2 0 0 1 2 3", "1 0 0 1 2 3\n1 0 1 1 2 3", "", "# a\n#b"}) {
-        listRow.append({strNone, strOld, {}});
+        expectRead(strNone, g_pszFormerPeaks);
     }
+}
+
+TEST(PeakList, EndsAtTheFirstBrokenLine)
+{
     for (const QByteArray& strSecond :
          {QByteArray("2 0 1 4 5\n3 0 2 6 7 8"), QByteArray("2 0 1 4,5 1 6"), QByteArray("2 0 1 nan 5 6"),
           QByteArray("2 -1 1 4 5 6"), QByteArray("2 0 1 4 \0 6", 11),
           QByteArray("2 0 1 12.012345.6 5.0 5.0 8000000000000000")}) {
-        listRow.append({"1 0 0 1 2 3\n" + strSecond, "1 2 3 3 #0 {}|", {strBad}});
-    }
-    for (const Row& row : listRow) {
-        SCOPED_TRACE(row.bytesFile.constData());
-        DataSet data;
-        setFrames(data, 2);
-        data.m_listPeakFrame = {{peakAt(9, 9, 9, 9)}};
-        data.m_listPeakFrame[0][0].nFrame = 0;
-        data.m_vecPeakGroup = {{{7}}};
-        CRecordingReport report;
-        QString strReason;
-        EXPECT_EQ(readPeakListBytes(data, row.bytesFile, "f.pk", report, &strReason), row.strStore != strOld);
-        EXPECT_EQ(storeText(data), row.strStore);
-        EXPECT_EQ(report.marked(), row.listMessage);
-        EXPECT_EQ(strReason.startsWith("f.pk: "), row.strStore == strOld || !row.listMessage.isEmpty())
-            << strReason.toStdString();
-        EXPECT_EQ(report.m_listProgress, QStringList({"%p% 1..0", "end"}));
+        expectRead("1 0 0 1 2 3\n" + strSecond, "1 2 3 3 #0 {}|",
+                   {"red Wrong file format for peak list: f.pk"});
     }
 }
 
