@@ -69,6 +69,63 @@ QString valueOf(const QByteArray& bytes, const QString& strKey)
                  : strText.mid(n + strKey.size() + 1).section('\n', 0, 0).section("  ", 0, 0).trimmed();
 }
 
+/// A peak of frame 70, in the row of another one and next to no lattice point.
+GeometrySpot strayPeak(GeometrySpot stray, const SeriesGeometry& series,
+                       const std::vector<FramePlace>& listBeam)
+{
+    stray.nFrame = 70;
+    stray.dfTilt = series.listTilt[70];
+    const auto isOff = [&] {
+        const DoubleVector index = indicesOfPoint(
+            series.geometry,
+            pointOfPlace(series.geometry,
+                         {stray.place.dfX + listBeam[70].dfX - series.listBeam[70].dfX, stray.place.dfY},
+                         stray.dfTilt));
+        return std::any_of(index.begin(), index.end(),
+                           [](double df) { return std::abs(df - std::round(df)) > 0.4; });
+    };
+    while (!isOff()) {
+        stray.place.dfX += 1;
+    }
+    return stray;
+}
+
+/// Frames in a folder that has s1.img to s4.img, of the project "a b".
+class ExchangeChoice : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        CImgObj<float> image;
+        ASSERT_TRUE(image.Create(4, 4));
+        std::fill(image.Data(), image.Data() + 16, 7.f);
+        for (int n = 1; n <= 4; ++n) {
+            ASSERT_TRUE(writeSmvImage(smvHeaderTemplate(), image, path(QStringLiteral("s%1.img").arg(n))));
+        }
+        m_data.m_strProjectDir = m_dir.path();
+        m_data.m_strProjectName = "a b";
+        m_source.pData = &m_data;
+        m_source.strFolder = m_dir.path();
+    }
+    QString path(const QString& strName) const { return m_dir.filePath(strName); }
+    ExchangeFrames choose(const QString& strPattern, double dfDrift)
+    {
+        m_data.m_listFrameFile.clear();
+        m_data.m_listShift.clear();
+        m_source.series = {};
+        for (int n = 1; n <= 4; ++n) {
+            m_data.m_listFrameFile.append(path(strPattern.arg(n)));
+            m_data.m_listShift.append({dfDrift * n, -dfDrift * n});
+            m_source.series.listTilt.push_back(n);
+            m_source.series.listBeam.push_back({100 + dfDrift * n, 100 - dfDrift * n});
+        }
+        return chooseExchangeFrames(m_source);
+    }
+
+    QTemporaryDir m_dir;
+    DataSet m_data;
+    ExchangeSource m_source;
+};
+
 }  // namespace
 
 TEST(Exchange, NumbersOfFrames)
@@ -98,49 +155,31 @@ TEST(Exchange, NumbersOfFrames)
     EXPECT_EQ(numberingOfAngles({0, 1, 2, 1, 0}).last(), 5);
 }
 
-TEST(Exchange, WhichFramesOthersRead)
+TEST_F(ExchangeChoice, IsOfTheOriginalsWhereTheyStandStill)
 {
-    QTemporaryDir dir;
-    CImgObj<float> image;
-    ASSERT_TRUE(image.Create(4, 4));
-    std::fill(image.Data(), image.Data() + 16, 7.f);
-    DataSet dataSet;
-    dataSet.m_strProjectDir = dir.path();
-    dataSet.m_strProjectName = "a b";
-    ExchangeSource source;
-    source.pData = &dataSet;
-    source.strFolder = dir.path();
-    const auto choose = [&](const QString& strPattern, double dfDrift) {
-        dataSet.m_listFrameFile.clear();
-        dataSet.m_listShift.clear();
-        source.series = {};
-        for (int n = 1; n <= 4; ++n) {
-            dataSet.m_listFrameFile.append(dir.filePath(strPattern.arg(n)));
-            dataSet.m_listShift.append({dfDrift * n, -dfDrift * n});
-            source.series.listTilt.push_back(n);
-            source.series.listBeam.push_back({100 + dfDrift * n, 100 - dfDrift * n});
-        }
-        return chooseExchangeFrames(source);
-    };
-    for (int n = 1; n <= 4; ++n) {
-        ASSERT_TRUE(
-            writeSmvImage(smvHeaderTemplate(), image, dir.filePath(QStringLiteral("s%1.img").arg(n))));
-    }
     const ExchangeFrames still = choose("s%1.img", 0.2);
     EXPECT_TRUE(still.bOriginal);
     EXPECT_TRUE(still.listMoved.empty());
     EXPECT_EQ(still.numbering.pattern('?'), "s?.img");
     // A refined beam may wander where the shifts do not: copies moved by nothing would be no better.
-    source.series.listBeam[3].dfX += 3;
-    EXPECT_TRUE(chooseExchangeFrames(source).bOriginal);
-    // With a drift they would be their own targets, so that others are written elsewhere.
+    m_source.series.listBeam[3].dfX += 3;
+    EXPECT_TRUE(chooseExchangeFrames(m_source).bOriginal);
+}
+
+// Frames beside the project would be their own targets, so that others are written elsewhere.
+TEST_F(ExchangeChoice, IsOfMovedCopiesElsewhereWhereTheOriginalsDrift)
+{
     const ExchangeFrames drifting = choose("s%1.img", 1.5);
     EXPECT_FALSE(drifting.bOriginal);
-    EXPECT_EQ(drifting.files().first(), dir.filePath("a_b_smv/00001.img"));
+    EXPECT_EQ(drifting.files().first(), path("a_b_smv/00001.img"));
     EXPECT_EQ(drifting.listMoved[3].dfX, -6);
     EXPECT_EQ(drifting.listMoved[0].dfY, 1);
-    EXPECT_EQ(choose("f_%1.mrc", 0.2).files().last(), dir.filePath("f_4.img"));
-    EXPECT_EQ(choose("stack.mrc#%1", 0.2).files().last(), dir.filePath("stack_0004.img"));
+}
+
+TEST_F(ExchangeChoice, IsNamedAfterFramesOfOtherFormats)
+{
+    EXPECT_EQ(choose("f_%1.mrc", 0.2).files().last(), path("f_4.img"));
+    EXPECT_EQ(choose("stack.mrc#%1", 0.2).files().last(), path("stack_0004.img"));
 }
 
 TEST(Exchange, PassagesAreThoseOfThePrediction)
@@ -208,22 +247,7 @@ TEST(Exchange, PeaksComeBackAsTheirReflections)
         spot.dfWeight = n == nMiddle ? 2 : 1;
         listSpot.push_back(spot);
     }
-    GeometrySpot stray = listSpot.front();
-    stray.nFrame = 70;
-    stray.dfTilt = series.listTilt[70];
-    const auto isOff = [&] {  // next to no lattice point
-        const DoubleVector index = indicesOfPoint(
-            series.geometry,
-            pointOfPlace(series.geometry,
-                         {stray.place.dfX + listBeam[70].dfX - series.listBeam[70].dfX, stray.place.dfY},
-                         stray.dfTilt));
-        return std::any_of(index.begin(), index.end(),
-                           [](double df) { return std::abs(df - std::round(df)) > 0.4; });
-    };
-    while (!isOff()) {
-        stray.place.dfX += 1;
-    }
-    listSpot.push_back(stray);
+    listSpot.push_back(strayPeak(listSpot.front(), series, listBeam));
     const auto list = exchangeReflections(*told, listSpot, listBeam, series);
     ASSERT_EQ(list.size(), 1u);
     EXPECT_EQ(list[0].anIndex, told->indexOf(anIndex));
