@@ -120,7 +120,10 @@ TEST_F(Misfit, IsFollowedByAHintAtItsCause)
         }
         EXPECT_TRUE(outcome.strText.contains("Hint: " + firstHint())) << outcome.strText.toStdString();
     }
-    // Without a rotation no geometry can be found.
+}
+
+TEST_F(Misfit, OfASeriesWithoutARotationIsHintedAtAsSuch)
+{
     QByteArray bytesProject;
     for (QByteArray bytesLine : readBytes(m_dir.filePath("q.ed3d")).split('\n')) {
         if (bytesLine.startsWith("FILE ")) {
