@@ -170,6 +170,33 @@ const BadCase g_aBad[] = {
      {"--out", "%/file/sub"}},
 };
 
+QStringList argumentsOf(const BadCase& bad, const Series& series)
+{
+    QStringList list = {series.path("s.ed3d"), "--json", series.path("s.json")};
+    for (QString strArgument : bad.listArgument) {
+        list.append(strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
+    }
+    return list;
+}
+
+/// Status, summary and log tell that and why the run ended behind the stage.
+void expectNamed(const BadCase& bad, const Series& series, const BatchOutcome& outcome)
+{
+    EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
+    const QJsonObject summary = QJsonDocument::fromJson(series.read("s.json")).object();
+    EXPECT_EQ(summary["stage"].toString().toStdString(), bad.pszStage);
+    EXPECT_FALSE(summary["reached"].toBool(true));
+    EXPECT_FALSE(summary["failed"].toString().isEmpty());
+    EXPECT_TRUE(summary["reason"].toString().contains(QString::fromUtf8(bad.pszMessage)))
+        << summary["reason"].toString().toStdString() << '\n'
+        << outcome.strText.toStdString();
+    EXPECT_TRUE(outcome.strText.contains(summary["reason"].toString()));
+    EXPECT_EQ(QFile::exists(series.path("new/s.log")), bad.listArgument.contains("%/new"));
+    for (const char* pszLine : {"HKL file written", "p4p file written", "output to file"}) {
+        EXPECT_FALSE(outcome.strText.contains(QLatin1String(pszLine))) << pszLine << ", but it was not";
+    }
+}
+
 }  // namespace
 
 TEST(BadData, LeavesAnAxisThatThePeaksDoNotTellAsItWas)
@@ -200,30 +227,13 @@ TEST(BadData, IsNamedAndLeavesEarlierResultsAlone)
         for (const QString& strName : listResult) {
             listBefore.append(series.read(strName));
         }
-        QStringList listArgument = {series.path("s.ed3d"), "--json", series.path("s.json")};
-        for (QString strArgument : bad.listArgument) {
-            listArgument.append(
-                strArgument.replace(QStringLiteral("%/"), series.path("") + QLatin1Char('/')));
-        }
-        const BatchOutcome outcome = runBatch(listArgument);
-        EXPECT_EQ(outcome.nStatus, 1) << outcome.strText.toStdString();
-        const QJsonObject summary = QJsonDocument::fromJson(series.read("s.json")).object();
-        EXPECT_EQ(summary["stage"].toString().toStdString(), bad.pszStage);
-        EXPECT_FALSE(summary["reached"].toBool(true));
-        EXPECT_FALSE(summary["failed"].toString().isEmpty());
-        EXPECT_TRUE(summary["reason"].toString().contains(QString::fromUtf8(bad.pszMessage)))
-            << summary["reason"].toString().toStdString() << '\n'
-            << outcome.strText.toStdString();
-        EXPECT_TRUE(outcome.strText.contains(summary["reason"].toString()));
-        EXPECT_EQ(QFile::exists(series.path("new/s.log")), bad.listArgument.contains("%/new"));
+        const BatchOutcome outcome = runBatch(argumentsOf(bad, series));
+        expectNamed(bad, series, outcome);
         // Shifts, peaks and cell are of the stages that ended well, all else of the earlier run.
         const int nStage = listStage.indexOf(bad.pszStage);
         const bool abNew[] = {nStage >= 1, nStage >= 2, nStage >= 4, false, false, false};
         for (int i = 0; i < listResult.size(); ++i) {
             EXPECT_EQ(series.read(listResult[i]) != listBefore[i], abNew[i]) << listResult[i].toStdString();
-        }
-        for (const char* pszLine : {"HKL file written", "p4p file written", "output to file"}) {
-            EXPECT_FALSE(outcome.strText.contains(QLatin1String(pszLine))) << pszLine << ", but it was not";
         }
         const QStringList listLeft = QDir(series.path("")).entryList({"*.??????"}, QDir::Files);
         EXPECT_TRUE(listLeft.isEmpty()) << "left over: " << listLeft.join(' ').toStdString();
