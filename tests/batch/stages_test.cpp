@@ -31,6 +31,12 @@ protected:
     {
         return readBytes(m_dir.filePath(strOut + "/q." + strSuffix));
     }
+    static QList<QByteArray> sortedLines(const QByteArray& bytes)
+    {
+        QList<QByteArray> list = bytes.split('\n');
+        std::sort(list.begin(), list.end());
+        return list;
+    }
     void expectSameFiles(const QString& strOne, const QString& strOther) const
     {
         for (const char* pszSuffix : g_aszResult) {
@@ -38,6 +44,28 @@ protected:
             EXPECT_FALSE(bytes.isEmpty()) << pszSuffix;
             EXPECT_EQ(bytes, result(strOther, pszSuffix)) << pszSuffix;
         }
+    }
+    /// A bad result leaves the former file in the folder "apart", and replaces it where that is asked for.
+    void expectKeptUnlessAccepted(const QString& strSuffix, const QStringList& listArgument,
+                                  const char* pszSaid) const
+    {
+        const QByteArray bytesFormer = result("apart", strSuffix);
+        const BatchOutcome refused = batch("apart", listArgument);
+        EXPECT_EQ(refused.nStatus, 1) << refused.strText.toStdString();
+        EXPECT_TRUE(refused.strText.contains(pszSaid)) << refused.strText.toStdString();
+        EXPECT_EQ(result("apart", strSuffix), bytesFormer) << pszSaid;
+        EXPECT_EQ(batch("apart", listArgument + QStringList{"--accept"}).nStatus, 0) << pszSaid;
+        EXPECT_NE(result("apart", strSuffix), bytesFormer) << pszSaid;
+    }
+    /// The summary of a run to peak pairs in the folder "r", with its log.
+    QJsonObject refined(const QStringList& listMore, int nStatus = 0) const
+    {
+        const BatchOutcome outcome = batch("r", QStringList{"--json", m_dir.filePath("r.json")} + listMore);
+        EXPECT_EQ(outcome.nStatus, nStatus) << outcome.strText.toStdString();
+        QJsonObject summary = QJsonDocument::fromJson(readBytes(m_dir.filePath("r.json"))).object();
+        EXPECT_EQ(summary["stage"].toString(), nStatus == 0 ? "refine" : "index");
+        summary["log"] = outcome.strText;
+        return summary;
     }
     QTemporaryDir m_dir;
 };
@@ -187,33 +215,17 @@ TEST_F(Stages, StartFromTheFilesOfTheStagesBefore)
     EXPECT_EQ(result("apart", "pk"), bytesPeaks);
     EXPECT_EQ(result("apart", "uc"), result("through", "uc"));
     // The space group orders the reflections by groups; the reflections are the same.
-    QList<QByteArray> listOne = result("through", "hkl").split('\n');
-    QList<QByteArray> listOther = result("apart", "hkl").split('\n');
-    std::sort(listOne.begin(), listOne.end());
-    std::sort(listOther.begin(), listOther.end());
-    EXPECT_EQ(listOne, listOther);
-    EXPECT_GT(listOne.size(), 20);
+    const QList<QByteArray> listLine = sortedLines(result("through", "hkl"));
+    EXPECT_EQ(sortedLines(result("apart", "hkl")), listLine);
+    EXPECT_GT(listLine.size(), 20);
     EXPECT_FALSE(through.strText.contains("Warning:"));
     // A cell that fits by chance alone is judged bad, and costs no file unless that is asked for.
     writeBytes(m_dir.filePath("other.uc"), "a* 0.11 0 0\nb* 0 0.13 0\nc* 0 0 0.17\n");
-    const QByteArray bytesFormer = result("apart", "hkl");
-    QStringList listChance = {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold",
-                              "0.25"};
-    const BatchOutcome chance = batch("apart", listChance);
-    EXPECT_EQ(chance.nStatus, 1);
-    EXPECT_TRUE(chance.strText.contains("Warning: only ")) << chance.strText.toStdString();
-    EXPECT_EQ(result("apart", "hkl"), bytesFormer);
-    EXPECT_EQ(batch("apart", listChance + QStringList{"--accept"}).nStatus, 0);
-    EXPECT_NE(result("apart", "hkl"), bytesFormer);
+    expectKeptUnlessAccepted(
+        "hkl", {"--from", "index", "--cell", m_dir.filePath("other.uc"), "--index-threshold", "0.25"},
+        "Warning: only ");
     // Nor does a cell that was found where the axis is wrong take the place of the former one.
-    const QByteArray bytesCell = result("apart", "uc");
-    const QStringList listWrong = {"--from", "merge", "--axis", "10"};
-    const BatchOutcome wrong = batch("apart", listWrong);
-    EXPECT_EQ(wrong.nStatus, 1) << wrong.strText.toStdString();
-    EXPECT_TRUE(wrong.strText.contains("q.uc stays as it was; --accept ")) << wrong.strText.toStdString();
-    EXPECT_EQ(result("apart", "uc"), bytesCell);
-    EXPECT_EQ(batch("apart", listWrong + QStringList{"--accept"}).nStatus, 0);
-    EXPECT_NE(result("apart", "uc"), bytesCell);
+    expectKeptUnlessAccepted("uc", {"--from", "merge", "--axis", "10"}, "q.uc stays as it was; --accept ");
     // A cell that is the run's own is read and stays as it is.
     const QByteArray bytesOwn = result("through", "uc") + "a note\n";
     writeBytes(m_dir.filePath("apart/q.uc"), bytesOwn);
@@ -350,14 +362,6 @@ TEST_F(Stages, ThatCannotWriteEndWithStatusOneAndLeaveTheFormerFiles)
 TEST_F(Stages, RefineTheCellFromPeakPairsAndTouchNoFile)
 {
     ASSERT_EQ(batch("r", {"--to", "index"}).nStatus, 0);
-    const auto refined = [&](const QStringList& listMore, int nStatus = 0) {
-        const BatchOutcome outcome = batch("r", QStringList{"--json", m_dir.filePath("r.json")} + listMore);
-        EXPECT_EQ(outcome.nStatus, nStatus) << outcome.strText.toStdString();
-        QJsonObject summary = QJsonDocument::fromJson(readBytes(m_dir.filePath("r.json"))).object();
-        EXPECT_EQ(summary["stage"].toString(), nStatus == 0 ? "refine" : "index");
-        summary["log"] = outcome.strText;
-        return summary;
-    };
     // The indices of a later start are those of the stage index, whose files it leaves alone.
     const QJsonObject through = refined({"--from", "index", "--to", "refine", "--constant-background"});
     for (const char* pszSuffix : {"hkl", "p4p", "ipf"}) {
