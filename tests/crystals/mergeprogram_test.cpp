@@ -49,6 +49,13 @@ protected:
     {
         return runShell(m_strRoot, strBefore + QStringLiteral("tessera-merge ") + strArguments);
     }
+    /// Merges all to m, and returns what is there then.
+    QMap<QString, QByteArray> mergedFiles() const
+    {
+        const BatchOutcome outcome = merge("r empty --out m --known known.csv --jobs 1");
+        EXPECT_EQ(outcome.nStatus, 0) << outcome.strText.toStdString();
+        return filesIn(path("m"));
+    }
     /// Share by which merged amplitudes miss the true ones, on one scale.
     double amplitudesOff(const CCompound& compound, const QString& strFile, int nSign) const
     {
@@ -97,9 +104,12 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
                  dfOther = amplitudesOff(m_quartz, "m/m_2_quartz_merged.hkl", -1);
     EXPECT_LT(std::min(dfOne, dfOther), 0.04);
     EXPECT_GT(std::max(dfOne, dfOther), 0.2);
+}
 
-    // The record lists all other files, with their true sums, and what they were made of.
-    const QMap<QString, QByteArray> mapFile = filesIn(path("m"));
+// The record lists all other files, with their true sums, and what they were made of.
+TEST_F(MergeProgram, recordsItsFilesInputsAndCommand)
+{
+    const QMap<QString, QByteArray> mapFile = mergedFiles();
     const QJsonObject record = QJsonDocument::fromJson(mapFile["m.merge.json"]).object();
     EXPECT_EQ(record["files"].toArray().size(), mapFile.size() - 1);
     QJsonArray arrayAll = record["files"].toArray();
@@ -112,13 +122,23 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
                                 file["path"].toString().remove(m_strRoot + '/');
         EXPECT_EQ(file["sha256"].toString(), sha256Of(readBytes(strFile))) << strFile.toStdString();
     }
+    EXPECT_EQ(merge(record["command"].toString().section(' ', 1)).nStatus, 0);
+}
+
+TEST_F(MergeProgram, namesEachCrystalInTreeReportAndTable)
+{
+    const QMap<QString, QByteArray> mapFile = mergedFiles();
     for (const char* pszName : {"b1", "b2", "b3", "b4", "q1", "q2", "q3"}) {
         for (const char* pszFile : {"m_tree.svg", "m_report.html", "m_crystals.csv"}) {
             EXPECT_TRUE(mapFile[pszFile].contains(pszName)) << pszFile << pszName;
         }
     }
+}
 
-    // Other threads, order, and the record's own command: the same bytes. What stood there is no input.
+// What stood there is no input.
+TEST_F(MergeProgram, givesTheSameBytesForOtherThreadsAndAnotherOrder)
+{
+    const QMap<QString, QByteArray> mapFile = mergedFiles();
     QStringList listFolder = QDir(path("r")).entryList(QDir::Dirs | QDir::NoDotAndDotDot,
                                                        QDir::Name | QDir::Reversed);
     for (QString& strFolder : listFolder) {
@@ -137,7 +157,6 @@ TEST_F(MergeProgram, tellsCompoundsApartAndMergesEach)
     }
     EXPECT_EQ(merge("r empty --out m --known known.csv --jobs 2").nStatus, 0);
     EXPECT_EQ(filesIn(path("m")), mapFile);
-    EXPECT_EQ(merge(record["command"].toString().section(' ', 1)).nStatus, 0);
 }
 
 /// Names may contain place markers of messages, such as %1.
@@ -225,7 +244,11 @@ TEST_F(MergeProgram, answersByItsStatus)
                     QFileInfo::exists(path("m/m.merge.json")))
             << one.szArguments;
     }
-    // A file that is not a record of a merging is not overwritten.
+}
+
+TEST_F(MergeProgram, leavesAFileThatIsNotARecordOfAMerging)
+{
+    ASSERT_EQ(merge("r --out m").nStatus, 0);
     writeBytes(path("m/m.merge.json"), "{\"mine\": 1}");
     EXPECT_EQ(merge("r --out m").nStatus, 2);
     EXPECT_EQ(readBytes(path("m/m.merge.json")), "{\"mine\": 1}");
