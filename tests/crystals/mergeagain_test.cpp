@@ -190,37 +190,37 @@ TEST(MergePlace, thatIsRefusedHoldsNothing)
     EXPECT_EQ(other.take(options), QString());
 }
 
-/// A child puts files in place and is killed as soon as the first of them is seen there.
-TEST(MergeSet, thatIsKilledLeavesARecordThatTellsSo)
-{
-    const QTemporaryDir dir;
-    const QString strFolder = QFileInfo(dir.path()).canonicalFilePath() + QStringLiteral("/m");
-    const QString strRecord = strFolder + QStringLiteral("/m.merge.json");
-    const auto nameOf = [&](int n) { return strFolder + QStringLiteral("/m_%1_merged.hkl").arg(n); };
-    const int nFiles = 230;  // more than stay open at once
-    CrystalsJobOptions options;
-    options.strOutFolder = strFolder;
-    const auto write = [&](const QByteArray& bytes) {
+/// More files than stay open at once, put in place by this process or by a child that is killed.
+class KilledMergeSet : public testing::Test {
+protected:
+    void SetUp() override { write("0"); }
+    QString nameOf(int n) const { return m_strFolder + QStringLiteral("/m_%1_merged.hkl").arg(n); }
+    QJsonObject record() const { return QJsonDocument::fromJson(readBytes(m_strRecord)).object(); }
+    void write(const QByteArray& bytes) const
+    {
+        CrystalsJobOptions options;
+        options.strOutFolder = m_strFolder;
         CMergePlace place;
         EXPECT_EQ(place.take(options), QString());
-        const QJsonObject former = QJsonDocument::fromJson(readBytes(strRecord)).object();
+        const QJsonObject former = record();
         CMergeSet set(place, options);
-        for (int n = 1; n <= nFiles; ++n) {
+        for (int n = 1; n <= m_nFiles; ++n) {
             set.add(nameOf(n), bytes);
         }
         set.addRemovals(former, {});
-        const QJsonObject record{{"format", "tessera merge record"},
-                                 {"notes", QString::fromLatin1(bytes)},
-                                 {"files", set.files()}};
-        EXPECT_EQ(set.commit(strRecord, record, former), QString());
-    };
-    write("0");
-    for (int nRound = 1; nRound <= 3; ++nRound) {
-        const QByteArray bytesNew = QByteArray::number(nRound), bytesFormer = readBytes(nameOf(1));
+        const QJsonObject whole{{"format", "tessera merge record"},
+                                {"notes", QString::fromLatin1(bytes)},
+                                {"files", set.files()}};
+        EXPECT_EQ(set.commit(m_strRecord, whole, former), QString());
+    }
+    /// The child is killed as soon as the first of its files is seen in place.
+    void writeKilled(const QByteArray& bytes) const
+    {
+        const QByteArray bytesFormer = readBytes(nameOf(1));
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            write(bytesNew);
+            write(bytes);
             ::_exit(0);
         }
         QElapsedTimer timer;
@@ -229,21 +229,40 @@ TEST(MergeSet, thatIsKilledLeavesARecordThatTellsSo)
         }
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
-        const QJsonObject record = QJsonDocument::fromJson(readBytes(strRecord)).object();
-        if (record["unfinished"].toBool()) {
-            EXPECT_EQ(record["files"].toArray().size(), nFiles);
-            EXPECT_FALSE(record["former"].toArray().isEmpty());
+    }
+
+    const int m_nFiles = 230;
+    const QTemporaryDir m_dir;
+    const QString m_strFolder = QFileInfo(m_dir.path()).canonicalFilePath() + QStringLiteral("/m");
+    const QString m_strRecord = m_strFolder + QStringLiteral("/m.merge.json");
+};
+
+TEST_F(KilledMergeSet, leavesARecordThatTellsSo)
+{
+    for (const char* pszRound : {"1", "2", "3"}) {
+        ASSERT_NO_FATAL_FAILURE(writeKilled(pszRound));
+        const QJsonObject left = record();
+        if (left["unfinished"].toBool()) {
+            EXPECT_EQ(left["files"].toArray().size(), m_nFiles);
+            EXPECT_FALSE(left["former"].toArray().isEmpty());
         } else {  // it was through
-            EXPECT_EQ(record["notes"].toString(), QString::fromLatin1(bytesNew)) << nRound;
+            EXPECT_EQ(left["notes"].toString(), QString(pszRound));
         }
-        for (int n = 1; n <= nFiles; ++n) {
+        for (int n = 1; n <= m_nFiles; ++n) {
             EXPECT_FALSE(readBytes(nameOf(n)).isEmpty()) << n;
         }
     }
+}
+
+TEST_F(KilledMergeSet, isReplacedByTheNextOneWithNothingBeside)
+{
+    for (const char* pszRound : {"1", "2", "3"}) {
+        ASSERT_NO_FATAL_FAILURE(writeKilled(pszRound));
+    }
     write("last");
-    EXPECT_EQ(QDir(strFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
-              nFiles + 1);
-    EXPECT_EQ(readBytes(nameOf(nFiles)), "last");
+    EXPECT_EQ(QDir(m_strFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(),
+              m_nFiles + 1);
+    EXPECT_EQ(readBytes(nameOf(m_nFiles)), "last");
 }
 
 }  // namespace
