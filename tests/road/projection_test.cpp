@@ -69,56 +69,80 @@ TEST(Projection, DistortionLengthensAlongItsAzimuthAsSeenOnTheScreen)
     }
 }
 
-// Summed over its frames a reflection has |F|² times the Lorentz factor, the time that it takes through the
-// sphere: counts · step · |ds/dθ| / |F|² is one number for the whole series.
-TEST(Series, AReflectionSpreadsOverFramesWithTheLorentzFactor)
+namespace {
+
+/// A reflection that crosses the sphere well within a series, with its spots on all frames together.
+struct Passage {
+    double dfCounts = 0;
+    int nFirst = 1 << 30, nLast = 0, nFrames = 0;
+    double dfSpeed = 0;    ///< of the excitation error, Å⁻¹ per degree
+    double dfSquareF = 0;  ///< of the structure factor
+};
+
+/// Passages of a series from -30 to 30 degrees in such steps.
+std::vector<Passage> passages(double dfStep)
 {
     SimulationParameters p;
     p.strCrystal = QStringLiteral("kyanite");
     p.dfMosaicity = p.dfDrift = 0;
     p.dfTiltStart = -30;
+    p.dfTiltStep = dfStep;
+    p.nFrames = int(60 / dfStep);
+    QString strError;
+    const SimulatedSeries series = simulateSeries(p, strError).value_or(SimulatedSeries());
+    EXPECT_EQ(strError, QString());
+    std::map<std::array<int, 3>, Passage> mapPassage;
+    for (const auto& list : series.listDrawn) {
+        for (const TruthSpot& spot : list) {
+            Passage& passage = mapPassage[{spot.nH, spot.nK, spot.nL}];
+            passage.dfCounts += spot.dfCounts;
+            passage.nFirst = std::min(passage.nFirst, spot.nFrame);
+            passage.nLast = std::max(passage.nLast, spot.nFrame);
+            ++passage.nFrames;
+        }
+    }
+    const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis);
+    const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
+    std::vector<Passage> listPassage;
+    for (auto& [index, passage] : mapPassage) {
+        const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} * series.matBasis;
+        double dfTilt = 0;
+        const double dfMiddle = p.dfTiltStart + (passage.nFirst + passage.nLast) / 2.0 * dfStep;
+        if (passage.nFirst < 2 || passage.nLast > p.nFrames - 3 || passage.dfCounts < 2000 ||
+            lengthOf(vec) > 0.9 || std::hypot(vec[1], vec[2]) < 0.3 ||
+            !exactTilt(projection, vec, dfMiddle, dfTilt)) {
+            continue;
+        }
+        const auto error = [&](double df) { return projection.excitationError(projection.turned(vec, df)); };
+        passage.dfSpeed = std::abs(error(dfTilt + 0.01) - error(dfTilt - 0.01)) / 0.02;
+        passage.dfSquareF = std::norm(crystal.value(index[0], index[1], index[2]));
+        listPassage.push_back(passage);
+    }
+    EXPECT_GT(listPassage.size(), 100u);
+    return listPassage;
+}
+
+}  // namespace
+
+TEST(Series, AReflectionIsOnFramesInARow)
+{
     for (double dfStep : {0.25, 1.0}) {
-        p.dfTiltStep = dfStep;
-        p.nFrames = int(60 / dfStep);
-        QString strError;
-        const auto series = simulateSeries(p, strError);
-        ASSERT_TRUE(series) << strError.toStdString();
-        struct Total {
-            double dfCounts = 0;
-            int nFirst = 1 << 30, nLast = 0, nFrames = 0;
-        };
-        std::map<std::array<int, 3>, Total> mapTotal;
-        for (const auto& list : series->listDrawn) {
-            for (const TruthSpot& spot : list) {
-                Total& total = mapTotal[{spot.nH, spot.nK, spot.nL}];
-                total.dfCounts += spot.dfCounts;
-                total.nFirst = std::min(total.nFirst, spot.nFrame);
-                total.nLast = std::max(total.nLast, spot.nFrame);
-                ++total.nFrames;
-            }
+        for (const Passage& passage : passages(dfStep)) {
+            EXPECT_EQ(passage.nFrames, passage.nLast - passage.nFirst + 1) << dfStep;
         }
-        const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis);
-        const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
+    }
+}
+
+// Summed over its frames a reflection has |F|² times the Lorentz factor, the time that it takes through the
+// sphere: counts · step · |ds/dθ| / |F|² is one number for the whole series.
+TEST(Series, AReflectionHasTheLorentzFactorOverItsFrames)
+{
+    for (double dfStep : {0.25, 1.0}) {
         std::vector<double> listConstant;
-        for (const auto& [index, total] : mapTotal) {
-            const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} *
-                                series->matBasis;
-            double dfTilt = 0;
-            const double dfMiddle = p.dfTiltStart + (total.nFirst + total.nLast) / 2.0 * dfStep;
-            if (total.nFirst < 2 || total.nLast > p.nFrames - 3 || total.dfCounts < 2000 ||
-                lengthOf(vec) > 0.9 || std::hypot(vec[1], vec[2]) < 0.3 ||
-                !exactTilt(projection, vec, dfMiddle, dfTilt)) {
-                continue;
-            }
-            EXPECT_EQ(total.nFrames, total.nLast - total.nFirst + 1);
-            const double dfSpeed = std::abs(
-                                       projection.excitationError(projection.turned(vec, dfTilt + 0.01)) -
-                                       projection.excitationError(projection.turned(vec, dfTilt - 0.01))) /
-                                   0.02;
-            listConstant.push_back(total.dfCounts * dfStep * dfSpeed /
-                                   std::norm(crystal.value(index[0], index[1], index[2])));
+        for (const Passage& passage : passages(dfStep)) {
+            listConstant.push_back(passage.dfCounts * dfStep * passage.dfSpeed / passage.dfSquareF);
         }
-        ASSERT_GT(listConstant.size(), 100u);
+        ASSERT_FALSE(listConstant.empty());
         const auto range = std::minmax_element(listConstant.begin(), listConstant.end());
         EXPECT_LT(*range.second / *range.first, 1.01) << dfStep;
     }
