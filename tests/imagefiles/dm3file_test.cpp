@@ -124,61 +124,104 @@ TEST_F(Dm3, WalksOverEveryFormOfEntry)
     EXPECT_EQ(file.GetImageTag(), nullptr) << "the former tree is gone";
 }
 
-TEST_F(Dm3, BrokenFilesFailWithAReasonAndLeaveTheImage)
+namespace {
+
+QByteArray dm3With(const QByteArray& image)
 {
-    const QByteArray data4 = dm3::array("Data", 10, 4, "abcd");
-    const auto list = [](const QByteArray& image) { return dm3::file({dm3::group("ImageList", {image})}); };
-    const auto lone = [](const QByteArray& tag) { return dm3::file({tag}).chopped(8); };
+    return dm3::file({dm3::group("ImageList", {image})});
+}
+
+/// A file of one tag and nothing behind it.
+QByteArray dm3OfTag(const QByteArray& tag)
+{
+    return dm3::file({tag}).chopped(8);
+}
+
+struct BrokenDm3File {
+    QByteArray bytes;
+    QString strReason;  ///< begins so
+};
+
+const QByteArray g_dm3Data = dm3::array("Data", 10, 4, "abcd");
+
+class BrokenDm3 : public Dm3 {
+protected:
+    /// Expects that none is read, neither from memory nor from a file, and that the image stays as it was.
+    void expectReasons(const std::vector<BrokenDm3File>& vecFile)
+    {
+        CImgObj<float> image;
+        const float fOld = 7.f;
+        image.Set(&fOld, 1, 1);
+        for (const BrokenDm3File& broken : vecFile) {
+            QString strBytes, strFile;
+            EXPECT_EQ(read(broken.bytes, image, &strBytes), -1);
+            writeBytes(path("broken.dm3"), broken.bytes);
+            EXPECT_EQ(ReadDM3(image, path("broken.dm3"), &strFile), -1);
+            EXPECT_TRUE(strBytes.startsWith(broken.strReason))
+                << qPrintable(strBytes + " for " + broken.strReason);
+            EXPECT_EQ(strFile, strBytes);
+            ASSERT_EQ(image.Width(), 1);
+            EXPECT_EQ(image.Data()[0], fOld);
+        }
+    }
+};
+
+}  // namespace
+
+TEST_F(BrokenDm3, HeadersFailWithAReason)
+{
+    const QByteArray sound = dm3With(dm3::image(2, 2, 6, g_dm3Data));
+    EXPECT_EQ(pixels(sound), (std::vector<float>{'a', 'b', 'c', 'd'}));  // what the files break
+    expectReasons(
+        {{"", "truncated: 0 of 18 header bytes"},
+         {sound.left(sound.size() / 2), "truncated: "},
+         {dm3::big(4) + sound.mid(4, 32),
+          "group \"ImageList\" of 1 tags with 0 bytes left (version 4; this is a reader of version 3)"}});
+}
+
+TEST_F(BrokenDm3, GroupsFailWithAReason)
+{
     QByteArray nested;
     for (int i = 0; i < 100000; ++i) {
         nested += dm3::group("", {}).chopped(1) + '\1';  // each says that it has one child
     }
-    const QByteArray sound = list(dm3::image(2, 2, 6, data4));
     const QByteArray groups = dm3::group("", std::vector<QByteArray>(600000, dm3::group("", {})));
-    const struct {
-        QByteArray bytes;
-        QString strReason;  ///< begins so
-    } aCase[] = {
-        {"", "truncated: 0 of 18 header bytes"},
-        {sound.left(sound.size() / 2), "truncated: "},
-        {dm3::big(4) + sound.mid(4, 32),
-         "group \"ImageList\" of 1 tags with 0 bytes left (version 4; this is a reader of version 3)"},
-        {dm3::big(3) + QByteArray(10, 0) + dm3::big(UINT_MAX) + sound.mid(18),
-         "group \"RootDirectory\" of 4294967295 tags"},
-        {dm3::file({groups, groups}), "more than 1048576 tags"},
-        {lone("\x16" + QByteArray(20, 0)), "Error: tagtype = 22 at byte 18"},
-        {lone("\x15\xff\xff" + QByteArray(20, 0)), "truncated: head of a tag of 65546 bytes"},
-        {lone(dm3::entry("", {0}, "").replace(7, 4, dm3::big(UINT_MAX))), "Error: size of infoarry  <= 0"},
-        {lone(dm3::entry("", {0}, "").replace(7, 4, dm3::big(INT_MAX))),
-         "truncated: info array of 8589934588 bytes"},
-        {lone(dm3::entry("t", {15, 0, 0x80000001, 0, 2}, "abcd")), "Unknown tag \"t\" with"},
-        {lone(dm3::entry("a\n\xe4" + QByteArray(38, 'b'), {18, 5}, "")),
-         "Unknown tag \"a??" + QString(37, 'b') + "...\" with"},
-        {lone(dm3::array("t", 7, UINT_MAX, "")), "truncated: entry \"t\" of 4294967295 elements"},
-        {lone(dm3::entry("t", {20, 15, 0, 1, 0, 7, UINT_MAX}, "")), "truncated: entry \"t\""},
-        {dm3::file({}).replace(14, 4, dm3::big(1)).chopped(8) + nested, "groups nested more than 64 deep"},
-        {dm3::file({}), "no image"},
-        {list(dm3::group("", {dm3::group("Dimensions", {dm3::integer("", 2)})})), "image of 2 x 0 pixels"},
-        {list(dm3::image(2, 2, 6, dm3::group("Data", {}))), "no pixels"},
-        {list(dm3::image(1, 1, 3, data4)), "data type 3 (complex) is not read"},
-        {list(dm3::image(-2, -2, 6, data4)), "image of -2 x -2 pixels"},
-        {list(dm3::image(65536, 32768, 6, data4)), "image of 65536 x 32768 pixels"},
-        {list(dm3::image(INT_MAX, INT_MAX, 12, data4)), "image of 2147483647 x 2147483647 pixels"},
-        {list(dm3::image(2, 2, 10, data4)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}};
-    CImgObj<float> image;
-    const float fOld = 7.f;
-    image.Set(&fOld, 1, 1);
-    for (const auto& row : aCase) {
-        QString strBytes, strFile;
-        EXPECT_EQ(read(row.bytes, image, &strBytes), -1);
-        writeBytes(path("broken.dm3"), row.bytes);
-        EXPECT_EQ(ReadDM3(image, path("broken.dm3"), &strFile), -1);
-        EXPECT_TRUE(strBytes.startsWith(row.strReason)) << qPrintable(strBytes + " for " + row.strReason);
-        EXPECT_EQ(strFile, strBytes);
-    }
-    ASSERT_EQ(image.Width(), 1);
-    EXPECT_EQ(image.Data()[0], fOld);
-    EXPECT_EQ(pixels(sound), (std::vector<float>{'a', 'b', 'c', 'd'}));  // what the cases break
+    expectReasons(
+        {{dm3::big(3) + QByteArray(10, 0) + dm3::big(UINT_MAX) +
+              dm3With(dm3::image(2, 2, 6, g_dm3Data)).mid(18),
+          "group \"RootDirectory\" of 4294967295 tags"},
+         {dm3::file({groups, groups}), "more than 1048576 tags"},
+         {dm3::file({}).replace(14, 4, dm3::big(1)).chopped(8) + nested, "groups nested more than 64 deep"}});
+}
+
+TEST_F(BrokenDm3, EntriesFailWithAReason)
+{
+    expectReasons(
+        {{dm3OfTag("\x16" + QByteArray(20, 0)), "Error: tagtype = 22 at byte 18"},
+         {dm3OfTag("\x15\xff\xff" + QByteArray(20, 0)), "truncated: head of a tag of 65546 bytes"},
+         {dm3OfTag(dm3::entry("", {0}, "").replace(7, 4, dm3::big(UINT_MAX))),
+          "Error: size of infoarry  <= 0"},
+         {dm3OfTag(dm3::entry("", {0}, "").replace(7, 4, dm3::big(INT_MAX))),
+          "truncated: info array of 8589934588 bytes"},
+         {dm3OfTag(dm3::entry("t", {15, 0, 0x80000001, 0, 2}, "abcd")), "Unknown tag \"t\" with"},
+         {dm3OfTag(dm3::entry("a\n\xe4" + QByteArray(38, 'b'), {18, 5}, "")),
+          "Unknown tag \"a??" + QString(37, 'b') + "...\" with"},
+         {dm3OfTag(dm3::array("t", 7, UINT_MAX, "")), "truncated: entry \"t\" of 4294967295 elements"},
+         {dm3OfTag(dm3::entry("t", {20, 15, 0, 1, 0, 7, UINT_MAX}, "")), "truncated: entry \"t\""}});
+}
+
+TEST_F(BrokenDm3, ImagesFailWithAReason)
+{
+    expectReasons(
+        {{dm3::file({}), "no image"},
+         {dm3With(dm3::group("", {dm3::group("Dimensions", {dm3::integer("", 2)})})),
+          "image of 2 x 0 pixels"},
+         {dm3With(dm3::image(2, 2, 6, dm3::group("Data", {}))), "no pixels"},
+         {dm3With(dm3::image(1, 1, 3, g_dm3Data)), "data type 3 (complex) is not read"},
+         {dm3With(dm3::image(-2, -2, 6, g_dm3Data)), "image of -2 x -2 pixels"},
+         {dm3With(dm3::image(65536, 32768, 6, g_dm3Data)), "image of 65536 x 32768 pixels"},
+         {dm3With(dm3::image(INT_MAX, INT_MAX, 12, g_dm3Data)), "image of 2147483647 x 2147483647 pixels"},
+         {dm3With(dm3::image(2, 2, 10, g_dm3Data)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}});
 }
 
 TEST_F(Dm3, ALargeFileOfAnotherKindIsNotReadWhole)
