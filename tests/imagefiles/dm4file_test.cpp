@@ -172,57 +172,93 @@ TEST_F(Dm4, TellsWhatTheTagsTell)
     }
 }
 
-TEST_F(Dm4, BrokenFilesFailWithAReason)
+namespace {
+
+struct BrokenDm4File {
+    QByteArray bytes;
+    QString strReason;  ///< begins so
+};
+
+const QByteArray g_dm4Data = dm4::array(10, 4, "abcd");
+
+/// A file whose list of images has this one tag.
+QByteArray dm4With(const QByteArray& tag)
 {
-    const QByteArray data4 = dm4::array(10, 4, "abcd");
-    const auto list = [](const QByteArray& image) { return dm4::file({listOf({image})}); };
-    const auto inList = [](const QByteArray& tag) { return dm4::file({listOf({tag})}); };
+    return dm4::file({listOf({tag})});
+}
+
+class BrokenDm4 : public Dm4 {
+protected:
+    /// Expects that neither the image nor the header is read.
+    void expectReasons(const std::vector<BrokenDm4File>& vecFile)
+    {
+        for (const BrokenDm4File& broken : vecFile) {
+            EXPECT_TRUE(pixels(broken.bytes).empty());
+            EXPECT_TRUE(m_strReason.startsWith(broken.strReason))
+                << qPrintable(m_strReason + " for " + broken.strReason);
+            EXPECT_FALSE(header(broken.bytes).size.isValid());
+        }
+    }
+};
+
+}  // namespace
+
+TEST_F(BrokenDm4, HeadersFailWithAReason)
+{
+    const QByteArray sound = dm4With(dm4::image({2, 2}, 6, g_dm4Data));
+    expectReasons(
+        {{"", "truncated: 4 bytes at byte 0, 0 left"},
+         {dm3::big(3) + sound.mid(4), "group of 65792 tags with "},
+         {dm3::big(5) + sound.mid(4), "version 5; "},
+         {dm3::file({dm3::group("ImageList", {dm3::image(2, 2, 6, dm3::array("Data", 10, 4, "abcd"))})}),
+          "version 3; "}});
+}
+
+TEST_F(BrokenDm4, GroupsFailWithAReason)
+{
     QByteArray nested;
     for (int i = 0; i < 100; ++i) {
         nested = dm4::group("", {nested.isEmpty() ? dm4::integer("", 1) : nested});
     }
-    const QByteArray sound = list(dm4::image({2, 2}, 6, data4));
     QByteArray many = dm4::group("", {});
     for (int i = 0; i < 1 << 20; ++i) {
         many += dm4::group("", {});
     }
+    const QByteArray sound = dm4With(dm4::image({2, 2}, 6, g_dm4Data));
+    expectReasons(
+        {{sound.left(18) + dm4::big(quint64(1) << 62) + sound.mid(26), "group of 4611686018427387904 tags"},
+         {dm4With(nested), "groups nested more than 64 deep"},
+         {dm4::file({dm4::tag('\x14', "ImageList", QByteArray(2, 0) + dm4::big((1 << 20) + 1) + many)}),
+          "more than 1048576 tags"}});
+}
+
+TEST_F(BrokenDm4, EntriesFailWithAReason)
+{
     const quint64 nHuge = quint64(1) << 62;
-    const struct {
-        QByteArray bytes;
-        QString strReason;  ///< begins so
-    } aCase[] = {
-        {"", "truncated: 4 bytes at byte 0, 0 left"},
-        {dm3::big(3) + sound.mid(4), "group of 65792 tags with "},
-        {dm3::big(5) + sound.mid(4), "version 5; "},
-        {dm3::file({dm3::group("ImageList", {dm3::image(2, 2, 6, dm3::array("Data", 10, 4, "abcd"))})}),
-         "version 3; "},
-        {sound.left(18) + dm4::big(nHuge) + sound.mid(26), "group of 4611686018427387904 tags"},
-        {dm4::file({"\x16" + QByteArray(30, 0)}), "tag of the kind 22 at byte 26"},
-        {inList(dm4::entry("t", {10}, "a").replace(4, 8, dm4::big(nHuge))), "truncated: tag of 4611686"},
-        {inList(dm4::entry("t", {20, 7, nHuge}, "")), "truncated: 4611686018427387904 elements of 8 bytes"},
-        {inList(dm4::entry("t", {20, 15, 0, 1, 0, 7, nHuge}, "")), "truncated: 4611686018427387904 elements"},
-        {inList(dm4::entry("t", {}, "")), "info array of 0 words"},
-        {inList(nested), "groups nested more than 64 deep"},
-        {dm4::file({dm4::tag('\x14', "ImageList", QByteArray(2, 0) + dm4::big((1 << 20) + 1) + many)}),
-         "more than 1048576 tags"},
-        {dm4::file({}), "no image"},
-        {list(dm4::integer("", 1)), "no image"},
-        {list(dm4::image({2}, 6, data4)), "image of 2 x 0 pixels"},
-        {list(dm4::image({65536, 32768}, 6, data4)), "image of 65536 x 32768 pixels"},
-        {list(dm4::image({UINT_MAX, 1}, 6, data4)), "image of 0 x 1 pixels"},
-        {list(dm4::image({2, 2}, 6, dm4::group("Data", {}))), "no pixels"},
-        {list(dm4::image({2, 2}, 6, dm4::entry("Data", {20, 20, 1, 1}, "abcd"))),
-         "2 x 2 pixels of 1 bytes, but 0"},
-        {list(dm4::image({1, 1}, 23, data4)), "data type 23 (colour) is not read"},
-        {list(dm4::image({1, 1, 1 << 17}, 6, dm4::array(10, 1 << 17, QByteArray(1 << 17, 'a')))),
-         "131072 images of 1 bytes"},
-        {list(dm4::image({2, 2}, 10, data4)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}};
-    for (const auto& row : aCase) {
-        EXPECT_TRUE(pixels(row.bytes).empty());
-        EXPECT_TRUE(m_strReason.startsWith(row.strReason))
-            << qPrintable(m_strReason + " for " + row.strReason);
-        EXPECT_FALSE(header(row.bytes).size.isValid());
-    }
+    expectReasons(
+        {{dm4::file({"\x16" + QByteArray(30, 0)}), "tag of the kind 22 at byte 26"},
+         {dm4With(dm4::entry("t", {10}, "a").replace(4, 8, dm4::big(nHuge))), "truncated: tag of 4611686"},
+         {dm4With(dm4::entry("t", {20, 7, nHuge}, "")), "truncated: 4611686018427387904 elements of 8 bytes"},
+         {dm4With(dm4::entry("t", {20, 15, 0, 1, 0, 7, nHuge}, "")),
+          "truncated: 4611686018427387904 elements"},
+         {dm4With(dm4::entry("t", {}, "")), "info array of 0 words"}});
+}
+
+TEST_F(BrokenDm4, ImagesFailWithAReason)
+{
+    expectReasons(
+        {{dm4::file({}), "no image"},
+         {dm4With(dm4::integer("", 1)), "no image"},
+         {dm4With(dm4::image({2}, 6, g_dm4Data)), "image of 2 x 0 pixels"},
+         {dm4With(dm4::image({65536, 32768}, 6, g_dm4Data)), "image of 65536 x 32768 pixels"},
+         {dm4With(dm4::image({UINT_MAX, 1}, 6, g_dm4Data)), "image of 0 x 1 pixels"},
+         {dm4With(dm4::image({2, 2}, 6, dm4::group("Data", {}))), "no pixels"},
+         {dm4With(dm4::image({2, 2}, 6, dm4::entry("Data", {20, 20, 1, 1}, "abcd"))),
+          "2 x 2 pixels of 1 bytes, but 0"},
+         {dm4With(dm4::image({1, 1}, 23, g_dm4Data)), "data type 23 (colour) is not read"},
+         {dm4With(dm4::image({1, 1, 1 << 17}, 6, dm4::array(10, 1 << 17, QByteArray(1 << 17, 'a')))),
+          "131072 images of 1 bytes"},
+         {dm4With(dm4::image({2, 2}, 10, g_dm4Data)), "2 x 2 pixels of 2 bytes, but 4 bytes of data"}});
 }
 
 TEST_F(Dm4, FilesThatAreCutFailWithAReason)
