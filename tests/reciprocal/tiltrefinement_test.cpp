@@ -171,55 +171,90 @@ TEST(CubicModel, TheOrientationOfACubicCrystalIsFound)
     }
 }
 
-TEST(ExpectedFrames, TheTableHoldsErrorsBySeries)
-{
-    PerfectSeries series(g_cell, 0.8, 0);
-    for (int n = 0; n < 101; ++n) {
-        series.data.m_listBeamTiltBreak.append(n % 40 == 0);
-    }
-    QList<Peak3D> list;
-    for (const Peak3D& peak : series.merged()) {
-        if (peak.nFrame == 42 && list.size() < 3) {
-            list.append(peak);
+namespace {
+
+/// Three reflections of a frame in the second of three series, the first 0.3 degrees off, and one of no
+/// indices.
+class ExpectedFrames : public testing::Test {
+protected:
+    ExpectedFrames() : m_series(g_cell, 0.8, 0), m_listBefore(m_series.data.m_listCell)
+    {
+        for (int n = 0; n < 101; ++n) {
+            m_series.data.m_listBeamTiltBreak.append(n % 40 == 0);
         }
+        for (const Peak3D& peak : m_series.merged()) {
+            if (peak.nFrame == 42 && m_list.size() < 3) {
+                m_list.append(peak);
+            }
+        }
+        m_list[0].dfTiltFit += 0.3;
+        m_list.append(Peak3D());
+        distort(m_listBefore);
     }
-    list[0].dfTiltFit += 0.3;
-    list.append(Peak3D());
-    QList<Vec3D> listBefore = series.data.m_listCell;
-    distort(listBefore);
-    CRecordingReport report;
-    const QList<ExpectedFrame> listRow = calExpectedFrameNo(listBefore, series.data.m_listCell, list,
-                                                            series.data, report);
-    ASSERT_EQ(listRow.size(), 3);  // (0, 0, 0) has no tilt
+    /// The rows, with a refinement from the distorted cell to the true one.
+    QList<ExpectedFrame> rows(bool bExchanged = false)
+    {
+        const QList<ExpectedFrame> listRow = calExpectedFrameNo(
+            m_listBefore, m_series.data.m_listCell, m_list, m_series.data, m_report, {}, bExchanged);
+        EXPECT_EQ(listRow.size(), 3);  // (0, 0, 0) has no tilt
+        return listRow;
+    }
+    PerfectSeries m_series;
+    QList<Vec3D> m_listBefore;
+    QList<Peak3D> m_list;
+    CRecordingReport m_report;
+};
+
+}  // namespace
+
+TEST_F(ExpectedFrames, HaveErrorsBySeries)
+{
+    const QList<ExpectedFrame> listRow = rows();
+    ASSERT_EQ(listRow.size(), 3);
     EXPECT_NEAR(listRow[0].dfErrAfter, 0.3, 5e-4);
     EXPECT_NEAR(listRow[1].dfSeriesMean, 0.1, 5e-4);
     EXPECT_EQ(listRow[1].nPlaceInSeries, 2);
-    EXPECT_TRUE(
-        report.m_listLine[1].startsWith("   h    k    l  A      Int  FNo     d-RA    TiltO    TiltF   TiltC1 "
-                                        "  TiltC2   Delta1   Delta2       DD "
-                                        "     Avg  ErrDiff  d-value    Alpha BTFrame\n"));
-    EXPECT_EQ(report.m_listLine[1].count('\n'), 4);
-    ASSERT_TRUE(series.data.m_spaceGroup.setSpaceGroup(38));  // A m m 2: k + l even
-    calExpectedFrameNo(listBefore, series.data.m_listCell, list, series.data, report, {}, true);
+    EXPECT_TRUE(m_report.m_listLine[3].contains(", 0.173"));  // 0.3/√3
+}
+
+TEST_F(ExpectedFrames, TheTableHasItsHead)
+{
+    rows();
+    EXPECT_TRUE(m_report.m_listLine[1].startsWith(
+        "   h    k    l  A      Int  FNo     d-RA    TiltO    TiltF   TiltC1 "
+        "  TiltC2   Delta1   Delta2       DD "
+        "     Avg  ErrDiff  d-value    Alpha BTFrame\n"));
+    EXPECT_EQ(m_report.m_listLine[1].count('\n'), 4);
+}
+
+TEST_F(ExpectedFrames, TheTableHasTheNumbersOfTheRows)
+{
+    ASSERT_TRUE(m_series.data.m_spaceGroup.setSpaceGroup(38));  // A m m 2: k + l even
+    const QList<ExpectedFrame> listRow = rows(true);
+    const QStringList listLine = m_report.m_listLine[1].split('\n');
+    ASSERT_EQ(listLine.size(), 5);
     for (int n = 0; n < 3; ++n) {
         const ExpectedFrame& row = listRow[n];
         const Peak3D& p = row.peak;
-        const QPointF d = fromBeam(p, series.data);
+        const QPointF d = fromBeam(p, m_series.data);
         const double dfD = 1 / std::sqrt(g_cell.calculate_1_d2({int(p.dfH), int(p.dfK), int(p.dfL)}));
-        EXPECT_EQ(report.m_listLine[6].split('\n')[n + 1],
+        EXPECT_EQ(listLine[n + 1],
                   QString::asprintf("%4d %4d %4d %2d   1000.0   43 %8.1f %8.2f %8.3f %8.3f %8.3f %8.3f %8.3f "
                                     "%8.3f %8.3f %8.3f %8.3f %8.1f        2",
                                     int(p.dfH), int(p.dfK), int(p.dfL), int(p.dfH + p.dfL) % 2 == 0,
-                                    distance(p, series.data), series.data.m_listOverallTilt[42], p.dfTiltFit,
-                                    row.dfTiltBefore, row.dfTiltAfter, p.dfTiltFit - row.dfTiltBefore,
-                                    p.dfTiltFit - row.dfTiltAfter,
+                                    distance(p, m_series.data), m_series.data.m_listOverallTilt[42],
+                                    p.dfTiltFit, row.dfTiltBefore, row.dfTiltAfter,
+                                    p.dfTiltFit - row.dfTiltBefore, p.dfTiltFit - row.dfTiltAfter,
                                     std::fabs(row.dfErrBefore) - std::fabs(row.dfErrAfter), row.dfSeriesMean,
                                     row.dfErrAfter - row.dfSeriesMean, dfD,
                                     std::fmod(std::atan2(-d.y(), d.x()) / g_dfRadians + 360, 360)));
     }
-    EXPECT_TRUE(report.m_listLine[3].contains(", 0.173"));  // 0.3/√3
-    calExpectedFrameNo({}, listBefore, list, series.data, report);
-    EXPECT_EQ(report.marked().last(), "red Unit cell error.");
+}
+
+TEST_F(ExpectedFrames, AreNoneWithoutACell)
+{
+    EXPECT_TRUE(calExpectedFrameNo({}, m_listBefore, m_list, m_series.data, m_report).isEmpty());
+    EXPECT_EQ(m_report.marked().last(), "red Unit cell error.");
 }
 
 }  // namespace tessera
