@@ -201,57 +201,81 @@ TEST(DiffractionGeometry, placesAreThoseOfTheComplexFormulaAndLeadBack)
     EXPECT_FALSE(placeOfReflection(geometry, {1000, 0, 0}, 0)) << "beyond the sphere";
 }
 
-/// Central differences of all residuals by every number, for a free cell and for a monoclinic centred one.
-TEST(GeometryResiduals, derivativesAreDifferenceQuotients)
-{
-    std::mt19937 random(3);
-    SeriesTruth truth = distortedTruth(random);
-    truth.dfReach = 0.4;
-    GeometryWork work;
-    work.fixed = geometryOf(truth);
-    work.dfAzimuthZero = truth.dfAxis + 3;
-    work.listSpot = simulatedSpots(truth, random);
-    numberChains(work.listSpot);
-    for (size_t n = 0; n < work.listSpot.size(); ++n) {
-        work.listUsed.push_back(int(n));
+namespace {
+
+/// Spots of a distorted series, all of them in use.
+struct DistortedSpots {
+    DistortedSpots()
+    {
+        std::mt19937 random(3);
+        SeriesTruth truth = distortedTruth(random);
+        truth.dfReach = 0.4;
+        matBasis = truth.matDirect.inverse().transpose();
+        work.fixed = geometryOf(truth);
+        work.dfAzimuthZero = truth.dfAxis + 3;
+        work.listSpot = simulatedSpots(truth, random);
+        numberChains(work.listSpot);
+        for (size_t n = 0; n < work.listSpot.size(); ++n) {
+            work.listUsed.push_back(int(n));
+        }
     }
+    GeometryWork work;
+    Eigen::Matrix3d matBasis;
+};
+
+/// Compares the derivatives of all residuals by every number with central differences.
+void expectDifferenceQuotients(const GeometryWork& work, const GeometryNumbers& numbers, const CellForm& form)
+{
     const CGeometryResiduals residuals = work.residuals();
     ASSERT_GT(residuals.spots(), 50);
     ASSERT_LT(residuals.chains(), residuals.spots());
+    std::vector<int> listFree;
+    for (int n = 0; n < GeometryNumbersEnd; ++n) {
+        if (!isOfCell(n) || n < form.freeNumbers()) {
+            listFree.push_back(n);
+        }
+    }
+    Eigen::VectorXd vec, vecUp, vecDown;
+    RowMatrix jacobian;
+    residuals.evaluate(numbers, form, listFree, vec, &jacobian);
+    for (size_t n = 0; n < listFree.size(); ++n) {
+        const double dfStep = 1e-5;
+        GeometryNumbers up = numbers, down = numbers;
+        up[size_t(listFree[n])] += dfStep;
+        down[size_t(listFree[n])] -= dfStep;
+        residuals.evaluate(up, form, {}, vecUp, nullptr);
+        residuals.evaluate(down, form, {}, vecDown, nullptr);
+        const Eigen::VectorXd quotient = (vecUp - vecDown) / (2 * dfStep);
+        const Eigen::VectorXd column = jacobian.col(Eigen::Index(n));
+        EXPECT_LT((quotient - column).norm(), 1e-6 * column.norm())
+            << geometryNumberName(listFree[n]).toStdString();
+    }
+}
+
+}  // namespace
+
+TEST(GeometryResiduals, derivativesWithAFreeCellAreDifferenceQuotients)
+{
+    const DistortedSpots spots;
+    const CellForm form;
+    GeometryNumbers numbers = numbersOf(spots.work.fixed, spots.work.dfAzimuthZero);
+    form.setStart(numbers, spots.matBasis);
+    expectDifferenceQuotients(spots.work, numbers, form);
+}
+
+TEST(GeometryResiduals, derivativesWithAMonoclinicCentredCellAreDifferenceQuotients)
+{
+    const DistortedSpots spots;
     CellConstraint constraint;
     constraint.system = LatticeSystem::Monoclinic;
     constraint.matTransform << 1, 1, 0, -1, 1, 0, 0, 0, 1;
-    const Eigen::Matrix3d matBasis = truth.matDirect.inverse().transpose();
-    for (const CellForm& form : {CellForm(), CellForm(constraint, matBasis)}) {
-        GeometryNumbers numbers = numbersOf(work.fixed, work.dfAzimuthZero);
-        form.setStart(numbers, matBasis);
-        if (form.isConstrained()) {
-            numbers[0] = 0.01;
-            numbers[2] = -0.02;
-        }
-        std::vector<int> listFree;
-        for (int n = 0; n < GeometryNumbersEnd; ++n) {
-            if (!isOfCell(n) || n < form.freeNumbers()) {
-                listFree.push_back(n);
-            }
-        }
-        Eigen::VectorXd vec, vecUp, vecDown;
-        RowMatrix jacobian;
-        residuals.evaluate(numbers, form, listFree, vec, &jacobian);
-        for (size_t n = 0; n < listFree.size(); ++n) {
-            const double dfStep = 1e-5;
-            GeometryNumbers up = numbers, down = numbers;
-            up[size_t(listFree[n])] += dfStep;
-            down[size_t(listFree[n])] -= dfStep;
-            residuals.evaluate(up, form, {}, vecUp, nullptr);
-            residuals.evaluate(down, form, {}, vecDown, nullptr);
-            const Eigen::VectorXd quotient = (vecUp - vecDown) / (2 * dfStep);
-            const Eigen::VectorXd column = jacobian.col(Eigen::Index(n));
-            EXPECT_LT((quotient - column).norm(), 1e-6 * column.norm())
-                << geometryNumberName(listFree[n]).toStdString()
-                << (form.isConstrained() ? " constrained" : "");
-        }
-    }
+    const CellForm form(constraint, spots.matBasis);
+    ASSERT_TRUE(form.isConstrained());
+    GeometryNumbers numbers = numbersOf(spots.work.fixed, spots.work.dfAzimuthZero);
+    form.setStart(numbers, spots.matBasis);
+    numbers[0] = 0.01;
+    numbers[2] = -0.02;
+    expectDifferenceQuotients(spots.work, numbers, form);
 }
 
 }  // namespace tessera
