@@ -89,50 +89,81 @@ CellConstraint constraintOf(LatticeSystem system)
 
 }  // namespace
 
-/// Compares the errors of the estimates with their standard errors, over many small series.
-TEST(GeometryRefinement, standardErrorsAreThoseOfTheEstimates)
+namespace {
+
+/// The errors of estimates as parts of their standard errors, over many small series.
+class StandardErrors : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        for (int n = 0; n < 30; ++n) {
+            std::mt19937 random(unsigned(100 + n));
+            SeriesTruth truth = plainTruth(random);
+            truth.dfShare = 0.4;
+            if (n % 2 == 1) {
+                truth.listDrift = drift(truth.nFrames, 0.5, 0);
+            }
+            GeometryRefinementOptions options;
+            options.bEllipse = options.bTiltScale = options.bAxisOutOfPlane = options.bThirdOrder = false;
+            const GeometryRefinement result = refined(simulatedSpots(truth, random),
+                                                      startOf(truth, 0.002, random), options);
+            ASSERT_TRUE(result.done()) << result.strReason.toStdString();
+            s_listSeries.push_back({truth, result.free});
+        }
+    }
+    static void TearDownTestSuite() { s_listSeries.clear(); }
+
+    void add(double dfFound, double dfTrue, double dfError)
+    {
+        ASSERT_GT(dfError, 0);
+        m_dfSum += std::pow((dfFound - dfTrue) / dfError, 2);
+        ++m_nCount;
+    }
+    /// Expects that the mean square of what was added is about 1.
+    void expectUnity() const
+    {
+        const double dfMean = m_dfSum / m_nCount;
+        RecordProperty("mean", std::to_string(dfMean));
+        EXPECT_GT(dfMean, 0.5);
+        EXPECT_LT(dfMean, 2.0);
+    }
+    struct Estimated {
+        SeriesTruth truth;
+        GeometryModel model;
+    };
+    inline static std::vector<Estimated> s_listSeries;
+
+private:
+    double m_dfSum = 0;
+    int m_nCount = 0;
+};
+
+}  // namespace
+
+TEST_F(StandardErrors, areThoseOfTheCell)
 {
-    const int nSeries = 30;
-    double dfSum[2] = {0, 0};
-    int nCount[2] = {0, 0};
-    for (int n = 0; n < nSeries; ++n) {
-        std::mt19937 random(unsigned(100 + n));
-        SeriesTruth truth = plainTruth(random);
-        truth.dfShare = 0.4;
-        if (n % 2 == 1) {
-            truth.listDrift = drift(truth.nFrames, 0.5, 0);
-        }
-        GeometryRefinementOptions options;
-        options.bEllipse = options.bTiltScale = options.bAxisOutOfPlane = options.bThirdOrder = false;
-        const GeometryRefinement result = refined(simulatedSpots(truth, random),
-                                                  startOf(truth, 0.002, random), options);
-        ASSERT_TRUE(result.done()) << result.strReason.toStdString();
-        const auto add = [&](int nKind, double dfFound, double dfTrue, double dfError) {
-            ASSERT_GT(dfError, 0);
-            dfSum[nKind] += std::pow((dfFound - dfTrue) / dfError, 2);
-            ++nCount[nKind];
-        };
-        const std::array<double, 6> aTrue = cellNumbers(truth.matDirect), aFound = result.free.cell.numbers(),
-                                    aError = result.free.cellErrors.numbers();
+    for (const auto& [truth, model] : s_listSeries) {
+        const std::array<double, 6> aTrue = cellNumbers(truth.matDirect), aFound = model.cell.numbers(),
+                                    aError = model.cellErrors.numbers();
         for (size_t i = 0; i < 6; ++i) {
-            add(0, aFound[i], aTrue[i], aError[i]);
+            add(aFound[i], aTrue[i], aError[i]);
         }
-        const PlaneTerms<double>& plane = result.free.geometry.plane;
+    }
+    expectUnity();
+}
+
+TEST_F(StandardErrors, areThoseOfTheGeometry)
+{
+    for (const auto& [truth, model] : s_listSeries) {
+        const PlaneTerms<double>& plane = model.geometry.plane;
         const double dfTwice = 2 * radians(truth.dfStretchingAzimuth);
-        add(1, plane.axis, truth.dfAxis, result.free.errors[Axis]);
-        add(1, plane.centreX, truth.dfCentreX, result.free.errors[CentreX]);
-        add(1, plane.centreY, truth.dfCentreY, result.free.errors[CentreY]);
-        add(1, plane.stretchingCos, truth.dfStretching * std::cos(dfTwice),
-            result.free.errors[StretchingCos]);
-        add(1, plane.stretchingSin, truth.dfStretching * std::sin(dfTwice),
-            result.free.errors[StretchingSin]);
+        add(plane.axis, truth.dfAxis, model.errors[Axis]);
+        add(plane.centreX, truth.dfCentreX, model.errors[CentreX]);
+        add(plane.centreY, truth.dfCentreY, model.errors[CentreY]);
+        add(plane.stretchingCos, truth.dfStretching * std::cos(dfTwice), model.errors[StretchingCos]);
+        add(plane.stretchingSin, truth.dfStretching * std::sin(dfTwice), model.errors[StretchingSin]);
     }
-    for (int nKind = 0; nKind < 2; ++nKind) {
-        const double dfMean = dfSum[nKind] / nCount[nKind];
-        RecordProperty(nKind == 0 ? "cell" : "geometry", std::to_string(dfMean));
-        EXPECT_GT(dfMean, 0.5) << (nKind == 0 ? "cell" : "geometry");
-        EXPECT_LT(dfMean, 2.0) << (nKind == 0 ? "cell" : "geometry");
-    }
+    expectUnity();
 }
 
 TEST(GeometryRefinement, findsTheUsualNumbersAndLeavesTheOthersOut)
