@@ -228,26 +228,34 @@ TEST(Prediction, HasNoAbsentReflectionsAndNoneOfAFlatCellOrAtRest)
     EXPECT_TRUE(predictObservations(flat, options).empty());
 }
 
-TEST(Prediction, LeavesFramesAtAHoleAsTheyWereExposed)
-{
-    const SeriesGeometry whole = cubicSeries();
-    SeriesGeometry holed = whole;  // without the frames 12 to 14
-    holed.listTilt.erase(holed.listTilt.begin() + 12, holed.listTilt.begin() + 15);
-    holed.listBeam.resize(28);
-    const CPassageGeometry passages(whole), passagesHoled(holed);
-    EXPECT_TRUE(passagesHoled.isHoleBehind(11));
-    EXPECT_FALSE(passagesHoled.isHoleBehind(10));
-    EXPECT_FALSE(passagesHoled.isHoleBehind(12));
-    EXPECT_FALSE(passages.isHoleBehind(11));
+namespace {
 
-    const PredictionOptions options;
-    const RockingCurve curve = rockingCurveOf(options, whole.rotation);
-    std::map<std::pair<std::array<int, 3>, int>, unsigned> mapFlags;  // by indices and tilt of the passage
-    for (const Observation& o : predictObservations(holed, options)) {
-        mapFlags[{o.anIndex, int(std::lround(o.dfTilt * 1000))}] = o.nFlags;
-    }
-    int nLost = 0, nKept = 0;
-    for (const Observation& o : predictObservations(whole, options)) {
+/// The series of cubicSeries() without the frames 12 to 14.
+SeriesGeometry holedSeries()
+{
+    SeriesGeometry series = cubicSeries();
+    series.listTilt.erase(series.listTilt.begin() + 12, series.listTilt.begin() + 15);
+    series.listBeam.resize(28);
+    return series;
+}
+
+}  // namespace
+
+TEST(Passages, KnowTheHoles)
+{
+    const CPassageGeometry passages(holedSeries());
+    EXPECT_TRUE(passages.isHoleBehind(11));
+    EXPECT_FALSE(passages.isHoleBehind(10));
+    EXPECT_FALSE(passages.isHoleBehind(12));
+    EXPECT_FALSE(CPassageGeometry(cubicSeries()).isHoleBehind(11));
+}
+
+TEST(Passages, LeaveFramesAtAHoleAsTheyWereExposed)
+{
+    const CPassageGeometry passages(cubicSeries()), passagesHoled(holedSeries());
+    const std::vector<Observation> listObservation = predictObservations(cubicSeries(), {});
+    EXPECT_GT(listObservation.size(), 350U);
+    for (const Observation& o : listObservation) {
         const DoubleVector point = passages.pointOf(o.anIndex);
         for (const int n : {0, 5, 11, 15, 30}) {
             const int nHoled = n < 12 ? n : n - 3;
@@ -257,6 +265,22 @@ TEST(Prediction, LeavesFramesAtAHoleAsTheyWereExposed)
             EXPECT_NEAR(passagesHoled.excitationAtEnd(point, nHoled), passages.excitationAtEnd(point, n),
                         1e-12);
         }
+    }
+}
+
+TEST(Prediction, FlagsWhatAHoleTakesAndNothingElse)
+{
+    const SeriesGeometry whole = cubicSeries();
+    const CPassageGeometry passages(whole);
+    const PredictionOptions options;
+    const RockingCurve curve = rockingCurveOf(options, whole.rotation);
+    std::map<std::pair<std::array<int, 3>, int>, unsigned> mapFlags;  // by indices and tilt of the passage
+    for (const Observation& o : predictObservations(holedSeries(), options)) {
+        mapFlags[{o.anIndex, int(std::lround(o.dfTilt * 1000))}] = o.nFlags;
+    }
+    int nLost = 0, nKept = 0;
+    for (const Observation& o : predictObservations(whole, options)) {
+        const DoubleVector point = passages.pointOf(o.anIndex);
         double dfLost = 0;
         for (int n = 12; n < 15; ++n) {
             dfLost += curve.part(passages.excitationAtStart(point, n), passages.excitationAt(point, n),
