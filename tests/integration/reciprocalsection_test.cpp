@@ -281,22 +281,33 @@ TEST(ReciprocalSection, SpotsLieOnWholeIndicesAndAbsentOnesAreMissing)
     EXPECT_LT(dfAbsent, 0.03 * dfStrong / nStrong) << nStrong << " strong, " << nAbsent << " absent";
 }
 
-TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
+namespace {
+
+/// The plane across the axis, of even frames from -30 to 30 degrees in steps of 3.
+ReciprocalSection wedgeSection()
 {
-    const double dfHalf = 30, dfStep = 3;
-    CEvenFrames frames(21, -dfHalf, dfStep);
+    CEvenFrames frames(21, -30, 3);
     frames.write();
     SectionOptions options;
     options.dfMaxDStar = 0.7;
     options.dfThickness = 0.02;
     CRunReport report;
     const auto made = makeSections(frames.m_data, frames.m_geometry, {plane("0kl")}, options, 2, report);
-    ASSERT_TRUE(made.finished());
-    const ReciprocalSection& section = made.made->front();
+    EXPECT_TRUE(made.finished());
+    return made.made.value_or(std::vector<ReciprocalSection>(1)).front();
+}
+
+struct WedgePixel {
+    bool bInside;  ///< of what the tilts reach, by more than is shared with the neighbours
+    float fValue;
+};
+
+std::vector<WedgePixel> pixelsOfWedge(const ReciprocalSection& section)
+{
     // Perpendicular to the axis, a point at the distance d is on the sphere if its direction, rotated by the
     // tilt, is inclined by asin(d λ/2) to the plane of the frame, to either side.
-    const double dfReach = radians(dfHalf + dfStep / 2);
-    int nSeen = 0, nUnseen = 0, nWrong = 0;
+    const double dfReach = radians(30 + 1.5);
+    std::vector<WedgePixel> listPixel;
     for (int nRow = 0; nRow < section.nSide; ++nRow) {
         for (int nColumn = 0; nColumn < section.nSide; ++nColumn) {
             const double dfY = (nColumn - section.centre()) * section.dfStep;
@@ -310,65 +321,101 @@ TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
             const double dfLeft = std::fabs(
                 std::remainder(std::atan2(dfZ, dfY) + dfLift - g_dfPi, 2 * g_dfPi));
             const double dfInside = (dfReach - std::min(dfRight, dfLeft)) * dfD / section.dfStep;
-            if (std::fabs(dfInside) < 2) {
-                continue;  // pixels are shared with their neighbours
-            }
-            const float f = section.listValue[size_t(nRow) * size_t(section.nSide) + size_t(nColumn)];
-            nWrong += std::isfinite(f) != (dfInside > 0);
-            (dfInside > 0 ? nSeen : nUnseen) += 1;
-            if (std::isfinite(f)) {
-                EXPECT_NEAR(f, 7, 1e-3);  // a mean of equal counts, whatever their weights
+            if (std::fabs(dfInside) >= 2) {
+                listPixel.push_back(
+                    {dfInside > 0,
+                     section.listValue[size_t(nRow) * size_t(section.nSide) + size_t(nColumn)]});
             }
         }
+    }
+    return listPixel;
+}
+
+}  // namespace
+
+TEST(ReciprocalSection, TheMissingWedgeIsThatOfTheTilts)
+{
+    const ReciprocalSection section = wedgeSection();
+    int nSeen = 0, nUnseen = 0, nWrong = 0;
+    for (const WedgePixel& pixel : pixelsOfWedge(section)) {
+        nWrong += std::isfinite(pixel.fValue) != pixel.bInside;
+        (pixel.bInside ? nSeen : nUnseen) += 1;
     }
     EXPECT_EQ(nWrong, 0) << "of " << nSeen << " and " << nUnseen;
     EXPECT_GT(nSeen, 4000);
     EXPECT_GT(nUnseen, 4000);
-    EXPECT_NEAR(seenShare(section), (2 * dfHalf + dfStep) / 180, 0.03);
+    EXPECT_NEAR(seenShare(section), 63 / 180., 0.03);
 }
+
+TEST(ReciprocalSection, EqualCountsHaveThatMean)
+{
+    int nSeen = 0;
+    for (const WedgePixel& pixel : pixelsOfWedge(wedgeSection())) {
+        if (std::isfinite(pixel.fValue)) {
+            EXPECT_NEAR(pixel.fValue, 7, 1e-3);  // whatever their weights
+            ++nSeen;
+        }
+    }
+    EXPECT_GT(nSeen, 4000);
+}
+
+namespace {
+
+/// Frames in steps in which a spot moves by five pixels. The plane is oblique to the axis, so that a spot
+/// moves along it, too. Each spot is on the frames before and after its flash, at its position there.
+struct FlashingFrames : CEvenFrames {
+    FlashingFrames() : CEvenFrames(21, -60, g_dfTiltStep)
+    {
+        for (int h = -6; h <= 6; h += 2) {
+            for (int l = -8; l <= 8; l += 2) {
+                addReflection(h, l);
+            }
+        }
+        write();
+    }
+    void addReflection(int h, int l)
+    {
+        const double dfK = 1 / 0.05;
+        const DoubleVector point = {0.05 * h, -0.06 * h, 0.07 * l};
+        const std::optional<double> tilt = crossing(point, dfK);
+        const double dfLength = std::sqrt(dot(point, point));
+        // Where it moves across the plane fast enough to have a place there.
+        if (!tilt || std::fabs(point[1]) < 0.1 || std::fabs(point[2]) < 0.2 || dfLength > 0.6) {
+            return;
+        }
+        const double dfCos = std::cos(radians(*tilt)), dfSin = std::sin(radians(*tilt));
+        const double dfX = point[0], dfY = dfCos * point[1] + dfSin * point[2];
+        const double dfFlat = dfK / std::sqrt(dfK * dfK - dfX * dfX - dfY * dfY) / 0.01;
+        const double dfAxisCos = std::cos(radians(30)), dfAxisSin = std::sin(radians(30));
+        const double dfFrame = (*tilt + 60) / g_dfTiltStep;
+        for (const double df : {std::floor(dfFrame), std::ceil(dfFrame)}) {
+            addSpot(int(df), dfFlat * (dfAxisCos * dfX + dfAxisSin * dfY),
+                    dfFlat * (dfAxisCos * dfY - dfAxisSin * dfX));
+        }
+        m_listIndex.push_back({h, -h, l});
+        m_dfMostMove = std::max(m_dfMostMove, radians(g_dfTiltStep * std::fabs(std::remainder(dfFrame, 1))) *
+                                                  std::fabs(point[1]) / 0.01);
+    }
+    static constexpr double g_dfTiltStep = 6;  ///< degrees
+    std::vector<std::array<int, 3>> m_listIndex;
+    double m_dfMostMove = 0;  ///< pixels, between the frame and the flash
+};
+
+}  // namespace
 
 TEST(ReciprocalSection, SpotsComeToTheirPlacesFromBetweenTheFrames)
 {
-    // Steps in which a spot moves by five pixels; the plane is oblique to the axis, so that a spot moves
-    // along it, too. Each spot is also on the frames before and after its flash, at its position there.
-    const double dfStep = 6, dfK = 1 / 0.05;
-    CEvenFrames frames(21, -60, dfStep);
-    std::vector<std::array<int, 3>> listIndex;
-    double dfMostMove = 0;
-    for (int h = -6; h <= 6; h += 2) {
-        for (int l = -8; l <= 8; l += 2) {
-            const DoubleVector point = {0.05 * h, -0.06 * h, 0.07 * l};
-            const std::optional<double> tilt = crossing(point, dfK);
-            const double dfLength = std::sqrt(dot(point, point));
-            // Where it moves across the plane fast enough to have a place there.
-            if (!tilt || std::fabs(point[1]) < 0.1 || std::fabs(point[2]) < 0.2 || dfLength > 0.6) {
-                continue;
-            }
-            const double dfCos = std::cos(radians(*tilt)), dfSin = std::sin(radians(*tilt));
-            const double dfX = point[0], dfY = dfCos * point[1] + dfSin * point[2];
-            const double dfFlat = dfK / std::sqrt(dfK * dfK - dfX * dfX - dfY * dfY) / 0.01;
-            const double dfAxisCos = std::cos(radians(30)), dfAxisSin = std::sin(radians(30));
-            const double dfFrame = (*tilt + 60) / dfStep;
-            for (const double df : {std::floor(dfFrame), std::ceil(dfFrame)}) {
-                frames.addSpot(int(df), dfFlat * (dfAxisCos * dfX + dfAxisSin * dfY),
-                               dfFlat * (dfAxisCos * dfY - dfAxisSin * dfX));
-            }
-            listIndex.push_back({h, -h, l});
-            dfMostMove = std::max(dfMostMove, radians(dfStep * std::fabs(std::remainder(dfFrame, 1))) *
-                                                  std::fabs(point[1]) / 0.01);
-        }
-    }
-    frames.write();
+    const FlashingFrames frames;
     SectionOptions options;
     options.dfMaxDStar = 0.7;
     options.dfThickness = 0.008;  // passed within a part of a frame's turn
     CRunReport report;
     const auto made = makeSections(frames.m_data, frames.m_geometry, {plane("[1 1 0]")}, options, 2, report);
     ASSERT_TRUE(made.finished());
-    EXPECT_GT(listIndex.size(), 8U);
-    EXPECT_GT(dfMostMove, 1.2) << "pixels, between the frame and the flash";
+    EXPECT_GT(frames.m_listIndex.size(), 8U);
+    EXPECT_GT(frames.m_dfMostMove, 1.2);
     int nSeen = 0;
-    for (const std::array<int, 3>& an : listIndex) {
+    for (const std::array<int, 3>& an : frames.m_listIndex) {
         const SpotOnSection spot = spotAt(made.made->front(), an);
         nSeen += spot.bSeen;
         if (spot.bSeen) {
@@ -376,7 +423,7 @@ TEST(ReciprocalSection, SpotsComeToTheirPlacesFromBetweenTheFrames)
             EXPECT_GT(spot.dfHeight, 50) << an[0] << " " << an[1] << " " << an[2];
         }
     }
-    EXPECT_GT(nSeen, int(listIndex.size()) / 2);
+    EXPECT_GT(nSeen, int(frames.m_listIndex.size()) / 2);
 }
 
 TEST(ReciprocalSection, AveragesHaveTheSymmetryAndFewerGaps)
