@@ -2,7 +2,6 @@
 #include "frames/directbeamfit.h"
 #include "frames/intensityextraction.h"
 #include "frames/positionrefinement.h"
-#include "frames/summedframes.h"
 #include "records/pi.h"
 #include "tests/frames/frameseries.h"
 #include "tests/reciprocal/testpeaks.h"
@@ -58,111 +57,180 @@ struct SpotSeries : FrameSeries {
     QVector<QList<Peak3D>> peaks;
 };
 
-TEST(PositionRefinement, FindsTheTruthAndTellsItInBothTables)
-{
-    for (bool bBackground : {false, true}) {
-        SpotSeries series(bBackground ? 50 : 0);
+/// The refinement of the same series to a list of its own and on the frame, without or with a background.
+struct RefinedTwice {
+    explicit RefinedTwice(bool bBackground) : series(bBackground ? 50 : 0), moved(series.peaks)
+    {
         series.removeFrame(2);  // a frame without peaks is not needed
         PositionRefinementOptions options;
         options.bConstantBackground = bBackground;
-        QStringList listShown;
         options.fnBeforeFit = options.fnAfterFit = [&](int n, const QList<QPointF>& list) {
             listShown.append(QString("%1 %2").arg(n).arg(list[0].x(), 0, 'f', 1));
         };
-        CRecordingReport reportOnFrame;
-        const auto refined = refinePeakPosition(series.dataSet, series.peaks, series.report, options).vecPeak;
-        EXPECT_EQ(listShown, QStringList({"0 30.0", "0 30.3", "1 31.0", "1 31.3"}));
-        QVector<QList<Peak3D>> moved = series.peaks;
+        refined = refinePeakPosition(series.dataSet, series.peaks, series.report, options).vecPeak;
+        options.fnBeforeFit = options.fnAfterFit = {};
         options.nJobs = 2;  // the same bits
-        const auto results = refinePeakPositionOnFrame(series.dataSet, moved, reportOnFrame, options);
-        ASSERT_EQ(refined.size(), 3);
-        ASSERT_EQ(results.size(), 3);
-        QString strLong, strShort;
+        results = refinePeakPositionOnFrame(series.dataSet, moved, reportOnFrame, options);
+    }
+    bool isWhole() const { return refined.size() == 3 && results.size() == 3; }
+    SpotSeries series;
+    QVector<QList<Peak3D>> moved, refined;
+    QStringList listShown;  ///< by the first one
+    CRecordingReport reportOnFrame;
+    QVector<std::vector<std::vector<double>>> results;  ///< of the second one
+};
+
+const QString g_strStart = "blue >Peak position refinement started.\n";
+const QString g_strEnd = "blue >Peak position refinement finished.";
+
+TEST(PositionRefinement, ShowsEachFrameBeforeAndAfterItsFit)
+{
+    for (bool bBackground : {false, true}) {
+        EXPECT_EQ(RefinedTwice(bBackground).listShown, QStringList({"0 30.0", "0 30.3", "1 31.0", "1 31.3"}));
+    }
+}
+
+TEST(PositionRefinement, FindsTheTruthByEitherWay)
+{
+    for (bool bBackground : {false, true}) {
+        const RefinedTwice twice(bBackground);
+        ASSERT_TRUE(twice.isWhole());
         for (int i = 0; i < 4; ++i) {
             const int n = i / 2, j = i % 2;
-            const Peak3D &old = series.peaks[n][j], &peak = refined[n][j];
-            const std::vector<double>& vecFit = results[n][j];
+            const Peak3D &old = twice.series.peaks[n][j], &peak = twice.refined[n][j],
+                         &moved = twice.moved[n][j];
+            const std::vector<double>& vecFit = twice.results[n][j];
+            const QPointF q(peak.dfX2D, peak.dfY2D);
+            EXPECT_LT(distance(q, SpotSeries::spot(n, j)), 0.02);  // tails of the other spots
+            EXPECT_EQ(QPointF(peak.dfX2DCorrected, peak.dfY2DCorrected), QPointF(old.dfX2D, old.dfY2D));
+            EXPECT_EQ(peak.point(), (Vec3D{float(vecFit[6]), float(vecFit[8]), float(vecFit[10])}));
+            EXPECT_EQ(QPointF(moved.dfX2D, moved.dfY2D), q);
+            EXPECT_EQ(moved.dfX2DCorrected, old.dfX2DCorrected);
+        }
+    }
+}
+
+TEST(PositionRefinement, TellsTheGeometryOfEachPeak)
+{
+    for (bool bBackground : {false, true}) {
+        const RefinedTwice twice(bBackground);
+        ASSERT_TRUE(twice.isWhole());
+        QString strTable;
+        for (int i = 0; i < 4; ++i) {
+            const int n = i / 2, j = i % 2;
+            const Peak3D &old = twice.series.peaks[n][j], &peak = twice.refined[n][j];
+            const std::vector<double>& vecFit = twice.results[n][j];
             const QPointF c = SpotSeries::beam(n), p(old.dfX2D, old.dfY2D), d = p - c;
             const QPointF q(peak.dfX2D, peak.dfY2D), r = 1.01 * (q - c);
-            EXPECT_LT(distance(q, SpotSeries::spot(n, j)), 0.02);  // tails of the other spots
-            EXPECT_EQ(QPointF(peak.dfX2DCorrected, peak.dfY2DCorrected), p);
-            EXPECT_EQ(peak.point(), (Vec3D{float(vecFit[6]), float(vecFit[8]), float(vecFit[10])}));
-            EXPECT_EQ(QPointF(moved[n][j].dfX2D, moved[n][j].dfY2D), q);
-            EXPECT_EQ(moved[n][j].dfX2DCorrected, old.dfX2DCorrected);
             const int h = j == 0 ? 1 : -2, l = 2 + n;
             const double dfHkl = std::sqrt(h * h + l * l), dfR = std::hypot(r.x(), r.y());
             const double dfAzimuth = std::fmod(std::atan2(-r.y(), r.x()) * 180 / g_dfPi + 360, 360);
             // the axis by its direction (cos 30, -sin 30), not by its slope
             const double dfAlong = std::fabs(d.x() * std::sqrt(0.75) - d.y() * 0.5);
             const double dfAcross = std::fabs(d.x() * 0.5 + d.y() * std::sqrt(0.75));
-            strLong += QString::asprintf(
+            strTable += QString::asprintf(
                 "%4g %3g %3g %3g %8.1f %6.4f %8.1f %8.2f %8.2f %8.1f %8.1f %8.2f %8.2f %8.2f %8.2f %6.1f "
                 "%8.1f %8.3f %8.3f %8.2f %8.2f %8.4f %8.4f %g %g\n",
                 n + 1., double(h), 0., double(l), 1234.56, dfR * 0.001, dfAcross, c.x(), c.y(), p.x(), p.y(),
                 q.x(), q.y(), r.x(), r.y(), dfAzimuth, std::atan2(dfAcross, dfAlong) * 180 / g_dfPi,
                 dfR / 1.01 / dfHkl, dfR / dfHkl, q.x() - p.x(), q.y() - p.y(), vecFit[6], vecFit[8],
                 vecFit[10], 7.);
-            strShort += QString::asprintf("%4d %4d %4d %4d %4d %8.1f %8.1f %8.1f %8.1f %8.1f %10.4f %10.4f\n",
-                                          i + 1, n + 1, h, 0, l, 1234.56, p.x(), p.y(), q.x(), q.y(),
-                                          vecFit[6], vecFit[8]);
         }
-        const QString strStart = "blue >Peak position refinement started.\n";
-        const QString strEnd = "blue >Peak position refinement finished.";
-        EXPECT_EQ(series.report.log(), strStart + strLong + '\n' + strEnd);
-        EXPECT_EQ(reportOnFrame.log(), strStart + strEnd + '\n' + strShort);
+        EXPECT_EQ(twice.series.report.log(), g_strStart + strTable + '\n' + g_strEnd);
     }
 }
 
-TEST(Remeasurement, EarlyEndsStopAndWrongCounts)
+TEST(PositionRefinement, OnTheFrameTellsTheFits)
 {
-    enum { Stop, Missing, Less };
-    const struct {
-        int nWhat;
-        int nStopAfter;  // questions, one before the first frame and one after each
-        const char* pLog;
-        int nFrames;  // of the first refinement's result
-        RunEnd end;
-        const char* pReason;
-    } aRow[] = {{Stop, 0, " did not finish.", 0, RunEnd::Stopped, ""},
-                {Stop, 1, " did not finish.", 1, RunEnd::Stopped, ""},
-                {Stop, 3, " did not finish.", 3, RunEnd::Stopped, ""},
-                {Missing, -1, "failed to load", 1, RunEnd::Failed, "f0001.mrc: "},
-                {Less, -1, "red Frame counts do not match.", 0, RunEnd::Refused, "Frame counts"}};
-    for (const auto& row : aRow) {
-        for (int nRun = 0; nRun < (row.nWhat == Stop ? 4 : 3); ++nRun) {
-            SpotSeries series;
-            DataSet& dataSet = series.dataSet;
-            CRecordingReport& report = series.report;
-            if (row.nWhat == Missing) {
-                series.removeFrame(1);
-            }
-            if (row.nWhat == Less) {
-                series.peaks.removeLast();
-            }
-            report.m_nStopAfter = row.nStopAfter;
-            RunOutcome outcome{row.end, {}};  // the run on the frames in place tells none
-            if (nRun == 0) {
-                const RefinedPositions refined = refinePeakPosition(dataSet, series.peaks, report);
-                EXPECT_EQ(refined.vecPeak.size(), row.nFrames);
-                outcome = refined.outcome;
-            } else if (nRun == 1) {
-                EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(),
-                          row.end == RunEnd::Refused ? 0 : 3);
-            } else if (nRun == 2) {
-                outcome = extractIntensity(dataSet, series.peaks, {}, {}, series.filters, report);
-            } else {
-                outcome = fitDirectBeam(dataSet, report);
-            }
-            EXPECT_EQ(outcome.end, row.end);
-            if (nRun != 1) {
-                EXPECT_TRUE(outcome.strReason.contains(row.pReason)) << outcome.strReason.toStdString();
-                EXPECT_EQ(outcome.strReason.isEmpty(), *row.pReason == '\0');
-            }
-            EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that still exists
-            EXPECT_TRUE(report.said(row.pLog)) << report.log().toStdString();
-            EXPECT_FALSE(report.said(" finished"));
-            EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty());
+    for (bool bBackground : {false, true}) {
+        const RefinedTwice twice(bBackground);
+        ASSERT_TRUE(twice.isWhole());
+        QString strTable;
+        for (int i = 0; i < 4; ++i) {
+            const int n = i / 2, j = i % 2;
+            const Peak3D &old = twice.series.peaks[n][j], &peak = twice.refined[n][j];
+            const std::vector<double>& vecFit = twice.results[n][j];
+            strTable += QString::asprintf("%4d %4d %4d %4d %4d %8.1f %8.1f %8.1f %8.1f %8.1f %10.4f %10.4f\n",
+                                          i + 1, n + 1, j == 0 ? 1 : -2, 0, 2 + n, 1234.56, old.dfX2D,
+                                          old.dfY2D, peak.dfX2D, peak.dfY2D, vecFit[6], vecFit[8]);
         }
+        EXPECT_EQ(twice.reportOnFrame.log(), g_strStart + g_strEnd + '\n' + strTable);
+    }
+}
+
+enum class Measurement { Positions, PositionsOnFrame, Intensities, DirectBeam };
+
+/// How a run ends before its time.
+struct EarlyEnd {
+    RunEnd end;
+    const char* pLog;
+    int nFrames;  ///< of the result of the refinement to a list
+    const char* pReason;
+};
+
+/// Runs a measurement and expects its early end, and that it left everything as it was.
+void expectEarlyEnd(Measurement measurement, SpotSeries& series, const EarlyEnd& early)
+{
+    SCOPED_TRACE(testing::Message() << "measurement " << int(measurement));
+    DataSet& dataSet = series.dataSet;
+    CRecordingReport& report = series.report;
+    std::optional<RunOutcome> outcome;  // the run on the frames in place tells none
+    if (measurement == Measurement::Positions) {
+        const RefinedPositions refined = refinePeakPosition(dataSet, series.peaks, report);
+        EXPECT_EQ(refined.vecPeak.size(), early.nFrames);
+        outcome = refined.outcome;
+    } else if (measurement == Measurement::PositionsOnFrame) {
+        EXPECT_EQ(refinePeakPositionOnFrame(dataSet, series.peaks, report).size(),
+                  early.end == RunEnd::Refused ? 0 : 3);
+    } else if (measurement == Measurement::Intensities) {
+        outcome = extractIntensity(dataSet, series.peaks, {}, {}, series.filters, report);
+    } else {
+        outcome = fitDirectBeam(dataSet, report);
+    }
+    if (outcome) {
+        EXPECT_EQ(outcome->end, early.end);
+        EXPECT_TRUE(outcome->strReason.contains(early.pReason)) << outcome->strReason.toStdString();
+        EXPECT_EQ(outcome->strReason.isEmpty(), *early.pReason == '\0');
+    }
+    EXPECT_EQ(series.peaks[0][1].nID, 41);  // of a chain that still exists
+    EXPECT_TRUE(report.said(early.pLog)) << report.log().toStdString();
+    EXPECT_FALSE(report.said(" finished"));
+    EXPECT_TRUE(dataSet.m_listPeakMerged.isEmpty());
+}
+
+const Measurement g_aOfPeaks[] = {Measurement::Positions, Measurement::PositionsOnFrame,
+                                  Measurement::Intensities};
+
+TEST(Remeasurement, StopsBetweenFramesWhenAsked)
+{
+    // Questions, one before the first frame and one after each, and frames of the result.
+    for (const auto& [nStopAfter, nFrames] : {std::pair(0, 0), std::pair(1, 1), std::pair(3, 3)}) {
+        SCOPED_TRACE(nStopAfter);
+        for (Measurement measurement : {Measurement::Positions, Measurement::PositionsOnFrame,
+                                        Measurement::Intensities, Measurement::DirectBeam}) {
+            SpotSeries series;
+            series.report.m_nStopAfter = nStopAfter;
+            expectEarlyEnd(measurement, series, {RunEnd::Stopped, " did not finish.", nFrames, ""});
+        }
+    }
+}
+
+TEST(Remeasurement, FailsAtAMissingFrame)
+{
+    for (Measurement measurement : g_aOfPeaks) {
+        SpotSeries series;
+        series.removeFrame(1);
+        expectEarlyEnd(measurement, series, {RunEnd::Failed, "failed to load", 1, "f0001.mrc: "});
+    }
+}
+
+TEST(Remeasurement, RefusesPeaksOfAnotherCountOfFrames)
+{
+    for (Measurement measurement : g_aOfPeaks) {
+        SpotSeries series;
+        series.peaks.removeLast();
+        expectEarlyEnd(measurement, series,
+                       {RunEnd::Refused, "red Frame counts do not match.", 0, "Frame counts"});
     }
 }
 
@@ -292,84 +360,6 @@ TEST(IntensityExtraction, LeavesNoOtherReflectionsData)
             EXPECT_NEAR(peak.dfIPoint, n % 2 ? 850 : 1800, 200);  // the height a third of a pixel aside
         }
     }
-}
-
-/// A mark that drifts with the shift, over three groups of frames; the last frame has another size.
-class SummedFrames : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        for (int n = 0; n < 6; ++n) {
-            series.add(makeImage(n == 5 ? 9 : 8, 6, [&](int x, int y) {
-                return x == (3 + n) % 8 && y == 2 ? 1e6 : y == 5 ? (x == 0 ? -90 : x == 7 ? 53 : 0) : 0;
-            }));
-        }
-        dataSet.m_listBeamTiltBreak = {0, 1, 0, 1, 2, 1};
-        dataSet.m_listShift = {{0, 0}, {1.9, -0.7}, {2.2, 0}, {-0.7, 0}, {0, 0}, {0, 0}};
-        dataSet.m_listOverallTilt = {-1, 0, 0.5, 1, 2, 3};
-    }
-    RunEnd sum(CRunReport& report)
-    {
-        return exportSummedFrames(dataSet, series.dir.path(), report, [&](int) { ++nShown; }).end;
-    }
-
-    FrameSeries series;
-    DataSet& dataSet = series.dataSet;
-    int nShown = 0;
-};
-
-TEST_F(SummedFrames, TellTheirGroupsAndWhatFailed)
-{
-    EXPECT_EQ(sum(series.report), RunEnd::Failed);
-    EXPECT_EQ(nShown, 2);
-    EXPECT_TRUE(series.content("003.mrc").isNull());
-    EXPECT_TRUE(dataSet.m_vecFrameImage.empty());
-    const QString strLog = series.report.log();
-    EXPECT_TRUE(
-        strLog.startsWith("#  1:    2    3\n#  2:    4\n#  3:    6\n"
-                          "Data out of range (100000). Break.\n#001:    2    3:    0.250    0.250\n"
-                          "#002:    4:    1.000    0.000\nred "));
-    EXPECT_TRUE(strLog.endsWith("\nShift #002:  -1   0\nShift #003:  -2   0\nShift #004:   0   0\n"));
-    CRecordingReport report;
-    exportSummedFrames(dataSet, series.dir.filePath("none"), report);
-    for (const QString& strFile :
-         {series.dir.filePath("none/001.mrc"), series.dir.filePath("none/002.mrc")}) {
-        EXPECT_TRUE(report.said("red Failed to save image:" + strFile + "\nred " + strFile +
-                                ": No such file or directory\n#00"))
-            << report.log().toStdString();
-    }
-}
-
-TEST_F(SummedFrames, AreAlignedAndDivided)
-{
-    sum(series.report);
-    ImageList vecImage;
-    for (const char* pFile : {"001.mrc", "002.mrc"}) {
-        ASSERT_TRUE(ReadMRC(series.dir.filePath(pFile), vecImage));
-    }
-    const auto at = [&](size_t i, int x, int y) { return vecImage.at(i)->Data()[y * 8 + x]; };
-    EXPECT_EQ(at(0, 3, 2), 65535);  // both marks moved back to column 3
-    EXPECT_EQ(at(1, 6, 2), 50000);  // a shift of -0.7 truncates to 0
-    EXPECT_EQ(at(0, 6, 5), 0);      // 53 - 90, wrapped around the edge
-    EXPECT_EQ(at(1, 7, 5), 2);      // 53 / 20, truncated
-}
-
-// Where a frame has the name of a sum, no sum is written, whichever group comes first.
-TEST_F(SummedFrames, ReplaceNoFrame)
-{
-    sum(series.report);
-    nShown = 0;
-    const QByteArray bytesFrame = series.content("002.mrc");
-    dataSet.m_listFrameFile[0] = series.dir.filePath("./002.mrc");
-    EXPECT_TRUE(QFile::remove(series.dir.filePath("001.mrc")));
-    CRecordingReport reportRefused;
-    EXPECT_EQ(sum(reportRefused), RunEnd::Refused);
-    EXPECT_TRUE(
-        reportRefused.log().endsWith("/002.mrc is a frame of this series and would be overwritten. "
-                                     "Nothing was exported."));
-    EXPECT_EQ(nShown, 0);
-    EXPECT_TRUE(series.content("001.mrc").isNull());
-    EXPECT_EQ(series.content("002.mrc"), bytesFrame);
 }
 
 }  // namespace
