@@ -87,10 +87,6 @@ CellConstraint constraintOf(LatticeSystem system)
     return constraint;
 }
 
-}  // namespace
-
-namespace {
-
 /// The errors of estimates as parts of their standard errors, over many small series.
 class StandardErrors : public testing::Test {
 protected:

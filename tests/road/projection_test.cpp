@@ -72,7 +72,7 @@ TEST(Projection, DistortionLengthensAlongItsAzimuthAsSeenOnTheScreen)
 namespace {
 
 /// A reflection that crosses the sphere well within a series, with its spots on all frames together.
-struct Passage {
+struct SpreadReflection {
     double dfCounts = 0;
     int nFirst = 1 << 30, nLast = 0, nFrames = 0;
     double dfSpeed = 0;    ///< of the excitation error, Å⁻¹ per degree
@@ -80,7 +80,7 @@ struct Passage {
 };
 
 /// Passages of a series from -30 to 30 degrees in such steps.
-std::vector<Passage> passages(double dfStep)
+std::vector<SpreadReflection> passages(double dfStep)
 {
     SimulationParameters p;
     p.strCrystal = QStringLiteral("kyanite");
@@ -91,10 +91,10 @@ std::vector<Passage> passages(double dfStep)
     QString strError;
     const SimulatedSeries series = simulateSeries(p, strError).value_or(SimulatedSeries());
     EXPECT_EQ(strError, QString());
-    std::map<std::array<int, 3>, Passage> mapPassage;
+    std::map<std::array<int, 3>, SpreadReflection> mapPassage;
     for (const auto& list : series.listDrawn) {
         for (const TruthSpot& spot : list) {
-            Passage& passage = mapPassage[{spot.nH, spot.nK, spot.nL}];
+            SpreadReflection& passage = mapPassage[{spot.nH, spot.nK, spot.nL}];
             passage.dfCounts += spot.dfCounts;
             passage.nFirst = std::min(passage.nFirst, spot.nFrame);
             passage.nLast = std::max(passage.nLast, spot.nFrame);
@@ -103,7 +103,7 @@ std::vector<Passage> passages(double dfStep)
     }
     const CRotationProjection projection(p.dfWavelength, p.dfPixelSize, p.dfAxis);
     const CStructureFactor crystal(*findCrystalStructure(p.strCrystal));
-    std::vector<Passage> listPassage;
+    std::vector<SpreadReflection> listPassage;
     for (auto& [index, passage] : mapPassage) {
         const Vector3 vec = Vector3{double(index[0]), double(index[1]), double(index[2])} * series.matBasis;
         double dfTilt = 0;
@@ -127,7 +127,7 @@ std::vector<Passage> passages(double dfStep)
 TEST(Series, AReflectionIsOnFramesInARow)
 {
     for (double dfStep : {0.25, 1.0}) {
-        for (const Passage& passage : passages(dfStep)) {
+        for (const SpreadReflection& passage : passages(dfStep)) {
             EXPECT_EQ(passage.nFrames, passage.nLast - passage.nFirst + 1) << dfStep;
         }
     }
@@ -139,7 +139,7 @@ TEST(Series, AReflectionHasTheLorentzFactorOverItsFrames)
 {
     for (double dfStep : {0.25, 1.0}) {
         std::vector<double> listConstant;
-        for (const Passage& passage : passages(dfStep)) {
+        for (const SpreadReflection& passage : passages(dfStep)) {
             listConstant.push_back(passage.dfCounts * dfStep * passage.dfSpeed / passage.dfSquareF);
         }
         ASSERT_FALSE(listConstant.empty());
