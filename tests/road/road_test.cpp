@@ -173,8 +173,9 @@ const RoadCase g_aRoad[] = {
     {"anatase", "--format png8 --axis 90", "", 400},   // tetragonal I
     {"diopside", "--drift 15", g_pRefine, 1200},       // monoclinic C
     {"kyanite", "--orientation 7", g_pRefine, 1400},   // triclinic
-#ifndef __SANITIZE_ADDRESS__   // five times as slow; formats, lenses and lattices have tests of their own
-    {"silicon", "", "", 250},  // cubic F
+// A sanitizer makes them five times as slow; formats, lenses and lattices have tests of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    {"silicon", "", "", 250},                                           // cubic F
     {"pyrope", "--format mrcu16", "", 3000},                            // cubic I
     {"calcite", "--format mrcfloat", "", 700},                          // rhombohedral R
     {"akermanite", "--spot-shape moffat", g_pRefine, 2000},             // tetragonal P
