@@ -40,8 +40,8 @@ LatticeMeasure measureOf(const LatticeBasis& basis, char chCentring)
     std::vector<double> listLength;
     // Half of the vectors: 62 of 5³ with coordinates up to 2 along the axes of the reduced cell.
     for (int n = 0; n < 62; ++n) {
-        const Eigen::RowVector3d vec(n / 25 - 2, n / 5 % 5 - 2, n % 5 - 2);
-        listLength.push_back((vec * primitive).norm());
+        const Eigen::RowVector3i vec(n / 25 - 2, n / 5 % 5 - 2, n % 5 - 2);
+        listLength.push_back((vec.cast<double>() * primitive).norm());
     }
     std::sort(listLength.begin(), listLength.end());
     LatticeMeasure measure;
