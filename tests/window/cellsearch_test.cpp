@@ -178,7 +178,7 @@ TEST_F(CellSearchPage, AKnownCellIsOrientedAndTaken)
 TEST_F(CellSearchPage, AKnownCellThatIsNotFoundLeavesTheFormerOne)
 {
     loadCell(g_matCell);
-    withDialog([this](KnownCellDialog& dialog) {
+    withDialog([](KnownCellDialog& dialog) {
         for (size_t n = 0; n < 6; ++n) {
             dialog.m_apSpin[n]->setValue(n < 3 ? 5.64 : 90);
         }

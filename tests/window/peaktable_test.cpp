@@ -192,14 +192,12 @@ TEST_F(PeakTableWindow, NoNumberIsElided)
         }
         return nNeeded;
     };
-    int nWide = 0;
     for (int nColumn = 0; nColumn < g_nPeakTableColumns; ++nColumn) {
         if (m_pTable->isColumnHidden(nColumn)) {
             continue;
         }
         EXPECT_GE(m_pTable->columnWidth(nColumn), needed(nColumn)) << "column " << nColumn;
         EXPECT_LE(m_pTable->columnWidth(nColumn), needed(nColumn) + 20) << "column " << nColumn;
-        nWide += m_pTable->columnWidth(nColumn);
         EXPECT_FALSE(
             m_pTable->model()->headerData(nColumn, Qt::Horizontal, Qt::ToolTipRole).toString().isEmpty());
     }

@@ -29,7 +29,7 @@ public:
                                   -std::numeric_limits<T>::quiet_NaN(), std::numeric_limits<T>::denorm_min()};
             value = below(4) == 0 ? aSpecial[below(5)] : value;
         } else if constexpr (Members<T>::bKnown) {
-            std::apply([this](auto&... member) { (fill(member), ...); }, Members<T>::of(value));
+            std::apply([this](auto&... member) { (this->fill(member), ...); }, Members<T>::of(value));
         } else {
             fillValue(value);
         }
