@@ -3,7 +3,7 @@
 
 lintunits.py [--alone] BUILD SOURCE...    BUILD has compile_commands.json; exit status 1 if there are findings
 
-Sources of a folder with the same flags that sourceunits.py puts together are read as one. The path-sensitive analyzer
+Sources with the same flags that sourceunits.py puts together are read as one. The path-sensitive analyzer
 looks at nothing but main files and is left out so; with --alone each is read by itself, with the analyzer. Where sources
 cannot be read together after all, each is looked at alone.
 """
@@ -52,9 +52,8 @@ def units(entries, sources):
     """What can be read together: sources and their flags."""
     alike = collections.defaultdict(list)
     for source in sources:
-        # Another folder is another set of headers.
-        alike[flags_of(entries[source]), os.path.dirname(source)].append(source)
-    return [{"sources": unit, "flags": flags} for (flags, _), listed in alike.items()
+        alike[flags_of(entries[source])].append(source)
+    return [{"sources": unit, "flags": flags} for flags, listed in alike.items()
             for unit in sourceunits.units(listed)]
 
 
