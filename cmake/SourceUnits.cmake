@@ -33,7 +33,7 @@ function(tessera_join_sources)
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     # Fixtures of tests in unnamed namespaces are used by one source alone, also when another includes it.
-    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   endforeach()
   file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/sources.txt CONTENT "${lines}" @ONLY)
   find_package(Python3 REQUIRED COMPONENTS Interpreter)
