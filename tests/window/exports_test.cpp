@@ -230,6 +230,16 @@ protected:
         open();
         m_pTabs->setCurrentIndex(1);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWindow.get()));
+        // Pictures have the size of the view, so the layout must have come to rest.
+        QSize size;
+        int nSame = 0;
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] {
+                nSame = m_pRaw->size() == size ? nSame + 1 : 0;
+                size = m_pRaw->size();
+                return nSame == 20;
+            },
+            10000));
     }
     bool hasPictures() const { return !m_pRaw->grabFrameBuffer().isNull(); }
     /// The names of its pictures.
