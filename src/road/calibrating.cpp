@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <vector>
 
 namespace tessera {
 
@@ -83,8 +84,9 @@ std::optional<DeterminedPixelSize> determinedPixelSize(double dfPixelSize, const
     // The ratio of refined to known lengths, by which the pixel size has to be multiplied. Of the centrings
     // with which the lattices are alike, those that need the smallest correction are taken.
     std::optional<double> scale;
+    const std::vector<LatticeMeasure> listOfRefined = measuresOf(refined);
     for (const LatticeMeasure& ofKnown : measuresOf(known)) {
-        for (const LatticeMeasure& ofRefined : measuresOf(refined)) {
+        for (const LatticeMeasure& ofRefined : listOfRefined) {
             const std::optional<double> found = scaleBetween(ofKnown, ofRefined);
             if (found && (!scale || std::abs(std::log(*found)) < std::abs(std::log(*scale)))) {
                 scale = found;
